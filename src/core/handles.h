@@ -1,0 +1,69 @@
+// All aliases of UniqueHandle, in one place.
+#pragma once
+
+#include "core/handle.h"
+
+#include <windows.h>
+
+#include <wincrypt.h>
+
+namespace Corvane {
+namespace detail {
+
+template <class T>
+struct NullTraits
+{
+    using Type = T;
+    static Type invalid() noexcept { return Type{}; }
+};
+
+struct FileTraits
+{
+    using Type = HANDLE;
+    static Type invalid() noexcept { return INVALID_HANDLE_VALUE; }
+    static void close(Type file) noexcept { ::CloseHandle(file); }
+};
+
+struct RegistryKeyTraits : NullTraits<HKEY>
+{
+    static void close(Type key) noexcept { ::RegCloseKey(key); }
+};
+
+struct CertificateStoreTraits : NullTraits<HCERTSTORE>
+{
+    static void close(Type store) noexcept { ::CertCloseStore(store, 0); }
+};
+
+struct CertificateContextTraits : NullTraits<PCCERT_CONTEXT>
+{
+    static void close(Type context) noexcept { ::CertFreeCertificateContext(context); }
+};
+
+struct CertificateChainTraits : NullTraits<PCCERT_CHAIN_CONTEXT>
+{
+    static void close(Type chain) noexcept { ::CertFreeCertificateChain(chain); }
+};
+
+struct CryptProviderTraits : NullTraits<HCRYPTPROV>
+{
+    static void close(Type provider) noexcept { ::CryptReleaseContext(provider, 0); }
+};
+
+template <class T>
+struct LocalMemoryTraits : NullTraits<T*>
+{
+    static void close(T* memory) noexcept { ::LocalFree(memory); }
+};
+
+} // namespace detail
+
+using FileHandle = UniqueHandle<detail::FileTraits>;
+using RegistryKey = UniqueHandle<detail::RegistryKeyTraits>;
+using CertificateStoreHandle = UniqueHandle<detail::CertificateStoreTraits>;
+using CertificateContext = UniqueHandle<detail::CertificateContextTraits>;
+using CertificateChain = UniqueHandle<detail::CertificateChainTraits>;
+using CryptProvider = UniqueHandle<detail::CryptProviderTraits>;
+template <class T>
+using LocalMemory = UniqueHandle<detail::LocalMemoryTraits<T>>;
+
+} // namespace Corvane

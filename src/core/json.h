@@ -1,0 +1,18 @@
+// JSON texts from and to scripts.
+#pragma once
+
+#include <json/value.h>
+
+#include <string>
+#include <string_view>
+
+namespace Corvane {
+
+// The value of a JSON text, or a null value when it is not JSON. Throws Win32Exception when the text is
+// not valid UTF-16.
+Json::Value parseJson(std::wstring_view text);
+
+// The text of a value, laid out for reading.
+std::wstring writeJson(const Json::Value& value);
+
+} // namespace Corvane

@@ -1,0 +1,123 @@
+#include "core/log.h"
+
+#include "core/handles.h"
+#include "core/lock.h"
+#include "core/settings.h"
+#include "core/text.h"
+
+#include <array>
+#include <atomic>
+#include <iomanip>
+#include <mutex>
+
+namespace Corvane {
+namespace {
+
+constexpr std::uint64_t ticksPerSecond = 10'000'000;
+constexpr std::uint64_t settingLifetimeSeconds = 61;
+
+// Plain counters without a lock: threads that race read the registry twice and agree.
+std::atomic<std::uint32_t> cachedLevel{0};
+std::atomic<std::uint64_t> cachedAt{0};
+
+std::uint64_t systemTicks() noexcept
+{
+    FILETIME now;
+    ::GetSystemTimeAsFileTime(&now);
+    return (static_cast<std::uint64_t>(now.dwHighDateTime) << 32) | now.dwLowDateTime;
+}
+
+std::wstring logPath()
+{
+    if (auto configured = readTextSetting(L"LogPath"); configured && !configured->empty())
+        return *configured;
+    std::array<wchar_t, MAX_PATH + 1> folder{};
+    const DWORD length = ::GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
+    const bool known = length != 0 && length < folder.size();
+    return std::wstring(folder.data(), known ? length : 0) + L"Corvane2.log";
+}
+
+SharedMutex fileMutex;
+
+// Several processes may share the log, so nobody is kept from writing, renaming or deleting it.
+FileHandle& logFile()
+{
+    static FileHandle file(::CreateFileW(logPath().c_str(), GENERIC_WRITE,
+                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                         OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return file;
+}
+
+} // namespace
+
+bool isLogEnabled(LogLevel level) noexcept
+{
+    const std::uint64_t now = systemTicks();
+    const std::uint64_t readAt = cachedAt.load(std::memory_order_relaxed);
+    if (readAt == 0 || (now - readAt) / ticksPerSecond >= settingLifetimeSeconds) {
+        try {
+            cachedLevel.store(readNumberSetting(L"LogLevel").value_or(0), std::memory_order_relaxed);
+        } catch (...) {
+            cachedLevel.store(0, std::memory_order_relaxed);
+        }
+        cachedAt.store(now, std::memory_order_relaxed);
+    }
+    return cachedLevel.load(std::memory_order_relaxed) >= static_cast<std::uint32_t>(level);
+}
+
+namespace detail {
+
+FileLogger& FileLogger::instance()
+{
+    static FileLogger logger;
+    return logger;
+}
+
+void FileLogger::write(std::wstring_view line)
+{
+    const LastErrorKeeper keeper;
+    const std::string encoded = toUtf8(line);
+    const std::lock_guard guard(fileMutex);
+    const FileHandle& file = logFile();
+    if (!file)
+        return;
+    DWORD written = 0;
+    ::SetFilePointerEx(file.get(), LARGE_INTEGER{}, nullptr, FILE_END);
+    ::WriteFile(file.get(), encoded.data(), static_cast<DWORD>(encoded.size()), &written, nullptr);
+}
+
+std::wstring formatLogLine(const SYSTEMTIME& time, DWORD thread, std::uint32_t level,
+                           std::wstring_view context, std::wstring_view text)
+{
+    constexpr std::array<const wchar_t*, 6> names = {L"", L"ERROR", L"WARN", L"INFO", L"DEBUG", L""};
+    const auto two = [](WORD value) { return (value < 10 ? L"0" : L"") + std::to_wstring(value); };
+    std::wostringstream line;
+    line.imbue(std::locale::classic());
+    line << time.wYear << L'-' << two(time.wMonth) << L'-' << two(time.wDay) << L'T' << two(time.wHour) << L':'
+         << two(time.wMinute) << L':' << two(time.wSecond) << L'.' << time.wMilliseconds << L" | " << thread
+         << L" | " << names[level < names.size() ? level : names.size() - 1] << L" | " << context;
+    if (!text.empty())
+        line << L" | " << text;
+    return std::move(line).str();
+}
+
+LogMessage::LogMessage(std::uint32_t level, std::wstring_view context, ILogger& logger)
+    : level_(level), context_(context), logger_(logger)
+{
+    text_.imbue(std::locale::classic());
+}
+
+LogMessage::~LogMessage()
+{
+    try {
+        SYSTEMTIME now;
+        ::GetSystemTime(&now);
+        logger_.write(formatLogLine(now, ::GetCurrentThreadId(), level_, context_, std::move(text_).str()) +
+                      L"\r\n");
+    } catch (...) {
+        // A line that cannot be written is lost; the work it tells of goes on.
+    }
+}
+
+} // namespace detail
+} // namespace Corvane

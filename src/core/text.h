@@ -1,0 +1,33 @@
+// Conversions between wide (UTF-16) text and narrow text in a code page.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Corvane {
+
+inline constexpr unsigned utf8CodePage = 65001;
+
+// Decodes `text` with MultiByteToWideChar and no flags. Embedded zeros are kept; an empty text does not
+// reach the system. Throws Win32Exception E_ANSI_TO_WIDE, and E_STRING_MAX_SIZE above 2 GiB.
+std::wstring multiToWide(unsigned codePage, std::string_view text);
+
+// Encodes `text` with WideCharToMultiByte and no flags; throws Win32Exception E_WIDE_TO_ANSI,
+// and E_STRING_MAX_SIZE above 2 GiB.
+std::string wideToMulti(unsigned codePage, std::wstring_view text);
+
+// The same for texts ended by a zero; a null pointer is a std::invalid_argument "Source is null".
+std::wstring multiToWide(unsigned codePage, const char* text);
+std::string wideToMulti(unsigned codePage, const wchar_t* text);
+
+inline std::wstring fromUtf8(std::string_view text)
+{
+    return multiToWide(utf8CodePage, text);
+}
+
+inline std::string toUtf8(std::wstring_view text)
+{
+    return wideToMulti(utf8CodePage, text);
+}
+
+} // namespace Corvane
