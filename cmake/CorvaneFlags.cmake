@@ -1,0 +1,75 @@
+# corvane_flags: everything our own code is compiled and linked with. Imported libraries are not touched by it.
+add_library(corvane_flags INTERFACE)
+
+target_compile_features(corvane_flags INTERFACE cxx_std_20)
+target_compile_options(corvane_flags INTERFACE
+    -Wall
+    -Wextra
+    -Wpedantic
+    -Werror
+    -Wshadow
+    -Wconversion
+    -Wsign-conversion
+    -Wold-style-cast
+    -Wnon-virtual-dtor
+    -Woverloaded-virtual
+    -Wcast-align
+    -Wcast-qual
+    -Wformat=2
+    -Wimplicit-fallthrough
+    -Wunused
+    -Wvla
+    -fstack-protector-strong
+)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(corvane_flags INTERFACE
+        -Wduplicated-cond
+        -Wduplicated-branches
+        -Wlogical-op
+    )
+endif()
+
+configure_file(${CMAKE_CURRENT_LIST_DIR}/version.h.in ${CMAKE_BINARY_DIR}/generated/core/version.h @ONLY)
+target_include_directories(corvane_flags INTERFACE
+    ${PROJECT_SOURCE_DIR}/src
+    ${CMAKE_BINARY_DIR}/generated
+)
+
+if(WIN32)
+    # 0x0601: Windows 7 is the oldest system the product runs on.
+    target_compile_definitions(corvane_flags INTERFACE
+        WINVER=0x0601
+        _WIN32_WINNT=0x0601
+        NTDDI_VERSION=0x06010000
+        UNICODE
+        _UNICODE
+        WIN32_LEAN_AND_MEAN
+        NOMINMAX
+        STRICT
+    )
+    # The runtime is linked statically: a script host loads the DLL from a folder where nothing else of ours lies.
+    # No time stamp in the image: the same sources give the same file.
+    target_link_options(corvane_flags INTERFACE
+        -static
+        -Wl,--dynamicbase
+        -Wl,--nxcompat
+        -Wl,--no-insert-timestamp
+    )
+    if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+        target_link_options(corvane_flags INTERFACE -Wl,--high-entropy-va)
+    else()
+        # Hosts built by other compilers call us with a stack aligned to 4 bytes, SSE code needs 16.
+        target_compile_options(corvane_flags INTERFACE -mstackrealign)
+        # The .def file names exports plainly, the symbols carry the size of their arguments.
+        target_link_options(corvane_flags INTERFACE -Wl,--enable-stdcall-fixup)
+    endif()
+endif()
+
+if(CORVANE_SANITIZE)
+    target_compile_options(corvane_flags INTERFACE
+        -fsanitize=address,undefined
+        -fno-sanitize-recover=all
+        -fno-omit-frame-pointer
+    )
+    target_link_options(corvane_flags INTERFACE -fsanitize=address,undefined)
+endif()

@@ -1,0 +1,24 @@
+# Helpers for tests. Files are listed in tests/CMakeLists.txt; a new one is one line there.
+include(GoogleTest)
+
+# corvane_add_tests(<target> LIBRARIES <library>... SOURCES <file>...)
+# One GoogleTest program, run by ctest as one test: under Wine for Windows, directly for the native build.
+function(corvane_add_tests target)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LIBRARIES;SOURCES")
+    add_executable(${target} ${arg_SOURCES})
+    target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} corvane_flags GTest::gmock_main)
+    add_test(NAME ${target} COMMAND ${target})
+    set_tests_properties(${target} PROPERTIES TIMEOUT 300)
+endfunction()
+
+# corvane_add_fuzzer(<name> <library>...)
+# A libFuzzer program from tests/fuzz/<name>.cpp, with a seed corpus in tests/data/fuzz/<name> if there is one.
+# Needs clang; the native build only.
+function(corvane_add_fuzzer name)
+    set(target fuzz_${name})
+    add_executable(${target} fuzz/${name}.cpp)
+    target_link_libraries(${target} PRIVATE ${ARGN} corvane_flags)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer)
+    target_link_options(${target} PRIVATE -fsanitize=fuzzer)
+    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/fuzz)
+endfunction()
