@@ -1,0 +1,50 @@
+# The commands of everyday work; each prepares the machine first (tools/setup), which is quick once it is done.
+#
+#   make build    both bitnesses, release: the DLLs in build/x86 and build/x64, the script host and the tests
+#   make check    everything that must hold before a change goes in; ends with a line "N passed, N failed"
+#   make demo     signs and verifies a document from a script, from an empty Wine prefix to the end
+#   make bench    the benchmark's table, both bitnesses
+#   make fuzz     the fuzzers, FUZZ_SECONDS each
+#   make format   formats the sources      make lint   runs the linter
+#   make clean    removes what was built, but for the pinned libraries and the Wine prefix
+
+FUZZ_SECONDS ?= 60
+BUILDS := x64-release x86-release
+
+.PHONY: build native setup check demo bench fuzz format lint clean
+.DEFAULT_GOAL := build
+
+setup:
+	@tools/setup
+
+build: setup
+	@for preset in $(BUILDS); do \
+	    cmake --preset $$preset --log-level=WARNING && cmake --build build/$$preset || exit 1; \
+	done
+
+native: setup
+	@cmake --preset native --log-level=WARNING
+	@cmake --build build/native
+
+check: setup
+	@tools/check
+
+demo: build
+	@tools/demo
+
+bench: build native
+	@tools/bench
+
+fuzz: native
+	@tools/fuzz $(FUZZ_SECONDS)
+
+format: setup
+	@tools/format
+
+lint: setup
+	@cmake --preset x64-release --log-level=WARNING
+	@cmake --build build/x64-release --target corvane_idl
+	@tools/lint
+
+clean:
+	rm -rf build/x64 build/x86 build/*-release build/*-debug build/native build/check build/lint
