@@ -11,7 +11,19 @@ function(corvane_add_type_library target idl)
     set(guids ${folder}/${name}_i.c)
     set(library ${folder}/${name}.tlb)
     # widl takes one kind of output per run when they are named; the dependency file lets included IDL files count.
-    set(widl ${CORVANE_WIDL_PROGRAM} -I${CMAKE_BINARY_DIR}/generated)
+    # The type library refers to automation's own one, which comes with Windows, or with Wine on other systems.
+    find_path(CORVANE_AUTOMATION_FOLDER stdole2.tlb
+        PATHS
+            $ENV{SystemRoot}/System32
+            /usr/lib/x86_64-linux-gnu/wine/x86_64-windows
+            /usr/lib/wine/x86_64-windows
+            /usr/lib64/wine/x86_64-windows
+        NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED
+    )
+    get_filename_component(idl_folder ${idl} DIRECTORY)
+    set(widl ${CORVANE_WIDL_PROGRAM}
+        -I${CMAKE_BINARY_DIR}/generated -I${idl_folder} -L${CORVANE_AUTOMATION_FOLDER}
+    )
     add_custom_command(
         OUTPUT ${header} ${guids} ${library}
         COMMAND ${widl} -h -o ${header} ${idl}

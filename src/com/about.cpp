@@ -1,0 +1,36 @@
+#include "com/about.h"
+
+#include "com/arguments.h"
+#include "com/registration.h"
+#include "com/version_text.h"
+#include "core/windows_version.h"
+
+using namespace Corvane;
+using namespace Corvane::Com;
+
+HRESULT CAbout::get_Version(BSTR* version)
+{
+    return frame(L"CAbout::Version", [&] { give(version, versionText); });
+}
+
+HRESULT CAbout::get_RegVersion(BSTR* version)
+{
+    return frame(L"CAbout::RegVersion", [&] { give(version, registeredVersion()); });
+}
+
+HRESULT CAbout::get_HasAccess(VARIANT_BOOL* access)
+{
+    bool allowed = false;
+    try {
+        checkAccess(false);
+        allowed = true;
+    } catch (...) {
+        // Whatever the reason, the answer is no.
+    }
+    return frame(L"CAbout::HasAccess", [&] { give(access, variantBool(allowed)); });
+}
+
+HRESULT CAbout::get_WinVersion(BSTR* version)
+{
+    return frame(L"CAbout::WinVersion", [&] { give(version, windowsVersion()); });
+}

@@ -1,0 +1,69 @@
+// From the arguments of a method to the component's own values, and from results back to COM.
+// All of these are for use inside a frame: they end the method by throwing.
+#pragma once
+
+#include "com/automation.h"
+#include "com/object.h"
+#include "com/ptr.h"
+
+#include <string_view>
+
+namespace Corvane::Com {
+
+// The implementation object behind an interface pointer. A null pointer is E_POINTER; an object that is not
+// ours fails with its own HRESULT; both without error information.
+ComPtr<Implementation> implementationOf(IUnknown* object);
+
+// The object of class T behind an interface pointer; one of ours that is not a T is E_NOINTERFACE.
+template <class T>
+ComPtr<T> resolve(IUnknown* object)
+{
+    const ComPtr<Implementation> implementation = implementationOf(object);
+    T* resolved = dynamic_cast<T*>(implementation.get());
+    if (!resolved)
+        throw SilentFailure{E_NOINTERFACE};
+    return ComPtr<T>(resolved);
+}
+
+// Hands a result to the caller; E_POINTER when there is nowhere to put it.
+template <class Out, class Value>
+void give(Out* out, Value value)
+{
+    if (!out)
+        throw SilentFailure{E_POINTER};
+    *out = value;
+}
+
+inline void give(BSTR* out, Bstr text)
+{
+    if (!out)
+        throw SilentFailure{E_POINTER};
+    *out = text.detach();
+}
+
+inline void give(BSTR* out, std::wstring_view text)
+{
+    give(out, Bstr(text));
+}
+
+inline void give(VARIANT* out, Variant value)
+{
+    if (!out)
+        throw SilentFailure{E_POINTER};
+    *out = value.detach();
+}
+
+template <class Interface, class T>
+void give(Interface** out, ComPtr<T> object)
+{
+    if (!out)
+        throw SilentFailure{E_POINTER};
+    *out = object.detach();
+}
+
+inline VARIANT_BOOL variantBool(bool value) noexcept
+{
+    return value ? VARIANT_TRUE : VARIANT_FALSE;
+}
+
+} // namespace Corvane::Com

@@ -1,0 +1,129 @@
+// Owners of automation's strings, variants and arrays. Running out of memory is std::bad_alloc.
+#pragma once
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <limits>
+#include <new>
+#include <string_view>
+#include <utility>
+
+namespace Corvane::Com {
+
+// The text of a BSTR argument; a null BSTR is an empty text. Valid as long as the argument is.
+inline std::wstring_view viewOf(BSTR text) noexcept
+{
+    return text ? std::wstring_view(text, ::SysStringLen(text)) : std::wstring_view();
+}
+
+class Bstr
+{
+public:
+    Bstr() noexcept = default;
+    explicit Bstr(std::wstring_view text) : text_(::SysAllocStringLen(text.data(), checked(text.size())))
+    {
+        check();
+    }
+    // Room for `length` characters, not yet set, and a terminator that is.
+    static Bstr uninitialized(std::size_t length)
+    {
+        Bstr text;
+        text.text_ = ::SysAllocStringLen(nullptr, checked(length));
+        text.check();
+        return text;
+    }
+    Bstr(Bstr&& other) noexcept : text_(other.detach()) {}
+    Bstr& operator=(Bstr&& other) noexcept
+    {
+        std::swap(text_, other.text_);
+        return *this;
+    }
+    Bstr(const Bstr&) = delete;
+    Bstr& operator=(const Bstr&) = delete;
+    ~Bstr() { ::SysFreeString(text_); }
+
+    BSTR get() const noexcept { return text_; }
+    BSTR* put() noexcept
+    {
+        ::SysFreeString(detach());
+        return &text_;
+    }
+    [[nodiscard]] BSTR detach() noexcept { return std::exchange(text_, nullptr); }
+    std::wstring_view view() const noexcept { return viewOf(text_); }
+
+private:
+    // A BSTR counts its bytes in 32 bits; a longer one cannot be allocated.
+    static UINT checked(std::size_t length)
+    {
+        if (length > std::numeric_limits<UINT>::max() / sizeof(OLECHAR) - sizeof(OLECHAR) - sizeof(UINT))
+            throw std::bad_alloc();
+        return static_cast<UINT>(length);
+    }
+    void check() const
+    {
+        if (!text_)
+            throw std::bad_alloc();
+    }
+
+    BSTR text_ = nullptr;
+};
+
+class Variant
+{
+public:
+    Variant() noexcept { ::VariantInit(&value_); }
+    Variant(Variant&& other) noexcept : value_(other.detach()) {}
+    Variant& operator=(Variant&& other) noexcept
+    {
+        std::swap(value_, other.value_);
+        return *this;
+    }
+    Variant(const Variant&) = delete;
+    Variant& operator=(const Variant&) = delete;
+    ~Variant() { ::VariantClear(&value_); }
+
+    VARIANT& get() noexcept { return value_; }
+    const VARIANT& get() const noexcept { return value_; }
+    VARIANT* put() noexcept
+    {
+        ::VariantClear(&value_);
+        return &value_;
+    }
+    [[nodiscard]] VARIANT detach() noexcept
+    {
+        const VARIANT value = value_;
+        ::VariantInit(&value_);
+        return value;
+    }
+
+private:
+    VARIANT value_;
+};
+
+class SafeArray
+{
+public:
+    // A one-dimensional array of `count` elements, numbered from 0.
+    SafeArray(VARTYPE type, ULONG count) : array_(::SafeArrayCreateVector(type, 0, count))
+    {
+        if (!array_)
+            throw std::bad_alloc();
+    }
+    SafeArray(const SafeArray&) = delete;
+    SafeArray& operator=(const SafeArray&) = delete;
+    ~SafeArray()
+    {
+        if (array_)
+            ::SafeArrayDestroy(array_);
+    }
+
+    SAFEARRAY* get() const noexcept { return array_; }
+    [[nodiscard]] SAFEARRAY* detach() noexcept { return std::exchange(array_, nullptr); }
+
+private:
+    SAFEARRAY* array_;
+};
+
+} // namespace Corvane::Com

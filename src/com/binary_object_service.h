@@ -1,0 +1,18 @@
+// BinaryObjectService: makes BinaryObjects from text and files.
+#pragma once
+
+#include "com/service_object.h"
+
+#include <VetrelCorvane2_h.h>
+
+class CBinaryObjectService final
+    : public Corvane::Com::ServiceObject<CBinaryObjectService, BinaryObjectService, IBinaryObjectService>
+{
+public:
+    HRESULT STDMETHODCALLTYPE BinaryObjectFromBase64(BSTR base64String, IBinaryObject** binary) override;
+    HRESULT STDMETHODCALLTYPE BinaryObjectFromHex(BSTR hexString, IBinaryObject** binary) override;
+    HRESULT STDMETHODCALLTYPE BinaryObjectFromFile(BSTR filePath, IBinaryObject** binary) override;
+    HRESULT STDMETHODCALLTYPE BinaryObjectFromString(BSTR inputString, ULONG codePage,
+                                                     IBinaryObject** binary) override;
+    HRESULT STDMETHODCALLTYPE BinaryObjectFromUnicodeString(BSTR inputString, IBinaryObject** binary) override;
+};

@@ -1,0 +1,31 @@
+#include "com/coclasses.h"
+
+#include "com/about.h"
+#include "com/binary_object.h"
+#include "com/binary_object_service.h"
+#include "com/version_text.h"
+
+namespace Corvane::Com {
+namespace {
+
+template <class T>
+Coclass coclass(const wchar_t* name)
+{
+    return {&T::classId(), name, versionShortText, [] {
+                return static_cast<IUnknown*>(static_cast<Implementation*>(makeObject<T>().detach()));
+            }};
+}
+
+} // namespace
+
+std::span<const Coclass> coclasses()
+{
+    static const Coclass table[] = {
+        coclass<CBinaryObject>(L"BinaryObject"),
+        coclass<CBinaryObjectService>(L"BinaryObjectService"),
+        coclass<CAbout>(L"About"),
+    };
+    return table;
+}
+
+} // namespace Corvane::Com

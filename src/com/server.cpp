@@ -1,0 +1,63 @@
+// What the DLL exports. Everything it does stands elsewhere.
+#include "com/class_factory.h"
+#include "com/dispatch.h"
+#include "com/frame.h"
+#include "com/module.h"
+#include "com/registration.h"
+
+#include <windows.h>
+
+#include <cwchar>
+
+using namespace Corvane::Com;
+
+namespace {
+
+HRESULT install(bool add, RegistrationScope scope, const wchar_t* function) noexcept
+{
+    return frame(CLSID_NULL, function, [&] { add ? registerComponent(scope) : unregisterComponent(scope); });
+}
+
+} // namespace
+
+extern "C" {
+
+BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void*)
+{
+    // No thread of the host needs a call at its start or end.
+    if (reason == DLL_PROCESS_ATTACH)
+        ::DisableThreadLibraryCalls(instance);
+    return TRUE;
+}
+
+STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object)
+{
+    return getClassObject(clsid, iid, object);
+}
+
+STDAPI DllCanUnloadNow()
+{
+    if (!Module::isIdle())
+        return S_FALSE;
+    DispatchTable::forgetAll();
+    return S_OK;
+}
+
+STDAPI DllRegisterServer()
+{
+    return install(true, RegistrationScope::machine, L"DllRegisterServer");
+}
+
+STDAPI DllUnregisterServer()
+{
+    return install(false, RegistrationScope::machine, L"DllUnregisterServer");
+}
+
+// regsvr32 /n /i:user VetrelCorvane2.dll registers for the current user, without an administrator.
+STDAPI DllInstall(BOOL add, PCWSTR commandLine)
+{
+    const bool forUser = commandLine && ::_wcsicmp(commandLine, L"user") == 0;
+    return install(add != FALSE, forUser ? RegistrationScope::user : RegistrationScope::machine, L"DllInstall");
+}
+
+} // extern "C"
