@@ -1,0 +1,74 @@
+// Measuring for the native benchmarks: a component's function beside a peer's, in one run.
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+using Work = std::function<void()>;
+
+// The value must be computed, because this might have read it.
+inline void keep(const void* value) {
+    asm volatile("" : : "r"(value) : "memory");
+}
+
+inline double secondsOf(const Work& work, std::size_t rounds) {
+    const auto start = std::chrono::steady_clock::now();
+    for (std::size_t i = 0; i < rounds; ++i) {
+        work();
+    }
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+struct Rates {
+    double ours;
+    double peer;
+};
+
+// Megabytes per second of both, from the best of turns that alternate so that a busy machine disturbs both
+// alike.
+inline Rates measure(std::size_t bytes, const Work& ours, const Work& peer) {
+    constexpr double turnSeconds = 0.02;
+    constexpr int turns = 15;
+    const auto roundsFor = [](const Work& work) {
+        const double once = std::max(secondsOf(work, 1), 1e-9);
+        return static_cast<std::size_t>(turnSeconds / once) + 1;
+    };
+    const std::size_t oursRounds = roundsFor(ours);
+    const std::size_t peerRounds = roundsFor(peer);
+    Rates best{0, 0};
+    for (int turn = 0; turn < turns; ++turn) {
+        const auto rate = [bytes](double seconds, std::size_t rounds) {
+            return static_cast<double>(bytes) * static_cast<double>(rounds) / seconds / 1e6;
+        };
+        best.ours = std::max(best.ours, rate(secondsOf(ours, oursRounds), oursRounds));
+        best.peer = std::max(best.peer, rate(secondsOf(peer, peerRounds), peerRounds));
+    }
+    return best;
+}
+
+// One line of the table; `wanted` is the ratio that the component is meant to reach.
+inline void compare(const char* work, const char* peerName, double wanted, std::size_t bytes,
+                    const Work& ours, const Work& peer) {
+    const Rates rates = measure(bytes, ours, peer);
+    const double ratio = rates.ours / rates.peer;
+    std::printf("%-30s %9.0f MB/s  %-28s %9.0f MB/s  ratio %6.2f  wanted %5.2f  %s\n", work, rates.ours,
+                peerName, rates.peer, ratio, wanted, ratio >= wanted ? "reached" : "MISSED");
+}
+
+inline std::vector<std::uint8_t> randomBytes(std::size_t size) {
+    std::mt19937_64 random(20110713);
+    std::vector<std::uint8_t> bytes(size);
+    std::generate(bytes.begin(), bytes.end(), [&random] { return static_cast<std::uint8_t>(random()); });
+    return bytes;
+}
+
+}  // namespace bench
