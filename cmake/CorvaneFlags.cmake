@@ -11,7 +11,6 @@ target_compile_options(corvane_flags INTERFACE
     -Wconversion
     -Wsign-conversion
     -Wold-style-cast
-    -Wnon-virtual-dtor
     -Woverloaded-virtual
     -Wcast-align
     -Wcast-qual
