@@ -16,9 +16,7 @@ namespace {
 constexpr std::uint64_t ticksPerSecond = 10'000'000;
 constexpr std::uint64_t settingLifetimeSeconds = 61;
 
-// Plain counters without a lock: threads that race read the registry twice and agree.
-std::atomic<std::uint32_t> cachedLevel{0};
-std::atomic<std::uint64_t> cachedAt{0};
+detail::LevelCache levelCache;
 
 std::uint64_t systemTicks() noexcept
 {
@@ -37,39 +35,32 @@ std::wstring logPath()
     return std::wstring(folder.data(), known ? length : 0) + L"Corvane2.log";
 }
 
-SharedMutex fileMutex;
-
-// Several processes may share the log, so nobody is kept from writing, renaming or deleting it.
-FileHandle& logFile()
-{
-    static FileHandle file(::CreateFileW(logPath().c_str(), GENERIC_WRITE,
-                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                         OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    return file;
-}
-
 } // namespace
 
 bool isLogEnabled(LogLevel level) noexcept
 {
-    const std::uint64_t now = systemTicks();
-    const std::uint64_t readAt = cachedAt.load(std::memory_order_relaxed);
-    if (readAt == 0 || (now - readAt) / ticksPerSecond >= settingLifetimeSeconds) {
-        try {
-            cachedLevel.store(readNumberSetting(L"LogLevel").value_or(0), std::memory_order_relaxed);
-        } catch (...) {
-            cachedLevel.store(0, std::memory_order_relaxed);
-        }
-        cachedAt.store(now, std::memory_order_relaxed);
-    }
-    return cachedLevel.load(std::memory_order_relaxed) >= static_cast<std::uint32_t>(level);
+    return levelCache.isEnabled(level, systemTicks());
 }
 
 namespace detail {
 
+bool LevelCache::isEnabled(LogLevel level, std::uint64_t now) noexcept
+{
+    const std::uint64_t readAt = readAt_.load(std::memory_order_relaxed);
+    if (readAt == 0 || (now - readAt) / ticksPerSecond >= settingLifetimeSeconds) {
+        try {
+            level_.store(readNumberSetting(L"LogLevel").value_or(0), std::memory_order_relaxed);
+        } catch (...) {
+            level_.store(0, std::memory_order_relaxed);
+        }
+        readAt_.store(now, std::memory_order_relaxed);
+    }
+    return level_.load(std::memory_order_relaxed) >= static_cast<std::uint32_t>(level);
+}
+
 FileLogger& FileLogger::instance()
 {
-    static FileLogger logger;
+    static FileLogger logger(logPath());
     return logger;
 }
 
@@ -77,13 +68,18 @@ void FileLogger::write(std::wstring_view line)
 {
     const LastErrorKeeper keeper;
     const std::string encoded = toUtf8(line);
-    const std::lock_guard guard(fileMutex);
-    const FileHandle& file = logFile();
-    if (!file)
+    const std::lock_guard guard(mutex_);
+    if (!std::exchange(opened_, true)) {
+        // Several processes may share the log, so nobody is kept from writing, renaming or deleting it.
+        file_.attach(::CreateFileW(path_.c_str(), GENERIC_WRITE,
+                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                                   FILE_ATTRIBUTE_NORMAL, nullptr));
+    }
+    if (!file_)
         return;
     DWORD written = 0;
-    ::SetFilePointerEx(file.get(), LARGE_INTEGER{}, nullptr, FILE_END);
-    ::WriteFile(file.get(), encoded.data(), static_cast<DWORD>(encoded.size()), &written, nullptr);
+    ::SetFilePointerEx(file_.get(), LARGE_INTEGER{}, nullptr, FILE_END);
+    ::WriteFile(file_.get(), encoded.data(), static_cast<DWORD>(encoded.size()), &written, nullptr);
 }
 
 std::wstring formatLogLine(const SYSTEMTIME& time, DWORD thread, std::uint32_t level,

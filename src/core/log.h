@@ -5,10 +5,11 @@
 // One line is: UTC time | thread id | level | context | text. Secrets are never passed to it.
 #pragma once
 
-#include <windows.h>
+#include "core/handles.h"
+#include "core/lock.h"
 
+#include <atomic>
 #include <cstdint>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -39,14 +40,35 @@ public:
     virtual void write(std::wstring_view line) = 0;
 };
 
-// Appends lines to the configured file, opened at the first line; one for the process. Lines of
-// different threads never interleave.
+// The configured level, read again when what it knows is more than 60 seconds old. Plain counters without a
+// lock: threads that race read the registry twice and agree.
+class LevelCache
+{
+public:
+    // `now` is the system time in units of 100 ns.
+    bool isEnabled(LogLevel level, std::uint64_t now) noexcept;
+
+private:
+    std::atomic<std::uint32_t> level_{0};
+    std::atomic<std::uint64_t> readAt_{0};
+};
+
+// Appends lines to a file, opened at the first line. Lines of different threads never interleave.
 class FileLogger : public ILogger
 {
 public:
+    explicit FileLogger(std::wstring path) : path_(std::move(path)) {}
+
+    // The one of the process, over the configured file.
     static FileLogger& instance();
 
     void write(std::wstring_view line) override;
+
+private:
+    SharedMutex mutex_;
+    std::wstring path_;
+    FileHandle file_;
+    bool opened_ = false;
 };
 
 // A line under construction: values are streamed into it and its destructor hands it to the logger.
