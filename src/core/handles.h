@@ -49,6 +49,11 @@ struct CryptProviderTraits : NullTraits<HCRYPTPROV>
     static void close(Type provider) noexcept { ::CryptReleaseContext(provider, 0); }
 };
 
+struct CryptKeyTraits : NullTraits<HCRYPTKEY>
+{
+    static void close(Type key) noexcept { ::CryptDestroyKey(key); }
+};
+
 template <class T>
 struct LocalMemoryTraits : NullTraits<T*>
 {
@@ -63,6 +68,7 @@ using CertificateStoreHandle = UniqueHandle<detail::CertificateStoreTraits>;
 using CertificateContext = UniqueHandle<detail::CertificateContextTraits>;
 using CertificateChain = UniqueHandle<detail::CertificateChainTraits>;
 using CryptProvider = UniqueHandle<detail::CryptProviderTraits>;
+using CryptKey = UniqueHandle<detail::CryptKeyTraits>;
 template <class T>
 using LocalMemory = UniqueHandle<detail::LocalMemoryTraits<T>>;
 

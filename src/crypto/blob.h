@@ -1,0 +1,33 @@
+// What CryptoAPI keeps in blobs, as bytes and text.
+#pragma once
+
+#include "binary/bytes.h"
+#include "core/system_exception.h"
+
+#include <windows.h>
+
+#include <wincrypt.h>
+
+#include <string>
+
+namespace Corvane::detail {
+
+// A whole number with the most significant byte first, as DER has it. CryptoAPI keeps it the other way round.
+Bytes toBigEndian(const CRYPT_INTEGER_BLOB& number);
+
+// The text that a name function of the system gives. `call(buffer, size)` returns the length in characters,
+// terminator included. Throws CryptoException E_CERT_PROPERTY when two calls differ about it.
+template <class Call>
+std::wstring readName(Call call) {
+    const DWORD length = call(nullptr, 0);
+    std::wstring text(length, L'\0');
+    if (call(text.data(), length) != length || length == 0)
+        throw CryptoException(E_CERT_PROPERTY);
+    text.pop_back();
+    return text;
+}
+
+// A whole distinguished name as CertNameToStrW writes it; throws as readName() does.
+std::wstring toText(const CERT_NAME_BLOB& name, DWORD flags);
+
+}  // namespace Corvane::detail

@@ -1,0 +1,114 @@
+#include "binary/hex.h"
+#include "core/check.h"
+#include "core/log.h"
+#include "crypto/blob.h"
+#include "crypto/crypto_api_provider.h"
+#include "crypto/encoding.h"
+#include "crypto/message_size.h"
+
+#include <utility>
+
+namespace Corvane {
+namespace {
+
+void logSigner(const CERT_INFO& signer) noexcept try {
+    writeLog(LogLevel::debug, L"getSignerCertificateCallback", L"serialNumber: ",
+             binToHex(detail::toBigEndian(signer.SerialNumber)), L"| issuer: ",
+             detail::toText(signer.Issuer, CERT_X500_NAME_STR));
+} catch (...) {
+    // The search for the signer does not depend on the log.
+}
+
+// Called by the system: nothing may be thrown. `argument` is the store of the supplied certificates.
+PCCERT_CONTEXT WINAPI getSignerCertificateCallback(void* argument, DWORD, PCERT_INFO signer,
+                                                   HCERTSTORE messageStore) {
+    if (isLogEnabled(LogLevel::debug))
+        logSigner(*signer);
+    if (PCCERT_CONTEXT supplied = ::CertGetSubjectCertificateFromStore(argument, messageEncoding, signer))
+        return supplied;
+    return ::CertGetSubjectCertificateFromStore(messageStore, messageEncoding, signer);
+}
+
+// In a store the system finds certificates by every way in which a message may name its signers.
+CertificateStoreHandle collect(const Certificates& certificates) {
+    CertificateStoreHandle store(checkCrypto(::CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr),
+                                             E_CERT_STORE_OPEN, L"CertOpenStore"));
+    for (const SharedCertificate& certificate : certificates) {
+        checkCrypto(::CertAddCertificateContextToStore(store.get(), certificate->context(),
+                                                       CERT_STORE_ADD_USE_EXISTING, nullptr),
+                    E_CERT_STORE_INSTALL, L"CertAddCertificateContextToStore");
+    }
+    return store;
+}
+
+// One message, and what the system is asked about each of its signers.
+class SignedMessage {
+public:
+    SignedMessage(const Bytes& signature, const Bytes* data, HCERTSTORE supplied)
+        : signature_(signature),
+          size_(detail::messageSize(signature)),
+          data_(data),
+          dataSize_(data ? detail::messageSize(*data) : 0) {
+        parameters_.cbSize = sizeof(parameters_);
+        parameters_.dwMsgAndCertEncodingType = messageEncoding;
+        parameters_.pfnGetSignerCertificate = getSignerCertificateCallback;
+        parameters_.pvGetArg = supplied;
+    }
+
+    bool verify(DWORD index, CertificateContext& signer) {
+        if (!data_)
+            return ::CryptVerifyMessageSignature(&parameters_, index, signature_.data(), size_, nullptr,
+                                                 nullptr, signer.put()) != FALSE;
+        const BYTE* blocks[] = {data_->data()};
+        DWORD sizes[] = {dataSize_};
+        return ::CryptVerifyDetachedMessageSignature(&parameters_, index, signature_.data(), size_, 1, blocks,
+                                                     sizes, signer.put()) != FALSE;
+    }
+
+    // Whether a failure only means that there is no such signer. The usual code says so itself; systems that
+    // answer with another one are asked how many signers there are.
+    bool isPastLastSigner(DWORD index, DWORD error) const {
+        if (error == static_cast<DWORD>(CRYPT_E_NO_SIGNER))
+            return true;
+        const LONG count = ::CryptGetMessageSignerCount(messageEncoding, signature_.data(), size_);
+        return count >= 0 && index >= static_cast<DWORD>(count);
+    }
+
+private:
+    CRYPT_VERIFY_MESSAGE_PARA parameters_{};
+    const Bytes& signature_;
+    DWORD size_;
+    const Bytes* data_;
+    DWORD dataSize_;
+};
+
+}  // namespace
+
+Certificates CryptoApiProvider::verifyMessageSignature(const Bytes& signature, const Bytes* data,
+                                                       const Certificates& supplied) const {
+    writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::verifyMessageSignature", L"provider name: ",
+             record_.name, L", signature: ", signature.size(), L" bytes, input certificate: ", supplied);
+    const CertificateStoreHandle suppliedStore = collect(supplied);
+    SignedMessage message(signature, data, suppliedStore.get());
+    Certificates signers;
+    // Every signer takes more than one byte of the message: the bound ends the loop where the system
+    // keeps failing without a code.
+    for (std::size_t index = 0; index <= signature.size(); ++index) {
+        const auto signerIndex = static_cast<DWORD>(index);
+        CertificateContext signer;
+        if (message.verify(signerIndex, signer)) {
+            signers.push_back(std::make_shared<Certificate>(std::move(signer)));
+            continue;
+        }
+        const DWORD error = ::GetLastError();
+        // A failure without a code is passed over: that leniency is wanted.
+        if (error == ERROR_SUCCESS)
+            continue;
+        if (message.isPastLastSigner(signerIndex, error))
+            break;
+        detail::failCrypto(E_CRYPTO_VERIFY, L"CryptVerifyMessageSignature", error);
+    }
+    return signers;
+}
+
+}  // namespace Corvane
