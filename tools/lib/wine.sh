@@ -1,0 +1,67 @@
+# Sourced by wine-env, wine-run and run-script: where the environment for Windows programs lies and how to enter it.
+# shellcheck shell=bash
+#
+# Everything is below build/wine; the user's own Wine prefix and home folder are never touched:
+#   wow64/             what 32-bit programs need on a machine without 32-bit Linux libraries
+#   template/          a fresh prefix, made once
+#   prefixes/NAME/     the prefixes in use, copies of the template
+#   home/              the home folder that programs see
+#   display            process id and name of the X display
+#   lock               held while any of this is being made
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+wine_dir=$root/build/wine
+
+fail() {
+    echo "${0##*/}: $*" >&2
+    exit 1
+}
+
+# enterWine PREFIX_FOLDER: sets the environment of Windows programs.
+enterWine() {
+    export WINEPREFIX=$1
+    export WINEARCH=win64
+    export WINEDEBUG=${WINEDEBUG:--all}
+    # No menus of the desktop are touched, no add-ons for .NET and HTML are asked for.
+    export WINEDLLOVERRIDES="winemenubuilder.exe=;mscoree=;mshtml="
+    export HOME=$wine_dir/home
+    # File names and the console are UTF-8 whatever the caller's language.
+    export LC_ALL=C.UTF-8
+    unset WINELOADER WINESERVER XDG_CONFIG_HOME XDG_DATA_HOME WAYLAND_DISPLAY XAUTHORITY
+    if [[ -d $wine_dir/wow64 ]]; then
+        export WINEDLLPATH=$wine_dir/wow64
+    else
+        unset WINEDLLPATH
+    fi
+}
+
+# Whether the X display runs; exports DISPLAY.
+isDisplayAlive() {
+    local pid name
+    [[ -r $wine_dir/display ]] || return 1
+    read -r pid name <"$wine_dir/display" || return 1
+    [[ -r /proc/$pid/comm && $(<"/proc/$pid/comm") == Xvfb ]] || return 1
+    export DISPLAY=$name
+}
+
+# Whether programs can start at once in the entered prefix. (-k0 asks for the server's existence only.)
+isPrefixAlive() {
+    [[ -f $WINEPREFIX/ready ]] && isDisplayAlive && wineserver -k0
+}
+
+# useWine NAME: enters the prefix NAME, making or waking it where needed.
+useWine() {
+    enterWine "$wine_dir/prefixes/$1"
+    isPrefixAlive || {
+        "$root/tools/wine-env" --prefix "$1" </dev/null
+        enterWine "$wine_dir/prefixes/$1"
+        isDisplayAlive || fail "the X display has ended"
+    }
+}
+
+# toWindowsPath FILE: prints its absolute path as Windows programs see it.
+toWindowsPath() {
+    local path
+    path=$(realpath -- "$1")
+    printf 'Z:%s\n' "${path//\//\\}"
+}
