@@ -7,6 +7,7 @@
 #include "com/ptr.h"
 
 #include <string_view>
+#include <type_traits>
 
 namespace Corvane::Com {
 
@@ -26,8 +27,8 @@ ComPtr<T> resolve(IUnknown* object)
 }
 
 // Hands a result to the caller; E_POINTER when there is nowhere to put it.
-template <class Out, class Value>
-void give(Out* out, Value value)
+template <class Out>
+void give(Out* out, std::type_identity_t<Out> value)
 {
     if (!out)
         throw SilentFailure{E_POINTER};

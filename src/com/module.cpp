@@ -4,24 +4,23 @@
 
 #include <atomic>
 #include <cstring>
+#include <functional>
 
 // The linker's name for the start of the image that this code is linked into.
-extern "C" IMAGE_DOS_HEADER __ImageBase; // NOLINT(bugprone-reserved-identifier): the linker's name
+extern "C" const char __ImageBase[]; // NOLINT(bugprone-reserved-identifier): the linker's name
 
 namespace Corvane::Com {
 namespace {
 
 std::atomic<long> references{0};
 
-const char* imageBase() noexcept
-{
-    return reinterpret_cast<const char*>(&__ImageBase);
-}
-
 std::size_t imageSize() noexcept
 {
-    const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS*>(imageBase() + __ImageBase.e_lfanew);
-    return headers->OptionalHeader.SizeOfImage;
+    IMAGE_DOS_HEADER start;
+    std::memcpy(&start, __ImageBase, sizeof(start));
+    IMAGE_NT_HEADERS headers;
+    std::memcpy(&headers, __ImageBase + start.e_lfanew, sizeof(headers));
+    return headers.OptionalHeader.SizeOfImage;
 }
 
 } // namespace
@@ -43,7 +42,7 @@ bool Module::isIdle() noexcept
 
 HINSTANCE Module::instance() noexcept
 {
-    return reinterpret_cast<HINSTANCE>(&__ImageBase);
+    return reinterpret_cast<HINSTANCE>(const_cast<char*>(__ImageBase));
 }
 
 std::wstring Module::path()
@@ -65,7 +64,7 @@ bool Module::owns(const void* object) noexcept
     // Any COM object begins with the address of its table of methods.
     const char* table = nullptr;
     std::memcpy(&table, object, sizeof(table));
-    return table >= imageBase() && table < imageBase() + imageSize();
+    return std::less_equal<>{}(__ImageBase, table) && std::less<>{}(table, __ImageBase + imageSize());
 }
 
 } // namespace Corvane::Com

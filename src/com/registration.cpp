@@ -13,6 +13,13 @@
 #include <array>
 #include <string_view>
 
+// In oleaut32 since Windows Vista; MinGW's headers do not declare them.
+extern "C" {
+__declspec(dllimport) HRESULT WINAPI RegisterTypeLibForUser(ITypeLib* library, OLECHAR* file, OLECHAR* help);
+__declspec(dllimport) HRESULT WINAPI UnRegisterTypeLibForUser(REFGUID id, WORD major, WORD minor, LCID locale,
+                                                              SYSKIND kind);
+}
+
 namespace Corvane::Com {
 namespace {
 
@@ -98,7 +105,7 @@ void registerClass(const RegistryKey& classes, const Coclass& coclass, const std
     }
     writeKey(classes, names.key + L"\\ProgID", names.versionedProgId);
     writeKey(classes, names.key + L"\\VersionIndependentProgID", names.progId);
-    writeKey(classes, names.key + L"\\TypeLib", textOf(__uuidof(VetrelCorvaneLib)));
+    writeKey(classes, names.key + L"\\TypeLib", textOf(LIBID_VetrelCorvaneLib));
     writeKey(classes, names.key + L"\\Version", versionText);
     createKey(classes.get(), names.key + L"\\Programmable");
     for (const std::wstring_view category : safetyCategories)
@@ -145,7 +152,7 @@ void unregisterTypeLibrary(RegistrationScope scope)
 #endif
     const auto* const call =
         scope == RegistrationScope::machine ? &::UnRegisterTypeLib : &::UnRegisterTypeLibForUser;
-    const HRESULT hr = call(__uuidof(VetrelCorvaneLib), CORVANE_VERSION_MAJOR, CORVANE_VERSION_MINOR,
+    const HRESULT hr = call(LIBID_VetrelCorvaneLib, CORVANE_VERSION_MAJOR, CORVANE_VERSION_MINOR,
                             LOCALE_NEUTRAL, kind);
     if (hr != TYPE_E_REGISTRYACCESS) // absent
         checkHresult(hr, E_ACTIVEX, L"UnRegisterTypeLib");
