@@ -139,7 +139,7 @@ void registerTypeLibrary(RegistrationScope scope, std::wstring file)
 {
     ComPtr<ITypeLib> library;
     checkHresult(::LoadTypeLibEx(file.c_str(), REGKIND_NONE, library.put()), E_ACTIVEX, L"LoadTypeLibEx");
-    const auto* const call = scope == RegistrationScope::machine ? &::RegisterTypeLib : &::RegisterTypeLibForUser;
+    auto* const call = scope == RegistrationScope::machine ? &::RegisterTypeLib : &::RegisterTypeLibForUser;
     checkHresult(call(library.get(), file.data(), nullptr), E_ACTIVEX, L"RegisterTypeLib");
 }
 
@@ -150,7 +150,7 @@ void unregisterTypeLibrary(RegistrationScope scope)
 #else
     constexpr SYSKIND kind = SYS_WIN32;
 #endif
-    const auto* const call =
+    auto* const call =
         scope == RegistrationScope::machine ? &::UnRegisterTypeLib : &::UnRegisterTypeLibForUser;
     const HRESULT hr = call(LIBID_VetrelCorvaneLib, CORVANE_VERSION_MAJOR, CORVANE_VERSION_MINOR,
                             LOCALE_NEUTRAL, kind);
