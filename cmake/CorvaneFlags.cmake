@@ -20,6 +20,7 @@ target_compile_options(corvane_flags INTERFACE
     -Wvla
     -fstack-protector-strong
 )
+target_link_options(corvane_flags INTERFACE -fstack-protector-strong)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(corvane_flags INTERFACE
         -Wduplicated-cond
@@ -68,6 +69,7 @@ if(CORVANE_SANITIZE)
     target_compile_options(corvane_flags INTERFACE
         -fsanitize=address,undefined
         -fno-sanitize-recover=all
+        -fsanitize=fuzzer-no-link
         -fno-omit-frame-pointer
     )
     target_link_options(corvane_flags INTERFACE -fsanitize=address,undefined)

@@ -1,5 +1,4 @@
 # Helpers for tests. Files are listed in tests/CMakeLists.txt; a new one is one line there.
-include(GoogleTest)
 
 # corvane_add_tests(<target> LIBRARIES <library>... SOURCES <file>...)
 # One GoogleTest program, run by ctest as one test: under Wine for Windows, directly for the native build.
@@ -7,6 +6,10 @@ function(corvane_add_tests target)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LIBRARIES;SOURCES")
     add_executable(${target} ${arg_SOURCES})
     target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} corvane_flags GTest::gmock_main)
+    # Where tests find their data; programs for Windows see this machine's root as drive Z.
+    target_compile_definitions(${target} PRIVATE
+        CORVANE_TEST_DATA="$<$<BOOL:${CMAKE_CROSSCOMPILING}>:Z:>${PROJECT_SOURCE_DIR}/tests/data"
+    )
     add_test(NAME ${target} COMMAND ${target})
     set_tests_properties(${target} PROPERTIES TIMEOUT 300)
 endfunction()
