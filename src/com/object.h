@@ -162,7 +162,7 @@ private:
             return static_cast<Interface*>(this);
         if (iid == GUID_NULL)
             return static_cast<Implementation*>(this);
-        if (iid == __uuidof(IObjectSafety))
+        if (iid == IID_IObjectSafety)
             return static_cast<IObjectSafety*>(this);
         if (iid == __uuidof(ISupportErrorInfo))
             return static_cast<ISupportErrorInfo*>(this);

@@ -93,7 +93,7 @@ TEST(Resolve, OnlyOurOwnObjectsOfTheRightKind)
     ForeignObject lying(S_OK);
     const auto ours = makeBinary({1, 2, 3});
     ComPtr<IUnknown> otherInterface;
-    ASSERT_EQ(ours->QueryInterface(__uuidof(IObjectSafety), otherInterface.putVoid()), S_OK);
+    ASSERT_EQ(ours->QueryInterface(IID_IObjectSafety, otherInterface.putVoid()), S_OK);
 
     const auto resolving = [](IUnknown* object) {
         return frame(CLSID_NULL, L"CTest::Method", [&] { EXPECT_EQ(resolve<CBinaryObject>(object)->bytes()->size(), 3u); });
