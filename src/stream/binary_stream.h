@@ -1,0 +1,66 @@
+// The stream of bytes through which large data travels in pieces: memory streams and files.
+#pragma once
+
+#include "binary/bytes.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace Corvane::Stream {
+
+// Where seek() counts from. Any other number is taken for `beginning`.
+enum class Origin : std::uint32_t
+{
+    beginning = 0,
+    current = 1,
+    end = 2,
+};
+
+struct State
+{
+    std::uint64_t position;
+    std::uint64_t size;
+};
+
+// All operations may be called from any thread; each implementation runs them one after another. After close()
+// every operation but close() itself fails with the error of a closed stream (E_FILE_READ, E_FILE_WRITE or
+// E_SEEK_IN_FILE with the system's "invalid handle").
+class IBinaryStream
+{
+public:
+    virtual ~IBinaryStream() = default;
+
+    // Position and size at one moment.
+    virtual State state() const = 0;
+
+    // Moves the position and returns it. A position before the beginning is E_OFFSET_OUT_OF_RANGE, and so is one
+    // beyond the end.
+    virtual std::uint64_t seek(std::int64_t offset, Origin origin) = 0;
+
+    // Cuts the stream off or fills it up with zeros. A position beyond the new end moves to it.
+    virtual void resize(std::uint64_t size) = 0;
+
+    // Releases the data or the file. Never fails twice; a second call does nothing.
+    virtual void close() = 0;
+
+    // Fills `buffer` from the position on as far as the stream goes and moves behind what was read; returns how
+    // much that was, 0 at the end only.
+    virtual std::size_t read(std::span<std::uint8_t> buffer) = 0;
+
+    // Writes all of `bytes` at the position and moves behind them. What was written before a failure stays.
+    virtual void write(std::span<const std::uint8_t> bytes) = 0;
+
+    // Moving from the beginning and transferring as one operation, which no other one comes between.
+    virtual std::size_t seekAndRead(std::int64_t position, std::span<std::uint8_t> buffer) = 0;
+    virtual void seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes) = 0;
+
+    // At most `count` bytes from the position on; empty at the end.
+    SharedBytes read(std::size_t count);
+
+    // `count` bytes of `bytes`, beginning at `offset`. An offset beyond its size is E_OFFSET_OUT_OF_RANGE; what
+    // reaches beyond it is left out.
+    void write(const SharedBytes& bytes, std::size_t offset, std::size_t count);
+};
+
+} // namespace Corvane::Stream
