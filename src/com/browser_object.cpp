@@ -14,8 +14,7 @@ namespace {
 using Choice = Gui::DialogWithCheckBox::Choice;
 
 // One line, in the context of the step that failed.
-void logSiteError(const std::exception_ptr& error) noexcept
-{
+void logSiteError(const std::exception_ptr& error) noexcept {
     try {
         try {
             std::rethrow_exception(error);
@@ -29,8 +28,7 @@ void logSiteError(const std::exception_ptr& error) noexcept
 }
 
 // Shows the dialog and remembers the answer as it says.
-bool askUser(const HostingPage& page)
-{
+bool askUser(const HostingPage& page) {
     SessionTrustedSites& session = SessionTrustedSites::instance();
     const Gui::DialogWithCheckBox dialog(siteHost(readSite(page.url)));
     switch (dialog.get(Module::instance(), page.mainWindow)) {
@@ -51,8 +49,7 @@ bool askUser(const HostingPage& page)
 
 }  // namespace
 
-HRESULT BrowserSite::setSite(IUnknown* site) noexcept
-{
+HRESULT BrowserSite::setSite(IUnknown* site) noexcept {
     site_ = ComPtr<IUnknown>(site);
     try {
         std::optional<HostingPage> page = findHostingPage(site);
@@ -69,8 +66,7 @@ HRESULT BrowserSite::setSite(IUnknown* site) noexcept
     return S_OK;
 }
 
-HRESULT BrowserSite::getSite(REFIID iid, void** site) const noexcept
-{
+HRESULT BrowserSite::getSite(REFIID iid, void** site) const noexcept {
     if (!site) {
         return E_POINTER;
     }
@@ -78,8 +74,7 @@ HRESULT BrowserSite::getSite(REFIID iid, void** site) const noexcept
     return site_ ? site_->QueryInterface(iid, site) : E_FAIL;
 }
 
-void BrowserSite::checkAccess(bool mayAsk) const
-{
+void BrowserSite::checkAccess(bool mayAsk) const {
     constexpr wchar_t context[] = L"CBrowserObject::checkAccess";
     if (siteError_) {
         std::rethrow_exception(siteError_);

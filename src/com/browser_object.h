@@ -14,12 +14,11 @@
 namespace Corvane::Com {
 
 // What CBrowserObject does, for all coclasses alike. Used by one thread at a time.
-class BrowserSite
-{
+class BrowserSite {
 public:
-    // Keeps `site` and resolves the page. What fails on the way is logged and kept, for checkAccess() to raise
-    // until a later site is resolved; E_FAIL, which keeps nothing, is only for a host whose file name cannot
-    // be read. A null site lets go of the former one and leaves no access.
+    // Keeps `site` and resolves the page. What fails on the way is logged and kept, for checkAccess() to
+    // raise until a later site is resolved; E_FAIL, which keeps nothing, is only for a host whose file name
+    // cannot be read. A null site lets go of the former one and leaves no access.
     HRESULT setSite(IUnknown* site) noexcept;
 
     // The site under the interface `iid`; E_FAIL when there is none.
@@ -41,8 +40,7 @@ private:
 
 // The mix-in; T is the coclass it is mixed into, which supplies IUnknown.
 template <class T>
-class CBrowserObject : public IObjectWithSite
-{
+class CBrowserObject : public IObjectWithSite {
 public:
     using ComInterface = IObjectWithSite;
 

@@ -35,8 +35,7 @@ constexpr GUID windowService{0xD48A6EC6, 0x6A4A, 0x11CF, {0x94, 0xA7, 0x44, 0x45
 // A call that is to hand over an object: it may fail, and it may succeed without one.
 template <class Interface>
 void checkObject(HRESULT hr, const ComPtr<Interface>& object, const ErrorDescriptor& descriptor,
-                 const wchar_t* call)
-{
+                 const wchar_t* call) {
     checkHresult(hr, descriptor, call);
     if (!object) {
         throw Exception(descriptor);
@@ -44,14 +43,12 @@ void checkObject(HRESULT hr, const ComPtr<Interface>& object, const ErrorDescrip
 }
 
 template <class Interface>
-HRESULT queryService(IServiceProvider& provider, const GUID& service, ComPtr<Interface>& object)
-{
+HRESULT queryService(IServiceProvider& provider, const GUID& service, ComPtr<Interface>& object) {
     return provider.QueryService(service, __uuidof(Interface), object.putVoid());
 }
 
 // The address of the HTML window of a host that is no browser.
-std::optional<std::wstring> windowUrl(IServiceProvider& provider)
-{
+std::optional<std::wstring> windowUrl(IServiceProvider& provider) {
     ComPtr<IUnknown> script;
     if (FAILED(queryService(provider, windowService, script))) {
         return std::nullopt;
@@ -70,8 +67,7 @@ std::optional<std::wstring> windowUrl(IServiceProvider& provider)
 
 // "name://" and the file name of the process. A path that does not fit the buffer comes back cut, with
 // another file name at its end, and counts as unreadable.
-std::optional<std::wstring> processUrl()
-{
+std::optional<std::wstring> processUrl() {
     std::array<wchar_t, MAX_PATH> buffer{};
     const DWORD length = ::GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
     if (length == 0 || length == buffer.size()) {
@@ -81,8 +77,7 @@ std::optional<std::wstring> processUrl()
     return L"name://" + std::wstring(path.substr(path.rfind(L'\\') + 1));
 }
 
-std::optional<HostingPage> findPlainHost(IServiceProvider& provider)
-{
+std::optional<HostingPage> findPlainHost(IServiceProvider& provider) {
     std::optional<std::wstring> url = windowUrl(provider);
     if (!url) {
         url = processUrl();
@@ -92,8 +87,7 @@ std::optional<HostingPage> findPlainHost(IServiceProvider& provider)
 
 // The site is asked for the frame around all documents, and the frame for its browser. A host without such
 // a frame has a single browser, which says of itself that nothing stands around it.
-ComPtr<IWebBrowser2> topBrowser(IServiceProvider& provider, const ComPtr<IWebBrowser2>& browser)
-{
+ComPtr<IWebBrowser2> topBrowser(IServiceProvider& provider, const ComPtr<IWebBrowser2>& browser) {
     ComPtr<IServiceProvider> frame;
     ComPtr<IWebBrowser2> top;
     if (SUCCEEDED(queryService(provider, topLevelBrowserService, frame)) && frame &&
@@ -107,8 +101,7 @@ ComPtr<IWebBrowser2> topBrowser(IServiceProvider& provider, const ComPtr<IWebBro
     throw Exception(noTopBrowser);
 }
 
-HostingPage pageOf(IWebBrowser2& browser)
-{
+HostingPage pageOf(IWebBrowser2& browser) {
     SHANDLE_PTR window = 0;
     checkHresult(browser.get_HWND(&window), noWindow, L"IWebBrowser2::get_HWND");
 
@@ -125,8 +118,7 @@ HostingPage pageOf(IWebBrowser2& browser)
 
 }  // namespace
 
-std::optional<HostingPage> findHostingPage(IUnknown* site)
-{
+std::optional<HostingPage> findHostingPage(IUnknown* site) {
     if (!site) {
         throw Exception(noSite);
     }

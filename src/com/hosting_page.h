@@ -10,8 +10,7 @@
 
 namespace Corvane::Com {
 
-struct HostingPage
-{
+struct HostingPage {
     std::wstring url;           // address of the outermost document, or "name://" and the host's file name
     HWND mainWindow = nullptr;  // the browser's; null when the host is no browser
 };

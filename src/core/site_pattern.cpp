@@ -9,13 +9,11 @@ constexpr std::wstring_view schemeEnd = L"://";
 constexpr std::wstring_view wildcard = L"*";
 constexpr std::wstring_view hostEnds = L"/?#:";
 
-class SiteParser
-{
+class SiteParser {
 public:
     SiteParser(std::wstring_view text, LetterTest isLetter) : text_(text), isLetter_(isLetter) {}
 
-    SitePattern parse()
-    {
+    SitePattern parse() {
         readScheme();
         if (!readHost())
             site_.rest = siteParseError;
@@ -23,16 +21,14 @@ public:
     }
 
 private:
-    bool isNameCharacter(wchar_t c) const
-    {
+    bool isNameCharacter(wchar_t c) const {
         if (c < 0x80)
-            return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || (c >= L'0' && c <= L'9') || c == L'-' ||
-                   c == L'_';
+            return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || (c >= L'0' && c <= L'9') ||
+                   c == L'-' || c == L'_';
         return isLetter_(c);
     }
 
-    void readScheme()
-    {
+    void readScheme() {
         std::size_t end = 0;
         while (end < text_.size() && (isNameCharacter(text_[end]) || text_[end] == L'*'))
             ++end;
@@ -42,8 +38,7 @@ private:
         text_.remove_prefix(end + schemeEnd.size());
     }
 
-    bool readHost()
-    {
+    bool readHost() {
         std::size_t start = 0;
         for (;;) {
             const std::size_t end = labelEnd(start);
@@ -61,8 +56,7 @@ private:
 
     // Where the label that begins at `start` ends. A wildcard ends its label only where it is the whole of
     // one; elsewhere it is left standing as a character that no label may end at.
-    std::size_t labelEnd(std::size_t start) const
-    {
+    std::size_t labelEnd(std::size_t start) const {
         if (text_.substr(start, 1) == wildcard) {
             const bool isWhole = start + 1 == text_.size() || text_[start + 1] == L'.';
             return isWhole ? start + 1 : start;
@@ -74,8 +68,7 @@ private:
     }
 
     // What stands before "name:password@host" is not a host, however much it looks like one.
-    bool readRest(wchar_t stop, std::wstring_view rest)
-    {
+    bool readRest(wchar_t stop, std::wstring_view rest) {
         if (stop == L':' && rest.substr(0, rest.find_first_of(L"/?#")).find(L'@') != rest.npos)
             return false;
         site_.rest = rest;
@@ -87,30 +80,25 @@ private:
     SitePattern site_;
 };
 
-bool isUnderstood(const SitePattern& site)
-{
+bool isUnderstood(const SitePattern& site) {
     return site.rest != siteParseError;
 }
 
-bool namesHost(const SitePattern& site)
-{
+bool namesHost(const SitePattern& site) {
     return !site.labels.empty() && !(site.labels.size() == 1 && site.labels.front().empty());
 }
 
-bool acceptsScheme(const SitePattern& pattern, const std::wstring& scheme)
-{
+bool acceptsScheme(const SitePattern& pattern, const std::wstring& scheme) {
     return pattern.scheme.empty() || pattern.scheme == wildcard || pattern.scheme == scheme;
 }
 
-} // namespace
+}  // namespace
 
-SitePattern parseSite(std::wstring_view text, LetterTest isLetter)
-{
+SitePattern parseSite(std::wstring_view text, LetterTest isLetter) {
     return SiteParser(text, isLetter).parse();
 }
 
-bool isValidSitePattern(const SitePattern& pattern)
-{
+bool isValidSitePattern(const SitePattern& pattern) {
     constexpr std::size_t leastLabelsWithWildcard = 3;
     if (pattern.scheme == L"file" || !isUnderstood(pattern) || !namesHost(pattern))
         return false;
@@ -119,8 +107,7 @@ bool isValidSitePattern(const SitePattern& pattern)
     return pattern.labels.front() != wildcard || pattern.labels.size() >= leastLabelsWithWildcard;
 }
 
-bool matchesSite(const SitePattern& pattern, const SitePattern& address)
-{
+bool matchesSite(const SitePattern& pattern, const SitePattern& address) {
     if (address.scheme.empty() || !isUnderstood(address) || !acceptsScheme(pattern, address.scheme))
         return false;
     auto label = address.labels.rbegin();
@@ -134,8 +121,7 @@ bool matchesSite(const SitePattern& pattern, const SitePattern& address)
     return label == address.labels.rend();
 }
 
-std::wstring siteHost(const SitePattern& site)
-{
+std::wstring siteHost(const SitePattern& site) {
     std::wstring host;
     for (const std::wstring& label : site.labels) {
         if (&label != &site.labels.front())
@@ -145,8 +131,7 @@ std::wstring siteHost(const SitePattern& site)
     return host;
 }
 
-std::wstring sitePatternText(const SitePattern& pattern)
-{
+std::wstring sitePatternText(const SitePattern& pattern) {
     std::wstring text;
     if (!pattern.scheme.empty())
         text.append(pattern.scheme).append(schemeEnd);
@@ -156,4 +141,4 @@ std::wstring sitePatternText(const SitePattern& pattern)
     return text;
 }
 
-} // namespace Corvane
+}  // namespace Corvane

@@ -11,11 +11,10 @@
 namespace Corvane {
 
 // A parsed address.
-struct SitePattern
-{
-    std::wstring scheme;              // lower case, without "://"; empty when the text has none
-    std::vector<std::wstring> labels; // the host split at its dots, left to right
-    std::wstring rest;                // after the character that ended the host, or siteParseError
+struct SitePattern {
+    std::wstring scheme;               // lower case, without "://"; empty when the text has none
+    std::vector<std::wstring> labels;  // the host split at its dots, left to right
+    std::wstring rest;                 // after the character that ended the host, or siteParseError
 };
 
 // What `rest` holds when the host was not understood. Its capital letter keeps it apart from the path of
@@ -42,4 +41,4 @@ std::wstring siteHost(const SitePattern& site);
 // The text from which the same pattern is parsed again.
 std::wstring sitePatternText(const SitePattern& pattern);
 
-} // namespace Corvane
+}  // namespace Corvane

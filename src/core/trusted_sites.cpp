@@ -17,13 +17,11 @@ namespace {
 constexpr std::size_t nameBufferLimit = 65535;
 constexpr std::size_t firstNameBuffer = 261;
 
-bool isLetter(wchar_t c)
-{
+bool isLetter(wchar_t c) {
     return ::IsCharAlphaNumericW(c) != FALSE;
 }
 
-bool covers(const std::vector<SitePattern>& patterns, const std::wstring& address)
-{
+bool covers(const std::vector<SitePattern>& patterns, const std::wstring& address) {
     if (address.empty()) {
         return false;
     }
@@ -33,8 +31,7 @@ bool covers(const std::vector<SitePattern>& patterns, const std::wstring& addres
 }
 
 // The pattern that stands for a page's site.
-SitePattern patternOf(const std::wstring& url)
-{
+SitePattern patternOf(const std::wstring& url) {
     SitePattern pattern = readSite(url);
     if (!isValidSitePattern(pattern)) {
         throw Exception(E_INVALID_DOMAIN);
@@ -44,8 +41,7 @@ SitePattern patternOf(const std::wstring& url)
 }
 
 // Reads the name of a key's value into the front of `name`, which grows as needed, and tells its length.
-LSTATUS valueName(HKEY key, DWORD index, std::wstring& name, DWORD& length)
-{
+LSTATUS valueName(HKEY key, DWORD index, std::wstring& name, DWORD& length) {
     for (;;) {
         length = static_cast<DWORD>(name.size());
         const LSTATUS status =
@@ -58,8 +54,7 @@ LSTATUS valueName(HKEY key, DWORD index, std::wstring& name, DWORD& length)
 }
 
 // The valid patterns of one hive; none when it cannot be read to its end.
-std::vector<SitePattern> readHive(HKEY hive)
-{
+std::vector<SitePattern> readHive(HKEY hive) {
     RegistryKey key;
     if (::RegOpenKeyExW(hive, trustedSitesKey, 0, KEY_READ, key.put()) != ERROR_SUCCESS) {
         return {};
@@ -82,47 +77,41 @@ std::vector<SitePattern> readHive(HKEY hive)
 
 }  // namespace
 
-SitePattern readSite(std::wstring text)
-{
+SitePattern readSite(std::wstring text) {
     ::CharLowerBuffW(text.data(), static_cast<DWORD>(text.size()));
     return parseSite(text, isLetter);
 }
 
-bool TrustedSitesBase::isTrusted(const std::wstring& address) const
-{
+bool TrustedSitesBase::isTrusted(const std::wstring& address) const {
     return covers(trusted_, address);
 }
 
-RegTrustedSites::RegTrustedSites()
-{
+RegTrustedSites::RegTrustedSites() {
     for (const HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
         std::vector<SitePattern> patterns = readHive(hive);
         std::move(patterns.begin(), patterns.end(), std::back_inserter(trusted_));
     }
 }
 
-SessionTrustedSites& SessionTrustedSites::instance()
-{
+SessionTrustedSites& SessionTrustedSites::instance() {
     static SessionTrustedSites sites;
     return sites;
 }
 
-bool SessionTrustedSites::isTrusted(const std::wstring& address) const
-{
+bool SessionTrustedSites::isTrusted(const std::wstring& address) const {
     const std::shared_lock lock(mutex_);
     return TrustedSitesBase::isTrusted(address);
 }
 
-void SessionTrustedSites::add(const std::wstring& url, bool banned)
-{
-    writeLog(LogLevel::info, L"Corvane::SessionTrustedSites::add", L"[in]url: ", url, L" [in]banned: ", banned);
+void SessionTrustedSites::add(const std::wstring& url, bool banned) {
+    writeLog(LogLevel::info, L"Corvane::SessionTrustedSites::add", L"[in]url: ", url, L" [in]banned: ",
+             banned);
     SitePattern pattern = patternOf(url);
     const std::lock_guard lock(mutex_);
     (banned ? refused_ : trusted_).push_back(std::move(pattern));
 }
 
-void SessionTrustedSites::addToRegistry(const std::wstring& url) const
-{
+void SessionTrustedSites::addToRegistry(const std::wstring& url) const {
     writeLog(LogLevel::info, L"Corvane::SessionTrustedSites::addToRegistry", L"[in]url: ", url);
     const std::wstring name = sitePatternText(patternOf(url));
     RegistryKey key;
@@ -131,13 +120,12 @@ void SessionTrustedSites::addToRegistry(const std::wstring& url) const
                 E_REG_KEY_CREATE, L"RegCreateKeyExW");
     // Only the name is ever read.
     const DWORD data = 1;
-    checkStatus(::RegSetValueExW(key.get(), name.c_str(), 0, REG_DWORD,
-                                 reinterpret_cast<const BYTE*>(&data), sizeof(data)),
+    checkStatus(::RegSetValueExW(key.get(), name.c_str(), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&data),
+                                 sizeof(data)),
                 E_REG_VALUE_SET, L"RegSetValueExW");
 }
 
-bool SessionTrustedSites::reject(const std::wstring& url) const
-{
+bool SessionTrustedSites::reject(const std::wstring& url) const {
     const std::shared_lock lock(mutex_);
     return covers(refused_, url);
 }

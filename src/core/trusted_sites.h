@@ -16,8 +16,7 @@ inline constexpr wchar_t trustedSitesKey[] = L"SOFTWARE\\ZimVetrel\\VetrelCorvan
 SitePattern readSite(std::wstring text);
 
 // A list of trusted sites.
-class TrustedSitesBase
-{
+class TrustedSitesBase {
 public:
     // Whether a pattern of the list covers the page at `address`; never for an empty address.
     virtual bool isTrusted(const std::wstring& address) const;
@@ -35,15 +34,13 @@ protected:
 // The permanent list: the current user's values, then the machine's. It is read when the object is made, so
 // that an edit of the registry counts from the next check on. Values that are no valid pattern, and keys
 // that cannot be read, are passed over silently.
-class RegTrustedSites : public TrustedSitesBase
-{
+class RegTrustedSites : public TrustedSitesBase {
 public:
     RegTrustedSites();
 };
 
 // The lists of this process, trusted and refused; they only grow. Any thread.
-class SessionTrustedSites : public TrustedSitesBase
-{
+class SessionTrustedSites : public TrustedSitesBase {
 public:
     // The one of the process, made at first use.
     static SessionTrustedSites& instance();

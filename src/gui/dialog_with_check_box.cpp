@@ -16,8 +16,7 @@ constexpr INT_PTR failed = -1;
 
 using Choice = DialogWithCheckBox::Choice;
 
-Choice choiceOf(HWND dialog, WORD button)
-{
+Choice choiceOf(HWND dialog, WORD button) {
     const bool remember = ::IsDlgButtonChecked(dialog, rememberId) == BST_CHECKED;
     if (button == IDOK) {
         return remember ? Choice::allowAndRemember : Choice::allow;
@@ -25,8 +24,7 @@ Choice choiceOf(HWND dialog, WORD button)
     return remember ? Choice::refuseAndRemember : Choice::refuse;
 }
 
-void end(HWND dialog, Choice choice)
-{
+void end(HWND dialog, Choice choice) {
     ::EndDialog(dialog, static_cast<INT_PTR>(choice));
 }
 
@@ -34,16 +32,15 @@ void end(HWND dialog, Choice choice)
 
 DialogWithCheckBox::DialogWithCheckBox(std::wstring site) : site_(std::move(site)) {}
 
-DialogWithCheckBox::Choice DialogWithCheckBox::get(HINSTANCE instance, HWND owner) const
-{
+DialogWithCheckBox::Choice DialogWithCheckBox::get(HINSTANCE instance, HWND owner) const {
     const INT_PTR result = ::DialogBoxParamW(instance, MAKEINTRESOURCEW(dialogId), owner, procedure,
                                              reinterpret_cast<LPARAM>(this));
     checkWin32(result > 0, E_COMMON_DLG_OPTIONS, L"DialogBoxParamW");
     return static_cast<Choice>(result);
 }
 
-INT_PTR CALLBACK DialogWithCheckBox::procedure(HWND dialog, UINT message, WPARAM first, LPARAM second) noexcept
-{
+INT_PTR CALLBACK DialogWithCheckBox::procedure(HWND dialog, UINT message, WPARAM first,
+                                               LPARAM second) noexcept {
     switch (message) {
         case WM_INITDIALOG:
             reinterpret_cast<const DialogWithCheckBox*>(second)->showSite(dialog);
@@ -62,8 +59,7 @@ INT_PTR CALLBACK DialogWithCheckBox::procedure(HWND dialog, UINT message, WPARAM
     }
 }
 
-void DialogWithCheckBox::showSite(HWND dialog) const noexcept
-{
+void DialogWithCheckBox::showSite(HWND dialog) const noexcept {
     try {
         std::wstring text(textLimit + 1, L'\0');
         text.resize(::GetDlgItemTextW(dialog, textId, text.data(), textLimit + 1));

@@ -7,12 +7,10 @@
 
 namespace Corvane::Gui {
 
-class DialogWithCheckBox
-{
+class DialogWithCheckBox {
 public:
     // How the dialog was answered.
-    enum class Choice : INT_PTR
-    {
+    enum class Choice : INT_PTR {
         allow = 1,
         refuse = 2,  // also when the dialog was closed
         allowAndRemember = 3,

@@ -9,27 +9,24 @@ using namespace Corvane;
 
 namespace {
 
-void require(bool condition)
-{
+void require(bool condition) {
     if (!condition) {
         std::abort();
     }
 }
 
-bool isLetter(wchar_t c)
-{
+bool isLetter(wchar_t c) {
     return c >= 0xC0;
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
-{
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::wstring text(data, data + size);
     const std::size_t middle = text.find(L'\n');
     const SitePattern pattern = parseSite(std::wstring_view(text).substr(0, middle), isLetter);
-    const SitePattern address =
-        parseSite(middle == text.npos ? std::wstring_view() : std::wstring_view(text).substr(middle + 1), isLetter);
+    const SitePattern address = parseSite(
+        middle == text.npos ? std::wstring_view() : std::wstring_view(text).substr(middle + 1), isLetter);
 
     for (const std::wstring& label : pattern.labels) {
         require(label == L"*" || label.find_first_of(L"*./:?#@ %\\") == label.npos);

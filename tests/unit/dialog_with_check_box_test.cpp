@@ -15,22 +15,20 @@ namespace {
 constexpr int rememberId = 1001;
 constexpr int textId = -1;
 
-std::wstring textOf(HWND window)
-{
+std::wstring textOf(HWND window) {
     std::wstring text(300, L'\0');
-    text.resize(static_cast<std::size_t>(::GetWindowTextW(window, text.data(), static_cast<int>(text.size()))));
+    text.resize(
+        static_cast<std::size_t>(::GetWindowTextW(window, text.data(), static_cast<int>(text.size()))));
     return text;
 }
 
-Choice ask(const std::wstring& site, std::function<void(HWND)> answer)
-{
+Choice ask(const std::wstring& site, std::function<void(HWND)> answer) {
     const DialogDriver driver(std::move(answer));
     return DialogWithCheckBox(site).get(::GetModuleHandleW(nullptr), nullptr);
 }
 
 // Position and size of a control within the dialog, in pixels.
-RECT placeOf(HWND dialog, int id)
-{
+RECT placeOf(HWND dialog, int id) {
     RECT place{};
     ::GetWindowRect(::GetDlgItem(dialog, id), &place);
     ::MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
@@ -39,10 +37,8 @@ RECT placeOf(HWND dialog, int id)
 
 }  // namespace
 
-TEST(DialogWithCheckBox, EveryWayToAnswerHasItsChoice)
-{
-    const struct
-    {
+TEST(DialogWithCheckBox, EveryWayToAnswerHasItsChoice) {
+    const struct {
         const char* name;
         bool remember;
         UINT message;
@@ -71,8 +67,7 @@ TEST(DialogWithCheckBox, EveryWayToAnswerHasItsChoice)
     }
 }
 
-TEST(DialogWithCheckBox, OtherNotificationsDoNotAnswer)
-{
+TEST(DialogWithCheckBox, OtherNotificationsDoNotAnswer) {
     const Choice choice = ask(L"example.org", [](HWND dialog) {
         ::SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_DOUBLECLICKED), 0);
         ::SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(rememberId, BN_CLICKED), 0);
@@ -81,20 +76,17 @@ TEST(DialogWithCheckBox, OtherNotificationsDoNotAnswer)
     EXPECT_EQ(choice, Choice::refuse);
 }
 
-TEST(DialogWithCheckBox, ShowsTheSiteAndItsControls)
-{
+TEST(DialogWithCheckBox, ShowsTheSiteAndItsControls) {
     ask(L"почта%2.рф", [](HWND dialog) {
         EXPECT_EQ(textOf(dialog), L"Внимание");
         EXPECT_EQ(textOf(::GetDlgItem(dialog, textId)),
                   L"Сайт почта%2.рф просит доступ к плагину Zim Vetrel.\n\n"
                   L"Запретите доступ, если не доверяете этому сайту.");
-        const LONG_PTR style = ::GetWindowLongPtrW(dialog, GWL_STYLE);
-        EXPECT_EQ(style & (WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME),
-                  static_cast<LONG_PTR>(WS_POPUP) | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME);
+        constexpr DWORD styles = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME;
+        EXPECT_EQ(static_cast<DWORD>(::GetWindowLongPtrW(dialog, GWL_STYLE)) & styles, styles);
         EXPECT_TRUE(::GetWindowLongPtrW(dialog, GWL_EXSTYLE) & WS_EX_TOPMOST);
 
-        const struct
-        {
+        const struct {
             int id;
             const wchar_t* text;  // null: shown above
             RECT place;           // in dialog units: x, y, width, height
@@ -122,9 +114,9 @@ TEST(DialogWithCheckBox, ShowsTheSiteAndItsControls)
     });
 }
 
-TEST(DialogWithCheckBox, OwnerCannotBeUsedMeanwhile)
-{
-    const HWND owner = ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+TEST(DialogWithCheckBox, OwnerCannotBeUsedMeanwhile) {
+    const HWND owner =
+        ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
     ASSERT_NE(owner, nullptr);
     bool wasEnabled = true;
     HWND ownerSeen = nullptr;
@@ -139,8 +131,7 @@ TEST(DialogWithCheckBox, OwnerCannotBeUsedMeanwhile)
     ::DestroyWindow(owner);
 }
 
-TEST(DialogWithCheckBox, DialogThatCannotBeShownIsAnError)
-{
+TEST(DialogWithCheckBox, DialogThatCannotBeShownIsAnError) {
     try {
         // A module without the dialog.
         DialogWithCheckBox(L"example.org").get(::GetModuleHandleW(L"ntdll.dll"), nullptr);

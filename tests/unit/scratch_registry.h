@@ -9,16 +9,13 @@
 
 namespace Corvane {
 
-class ScratchRegistry
-{
+class ScratchRegistry {
 public:
-    ScratchRegistry()
-    {
+    ScratchRegistry() {
         redirect(HKEY_LOCAL_MACHINE, L"machine");
         redirect(HKEY_CURRENT_USER, L"user");
     }
-    ~ScratchRegistry()
-    {
+    ~ScratchRegistry() {
         ::RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
         ::RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
         ::RegDeleteTreeW(HKEY_CURRENT_USER, root().c_str());
@@ -26,20 +23,17 @@ public:
     ScratchRegistry(const ScratchRegistry&) = delete;
     ScratchRegistry& operator=(const ScratchRegistry&) = delete;
 
-    static void addValue(HKEY hive, const wchar_t* path, const std::wstring& name)
-    {
+    static void addValue(HKEY hive, const wchar_t* path, const std::wstring& name) {
         RegistryKey key;
-        ASSERT_EQ(
-            ::RegCreateKeyExW(hive, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr),
-            ERROR_SUCCESS);
+        ASSERT_EQ(::RegCreateKeyExW(hive, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr),
+                  ERROR_SUCCESS);
         ASSERT_EQ(::RegSetValueExW(key.get(), name.c_str(), 0, REG_SZ, nullptr, 0), ERROR_SUCCESS);
     }
 
 private:
     static std::wstring root() { return L"Software\\CorvaneTest" + std::to_wstring(::GetCurrentProcessId()); }
 
-    static void redirect(HKEY hive, const wchar_t* name)
-    {
+    static void redirect(HKEY hive, const wchar_t* name) {
         RegistryKey key;
         const std::wstring path = root() + L"\\" + name;
         ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,

@@ -7,19 +7,16 @@ using namespace Corvane;
 namespace {
 
 // The lower-case Cyrillic letters stand for all that the system calls letters.
-bool isRussianLetter(wchar_t c)
-{
+bool isRussianLetter(wchar_t c) {
     return (c >= L'а' && c <= L'я') || c == L'ё';
 }
 
-SitePattern parse(const wchar_t* text)
-{
+SitePattern parse(const wchar_t* text) {
     return parseSite(text, isRussianLetter);
 }
 
 // "scheme", the labels, "rest", each between bars, so that an empty label shows.
-std::wstring partsOf(const SitePattern& site)
-{
+std::wstring partsOf(const SitePattern& site) {
     std::wstring text = site.scheme + L"|";
     for (const std::wstring& label : site.labels) {
         text += label + L"|";
@@ -29,10 +26,8 @@ std::wstring partsOf(const SitePattern& site)
 
 }  // namespace
 
-TEST(SitePattern, SplitsAddresses)
-{
-    const struct
-    {
+TEST(SitePattern, SplitsAddresses) {
+    const struct {
         const wchar_t* text;
         const wchar_t* parts;
     } rows[] = {
@@ -87,16 +82,13 @@ TEST(SitePattern, SplitsAddresses)
     }
 }
 
-TEST(SitePattern, EmbeddedZeroIsNotAHostCharacter)
-{
+TEST(SitePattern, EmbeddedZeroIsNotAHostCharacter) {
     using namespace std::string_view_literals;
     EXPECT_EQ(parseSite(L"http://a.b\0.c"sv, isRussianLetter).rest, siteParseError);
 }
 
-TEST(SitePattern, SaysWhichPatternsMayStandInAList)
-{
-    const struct
-    {
+TEST(SitePattern, SaysWhichPatternsMayStandInAList) {
+    const struct {
         const wchar_t* text;
         bool isValid;
     } rows[] = {
@@ -128,10 +120,8 @@ TEST(SitePattern, SaysWhichPatternsMayStandInAList)
     EXPECT_FALSE(isValidSitePattern(SitePattern{L"https", {}, L""})) << "no label at all";
 }
 
-TEST(SitePattern, MatchesPagesAgainstPatterns)
-{
-    const struct
-    {
+TEST(SitePattern, MatchesPagesAgainstPatterns) {
+    const struct {
         const wchar_t* pattern;
         const wchar_t* address;
         bool matches;
@@ -170,10 +160,8 @@ TEST(SitePattern, MatchesPagesAgainstPatterns)
     }
 }
 
-TEST(SitePattern, TextOfAPatternIsReadBackTheSame)
-{
-    const struct
-    {
+TEST(SitePattern, TextOfAPatternIsReadBackTheSame) {
+    const struct {
         const wchar_t* address;
         const wchar_t* host;
         const wchar_t* text;

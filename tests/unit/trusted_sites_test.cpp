@@ -13,11 +13,9 @@ using namespace Corvane;
 
 namespace {
 
-class TrustedSites : public testing::Test
-{
+class TrustedSites : public testing::Test {
 protected:
-    static void addValue(HKEY hive, const std::wstring& name)
-    {
+    static void addValue(HKEY hive, const std::wstring& name) {
         ScratchRegistry::addValue(hive, trustedSitesKey, name);
     }
 
@@ -26,8 +24,7 @@ protected:
 
 // The code of the Corvane::Exception that `action` throws; 0 when it throws none.
 template <class Action>
-std::uint32_t codeOf(Action action)
-{
+std::uint32_t codeOf(Action action) {
     try {
         action();
     } catch (const Exception& exception) {
@@ -38,8 +35,7 @@ std::uint32_t codeOf(Action action)
 
 }  // namespace
 
-TEST_F(TrustedSites, LettersAreTheSystems)
-{
+TEST_F(TrustedSites, LettersAreTheSystems) {
     const SitePattern site = readSite(L"HTTPS://Почта.РФ/Ящик");
     EXPECT_EQ(site.scheme, L"https");
     EXPECT_EQ(siteHost(site), L"почта.рф");
@@ -47,13 +43,11 @@ TEST_F(TrustedSites, LettersAreTheSystems)
     EXPECT_EQ(readSite(L"http://a。b").rest, siteParseError) << "the ideographic stop is no letter";
 }
 
-TEST_F(TrustedSites, NoKeyMeansNobodyIsTrusted)
-{
+TEST_F(TrustedSites, NoKeyMeansNobodyIsTrusted) {
     EXPECT_FALSE(RegTrustedSites().isTrusted(L"https://example.org/"));
 }
 
-TEST_F(TrustedSites, BothHivesAreRead)
-{
+TEST_F(TrustedSites, BothHivesAreRead) {
     addValue(HKEY_CURRENT_USER, L"*.User.example");
     addValue(HKEY_LOCAL_MACHINE, L"name://wscript.exe");
     const RegTrustedSites sites;
@@ -66,8 +60,7 @@ TEST_F(TrustedSites, BothHivesAreRead)
     EXPECT_TRUE(RegTrustedSites().isTrusted(L"https://machine.example/")) << "edits count at once";
 }
 
-TEST_F(TrustedSites, InvalidValuesArePassedOver)
-{
+TEST_F(TrustedSites, InvalidValuesArePassedOver) {
     for (const wchar_t* name : {L"*.org", L"*", L"file://x", L"a.*.org", L"ex ample.org", L""}) {
         addValue(HKEY_CURRENT_USER, name);
     }
@@ -80,8 +73,7 @@ TEST_F(TrustedSites, InvalidValuesArePassedOver)
     EXPECT_TRUE(sites.isTrusted(L"http://good.example"));
 }
 
-TEST_F(TrustedSites, LongNamesAreReadWhole)
-{
+TEST_F(TrustedSites, LongNamesAreReadWhole) {
     // One at the edge of the first buffer, one that needs it doubled several times; a short one after them.
     for (const std::size_t length : {260u, 261u, 3000u}) {
         const std::wstring host = std::wstring(length - 4, L'a') + L".org";
@@ -92,13 +84,11 @@ TEST_F(TrustedSites, LongNamesAreReadWhole)
     EXPECT_TRUE(RegTrustedSites().isTrusted(L"http://z.org"));
 }
 
-TEST_F(TrustedSites, SessionKeepsTrustedAndRefusedApart)
-{
+TEST_F(TrustedSites, SessionKeepsTrustedAndRefusedApart) {
     SessionTrustedSites sites;
     sites.add(L"https://Good.example:8080/path", false);
     sites.add(L"https://bad.example/path", true);
-    const struct
-    {
+    const struct {
         const wchar_t* address;
         bool isTrusted;
         bool isRefused;
@@ -117,8 +107,7 @@ TEST_F(TrustedSites, SessionKeepsTrustedAndRefusedApart)
     EXPECT_FALSE(RegTrustedSites().isTrusted(L"https://good.example/")) << "not remembered";
 }
 
-TEST_F(TrustedSites, RememberedSiteIsWrittenAsAPattern)
-{
+TEST_F(TrustedSites, RememberedSiteIsWrittenAsAPattern) {
     SessionTrustedSites().addToRegistry(L"HTTPS://Good.example:8080/path");
 
     RegistryKey key;
@@ -131,8 +120,7 @@ TEST_F(TrustedSites, RememberedSiteIsWrittenAsAPattern)
     EXPECT_FALSE(RegTrustedSites().isTrusted(L"http://good.example/"));
 }
 
-TEST_F(TrustedSites, InvalidSitesAreNotAdded)
-{
+TEST_F(TrustedSites, InvalidSitesAreNotAdded) {
     SessionTrustedSites sites;
     for (const wchar_t* url : {L"", L"file:///c:/x.html", L"http://*.org", L"http://a b", L"http://a:b@c/"}) {
         EXPECT_EQ(codeOf([&] { sites.add(url, false); }), E_INVALID_DOMAIN.code);
@@ -140,11 +128,11 @@ TEST_F(TrustedSites, InvalidSitesAreNotAdded)
         EXPECT_EQ(codeOf([&] { sites.addToRegistry(url); }), E_INVALID_DOMAIN.code);
     }
     RegistryKey key;
-    EXPECT_EQ(::RegOpenKeyExW(HKEY_CURRENT_USER, trustedSitesKey, 0, KEY_READ, key.put()), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(::RegOpenKeyExW(HKEY_CURRENT_USER, trustedSitesKey, 0, KEY_READ, key.put()),
+              ERROR_FILE_NOT_FOUND);
 }
 
-TEST_F(TrustedSites, RegistryFailuresAreReported)
-{
+TEST_F(TrustedSites, RegistryFailuresAreReported) {
     const SessionTrustedSites sites;
     // The registry takes no name of a value longer than 16,383 characters.
     EXPECT_EQ(codeOf([&] { sites.addToRegistry(L"http://" + std::wstring(16400, L'a')); }),
@@ -152,8 +140,8 @@ TEST_F(TrustedSites, RegistryFailuresAreReported)
 
     // No key can be made below one that was deleted.
     RegistryKey gone;
-    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, L"gone", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, gone.put(),
-                                nullptr),
+    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, L"gone", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                gone.put(), nullptr),
               ERROR_SUCCESS);
     ASSERT_EQ(::RegDeleteKeyW(HKEY_CURRENT_USER, L"gone"), ERROR_SUCCESS);
     ASSERT_EQ(::RegOverridePredefKey(HKEY_CURRENT_USER, gone.get()), ERROR_SUCCESS);
@@ -166,8 +154,7 @@ TEST_F(TrustedSites, RegistryFailuresAreReported)
     }
 }
 
-TEST_F(TrustedSites, SessionIsSharedByThreads)
-{
+TEST_F(TrustedSites, SessionIsSharedByThreads) {
     SessionTrustedSites& sites = SessionTrustedSites::instance();
     constexpr int count = 500;
     std::atomic<int> failures = 0;
