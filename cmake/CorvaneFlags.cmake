@@ -58,8 +58,9 @@ if(WIN32)
     if(CMAKE_SIZEOF_VOID_P EQUAL 8)
         target_link_options(corvane_flags INTERFACE -Wl,--high-entropy-va)
     else()
-        # Hosts built by other compilers call us with a stack aligned to 4 bytes, SSE code needs 16.
-        target_compile_options(corvane_flags INTERFACE -mstackrealign)
+        # Every processor that Windows 7 still got updates for has SSE2. Hosts built by other compilers call us with a
+        # stack aligned to 4 bytes, where SSE code needs 16.
+        target_compile_options(corvane_flags INTERFACE -msse2 -mfpmath=sse -mstackrealign)
         # The .def file names exports plainly, the symbols carry the size of their arguments.
         target_link_options(corvane_flags INTERFACE -Wl,--enable-stdcall-fixup)
     endif()
