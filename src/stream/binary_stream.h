@@ -2,10 +2,12 @@
 #pragma once
 
 #include "binary/bytes.h"
+#include "core/exception.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 
 namespace Corvane::Stream {
 
@@ -23,9 +25,18 @@ struct State
     std::uint64_t size;
 };
 
+// A stream was used after close(). The descriptor names what was tried.
+class ClosedStreamException : public CustomException
+{
+public:
+    using CustomException::CustomException;
+
+    std::wstring details() const override;
+};
+
 // All operations may be called from any thread; each implementation runs them one after another. After close()
-// every operation but close() itself fails with the error of a closed stream (E_FILE_READ, E_FILE_WRITE or
-// E_SEEK_IN_FILE with the system's "invalid handle").
+// every operation but close() itself throws ClosedStreamException: E_FILE_SIZE, E_SEEK_IN_FILE, E_FILE_READ or
+// E_FILE_WRITE.
 class IBinaryStream
 {
 public:
@@ -51,16 +62,16 @@ public:
     // Writes all of `bytes` at the position and moves behind them. What was written before a failure stays.
     virtual void write(std::span<const std::uint8_t> bytes) = 0;
 
-    // Moving from the beginning and transferring as one operation, which no other one comes between.
-    virtual std::size_t seekAndRead(std::int64_t position, std::span<std::uint8_t> buffer) = 0;
+    // At most `count` bytes from the position on, moving behind them; empty at the end.
+    virtual SharedBytes read(std::size_t count) = 0;
+
+    // Seeking from the beginning and transferring as one operation, which no other one comes between.
+    virtual SharedBytes seekAndRead(std::int64_t position, std::size_t count) = 0;
     virtual void seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes) = 0;
-
-    // At most `count` bytes from the position on; empty at the end.
-    SharedBytes read(std::size_t count);
-
-    // `count` bytes of `bytes`, beginning at `offset`. An offset beyond its size is E_OFFSET_OUT_OF_RANGE; what
-    // reaches beyond it is left out.
-    void write(const SharedBytes& bytes, std::size_t offset, std::size_t count);
 };
+
+// `count` bytes of `bytes`, beginning at `offset`; what reaches beyond its end is left out. Throws Exception
+// E_OFFSET_OUT_OF_RANGE when `offset` itself lies beyond it.
+std::span<const std::uint8_t> part(const Bytes& bytes, std::size_t offset, std::size_t count);
 
 } // namespace Corvane::Stream
