@@ -3,6 +3,10 @@
 #include "com/about.h"
 #include "com/binary_object.h"
 #include "com/binary_object_service.h"
+#include "com/certificate.h"
+#include "com/certificate_collection.h"
+#include "com/certificate_store.h"
+#include "com/crypto_service.h"
 #include "com/version_text.h"
 
 namespace Corvane::Com {
@@ -23,6 +27,10 @@ std::span<const Coclass> coclasses()
     static const Coclass table[] = {
         coclass<CBinaryObject>(L"BinaryObject"),
         coclass<CBinaryObjectService>(L"BinaryObjectService"),
+        coclass<CCertificate>(L"Certificate"),
+        coclass<CCertificateCollection>(L"CertificateCollection"),
+        coclass<CCertificateStore>(L"CertificateStore"),
+        coclass<CCryptoService>(L"CryptoService"),
         coclass<CAbout>(L"About"),
     };
     return table;

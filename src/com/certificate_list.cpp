@@ -1,0 +1,132 @@
+#include "com/certificate_list.h"
+
+#include "com/arguments.h"
+#include "com/certificate.h"
+#include "com/certificate_collection.h"
+
+#include <string>
+
+namespace Corvane::Com {
+namespace {
+
+[[noreturn]] void mismatch() {
+    throw SilentFailure{DISP_E_TYPEMISMATCH};
+}
+
+// The argument without references in between.
+Variant plain(const VARIANT& argument) {
+    Variant value;
+    if (FAILED(::VariantCopyInd(value.put(), const_cast<VARIANT*>(&argument))))
+        mismatch();
+    return value;
+}
+
+// The object that a variant holds; null when it holds none.
+ComPtr<IUnknown> objectIn(const VARIANT& value) {
+    switch (V_VT(&value)) {
+        case VT_DISPATCH:
+            return ComPtr<IUnknown>(V_DISPATCH(&value));
+        case VT_UNKNOWN:
+            return ComPtr<IUnknown>(V_UNKNOWN(&value));
+        default:
+            return {};
+    }
+}
+
+// The implementation behind an object; empty when it is not one of ours.
+ComPtr<Implementation> ours(const ComPtr<IUnknown>& object) {
+    try {
+        return implementationOf(object.get());
+    } catch (const SilentFailure&) {
+        return {};
+    }
+}
+
+SharedCertificate certificateIn(const VARIANT& element) {
+    const Variant value = plain(element);
+    const ComPtr<Implementation> implementation = ours(objectIn(value.get()));
+    const auto* certificate = dynamic_cast<CCertificate*>(implementation.get());
+    if (!certificate)
+        mismatch();
+    return certificate->certificate();
+}
+
+// A member of an object of the script host.
+Variant member(IDispatch& object, std::wstring name) {
+    LPOLESTR text = name.data();
+    DISPID id = DISPID_UNKNOWN;
+    DISPPARAMS none{};
+    Variant value;
+    if (FAILED(object.GetIDsOfNames(IID_NULL, &text, 1, LOCALE_USER_DEFAULT, &id)) ||
+        FAILED(object.Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, value.put(),
+                             nullptr, nullptr)))
+        mismatch();
+    return value;
+}
+
+Certificates fromScriptArray(const ComPtr<IUnknown>& object) {
+    const ComPtr<IDispatch> array = object.query<IDispatch>();
+    if (!array)
+        mismatch();
+    Variant length = member(*array, L"length");
+    if (FAILED(::VariantChangeType(&length.get(), &length.get(), 0, VT_UI4)))
+        mismatch();
+    Certificates certificates;
+    for (ULONG i = 0; i < V_UI4(&length.get()); ++i)
+        certificates.push_back(certificateIn(member(*array, std::to_wstring(i)).get()));
+    return certificates;
+}
+
+Certificates fromSafeArray(SAFEARRAY* array) {
+    VARTYPE type = VT_EMPTY;
+    LONG lower = 0;
+    LONG upper = 0;
+    if (!array || ::SafeArrayGetDim(array) != 1 || FAILED(::SafeArrayGetVartype(array, &type)) ||
+        FAILED(::SafeArrayGetLBound(array, 1, &lower)) || FAILED(::SafeArrayGetUBound(array, 1, &upper)) ||
+        (type != VT_VARIANT && type != VT_DISPATCH && type != VT_UNKNOWN))
+        mismatch();
+    Certificates certificates;
+    for (LONGLONG i = lower; i <= upper; ++i) {
+        LONG index = static_cast<LONG>(i);
+        Variant element;
+        void* target = &V_UNKNOWN(element.put());
+        if (type == VT_VARIANT)
+            target = &element.get();
+        if (FAILED(::SafeArrayGetElement(array, &index, target)))
+            mismatch();
+        if (type != VT_VARIANT)
+            V_VT(&element.get()) = type;
+        certificates.push_back(certificateIn(element.get()));
+    }
+    return certificates;
+}
+
+Certificates fromObject(const ComPtr<IUnknown>& object) {
+    if (!object)
+        return {};
+    const ComPtr<Implementation> implementation = ours(object);
+    if (!implementation)
+        return fromScriptArray(object);
+    if (const auto* certificate = dynamic_cast<CCertificate*>(implementation.get()))
+        return {certificate->certificate()};
+    if (const auto* collection = dynamic_cast<CCertificateCollection*>(implementation.get()))
+        return collection->certificates();
+    mismatch();
+}
+
+}  // namespace
+
+Certificates certificatesOf(const VARIANT& argument) {
+    const Variant value = plain(argument);
+    const VARTYPE type = V_VT(&value.get());
+    if (type == VT_EMPTY || type == VT_NULL ||
+        (type == VT_ERROR && V_ERROR(&value.get()) == DISP_E_PARAMNOTFOUND))
+        return {};
+    if ((type & VT_ARRAY) != 0)
+        return fromSafeArray(V_ARRAY(&value.get()));
+    if (type == VT_DISPATCH || type == VT_UNKNOWN)
+        return fromObject(objectIn(value.get()));
+    mismatch();
+}
+
+}  // namespace Corvane::Com
