@@ -70,6 +70,10 @@ public:
     virtual void seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes) = 0;
 };
 
+// The position that seek(offset, origin) leads to from `state`. Throws Exception E_OFFSET_OUT_OF_RANGE when it
+// lies before the beginning or beyond the end.
+std::uint64_t target(std::int64_t offset, Origin origin, const State& state);
+
 // `count` bytes of `bytes`, beginning at `offset`; what reaches beyond its end is left out. Throws Exception
 // E_OFFSET_OUT_OF_RANGE when `offset` itself lies beyond it.
 std::span<const std::uint8_t> part(const Bytes& bytes, std::size_t offset, std::size_t count);

@@ -16,9 +16,7 @@ DWORD transferSize(std::size_t wanted) noexcept
     return static_cast<DWORD>(std::min(wanted, transferLimit));
 }
 
-// The form of a path that has no length limit; it takes neither "/" nor relative parts, so the system
-// makes the path absolute first.
-std::wstring unlimitedPath(const std::wstring& path)
+std::wstring fullPath(const std::wstring& path)
 {
     std::wstring full(std::max<std::size_t>(path.size() + 1, MAX_PATH), L'\0');
     for (;;) {
@@ -28,54 +26,111 @@ std::wstring unlimitedPath(const std::wstring& path)
         const bool fits = length < full.size();
         full.resize(length);
         if (fits)
-            break;
+            return full;
     }
+}
+
+} // namespace
+
+std::wstring unlimitedPath(const std::wstring& path)
+{
+    // A text from a script may hold zeros; the system would silently take the part before the first.
+    if (path.empty() || path.find(L'\0') != std::wstring::npos)
+        throw Win32Exception(E_DIRECTORY_PATH, ERROR_INVALID_NAME);
+    const std::wstring full = fullPath(path);
     if (full.size() < MAX_PATH || full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\"))
         return full;
     return full.starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full.substr(2) : L"\\\\?\\" + full;
 }
 
-} // namespace
-
-File File::open(const std::wstring& path, DWORD access, DWORD share, DWORD disposition)
+std::shared_ptr<File> File::open(const std::wstring& path, const FileMode& mode)
 {
-    // A text from a script may hold zeros; the system would silently take the part before the first.
-    if (path.empty() || path.find(L'\0') != std::wstring::npos)
-        throw Win32Exception(E_DIRECTORY_PATH, ERROR_INVALID_NAME);
-    FileHandle handle(::CreateFileW(unlimitedPath(path).c_str(), access, share, nullptr, disposition,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    FileHandle handle(::CreateFileW(unlimitedPath(path).c_str(), mode.access, mode.share, nullptr,
+                                    mode.disposition, mode.attributes, nullptr));
     checkWin32(static_cast<bool>(handle), E_CREATE_FILE, L"CreateFileW");
-    return File(std::move(handle));
+    return std::shared_ptr<File>(new File(std::move(handle), fullPath(path)));
 }
 
-std::uint64_t File::size() const
+HANDLE File::openHandle(const ErrorDescriptor& descriptor) const
+{
+    if (!handle_)
+        throw Stream::ClosedStreamException(descriptor);
+    return handle_.get();
+}
+
+std::uint64_t File::sizeLocked() const
 {
     LARGE_INTEGER size{};
-    checkWin32(::GetFileSizeEx(handle_.get(), &size), E_FILE_SIZE, L"GetFileSizeEx");
+    checkWin32(::GetFileSizeEx(openHandle(E_FILE_SIZE), &size), E_FILE_SIZE, L"GetFileSizeEx");
     return static_cast<std::uint64_t>(size.QuadPart);
 }
 
-void File::seek(std::uint64_t offset)
+std::uint64_t File::positionLocked() const
+{
+    LARGE_INTEGER position{};
+    checkWin32(::SetFilePointerEx(openHandle(E_SEEK_IN_FILE), LARGE_INTEGER{}, &position, FILE_CURRENT),
+               E_SEEK_IN_FILE, L"SetFilePointerEx");
+    return static_cast<std::uint64_t>(position.QuadPart);
+}
+
+void File::moveLocked(std::uint64_t position) const
 {
     LARGE_INTEGER distance{};
-    distance.QuadPart = static_cast<LONGLONG>(offset);
-    checkWin32(::SetFilePointerEx(handle_.get(), distance, nullptr, FILE_BEGIN), E_SEEK_IN_FILE,
+    distance.QuadPart = static_cast<LONGLONG>(position);
+    checkWin32(::SetFilePointerEx(openHandle(E_SEEK_IN_FILE), distance, nullptr, FILE_BEGIN), E_SEEK_IN_FILE,
                L"SetFilePointerEx");
+}
+
+Stream::State File::state() const
+{
+    const std::lock_guard guard(mutex_);
+    const std::uint64_t size = sizeLocked();
+    return {positionLocked(), size};
+}
+
+std::uint64_t File::seekLocked(std::int64_t offset, Stream::Origin origin)
+{
+    openHandle(E_SEEK_IN_FILE);
+    const std::uint64_t size = sizeLocked();
+    const std::uint64_t position = Stream::target(offset, origin, {positionLocked(), size});
+    moveLocked(position);
+    return position;
+}
+
+std::uint64_t File::seek(std::int64_t offset, Stream::Origin origin)
+{
+    const std::lock_guard guard(mutex_);
+    return seekLocked(offset, origin);
 }
 
 void File::resize(std::uint64_t size)
 {
-    seek(size);
-    checkWin32(::SetEndOfFile(handle_.get()), E_FILE_WRITE, L"SetEndOfFile");
+    if (size > static_cast<std::uint64_t>(std::numeric_limits<LONGLONG>::max()))
+        throw Exception(E_OFFSET_OUT_OF_RANGE);
+    const std::lock_guard guard(mutex_);
+    const HANDLE file = openHandle(E_FILE_WRITE);
+    const std::uint64_t position = positionLocked();
+    moveLocked(size);
+    const BOOL done = ::SetEndOfFile(file);
+    const DWORD error = ::GetLastError();
+    moveLocked(done ? std::min(position, size) : position);
+    if (!done)
+        detail::failWin32(E_FILE_WRITE, L"SetEndOfFile", error);
 }
 
-std::size_t File::read(std::span<std::uint8_t> buffer)
+void File::close()
 {
+    const std::lock_guard guard(mutex_);
+    handle_.reset();
+}
+
+std::size_t File::readLocked(std::span<std::uint8_t> buffer)
+{
+    const HANDLE file = openHandle(E_FILE_READ);
     std::size_t total = 0;
     while (total < buffer.size()) {
         DWORD done = 0;
-        checkWin32(::ReadFile(handle_.get(), buffer.data() + total, transferSize(buffer.size() - total), &done,
-                              nullptr),
+        checkWin32(::ReadFile(file, buffer.data() + total, transferSize(buffer.size() - total), &done, nullptr),
                    E_FILE_READ, L"ReadFile");
         if (done == 0)
             break;
@@ -84,46 +139,112 @@ std::size_t File::read(std::span<std::uint8_t> buffer)
     return total;
 }
 
-void File::write(std::span<const std::uint8_t> bytes)
+SharedBytes File::readLocked(std::size_t count)
 {
+    openHandle(E_FILE_READ);
+    const std::uint64_t size = sizeLocked();
+    const std::uint64_t left = size - std::min(size, positionLocked());
+    auto bytes = std::make_shared<Bytes>(static_cast<std::size_t>(std::min<std::uint64_t>(count, left)));
+    bytes->resize(readLocked(std::span(*bytes)));
+    return bytes;
+}
+
+void File::writeLocked(std::span<const std::uint8_t> bytes)
+{
+    const HANDLE file = openHandle(E_FILE_WRITE);
     while (!bytes.empty()) {
         DWORD done = 0;
-        checkWin32(::WriteFile(handle_.get(), bytes.data(), transferSize(bytes.size()), &done, nullptr),
-                   E_FILE_WRITE, L"WriteFile");
+        checkWin32(::WriteFile(file, bytes.data(), transferSize(bytes.size()), &done, nullptr), E_FILE_WRITE,
+                   L"WriteFile");
         bytes = bytes.subspan(done);
     }
 }
 
+std::size_t File::read(std::span<std::uint8_t> buffer)
+{
+    const std::lock_guard guard(mutex_);
+    return readLocked(buffer);
+}
+
+SharedBytes File::read(std::size_t count)
+{
+    const std::lock_guard guard(mutex_);
+    return readLocked(count);
+}
+
+void File::write(std::span<const std::uint8_t> bytes)
+{
+    const std::lock_guard guard(mutex_);
+    writeLocked(bytes);
+}
+
+SharedBytes File::seekAndRead(std::int64_t position, std::size_t count)
+{
+    const std::lock_guard guard(mutex_);
+    seekLocked(position, Stream::Origin::beginning);
+    return readLocked(count);
+}
+
+void File::seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes)
+{
+    const std::lock_guard guard(mutex_);
+    seekLocked(position, Stream::Origin::beginning);
+    writeLocked(bytes);
+}
+
+void File::flush()
+{
+    const std::lock_guard guard(mutex_);
+    checkWin32(::FlushFileBuffers(openHandle(E_FLUSH_FILE_BUFFER)), E_FLUSH_FILE_BUFFER, L"FlushFileBuffers");
+}
+
+FileTimes File::times() const
+{
+    const std::lock_guard guard(mutex_);
+    FileTimes times{};
+    checkWin32(::GetFileTime(openHandle(E_GET_FILE_ATTRIBUTES), &times.creation, &times.access, &times.write),
+               E_GET_FILE_ATTRIBUTES, L"GetFileTime");
+    return times;
+}
+
+void File::setTimes(const FILETIME* creation, const FILETIME* access, const FILETIME* write)
+{
+    const std::lock_guard guard(mutex_);
+    checkWin32(::SetFileTime(openHandle(E_FILE_WRITE), creation, access, write), E_FILE_WRITE, L"SetFileTime");
+}
+
 Bytes readFile(const std::wstring& path)
 {
-    File file = File::open(path, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
-    const std::uint64_t size = file.size();
+    const auto file = File::open(path, {});
+    const std::uint64_t size = file->state().size;
     Bytes bytes;
     if (size > bytes.max_size())
         throw Exception(E_READ_OR_WRONG_FILE_SIZE);
     bytes.resize(static_cast<std::size_t>(size));
-    if (file.read(bytes) != bytes.size())
+    if (file->read(std::span(bytes)) != bytes.size())
         throw Exception(E_READ_OR_WRONG_FILE_SIZE);
     return bytes;
 }
 
 void writeFile(const std::wstring& path, std::span<const std::uint8_t> bytes)
 {
-    File file = File::open(path, GENERIC_WRITE, 0, OPEN_ALWAYS);
-    const std::uint64_t oldSize = file.size();
-    // Room is made sure of before the old content is touched.
-    if (bytes.size() > oldSize) {
-        try {
-            file.resize(bytes.size());
-        } catch (...) {
-            file.resize(oldSize);
-            throw;
-        }
+    const std::wstring fullName = unlimitedPath(path);
+    const bool existed = ::GetFileAttributesW(fullName.c_str()) != INVALID_FILE_ATTRIBUTES;
+    const auto file = File::open(path, {GENERIC_WRITE, 0, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL});
+    try {
+        // Room is made sure of before the old content is touched: a failed growth changes nothing.
+        const std::uint64_t oldSize = file->state().size;
+        if (bytes.size() > oldSize)
+            file->resize(bytes.size());
+        file->write(bytes);
+        if (bytes.size() < oldSize)
+            file->resize(bytes.size());
+    } catch (...) {
+        file->close();
+        if (!existed)
+            ::DeleteFileW(fullName.c_str());
+        throw;
     }
-    file.seek(0);
-    file.write(bytes);
-    if (bytes.size() < oldSize)
-        file.resize(bytes.size());
 }
 
 } // namespace Corvane

@@ -1,44 +1,82 @@
-// A file on disk.
+// A file on disk as a stream.
 #pragma once
 
-#include "binary/bytes.h"
 #include "core/handles.h"
+#include "stream/binary_stream.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <span>
+#include <memory>
+#include <mutex>
 #include <string>
 
 namespace Corvane {
 
-class File
+// How a file is opened: the values of CreateFileW.
+struct FileMode
+{
+    DWORD access = GENERIC_READ;
+    DWORD share = FILE_SHARE_READ;
+    DWORD disposition = OPEN_EXISTING;
+    DWORD attributes = FILE_ATTRIBUTE_NORMAL;
+};
+
+struct FileTimes
+{
+    FILETIME creation;
+    FILETIME access;
+    FILETIME write;
+};
+
+class File : public Stream::IBinaryStream
 {
 public:
-    // Opens with the access, share mode and creation disposition of CreateFileW. `path` may be longer than
-    // MAX_PATH when it is absolute. Throws Win32Exception E_CREATE_FILE, E_DIRECTORY_PATH.
-    static File open(const std::wstring& path, DWORD access, DWORD share, DWORD disposition);
+    // `path` may be longer than MAX_PATH. Throws Win32Exception E_CREATE_FILE, and E_DIRECTORY_PATH for a text
+    // that is no path.
+    static std::shared_ptr<File> open(const std::wstring& path, const FileMode& mode);
 
-    // Bytes in the file. Throws Win32Exception E_FILE_SIZE.
-    std::uint64_t size() const;
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
 
-    // Changes the size and leaves the position at the new end. Throws Win32Exception E_SEEK_IN_FILE, and
-    // E_FILE_WRITE when there is no room.
-    void resize(std::uint64_t size);
+    // Failures of the system are Win32Exceptions: E_FILE_SIZE, E_SEEK_IN_FILE, E_FILE_READ, E_FILE_WRITE.
+    Stream::State state() const override;
+    std::uint64_t seek(std::int64_t offset, Stream::Origin origin) override;
+    void resize(std::uint64_t size) override;
+    void close() override;
+    std::size_t read(std::span<std::uint8_t> buffer) override;
+    void write(std::span<const std::uint8_t> bytes) override;
+    SharedBytes read(std::size_t count) override;
+    SharedBytes seekAndRead(std::int64_t position, std::size_t count) override;
+    void seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes) override;
 
-    // Moves to an offset from the beginning. Throws Win32Exception E_SEEK_IN_FILE.
-    void seek(std::uint64_t offset);
+    // Has the system write to the disk what it still holds. Throws Win32Exception E_FLUSH_FILE_BUFFER.
+    void flush();
 
-    // Fills `buffer` as far as the file goes; returns how much that was. Throws Win32Exception E_FILE_READ.
-    std::size_t read(std::span<std::uint8_t> buffer);
+    // Throws Win32Exception E_GET_FILE_ATTRIBUTES.
+    FileTimes times() const;
+    // Sets those that are given. Throws Win32Exception E_FILE_WRITE.
+    void setTimes(const FILETIME* creation, const FILETIME* access, const FILETIME* write);
 
-    // Writes all of `bytes`. Throws Win32Exception E_FILE_WRITE.
-    void write(std::span<const std::uint8_t> bytes);
+    // The full path the file was opened under.
+    const std::wstring& path() const noexcept { return path_; }
 
 private:
-    explicit File(FileHandle handle) noexcept : handle_(std::move(handle)) {}
+    File(FileHandle handle, std::wstring path) noexcept : handle_(std::move(handle)), path_(std::move(path)) {}
+
+    HANDLE openHandle(const ErrorDescriptor& descriptor) const;
+    std::uint64_t sizeLocked() const;
+    std::uint64_t positionLocked() const;
+    void moveLocked(std::uint64_t position) const;
+    std::uint64_t seekLocked(std::int64_t offset, Stream::Origin origin);
+    std::size_t readLocked(std::span<std::uint8_t> buffer);
+    SharedBytes readLocked(std::size_t count);
+    void writeLocked(std::span<const std::uint8_t> bytes);
 
     FileHandle handle_;
+    std::wstring path_;
+    mutable std::mutex mutex_;
 };
+
+// The path in a form that has no length limit, made absolute. Throws Win32Exception E_DIRECTORY_PATH.
+std::wstring unlimitedPath(const std::wstring& path);
 
 // The whole content of a file, which others may go on reading. Throws what File throws, and Exception
 // E_READ_OR_WRONG_FILE_SIZE when the file does not fit in memory or becomes shorter meanwhile.

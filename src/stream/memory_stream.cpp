@@ -34,17 +34,7 @@ State MemoryStream::state() const
 std::uint64_t MemoryStream::seekLocked(std::int64_t offset, Origin origin)
 {
     checkOpen(E_SEEK_IN_FILE);
-    std::uint64_t base = 0;
-    if (origin == Origin::current)
-        base = position();
-    else if (origin == Origin::end)
-        base = size_;
-    // The offset may be the smallest number there is, which has no positive counterpart of its type.
-    const std::uint64_t distance = offset < 0 ? 0 - static_cast<std::uint64_t>(offset) : static_cast<std::uint64_t>(offset);
-    const bool reachable = offset < 0 ? distance <= base : distance <= size_ - std::min(base, size_);
-    if (!reachable)
-        throw Exception(E_OFFSET_OUT_OF_RANGE);
-    setPosition(offset < 0 ? base - distance : base + distance);
+    setPosition(target(offset, origin, {position(), size_}));
     return position();
 }
 
