@@ -17,6 +17,18 @@ fail() {
     exit 1
 }
 
+# Closes what was inherited besides the standard streams, a caller's lock or pipe for instance: the servers and services
+# that a program starts outlive it. 255 is the shell's own.
+closeInherited() {
+    local descriptor
+    for descriptor in /proc/self/fd/*; do
+        descriptor=${descriptor##*/}
+        if ((descriptor > 2 && descriptor != 255)); then
+            exec {descriptor}>&-
+        fi
+    done
+}
+
 # enterWine PREFIX_FOLDER: sets the environment of Windows programs.
 enterWine() {
     export WINEPREFIX=$1
@@ -53,10 +65,25 @@ isPrefixAlive() {
 useWine() {
     enterWine "$wine_dir/prefixes/$1"
     isPrefixAlive || {
-        "$root/tools/wine-env" --prefix "$1" </dev/null
+        "$root/tools/wine-env" --prefix "$1" </dev/null >&2
         enterWine "$wine_dir/prefixes/$1"
         isDisplayAlive || fail "the X display has ended"
     }
+}
+
+# startWine PROGRAM [ARG...]: runs it as the entered prefix's, in a process of its own.
+startWine() {
+    (
+        closeInherited
+        exec wine "$@"
+    )
+}
+
+# systemProgram x86|x64 NAME: prints the path of a program of the system, in that bitness.
+systemProgram() {
+    local folder=system32
+    [[ $1 == x64 ]] || folder=syswow64
+    printf 'C:\\windows\\%s\\%s.exe\n' "$folder" "${2%.exe}"
 }
 
 # toWindowsPath FILE: prints its absolute path as Windows programs see it.
