@@ -26,7 +26,8 @@ interface IBox;
     [id(2), helpstring("Puts a ball in; \\"late\\", "
                        "or not.")]
     HRESULT Put([in] IBall* ball, [in, defaultvalue(0)] VARIANT_BOOL late, [in, optional] VARIANT where,
-                [in, defaultvalue("a, b")] BSTR name, [in] enum Place place);
+                [in, defaultvalue("a, b")] BSTR name, [in] enum Place place,
+                [in] IDispatch* pCallback, [in] IDispatch* other);
     [propget, id(-4), helpstring("For each.")] HRESULT _NewEnum([out, retval] IUnknown** each);
 }
 [object, dual] interface IBall : IDispatch {}
@@ -55,7 +56,8 @@ class Pages(unittest.TestCase):
             "The ball at index. Fails with [E_GONE](errors.md).",
             "`Lid: Boolean`",
             "property, read and write · dispatch id 1",
-            '`Put(ball: Ball, [late: Boolean = false], [where: value], [name: string = "a, b"], place: Place)`',
+            '`Put(ball: Ball, [late: Boolean = false], [where: value], [name: string = "a, b"], place: Place, '
+            "pCallback: function, other: object)`",
             'Puts a ball in; "late", or not.',
             "`_NewEnum: object`",
             "| 2 | placeUser | The user's own. |",
