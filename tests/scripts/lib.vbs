@@ -1,0 +1,17 @@
+' What every test script starts with. A check that does not hold raises an error, which ends the script with status 1.
+
+Sub Check(condition, message)
+    If Not condition Then
+        Err.Raise vbObjectError + 1, "test", message
+    End If
+End Sub
+
+' Values of one subtype and equal.
+Sub Equal(actual, expected, message)
+    If VarType(actual) <> VarType(expected) Then
+        Err.Raise vbObjectError + 1, "test", message & ": expected a " & TypeName(expected) & ", got a " & TypeName(actual)
+    End If
+    If actual <> expected Then
+        Err.Raise vbObjectError + 1, "test", message & ": expected " & expected & ", got " & actual
+    End If
+End Sub
