@@ -1,0 +1,62 @@
+// Speed of the checksum and the digests beside zlib's and libgcrypt's portable code, on the machine this was
+// compiled for.
+#include "bench/native_measure.h"
+#include "binary/crc32.h"
+#include "binary/md5.h"
+#include "binary/sha256.h"
+
+#include <gcrypt.h>
+#include <zlib.h>
+
+namespace {
+
+using bench::compare;
+using bench::keep;
+using Corvane::Bytes;
+
+void compareDigest(const char* work, const Bytes& data, double wanted, int algorithm,
+                   Bytes (*ours)(std::span<const std::uint8_t>)) {
+    compare(
+        work, "gcry_md_hash_buffer", wanted, data.size(), [&] { keep(ours(data).data()); },
+        [&] {
+            unsigned char digest[32];
+            gcry_md_hash_buffer(algorithm, digest, data.data(), data.size());
+            keep(digest);
+        });
+}
+
+void compareCrc(const char* work, const Bytes& data, double wanted) {
+    std::uint32_t crc = 0;
+    uLong peer = 0;
+    compare(
+        work, "zlib crc32", wanted, data.size(),
+        [&] {
+            crc = Corvane::Binary::getCrc32(data, crc);
+            keep(&crc);
+        },
+        [&] {
+            peer = crc32(peer, data.data(), static_cast<uInt>(data.size()));
+            keep(&peer);
+        });
+}
+
+}  // namespace
+
+int main() {
+    // Its hardware paths off, the peer runs portable C like ours. This must come before its first use.
+    if (gcry_control(GCRYCTL_DISABLE_HWF, "all", nullptr) != 0 || gcry_check_version(nullptr) == nullptr) {
+        std::fputs("libgcrypt does not start\n", stderr);
+        return 1;
+    }
+    gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
+
+    const Bytes large = bench::randomBytes(std::size_t{64} << 20);
+    const Bytes small = bench::randomBytes(64);
+    compareDigest("SHA-256, 64 MiB", large, 0.95, GCRY_MD_SHA256, Corvane::Binary::getSha256);
+    compareDigest("SHA-256, 64 bytes", small, 1 / 1.1, GCRY_MD_SHA256, Corvane::Binary::getSha256);
+    compareDigest("MD5, 64 MiB", large, 1.1, GCRY_MD_MD5, Corvane::Binary::getMd5);
+    compareDigest("MD5, 64 bytes", small, 1.1, GCRY_MD_MD5, Corvane::Binary::getMd5);
+    compareCrc("CRC-32, 64 MiB", large, 0.35);
+    compareCrc("CRC-32, 64 bytes", small, 1 / 1.2);
+    compareCrc("CRC-32, 4 KiB", bench::randomBytes(4096), 0.35);
+}

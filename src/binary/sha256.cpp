@@ -1,0 +1,120 @@
+#include "binary/sha256.h"
+
+#include <bit>
+
+namespace Corvane::Binary {
+namespace {
+
+std::uint32_t loadWord(const std::uint8_t* in) noexcept {
+    return (std::uint32_t{in[0]} << 24) | (std::uint32_t{in[1]} << 16) | (std::uint32_t{in[2]} << 8) |
+           std::uint32_t{in[3]};
+}
+
+// What the message schedule adds to the word of sixteen rounds before, from those of 15, 7 and 2 rounds
+// before.
+[[gnu::always_inline]] inline std::uint32_t expand(std::uint32_t w15, std::uint32_t w7,
+                                                   std::uint32_t w2) noexcept {
+    const std::uint32_t sigma0 = std::rotr(w15, 7) ^ std::rotr(w15, 18) ^ (w15 >> 3);
+    const std::uint32_t sigma1 = std::rotr(w2, 17) ^ std::rotr(w2, 19) ^ (w2 >> 10);
+    return sigma0 + w7 + sigma1;
+}
+
+// One round; the variables move on by one place, which the caller does by their order.
+[[gnu::always_inline]] inline void round(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint32_t& d,
+                                         std::uint32_t e, std::uint32_t f, std::uint32_t g, std::uint32_t& h,
+                                         std::uint32_t constant, std::uint32_t word) noexcept {
+    const std::uint32_t sum1 = std::rotr(e, 6) ^ std::rotr(e, 11) ^ std::rotr(e, 25);
+    const std::uint32_t choice = g ^ (e & (f ^ g));
+    const std::uint32_t sum0 = std::rotr(a, 2) ^ std::rotr(a, 13) ^ std::rotr(a, 22);
+    const std::uint32_t majority = (a & b) | (c & (a | b));
+    h += sum1 + choice + constant + word;
+    d += h;
+    h += sum0 + majority;
+}
+
+}  // namespace
+
+// Written out in full: the sixteen words stay in registers or in fixed places, the constants are immediate
+// values.
+void detail::Sha256Algorithm::process(const std::uint8_t* blocks, std::size_t count) noexcept {
+    for (const std::uint8_t* in = blocks; count != 0; --count, in += 64) {
+        auto [a, b, c, d, e, f, g, h] = words_;
+        std::uint32_t w0 = 0, w1 = 0, w2 = 0, w3 = 0, w4 = 0, w5 = 0, w6 = 0, w7 = 0, w8 = 0, w9 = 0, w10 = 0,
+                      w11 = 0, w12 = 0, w13 = 0, w14 = 0, w15 = 0;
+        round(a, b, c, d, e, f, g, h, 0x428A2F98, w0 = loadWord(in + 0));
+        round(h, a, b, c, d, e, f, g, 0x71374491, w1 = loadWord(in + 4));
+        round(g, h, a, b, c, d, e, f, 0xB5C0FBCF, w2 = loadWord(in + 8));
+        round(f, g, h, a, b, c, d, e, 0xE9B5DBA5, w3 = loadWord(in + 12));
+        round(e, f, g, h, a, b, c, d, 0x3956C25B, w4 = loadWord(in + 16));
+        round(d, e, f, g, h, a, b, c, 0x59F111F1, w5 = loadWord(in + 20));
+        round(c, d, e, f, g, h, a, b, 0x923F82A4, w6 = loadWord(in + 24));
+        round(b, c, d, e, f, g, h, a, 0xAB1C5ED5, w7 = loadWord(in + 28));
+        round(a, b, c, d, e, f, g, h, 0xD807AA98, w8 = loadWord(in + 32));
+        round(h, a, b, c, d, e, f, g, 0x12835B01, w9 = loadWord(in + 36));
+        round(g, h, a, b, c, d, e, f, 0x243185BE, w10 = loadWord(in + 40));
+        round(f, g, h, a, b, c, d, e, 0x550C7DC3, w11 = loadWord(in + 44));
+        round(e, f, g, h, a, b, c, d, 0x72BE5D74, w12 = loadWord(in + 48));
+        round(d, e, f, g, h, a, b, c, 0x80DEB1FE, w13 = loadWord(in + 52));
+        round(c, d, e, f, g, h, a, b, 0x9BDC06A7, w14 = loadWord(in + 56));
+        round(b, c, d, e, f, g, h, a, 0xC19BF174, w15 = loadWord(in + 60));
+        round(a, b, c, d, e, f, g, h, 0xE49B69C1, w0 += expand(w1, w9, w14));
+        round(h, a, b, c, d, e, f, g, 0xEFBE4786, w1 += expand(w2, w10, w15));
+        round(g, h, a, b, c, d, e, f, 0x0FC19DC6, w2 += expand(w3, w11, w0));
+        round(f, g, h, a, b, c, d, e, 0x240CA1CC, w3 += expand(w4, w12, w1));
+        round(e, f, g, h, a, b, c, d, 0x2DE92C6F, w4 += expand(w5, w13, w2));
+        round(d, e, f, g, h, a, b, c, 0x4A7484AA, w5 += expand(w6, w14, w3));
+        round(c, d, e, f, g, h, a, b, 0x5CB0A9DC, w6 += expand(w7, w15, w4));
+        round(b, c, d, e, f, g, h, a, 0x76F988DA, w7 += expand(w8, w0, w5));
+        round(a, b, c, d, e, f, g, h, 0x983E5152, w8 += expand(w9, w1, w6));
+        round(h, a, b, c, d, e, f, g, 0xA831C66D, w9 += expand(w10, w2, w7));
+        round(g, h, a, b, c, d, e, f, 0xB00327C8, w10 += expand(w11, w3, w8));
+        round(f, g, h, a, b, c, d, e, 0xBF597FC7, w11 += expand(w12, w4, w9));
+        round(e, f, g, h, a, b, c, d, 0xC6E00BF3, w12 += expand(w13, w5, w10));
+        round(d, e, f, g, h, a, b, c, 0xD5A79147, w13 += expand(w14, w6, w11));
+        round(c, d, e, f, g, h, a, b, 0x06CA6351, w14 += expand(w15, w7, w12));
+        round(b, c, d, e, f, g, h, a, 0x14292967, w15 += expand(w0, w8, w13));
+        round(a, b, c, d, e, f, g, h, 0x27B70A85, w0 += expand(w1, w9, w14));
+        round(h, a, b, c, d, e, f, g, 0x2E1B2138, w1 += expand(w2, w10, w15));
+        round(g, h, a, b, c, d, e, f, 0x4D2C6DFC, w2 += expand(w3, w11, w0));
+        round(f, g, h, a, b, c, d, e, 0x53380D13, w3 += expand(w4, w12, w1));
+        round(e, f, g, h, a, b, c, d, 0x650A7354, w4 += expand(w5, w13, w2));
+        round(d, e, f, g, h, a, b, c, 0x766A0ABB, w5 += expand(w6, w14, w3));
+        round(c, d, e, f, g, h, a, b, 0x81C2C92E, w6 += expand(w7, w15, w4));
+        round(b, c, d, e, f, g, h, a, 0x92722C85, w7 += expand(w8, w0, w5));
+        round(a, b, c, d, e, f, g, h, 0xA2BFE8A1, w8 += expand(w9, w1, w6));
+        round(h, a, b, c, d, e, f, g, 0xA81A664B, w9 += expand(w10, w2, w7));
+        round(g, h, a, b, c, d, e, f, 0xC24B8B70, w10 += expand(w11, w3, w8));
+        round(f, g, h, a, b, c, d, e, 0xC76C51A3, w11 += expand(w12, w4, w9));
+        round(e, f, g, h, a, b, c, d, 0xD192E819, w12 += expand(w13, w5, w10));
+        round(d, e, f, g, h, a, b, c, 0xD6990624, w13 += expand(w14, w6, w11));
+        round(c, d, e, f, g, h, a, b, 0xF40E3585, w14 += expand(w15, w7, w12));
+        round(b, c, d, e, f, g, h, a, 0x106AA070, w15 += expand(w0, w8, w13));
+        round(a, b, c, d, e, f, g, h, 0x19A4C116, w0 += expand(w1, w9, w14));
+        round(h, a, b, c, d, e, f, g, 0x1E376C08, w1 += expand(w2, w10, w15));
+        round(g, h, a, b, c, d, e, f, 0x2748774C, w2 += expand(w3, w11, w0));
+        round(f, g, h, a, b, c, d, e, 0x34B0BCB5, w3 += expand(w4, w12, w1));
+        round(e, f, g, h, a, b, c, d, 0x391C0CB3, w4 += expand(w5, w13, w2));
+        round(d, e, f, g, h, a, b, c, 0x4ED8AA4A, w5 += expand(w6, w14, w3));
+        round(c, d, e, f, g, h, a, b, 0x5B9CCA4F, w6 += expand(w7, w15, w4));
+        round(b, c, d, e, f, g, h, a, 0x682E6FF3, w7 += expand(w8, w0, w5));
+        round(a, b, c, d, e, f, g, h, 0x748F82EE, w8 += expand(w9, w1, w6));
+        round(h, a, b, c, d, e, f, g, 0x78A5636F, w9 += expand(w10, w2, w7));
+        round(g, h, a, b, c, d, e, f, 0x84C87814, w10 += expand(w11, w3, w8));
+        round(f, g, h, a, b, c, d, e, 0x8CC70208, w11 += expand(w12, w4, w9));
+        round(e, f, g, h, a, b, c, d, 0x90BEFFFA, w12 += expand(w13, w5, w10));
+        round(d, e, f, g, h, a, b, c, 0xA4506CEB, w13 += expand(w14, w6, w11));
+        round(c, d, e, f, g, h, a, b, 0xBEF9A3F7, w14 += expand(w15, w7, w12));
+        round(b, c, d, e, f, g, h, a, 0xC67178F2, w15 += expand(w0, w8, w13));
+        words_ = {words_[0] + a, words_[1] + b, words_[2] + c, words_[3] + d,
+                  words_[4] + e, words_[5] + f, words_[6] + g, words_[7] + h};
+    }
+}
+
+Bytes getSha256(std::span<const std::uint8_t> bytes) {
+    SHA256 digest;
+    digest.update(bytes);
+    const SHA256::Value value = digest.finish();
+    return {value.begin(), value.end()};
+}
+
+}  // namespace Corvane::Binary
