@@ -7,6 +7,7 @@
 #include "core/progress.h"
 #include "stream/binary_stream.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -31,12 +32,14 @@ inline void throwIfCanceled(const SharedProgress& progress) {
 // throws; the position is then behind the block last read.
 template <class Work>
 void forEachBlock(IBinaryStream& input, std::size_t size, const SharedProgress& progress, Work&& work) {
+    const State state = input.state();
     if (progress) {
-        const State state = input.state();
         progress->start(state.size);
         progress->add(state.position);
     }
-    Bytes block(size);
+    // A short stream needs no big block; one that grows meanwhile is read in more of them.
+    const std::uint64_t rest = std::max<std::uint64_t>(state.size - state.position, 1);
+    Bytes block(static_cast<std::size_t>(std::min<std::uint64_t>(rest, size)));
     for (;;) {
         const std::size_t count = input.read(std::span(block));
         throwIfCanceled(progress);

@@ -1,0 +1,200 @@
+#include "compression/unzip_file.h"
+
+#include "compression/inflater.h"
+#include "compression/zip_name.h"
+#include "core/errors.h"
+
+#include <minizip/unzip.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace Corvane::Compression::detail {
+namespace {
+
+// APPNOTE.TXT 4.4.4: bit 0 an encrypted entry, bit 13 a masked local header.
+constexpr uLong encryptedFlags = 1 << 0 | 1 << 13;
+constexpr std::uint16_t stored = 0;
+
+// With this number of entries minizip cannot tell 65535 from more of them.
+constexpr std::uint64_t uncertainCount = 0xFFFF;
+
+// The end record of an archive without entries (APPNOTE.TXT 4.3.16), which minizip may fail to find at offset
+// 0.
+bool isWithoutEntries(ZipStorage& storage) {
+    constexpr std::array<std::uint8_t, 12> begin{'P', 'K', 5, 6};
+    std::array<std::uint8_t, begin.size()> bytes{};
+    return storage.read(0, bytes) == bytes.size() && bytes == begin;
+}
+
+constexpr std::uint64_t inZip64Field = 0xFFFFFFFF;
+
+// APPNOTE.TXT 4.5.3. minizip 1.1 does not look here where a long has 64 bits.
+void readZip64Sizes(ZipEntry& entry, std::span<const std::uint8_t> extra) {
+    constexpr std::uint16_t zip64Field = 0x0001;
+    std::span<const std::uint8_t> field = extraField(extra, zip64Field);
+    for (std::uint64_t* size : {&entry.size, &entry.packedSize}) {
+        if (*size == inZip64Field && field.size() >= sizeof(*size)) {
+            *size = 0;
+            for (std::size_t i = 0; i < sizeof(*size); ++i) {
+                *size |= std::uint64_t{field[i]} << 8 * i;
+            }
+            field = field.subspan(sizeof(*size));
+        }
+    }
+}
+
+}  // namespace
+
+UnZipFile::UnZipFile(std::unique_ptr<ZipIo> io, void* handle)
+    : io_(std::move(io)), handle_(handle), hasEntry_(handle && entryCount() > 0) {}
+
+UnZipFile UnZipFile::open(std::unique_ptr<ZipStorage> storage) {
+    auto io = std::make_unique<ZipIo>(std::move(storage));
+    if (isWithoutEntries(io->storage())) {
+        return UnZipFile(std::move(io), nullptr);
+    }
+    zlib_filefunc64_def functions = io->functions();
+    void* handle = unzOpen2_64("", &functions);
+    if (!handle) {
+        io->rethrow();
+        throw Exception(E_ZIP_OPEN);
+    }
+    return UnZipFile(std::move(io), handle);
+}
+
+UnZipFile UnZipFile::open(Stream::IBinaryStream& stream) {
+    return open(streamStorage(stream, 0));
+}
+
+UnZipFile::~UnZipFile() {
+    if (handle_) {
+        unzClose(handle_);
+    }
+}
+
+std::uint64_t UnZipFile::entryCount() const {
+    unz_global_info64 info{};
+    return unzGetGlobalInfo64(handle_, &info) == UNZ_OK ? info.number_entry : 0;
+}
+
+void UnZipFile::next() {
+    const int status = unzGoToNextFile(handle_);
+    io_->rethrow();
+    if (status == UNZ_OK) {
+        return;
+    }
+    hasEntry_ = false;
+    if (status != UNZ_END_OF_LIST_OF_FILE && entryCount() != uncertainCount) {
+        throw Exception(E_ZIP_NEXT_FILE);
+    }
+}
+
+void UnZipFile::select(const ZipEntry& entry) {
+    const unz64_file_pos position{entry.directoryPosition, entry.number};
+    const int status = handle_ ? unzGoToFilePos64(handle_, &position) : UNZ_PARAMERROR;
+    io_->rethrow();
+    hasEntry_ = status == UNZ_OK;
+    if (!hasEntry_) {
+        throw Exception(E_ZIP_FILE_INFO);
+    }
+}
+
+ZipEntry UnZipFile::entry() {
+    unz_file_info64 info{};
+    constexpr uLong longest = 0xFFFF;  // both lengths have 16 bits
+    std::string name(longest, '\0');
+    Bytes extra(longest);
+    const int status =
+        unzGetCurrentFileInfo64(handle_, &info, name.data(), longest, extra.data(), longest, nullptr, 0);
+    io_->rethrow();
+    unz64_file_pos position{};
+    if (status != UNZ_OK || unzGetFilePos64(handle_, &position) != UNZ_OK) {
+        throw Exception(E_ZIP_FILE_INFO);
+    }
+    name.resize(info.size_filename);
+    extra.resize(info.size_file_extra);
+
+    ZipEntry entry;
+    entry.name = decodeZipName(
+        {name, extra, static_cast<std::uint16_t>(info.version), static_cast<std::uint16_t>(info.flag)});
+    entry.size = info.uncompressed_size;
+    entry.packedSize = info.compressed_size;
+    readZip64Sizes(entry, extra);
+    entry.crc = static_cast<std::uint32_t>(info.crc);
+    entry.date = ZipDate::unpack(static_cast<std::uint32_t>(info.dosDate));
+    entry.directory = entry.name.ends_with('/');
+    entry.encrypted = (info.flag & encryptedFlags) != 0;
+    entry.method = static_cast<std::uint16_t>(info.compression_method);
+    entry.directoryPosition = position.pos_in_zip_directory;
+    entry.number = position.num_of_file;
+    return entry;
+}
+
+void UnZipFile::extract(const Sink& sink) {
+    const ZipEntry current = entry();
+    openContent(current);
+    try {
+        readContent(current, sink);
+    } catch (...) {
+        unzCloseCurrentFile(handle_);
+        throw;
+    }
+    unzCloseCurrentFile(handle_);
+}
+
+// minizip hands the content over as it lies in the archive. Restoring it here in large pieces, with one count
+// and one checksum of 64-bit lengths, holds for every size of zlib's counters.
+void UnZipFile::openContent(const ZipEntry& entry) {
+    if (entry.encrypted) {
+        throw ZipException(E_UNZIP, L"элемент архива зашифрован");
+    }
+    if (entry.method != stored && entry.method != Z_DEFLATED) {
+        throw ZipException(E_UNZIP_BAD,
+                           L"метод сжатия " + std::to_wstring(entry.method) + L" не поддерживается");
+    }
+    int method = 0;
+    int level = 0;
+    const int status = unzOpenCurrentFile2(handle_, &method, &level, 1);
+    io_->rethrow();
+    if (status != UNZ_OK) {
+        throw Exception(status == UNZ_BADZIPFILE ? E_UNZIP_BAD : E_UNZIP);
+    }
+}
+
+void UnZipFile::readContent(const ZipEntry& entry, const Sink& sink) {
+    std::uint64_t size = 0;
+    uLong crc = 0;
+    const Sink checked = [&](std::span<const std::uint8_t> piece) {
+        size += piece.size();
+        if (size > entry.size) {
+            throw Exception(E_UNZIP);
+        }
+        crc = crc32(crc, piece.data(), static_cast<uInt>(piece.size()));
+        sink(piece);
+    };
+
+    Inflater inflater(-MAX_WBITS, E_UNZIP);
+    auto state = entry.method == stored ? Inflater::State::finished : Inflater::State::needsInput;
+    Bytes block(pieceSize);
+    for (;;) {
+        const int count = unzReadCurrentFile(handle_, block.data(), static_cast<unsigned>(block.size()));
+        io_->rethrow();
+        if (count <= 0) {
+            break;
+        }
+        auto input = std::span<const std::uint8_t>(block).first(static_cast<std::size_t>(count));
+        if (entry.method == stored) {
+            checked(input);
+        } else if (state == Inflater::State::needsInput) {
+            state = inflater.run(input, checked);
+        }
+    }
+    if (state != Inflater::State::finished || size != entry.size || crc != entry.crc) {
+        throw Exception(E_UNZIP);
+    }
+}
+
+}  // namespace Corvane::Compression::detail

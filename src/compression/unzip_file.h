@@ -1,0 +1,71 @@
+// A zip archive being read, over minizip.
+#pragma once
+
+#include "compression/sink.h"
+#include "compression/zip_entry.h"
+#include "compression/zip_io.h"
+#include "core/exception.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace Corvane::Compression::detail {
+
+// An entry that this program cannot unpack, and why, in words for the user.
+class ZipException : public CustomException {
+public:
+    ZipException(const ErrorDescriptor& descriptor, std::wstring reason)
+        : CustomException(descriptor), reason_(std::move(reason)) {}
+
+    std::wstring details() const override { return reason_; }
+
+private:
+    std::wstring reason_;
+};
+
+// There is a current entry as long as hasEntry() says so; the first one after opening. What the storage
+// throws passes through all functions.
+class UnZipFile {
+public:
+    // Throws Exception E_ZIP_OPEN for what is not an archive, or is one in several parts.
+    static UnZipFile open(std::unique_ptr<ZipStorage> storage);
+
+    // An archive that ends where the stream does, which must outlive it; whatever lies before it is skipped.
+    static UnZipFile open(Stream::IBinaryStream& stream);
+
+    ~UnZipFile();
+    UnZipFile(const UnZipFile&) = delete;
+    UnZipFile& operator=(const UnZipFile&) = delete;
+
+    bool hasEntry() const noexcept { return hasEntry_; }
+
+    // Moves on. Throws Exception E_ZIP_NEXT_FILE when the archive's directory is broken there.
+    void next();
+
+    // Moves to an entry of this archive. Throws Exception E_ZIP_FILE_INFO.
+    void select(const ZipEntry& entry);
+
+    // What the directory says. Throws Exception E_ZIP_GLOBAL_INFO or E_ZIP_FILE_INFO.
+    ZipEntry entry();
+
+    // Restores the content, not more than the directory says. Throws Exception E_UNZIP_BAD when it cannot be
+    // opened because the archive is broken or uses another method than deflate; E_UNZIP when it is encrypted,
+    // cut off or damaged.
+    void extract(const Sink& sink);
+
+private:
+    UnZipFile(std::unique_ptr<ZipIo> io, void* handle);
+
+    std::uint64_t entryCount() const;
+    void openContent(const ZipEntry& entry);
+    void readContent(const ZipEntry& entry, const Sink& sink);
+
+    std::unique_ptr<ZipIo> io_;
+    void* handle_;  // null for an archive without entries
+    bool hasEntry_ = false;
+};
+
+}  // namespace Corvane::Compression::detail

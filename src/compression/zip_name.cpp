@@ -1,0 +1,181 @@
+#include "compression/zip_name.h"
+
+#include "binary/utf.h"
+#include "compression/oem_tables.h"
+#include "core/errors.h"
+#include "core/exception.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace Corvane::Compression::detail {
+namespace {
+
+constexpr std::uint16_t utf8Flag = 1 << 11;
+constexpr std::uint16_t unicodePathField = 0x7075;
+// "Version made by" (APPNOTE.TXT 4.4.2.2).
+constexpr int madeOnUnix = 3;
+constexpr int madeOnMacOs = 19;
+
+std::span<const std::uint8_t> bytesOf(std::string_view text) noexcept {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+bool isHigh(char c) noexcept {
+    return static_cast<unsigned char>(c) >= 0x80;
+}
+
+bool isLatin(char c) noexcept {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+std::uint32_t littleEndian(std::span<const std::uint8_t> bytes) noexcept {
+    std::uint32_t value = 0;
+    for (std::size_t i = bytes.size(); i-- > 0;) {
+        value = value << 8 | bytes[i];
+    }
+    return value;
+}
+
+// Version 1, the CRC-32 of the bytes that it stands for, the name.
+std::optional<std::string> unicodePath(const RawZipName& name) {
+    constexpr std::size_t head = 5;
+    const auto field = extraField(name.extra, unicodePathField);
+    if (field.size() <= head || field[0] != 1) {
+        return std::nullopt;
+    }
+    const auto raw = bytesOf(name.bytes);
+    if (littleEndian(field.subspan(1, 4)) != crc32(0, raw.data(), static_cast<uInt>(raw.size()))) {
+        return std::nullopt;
+    }
+    const auto text = field.subspan(head);
+    return isUtf8(text) ? std::optional(std::string(text.begin(), text.end())) : std::nullopt;
+}
+
+bool saysUtf8(const RawZipName& name) noexcept {
+    const int system = name.madeBy >> 8;
+    return (name.flags & utf8Flag) != 0 || system == madeOnUnix || system == madeOnMacOs;
+}
+
+bool looksWestern(std::string_view name) noexcept {
+    bool western = false;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        if (!isHigh(name[i])) {
+            continue;
+        }
+        const char before = i > 0 ? name[i - 1] : '\0';
+        const char after = i + 1 < name.size() ? name[i + 1] : '\0';
+        if (isHigh(before) || isHigh(after) || !(isLatin(before) || isLatin(after))) {
+            return false;
+        }
+        western = true;
+    }
+    return western;
+}
+
+// All characters of both code pages are below U+FFFF and no surrogates.
+void appendUtf8(std::string& text, char16_t c) {
+    if (c < 0x80) {
+        text += static_cast<char>(c);
+    } else if (c < 0x800) {
+        text += static_cast<char>(0xC0 | c >> 6);
+        text += static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+        text += static_cast<char>(0xE0 | c >> 12);
+        text += static_cast<char>(0x80 | (c >> 6 & 0x3F));
+        text += static_cast<char>(0x80 | (c & 0x3F));
+    }
+}
+
+std::string decodeOem(std::string_view name) {
+    const UpperHalf& page = looksWestern(name) ? cp437 : cp866;
+    std::string text;
+    for (const char c : name) {
+        appendUtf8(text, isHigh(c) ? page[static_cast<unsigned char>(c) - 0x80u] : static_cast<char16_t>(c));
+    }
+    return text;
+}
+
+// What Windows takes for a device in any folder, whatever the extension.
+bool isDevice(std::string_view part) {
+    std::string name(part.substr(0, part.find('.')));
+    name.resize(name.find_last_not_of(' ') + 1);
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+    constexpr std::array<std::string_view, 7> devices{"CON",    "PRN",     "AUX",   "NUL",
+                                                      "CONIN$", "CONOUT$", "CLOCK$"};
+    if (std::find(devices.begin(), devices.end(), name) != devices.end()) {
+        return true;
+    }
+    if (!name.starts_with("COM") && !name.starts_with("LPT")) {
+        return false;
+    }
+    const std::string_view number = std::string_view(name).substr(3);
+    return (number.size() == 1 && number[0] >= '0' && number[0] <= '9') || number == "\u00B9" ||
+           number == "\u00B2" || number == "\u00B3";
+}
+
+bool isSafe(std::string_view part) {
+    const bool plain = std::none_of(part.begin(), part.end(), [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 ||
+               std::string_view("<>:\"|?*\\").find(c) != std::string_view::npos;
+    });
+    return plain && !part.empty() && part.back() != '.' && part.back() != ' ' && !isDevice(part);
+}
+
+}  // namespace
+
+std::span<const std::uint8_t> extraField(std::span<const std::uint8_t> extra, std::uint16_t number) noexcept {
+    constexpr std::size_t head = 4;
+    while (extra.size() >= head) {
+        const std::size_t size = littleEndian(extra.subspan(2, 2));
+        const auto data = extra.subspan(head);
+        if (size > data.size()) {
+            return {};
+        }
+        if (littleEndian(extra.first(2)) == number) {
+            return data.first(size);
+        }
+        extra = data.subspan(size);
+    }
+    return {};
+}
+
+std::string decodeZipName(const RawZipName& name) {
+    std::string text;
+    if (auto path = unicodePath(name)) {
+        text = std::move(*path);
+    } else if (saysUtf8(name) && isUtf8(bytesOf(name.bytes))) {
+        text = name.bytes;
+    } else {
+        text = decodeOem(name.bytes);
+    }
+    // Some programs write what Windows uses.
+    std::replace(text.begin(), text.end(), '\\', '/');
+    return text;
+}
+
+std::vector<std::string> zipNameParts(std::string_view name) {
+    if (name.ends_with('/')) {
+        name.remove_suffix(1);
+    }
+    std::vector<std::string> parts;
+    for (bool more = true; more;) {
+        const std::size_t end = name.find('/');
+        const std::string_view part = name.substr(0, end);
+        if (part != ".") {
+            if (!isSafe(part)) {
+                throw Exception(E_UNZIP_BAD);
+            }
+            parts.emplace_back(part);
+        }
+        more = end != std::string_view::npos;
+        name.remove_prefix(more ? end + 1 : name.size());
+    }
+    return parts;
+}
+
+}  // namespace Corvane::Compression::detail

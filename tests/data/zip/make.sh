@@ -1,0 +1,77 @@
+#!/usr/bin/env bash
+# Makes the archives of this folder with gzip, Info-ZIP's zip 3.0, 7-Zip 16.02 (p7zip-full) and Python's zipfile.
+# Only for changing them: the tests read the files that lie here.
+set -euo pipefail
+out=$(cd "$(dirname "$0")" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+export LC_ALL=C.UTF-8 TZ=UTC
+
+# gzip: two members, garbage and zeros behind a member, a name and a time in the header.
+printf 'first member\n' >first.txt
+printf 'second member\n' >second.txt
+touch -d '2024-02-03 04:05:06' first.txt second.txt
+gzip -nc first.txt >first.gz
+gzip -nc9 second.txt >second.gz
+cat first.gz second.gz >"$out/two-members.gz"
+(cat first.gz && printf 'garbage') >"$out/garbage.gz"
+(cat first.gz && head -c 600 /dev/zero) >"$out/zeros.gz"
+(cat first.gz && printf '\x1f') >"$out/half-mark.gz"
+(cat first.gz && printf '\x1f\x8b garbage') >"$out/mark-and-garbage.gz"
+gzip -Nc first.txt >"$out/named.gz"
+
+# A small tree: a folder, an empty file, Cyrillic names.
+mkdir -p 'дерево/папка'
+printf 'Привет\n' >'дерево/папка/привет.txt'
+: >'дерево/пусто'
+head -c 5000 /dev/zero >'дерево/zeros.bin'
+find 'дерево' -exec touch -d '2024-02-03 04:05:06' {} +
+
+zip -qr "$out/info-zip.zip" 'дерево'
+printf 'Привет\n' | zip -q "$out/info-zip-streamed.zip" -
+zip -qr -X -UN=UTF8 "$out/info-zip-utf8.zip" 'дерево'
+zip -q -X -fz "$out/info-zip-zip64.zip" first.txt
+zip -q -X -P secret "$out/info-zip-encrypted.zip" first.txt
+7z a -bd "$out/7-zip.zip" 'дерево' >/dev/null
+7z a -bd -mm=BZip2 "$out/7-zip-bzip2.zip" дерево/zeros.bin >/dev/null
+7z a -bd -psecret -mem=AES256 "$out/7-zip-aes.zip" first.txt >/dev/null
+
+python3 - "$out" <<'PYTHON'
+import sys, zipfile
+out = sys.argv[1]
+DATE = (2024, 2, 3, 4, 5, 6)
+
+def entry(name, method=zipfile.ZIP_DEFLATED):
+    info = zipfile.ZipInfo(name, DATE)
+    info.compress_type = method
+    info.create_system = 0
+    return info
+
+with zipfile.ZipFile(out + "/python.zip", "w") as archive:
+    archive.writestr(entry("дерево/"), b"")
+    archive.writestr(entry("дерево/stored.txt", zipfile.ZIP_STORED), b"stored\n")
+    archive.writestr(entry("deflated.txt"), b"deflated\n" * 100)
+    with archive.open(entry("zip64.txt"), "w", force_zip64=True) as file:
+        file.write(b"zip64\n")
+
+# zipfile writes no MS-DOS names, so ASCII names of the same length are replaced.
+def oem(path, names, page):
+    plain = ["%0*d.txt" % (len(name) - 4, i) for i, name in enumerate(names)]
+    with zipfile.ZipFile(path, "w") as archive:
+        for name in plain:
+            archive.writestr(entry(name), b"oem\n")
+    data = open(path, "rb").read()
+    for old, new in zip(plain, names):
+        data = data.replace(old.encode("ascii"), new.encode(page))
+    open(path, "wb").write(data)
+
+oem(out + "/cp866.zip", ["Заявление.txt", "раб.txt", "Акт сверки №5.txt"], "cp866")
+oem(out + "/cp437.zip", ["résumé.txt", "Müller.txt", "año.txt"], "cp437")
+
+# Names that would leave the folder, or that Windows takes for something else; a good one before each.
+for number, name in enumerate(["../evil", "/evil", "C:/evil", "a/../../evil", "NUL", "evil.txt:stream"]):
+    with zipfile.ZipFile("%s/unsafe-%d.zip" % (out, number), "w") as archive:
+        archive.writestr(entry("good.txt"), b"good\n")
+        archive.writestr(entry(name), b"evil\n")
+PYTHON
