@@ -62,7 +62,7 @@ class Pages(unittest.TestCase):
             "`_NewEnum: object`",
             "| 2 | placeUser | The user's own. |",
             "| 3 | placeMachine |  |",
-            "See also: [Ball](Ball.md)",
+            "Takes or returns: [Ball](Ball.md)",
             "ProgID `VetrelCorvane2.Box` · CLSID `{A6C3-1}` · interface `IBox` `{E81D-9}`",
         ]:
             self.assertIn(line, pages["Box.md"].splitlines())
