@@ -26,6 +26,16 @@ ComPtr<T> resolve(IUnknown* object)
     return ComPtr<T>(resolved);
 }
 
+// An argument of type VARIANT without the references that scripts put in between. What cannot be copied is
+// DISP_E_TYPEMISMATCH.
+Variant plainValue(const VARIANT& argument);
+
+// Whether a plain value stands for an argument that was not passed: left out, undefined or null.
+bool isLeftOut(const Variant& value) noexcept;
+
+// The object in a plain value; empty when it holds none, or Nothing.
+ComPtr<IUnknown> objectIn(const Variant& value) noexcept;
+
 // Hands a result to the caller; E_POINTER when there is nowhere to put it.
 template <class Out>
 void give(Out* out, std::type_identity_t<Out> value)

@@ -4,11 +4,17 @@
 #include "binary/hex.h"
 #include "com/arguments.h"
 #include "com/binary_object.h"
+#include "com/binary_stream.h"
 #include "core/text.h"
 #include "stream/file.h"
 
 using namespace Corvane;
 using namespace Corvane::Com;
+
+HRESULT CBinaryObjectService::CreateStream(::IBinaryStream** stream)
+{
+    return serviceFrame(L"CBinaryObjectService::CreateStream", [&] { give(stream, makeObject<CBinaryStream>()); });
+}
 
 HRESULT CBinaryObjectService::BinaryObjectFromBase64(BSTR base64String, IBinaryObject** binary)
 {

@@ -9,6 +9,7 @@ class CBinaryObjectService final
     : public Corvane::Com::ServiceObject<CBinaryObjectService, BinaryObjectService, IBinaryObjectService>
 {
 public:
+    HRESULT STDMETHODCALLTYPE CreateStream(::IBinaryStream** stream) override;
     HRESULT STDMETHODCALLTYPE BinaryObjectFromBase64(BSTR base64String, IBinaryObject** binary) override;
     HRESULT STDMETHODCALLTYPE BinaryObjectFromHex(BSTR hexString, IBinaryObject** binary) override;
     HRESULT STDMETHODCALLTYPE BinaryObjectFromFile(BSTR filePath, IBinaryObject** binary) override;

@@ -13,26 +13,6 @@ namespace {
     throw SilentFailure{DISP_E_TYPEMISMATCH};
 }
 
-// The argument without references in between.
-Variant plain(const VARIANT& argument) {
-    Variant value;
-    if (FAILED(::VariantCopyInd(value.put(), const_cast<VARIANT*>(&argument))))
-        mismatch();
-    return value;
-}
-
-// The object that a variant holds; null when it holds none.
-ComPtr<IUnknown> objectIn(const VARIANT& value) {
-    switch (V_VT(&value)) {
-        case VT_DISPATCH:
-            return ComPtr<IUnknown>(V_DISPATCH(&value));
-        case VT_UNKNOWN:
-            return ComPtr<IUnknown>(V_UNKNOWN(&value));
-        default:
-            return {};
-    }
-}
-
 // The implementation behind an object; empty when it is not one of ours.
 ComPtr<Implementation> ours(const ComPtr<IUnknown>& object) {
     try {
@@ -43,8 +23,7 @@ ComPtr<Implementation> ours(const ComPtr<IUnknown>& object) {
 }
 
 SharedCertificate certificateIn(const VARIANT& element) {
-    const Variant value = plain(element);
-    const ComPtr<Implementation> implementation = ours(objectIn(value.get()));
+    const ComPtr<Implementation> implementation = ours(objectIn(plainValue(element)));
     const auto* certificate = dynamic_cast<CCertificate*>(implementation.get());
     if (!certificate)
         mismatch();
@@ -117,15 +96,14 @@ Certificates fromObject(const ComPtr<IUnknown>& object) {
 }  // namespace
 
 Certificates certificatesOf(const VARIANT& argument) {
-    const Variant value = plain(argument);
-    const VARTYPE type = V_VT(&value.get());
-    if (type == VT_EMPTY || type == VT_NULL ||
-        (type == VT_ERROR && V_ERROR(&value.get()) == DISP_E_PARAMNOTFOUND))
+    const Variant value = plainValue(argument);
+    if (isLeftOut(value))
         return {};
+    const VARTYPE type = V_VT(&value.get());
     if ((type & VT_ARRAY) != 0)
         return fromSafeArray(V_ARRAY(&value.get()));
     if (type == VT_DISPATCH || type == VT_UNKNOWN)
-        return fromObject(objectIn(value.get()));
+        return fromObject(objectIn(value));
     mismatch();
 }
 

@@ -3,10 +3,12 @@
 #include "com/about.h"
 #include "com/binary_object.h"
 #include "com/binary_object_service.h"
+#include "com/binary_stream.h"
 #include "com/certificate.h"
 #include "com/certificate_collection.h"
 #include "com/certificate_store.h"
 #include "com/crypto_service.h"
+#include "com/operation_token.h"
 #include "com/version_text.h"
 
 namespace Corvane::Com {
@@ -31,6 +33,8 @@ std::span<const Coclass> coclasses()
         coclass<CCertificateCollection>(L"CertificateCollection"),
         coclass<CCertificateStore>(L"CertificateStore"),
         coclass<CCryptoService>(L"CryptoService"),
+        coclass<CBinaryStream>(L"BinaryStream"),
+        coclass<COperationToken>(L"OperationToken"),
         coclass<CAbout>(L"About"),
     };
     return table;

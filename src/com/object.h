@@ -160,6 +160,10 @@ private:
     {
         if (iid == __uuidof(Interface) || iid == __uuidof(IDispatch) || iid == __uuidof(IUnknown))
             return static_cast<Interface*>(this);
+        if constexpr (requires { typename T::BaseInterface; }) {
+            if (iid == __uuidof(typename T::BaseInterface))
+                return static_cast<Interface*>(this);
+        }
         if (iid == GUID_NULL)
             return static_cast<Implementation*>(this);
         if (iid == IID_IObjectSafety)

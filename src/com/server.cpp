@@ -4,6 +4,7 @@
 #include "com/frame.h"
 #include "com/module.h"
 #include "com/registration.h"
+#include "com/thread_window.h"
 
 #include <windows.h>
 
@@ -37,6 +38,7 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object)
 
 STDAPI DllCanUnloadNow()
 {
+    ThreadWindow::releaseIdle();
     if (!Module::isIdle())
         return S_FALSE;
     DispatchTable::forgetAll();

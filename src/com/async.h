@@ -1,0 +1,77 @@
+// Starting asynchronous operations: the one way from a method to a worker thread.
+#pragma once
+
+#include "binary/bytes.h"
+#include "com/async_callback.h"
+#include "com/automation.h"
+
+#include <windows.h>
+
+#include <functional>
+#include <type_traits>
+
+namespace Corvane::Com {
+
+namespace detail {
+
+// Runs `work` on a thread of the system's pool. Throws Win32Exception E_ACTIVEX when there is none; then `work`
+// has not run.
+void runOnWorker(std::function<void()> work);
+
+} // namespace detail
+
+// The results of operations as a script gets them. A conversion may create objects: it runs on the worker.
+HRESULT toVariant(std::uint32_t number, VARIANT* out);
+HRESULT toVariant(std::wstring_view text, VARIANT* out);
+HRESULT toVariant(IDispatch* object, VARIANT* out); // takes a reference of its own
+HRESULT toVariant(const SharedBytes& bytes, VARIANT* out); // as a BinaryObject
+
+// The conversion that suits the type of a result.
+struct AsVariant
+{
+    template <class Result>
+    HRESULT operator()(const Result& result, VARIANT* out) const
+    {
+        return toVariant(result, out);
+    }
+};
+
+// Runs `work` on a worker thread and returns at once; later `callback`(result, error) is called on this
+// thread. `work` returns the result, or nothing, and may throw anything. `convert`(result, VARIANT*) turns the result
+// into what the script gets. For use inside a frame: a failure to start is thrown, and there is no callback.
+template <class Work, class Convert>
+void startAsync(IDispatch* callback, Work work, Convert convert)
+{
+    using Result = std::invoke_result_t<Work&>;
+    // std::function copies what it holds, so the callback travels in a shared box.
+    auto box = std::make_shared<std::unique_ptr<AsyncCallback>>(AsyncCallback::create(callback));
+    detail::runOnWorker([box, work = std::move(work), convert = std::move(convert)]() mutable {
+        if constexpr (std::is_void_v<Result>) {
+            std::exception_ptr error;
+            try {
+                work();
+            } catch (...) {
+                error = std::current_exception();
+            }
+            AsyncCallback::pluginThreadCall<void*>(std::move(*box), error, nullptr, nullptr);
+        } else {
+            std::exception_ptr error;
+            Result result{};
+            try {
+                result = work();
+            } catch (...) {
+                error = std::current_exception();
+            }
+            AsyncCallback::pluginThreadCall<Result>(std::move(*box), error, result, convert);
+        }
+    });
+}
+
+// The same with the conversion that suits the result's type.
+template <class Work>
+void startAsync(IDispatch* callback, Work work)
+{
+    startAsync(callback, std::move(work), AsVariant{});
+}
+
+} // namespace Corvane::Com

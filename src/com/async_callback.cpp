@@ -1,0 +1,182 @@
+#include "com/async_callback.h"
+
+#include "core/check.h"
+#include "core/log.h"
+#include "core/text.h"
+
+#include <dispex.h>
+
+#include <array>
+
+using namespace Corvane;
+using namespace Corvane::Com;
+
+namespace {
+
+constexpr wchar_t context[] = L"AsyncCallback";
+
+enum Position : std::size_t
+{
+    self,
+    errorText,
+    resultValue,
+};
+
+// The apartment for the time of a call into the script.
+class Apartment
+{
+public:
+    Apartment() noexcept : entered_(SUCCEEDED(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
+    ~Apartment()
+    {
+        if (entered_)
+            ::CoUninitialize();
+    }
+    Apartment(const Apartment&) = delete;
+    Apartment& operator=(const Apartment&) = delete;
+
+private:
+    bool entered_;
+};
+
+void logFailure(const wchar_t* text, HRESULT hr) noexcept
+{
+    try {
+        writeLog(LogLevel::error, context, text, systemText(static_cast<std::uint32_t>(hr)));
+    } catch (...) {
+        // The failure has its effect all the same.
+    }
+}
+
+// A failing script function describes its failure in here; nobody is interested.
+struct ExceptionInfo : EXCEPINFO
+{
+    ExceptionInfo() noexcept : EXCEPINFO{} {}
+    ~ExceptionInfo()
+    {
+        ::SysFreeString(bstrSource);
+        ::SysFreeString(bstrDescription);
+        ::SysFreeString(bstrHelpFile);
+    }
+    ExceptionInfo(const ExceptionInfo&) = delete;
+    ExceptionInfo& operator=(const ExceptionInfo&) = delete;
+};
+
+std::wstring textOf(const std::exception_ptr& error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const Exception& exception) {
+        return fullMessage(exception);
+    } catch (const std::exception& exception) {
+        return multiToWide(CP_THREAD_ACP, exception.what());
+    } catch (...) {
+        return E_ACTIVEX.message;
+    }
+}
+
+} // namespace
+
+AsyncCallback::AsyncCallback(ThreadWindow window, IDispatch* callback) : window_(std::move(window))
+{
+    HRESULT hr = ::CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
+                                    IID_IGlobalInterfaceTable, table_.putVoid());
+    if (SUCCEEDED(hr))
+        hr = callback ? table_->RegisterInterfaceInGlobal(callback, IID_IDispatch, &cookie_) : E_POINTER;
+    if (FAILED(hr)) {
+        logFailure(L"RegisterInterfaceInGlobal error: ", hr);
+        throw ComException(E_ACTIVEX, hr);
+    }
+}
+
+std::unique_ptr<AsyncCallback> AsyncCallback::create(IDispatch* callback)
+{
+    return std::unique_ptr<AsyncCallback>(new AsyncCallback(ThreadWindow::ofThisThread(), callback));
+}
+
+AsyncCallback::~AsyncCallback()
+{
+    if (const HRESULT hr = table_->RevokeInterfaceFromGlobal(cookie_); FAILED(hr))
+        logFailure(L"RevokeInterfaceFromGlobal error: ", hr);
+}
+
+void AsyncCallback::logStep(const wchar_t* step) noexcept
+{
+    try {
+        writeLog(LogLevel::info, context, step);
+    } catch (...) {
+        // A line that cannot be written is lost.
+    }
+}
+
+void AsyncCallback::convert(const std::function<HRESULT(VARIANT*)>& converter) noexcept
+{
+    try {
+        const HRESULT hr = converter(arguments_[resultValue].put());
+        if (SUCCEEDED(hr))
+            return;
+        logFailure(L"convert result error: ", hr);
+        throw ComException(E_ACTIVEX, hr);
+    } catch (...) {
+        error_ = std::current_exception();
+    }
+}
+
+void AsyncCallback::post(std::unique_ptr<AsyncCallback> self) noexcept
+{
+    logStep(L"post message to window");
+    ThreadWindow& window = self->window_;
+    ThreadWindow::post(window, std::move(self));
+}
+
+void AsyncCallback::describeError()
+{
+    arguments_[resultValue].put();
+    VARIANT& text = *arguments_[errorText].put();
+    V_BSTR(&text) = Bstr(textOf(error_)).detach();
+    V_VT(&text) = VT_BSTR;
+}
+
+void AsyncCallback::call(IDispatch& callback)
+{
+    callback.AddRef();
+    VARIANT& self = *arguments_[Position::self].put();
+    V_DISPATCH(&self) = &callback;
+    V_VT(&self) = VT_DISPATCH;
+    if (error_)
+        describeError();
+
+    // The named argument comes first, the others in reverse order.
+    std::array<VARIANT, 3> passed{};
+    for (std::size_t i = 0; i < passed.size(); ++i)
+        passed[i] = arguments_[i].get();
+    DISPID thisName = DISPID_THIS;
+    DISPPARAMS parameters{passed.data(), &thisName, static_cast<UINT>(passed.size()), 1};
+    ExceptionInfo exception;
+    Variant result;
+    logStep(L"invoke javascript callback");
+    HRESULT hr = S_OK;
+    ComPtr<IDispatchEx> extended;
+    if (SUCCEEDED(callback.QueryInterface(__uuidof(IDispatchEx), extended.putVoid())) && extended)
+        hr = extended->InvokeEx(DISPID_VALUE, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, result.put(),
+                                &exception, nullptr);
+    else
+        hr = callback.Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                             result.put(), &exception, nullptr);
+    if (FAILED(hr))
+        logFailure(L"invoke javascript callback error: ", hr);
+}
+
+void AsyncCallback::invoke() noexcept
+{
+    const Apartment apartment;
+    try {
+        ComPtr<IDispatch> callback;
+        const HRESULT hr = table_->GetInterfaceFromGlobal(cookie_, IID_IDispatch, callback.putVoid());
+        if (FAILED(hr))
+            return logFailure(L"GetInterfaceFromGlobal error: ", hr);
+        call(*callback);
+    } catch (...) {
+        logFailure(L"invoke javascript callback error: ", E_OUTOFMEMORY);
+    }
+}

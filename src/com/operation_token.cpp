@@ -1,0 +1,43 @@
+#include "com/operation_token.h"
+
+#include "com/arguments.h"
+
+using namespace Corvane;
+using namespace Corvane::Com;
+
+HRESULT COperationToken::get_IsCanceled(VARIANT_BOOL* canceled)
+{
+    if (!canceled)
+        return E_POINTER;
+    *canceled = variantBool(progress_->isCanceled());
+    return S_OK;
+}
+
+HRESULT COperationToken::SetCanceled()
+{
+    progress_->cancel();
+    return S_OK;
+}
+
+HRESULT COperationToken::get_Progress(double* fraction)
+{
+    if (!fraction)
+        return E_POINTER;
+    *fraction = progress_->fraction();
+    return S_OK;
+}
+
+namespace Corvane::Com {
+
+SharedProgress progressOf(const VARIANT& token)
+{
+    const Variant value = plainValue(token);
+    if (isLeftOut(value))
+        return nullptr;
+    const ComPtr<IUnknown> object = objectIn(value);
+    if (!object)
+        throw SilentFailure{DISP_E_TYPEMISMATCH};
+    return resolve<COperationToken>(object.get())->progress();
+}
+
+} // namespace Corvane::Com

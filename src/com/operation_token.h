@@ -1,0 +1,29 @@
+// OperationToken: lets a script follow and cancel a long operation.
+#pragma once
+
+#include "com/object.h"
+#include "core/progress.h"
+
+#include <VetrelCorvane2_h.h>
+
+class COperationToken final : public Corvane::Com::Object<COperationToken, OperationToken, IOperationToken>
+{
+public:
+    // The progress record, shared with the operation. Any thread.
+    const Corvane::SharedProgress& progress() const noexcept { return progress_; }
+
+    HRESULT STDMETHODCALLTYPE get_IsCanceled(VARIANT_BOOL* canceled) override;
+    HRESULT STDMETHODCALLTYPE SetCanceled() override;
+    HRESULT STDMETHODCALLTYPE get_Progress(double* fraction) override;
+
+private:
+    const Corvane::SharedProgress progress_ = std::make_shared<Corvane::Progress>();
+};
+
+namespace Corvane::Com {
+
+// The progress record behind an optional token argument; null when the argument was left out, or is undefined or
+// null. Anything but a token of ours ends the method: DISP_E_TYPEMISMATCH, or as resolve() does.
+SharedProgress progressOf(const VARIANT& token);
+
+} // namespace Corvane::Com
