@@ -106,7 +106,7 @@ class SafeArray
 {
 public:
     // A one-dimensional array of `count` elements, numbered from 0.
-    SafeArray(VARTYPE type, ULONG count) : array_(::SafeArrayCreateVector(type, 0, count))
+    SafeArray(VARTYPE type, ULONG count) : array_(::SafeArrayCreateVector(type, 0, checked(count)))
     {
         if (!array_)
             throw std::bad_alloc();
@@ -123,6 +123,15 @@ public:
     [[nodiscard]] SAFEARRAY* detach() noexcept { return std::exchange(array_, nullptr); }
 
 private:
+    // The size in bytes is counted in 32 bits, and not every system refuses what they cannot hold. No element is
+    // larger than a VARIANT.
+    static ULONG checked(ULONG count)
+    {
+        if (count > std::numeric_limits<ULONG>::max() / sizeof(VARIANT))
+            throw std::bad_alloc();
+        return count;
+    }
+
     SAFEARRAY* array_;
 };
 
