@@ -166,16 +166,24 @@ std::vector<std::string> zipNameParts(std::string_view name) {
     for (bool more = true; more;) {
         const std::size_t end = name.find('/');
         const std::string_view part = name.substr(0, end);
+        if (part != "." && !isSafe(part)) {
+            throw Exception(E_UNZIP_BAD);
+        }
         if (part != ".") {
-            if (!isSafe(part)) {
-                throw Exception(E_UNZIP_BAD);
-            }
             parts.emplace_back(part);
         }
         more = end != std::string_view::npos;
         name.remove_prefix(more ? end + 1 : name.size());
     }
     return parts;
+}
+
+bool isSafeZipName(std::string_view name) {
+    try {
+        return !zipNameParts(name).empty();
+    } catch (const Exception&) {
+        return false;
+    }
 }
 
 }  // namespace Corvane::Compression::detail

@@ -35,4 +35,7 @@ std::string decodeZipName(const RawZipName& name);
 // end.
 std::vector<std::string> zipNameParts(std::string_view name);
 
+// Whether zipNameParts() takes the name.
+bool isSafeZipName(std::string_view name);
+
 }  // namespace Corvane::Compression::detail

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 
 namespace Corvane::Stream {
 
@@ -25,18 +26,12 @@ inline void throwIfCanceled(const SharedProgress& progress) {
     }
 }
 
-// Hands what lies from the position of `input` to its end to `work`, a callable that takes a
-// std::span<const std::uint8_t> of at most `size` bytes, which is gone when it returns. Holds one block in
-// memory. Progress counts the whole stream, with what lies before the position as done. Cancellation is seen
-// before each block and once more after the last. Throws E_CANCELED, what the stream throws and what `work`
-// throws; the position is then behind the block last read.
+// As forEachBlock, for one of several streams that an operation works through: what it reads counts as
+// further work of a progress that was started for all of them.
 template <class Work>
-void forEachBlock(IBinaryStream& input, std::size_t size, const SharedProgress& progress, Work&& work) {
+void forEachFurtherBlock(IBinaryStream& input, std::size_t size, const SharedProgress& progress,
+                         Work&& work) {
     const State state = input.state();
-    if (progress) {
-        progress->start(state.size);
-        progress->add(state.position);
-    }
     // A short stream needs no big block; one that grows meanwhile is read in more of them.
     const std::uint64_t rest = std::max<std::uint64_t>(state.size - state.position, 1);
     Bytes block(static_cast<std::size_t>(std::min<std::uint64_t>(rest, size)));
@@ -51,6 +46,21 @@ void forEachBlock(IBinaryStream& input, std::size_t size, const SharedProgress& 
             progress->add(count);
         }
     }
+}
+
+// Hands what lies from the position of `input` to its end to `work`, a callable that takes a
+// std::span<const std::uint8_t> of at most `size` bytes, which is gone when it returns. Holds one block in
+// memory. Progress counts the whole stream, with what lies before the position as done. Cancellation is seen
+// before each block and once more after the last. Throws E_CANCELED, what the stream throws and what `work`
+// throws; the position is then behind the block last read.
+template <class Work>
+void forEachBlock(IBinaryStream& input, std::size_t size, const SharedProgress& progress, Work&& work) {
+    if (progress) {
+        const State state = input.state();
+        progress->start(state.size);
+        progress->add(state.position);
+    }
+    forEachFurtherBlock(input, size, progress, std::forward<Work>(work));
 }
 
 }  // namespace Corvane::Stream

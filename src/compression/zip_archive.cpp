@@ -1,0 +1,217 @@
+#include "compression/zip_archive.h"
+
+#include "compression/output_range.h"
+#include "compression/unzip_file.h"
+#include "compression/zip_file.h"
+#include "compression/zip_name.h"
+#include "compression/zip_rollback.h"
+#include "core/errors.h"
+#include "core/exception.h"
+#include "stream/stream_loop.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Corvane::Compression {
+namespace {
+
+using namespace detail;
+
+const ZipEntry& entryAt(const ZipEntries& entries, std::size_t index) {
+    if (index >= entries.size()) {
+        throw Exception(E_UNZIP_OUT_OF_RANGE);
+    }
+    return entries[index];
+}
+
+void checkSize(const ZipEntry& entry, std::uint64_t maxSize) {
+    if (entry.size > maxSize) {
+        throw Exception(E_BINARY_MAX_SIZE);
+    }
+}
+
+ZipEntries readEntries(Stream::IBinaryStream& stream) {
+    ZipEntries entries;
+    if (stream.state().size == 0) {
+        return entries;
+    }
+    for (UnZipFile file = UnZipFile::open(stream); file.hasEntry(); file.next()) {
+        entries.push_back(file.entry());
+    }
+    return entries;
+}
+
+}  // namespace
+
+ZipArchive::ZipArchive(std::shared_ptr<Stream::IBinaryStream> stream) : stream_(std::move(stream)) {
+    load(*openStream());
+}
+
+ZipArchive::~ZipArchive() = default;
+
+std::shared_ptr<Stream::IBinaryStream> ZipArchive::openStream() const {
+    std::shared_ptr<Stream::IBinaryStream> stream;
+    {
+        const std::lock_guard lock(state_);
+        stream = stream_;
+    }
+    if (!stream) {
+        throw Exception(E_ZIP_ARCHIVE_STREAM_DISPOSE);
+    }
+    try {
+        stream->state();
+    } catch (const Stream::ClosedStreamException&) {
+        throw Exception(E_ZIP_ARCHIVE_STREAM_DISPOSE);
+    }
+    return stream;
+}
+
+void ZipArchive::load(Stream::IBinaryStream& stream) {
+    auto entries = std::make_shared<const ZipEntries>(readEntries(stream));
+    const std::lock_guard lock(state_);
+    entries_ = std::move(entries);
+}
+
+SharedZipEntries ZipArchive::entries() const {
+    openStream();
+    const std::lock_guard lock(state_);
+    return entries_;
+}
+
+std::size_t ZipArchive::find(std::string_view name) const {
+    std::string wanted(name);
+    std::replace(wanted.begin(), wanted.end(), '\\', '/');
+    const SharedZipEntries list = entries();
+    const auto found = std::find_if(list->begin(), list->end(), [&](const ZipEntry& entry) {
+        return entry.name == wanted || (entry.directory && entry.name == wanted + '/');
+    });
+    if (found == list->end()) {
+        throw Exception(E_ZIP_GET_ENTRY);
+    }
+    return static_cast<std::size_t>(found - list->begin());
+}
+
+Bytes ZipArchive::extract(std::size_t index, std::uint64_t maxSize) const {
+    const std::shared_lock lock(content_);
+    const SharedZipEntries list = entries();
+    const ZipEntry& entry = entryAt(*list, index);
+    checkSize(entry, maxSize);
+    UnZipFile file = UnZipFile::open(*openStream());
+    file.select(entry);
+    Bytes content;
+    file.extract(appendTo(content));
+    return content;
+}
+
+void ZipArchive::extract(std::size_t index, Stream::IBinaryStream& output, std::uint64_t maxSize,
+                         const SharedProgress& progress) const {
+    const SharedZipEntries list = entries();
+    const ZipEntry& entry = entryAt(*list, index);
+    checkSize(entry, maxSize);
+    if (progress) {
+        progress->start(entry.size);
+    }
+    OutputRange range(output);
+    extractFurther(index, output, progress);
+    range.commit();
+}
+
+void ZipArchive::extractFurther(std::size_t index, Stream::IBinaryStream& output,
+                                const SharedProgress& progress) const {
+    const std::shared_lock lock(content_);
+    const auto stream = openStream();
+    if (stream.get() == &output) {
+        throw Exception(E_ZIP_GET_ENTRY);
+    }
+    UnZipFile file = UnZipFile::open(*stream);
+    // Looked up only now: adding entries moves the directory.
+    file.select(entryAt(*entries(), index));
+    file.extract([&](std::span<const std::uint8_t> piece) {
+        Stream::throwIfCanceled(progress);
+        output.write(piece);
+        if (progress) {
+            progress->add(piece.size());
+        }
+    });
+    Stream::throwIfCanceled(progress);
+}
+
+void ZipArchive::update(const std::function<void(ZipWriter&)>& work, int mode) {
+    const std::unique_lock lock(content_);
+    const auto stream = openStream();
+    const SharedZipEntries present = entries();
+    ZipRollback rollback(*stream);
+    const bool isNew = stream->state().size == 0;
+    ZipFile file = ZipFile::open(rollback.storage(), isNew ? ZipFile::Mode::create : ZipFile::Mode::append);
+    ZipWriter writer(file, *present, zlibLevel(mode));
+    work(writer);
+    const std::uint64_t size = file.close();
+    load(*stream);
+    rollback.commit(size);
+}
+
+void ZipArchive::add(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content) {
+    update([&](ZipWriter& writer) { writer.addFile(name, date, content); });
+}
+
+void ZipArchive::add(std::string_view name, const ZipDate& date, Stream::IBinaryStream& input,
+                     const SharedProgress& progress) {
+    if (progress) {
+        const Stream::State state = input.state();
+        progress->start(state.size - state.position);
+    }
+    if (openStream().get() == &input) {
+        throw Exception(E_ZIP_OPEN_NEW_FILE);
+    }
+    update([&](ZipWriter& writer) { writer.addFile(name, date, input, progress); });
+}
+
+void ZipArchive::close() {
+    const std::lock_guard lock(state_);
+    stream_.reset();
+}
+
+ZipWriter::ZipWriter(ZipFile& file, const ZipEntries& present, int level) : file_(file), level_(level) {
+    for (const ZipEntry& entry : present) {
+        names_.insert(entry.name);
+    }
+}
+
+void ZipWriter::open(std::string name, const ZipDate& date, std::uint64_t size) {
+    // minizip writes the number of entries with 16 bits.
+    constexpr std::size_t maxEntries = 0xFFFE;
+    std::replace(name.begin(), name.end(), '\\', '/');
+    if (!isSafeZipName(name)) {
+        throw ZipException(E_ZIP_OPEN_NEW_FILE, L"недопустимое имя элемента архива");
+    }
+    if (names_.size() >= maxEntries) {
+        throw ZipException(E_ZIP_OPEN_NEW_FILE, L"слишком много элементов в архиве");
+    }
+    if (!names_.insert(name).second) {
+        throw ZipException(E_ZIP_OPEN_NEW_FILE, L"элемент с таким именем уже есть в архиве");
+    }
+    file_.openEntry({.name = std::move(name), .date = date, .size = size, .level = level_},
+                    E_ZIP_OPEN_NEW_FILE);
+}
+
+void ZipWriter::addFile(std::string_view name, const ZipDate& date, Stream::IBinaryStream& input,
+                        const SharedProgress& progress) {
+    const Stream::State state = input.state();
+    open(std::string(name), date, state.size - state.position);
+    Stream::forEachFurtherBlock(input, pieceSize, progress,
+                                [this](std::span<const std::uint8_t> block) { file_.write(block); });
+    file_.closeEntry();
+}
+
+void ZipWriter::addFile(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content) {
+    open(std::string(name), date, content.size());
+    file_.write(content);
+    file_.closeEntry();
+}
+
+void ZipWriter::addFolder(std::string_view name, const ZipDate& date) {
+    open(name.ends_with('/') || name.ends_with('\\') ? std::string(name) : std::string(name) + '/', date, 0);
+    file_.closeEntry();
+}
+
+}  // namespace Corvane::Compression

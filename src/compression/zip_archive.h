@@ -1,0 +1,119 @@
+// A zip archive of any number of entries in a stream: listing, extracting, adding.
+//
+// Entries are identified by their index in the archive's directory, from 0, or by name. Names are UTF-8 with
+// "/" between folders; how those of old archives are read is told in zip_name.h. Names written are marked as
+// UTF-8 unless they are ASCII.
+#pragma once
+
+#include "binary/bytes.h"
+#include "compression/mode.h"
+#include "compression/zip_entry.h"
+#include "core/progress.h"
+#include "stream/binary_stream.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+namespace Corvane::Compression {
+
+namespace detail {
+class ZipFile;
+}
+
+using ZipEntries = std::vector<ZipEntry>;
+using SharedZipEntries = std::shared_ptr<const ZipEntries>;
+
+// The most that may come out of an archive, against a small one that says it holds terabytes.
+inline constexpr std::uint64_t unlimitedSize = ~std::uint64_t{0};
+
+// Adds entries within ZipArchive::update().
+class ZipWriter {
+public:
+    // The content is what lies from the position of `input` to its end, read on as `progress`, already
+    // started, says. `name` may have "\" between folders. Throws Exception E_ZIP_OPEN_NEW_FILE for a name
+    // that could not be extracted again or that the archive has already; E_ZIP, E_CANCELED, what the streams
+    // throw.
+    void addFile(std::string_view name, const ZipDate& date, Stream::IBinaryStream& input,
+                 const SharedProgress& progress);
+    void addFile(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content);
+
+    // An entry for a folder itself; files need none for theirs.
+    void addFolder(std::string_view name, const ZipDate& date);
+
+private:
+    friend class ZipArchive;
+    ZipWriter(detail::ZipFile& file, const ZipEntries& present, int level);
+
+    void open(std::string name, const ZipDate& date, std::uint64_t size);
+
+    detail::ZipFile& file_;
+    std::unordered_set<std::string> names_;
+    int level_;
+};
+
+// All functions may be called from any thread. Extracting goes on in parallel; adding waits for it and it for
+// adding; the list is there at any time. The position of the stream moves. Once the stream or the archive is
+// closed every function but close() throws Exception E_ZIP_ARCHIVE_STREAM_DISPOSE. What the stream throws
+// otherwise passes through.
+class ZipArchive {
+public:
+    // An empty stream is an archive without entries, to be filled. Throws Exception E_ZIP_OPEN for what is
+    // neither empty nor an archive; E_ZIP_NEXT_FILE, E_ZIP_FILE_INFO for a broken directory.
+    explicit ZipArchive(std::shared_ptr<Stream::IBinaryStream> stream);
+    ~ZipArchive();
+    ZipArchive(const ZipArchive&) = delete;
+    ZipArchive& operator=(const ZipArchive&) = delete;
+
+    // The directory as it is now; later changes make a new list.
+    SharedZipEntries entries() const;
+
+    // The index of an entry by its exact name; that of a folder may be given without "/" at the end. Throws
+    // Exception E_ZIP_GET_ENTRY when there is none.
+    std::size_t find(std::string_view name) const;
+
+    // The content of one entry. Throws Exception E_UNZIP_OUT_OF_RANGE, E_BINARY_MAX_SIZE above `maxSize`, and
+    // what UnZipFile::extract throws; nothing is returned then.
+    Bytes extract(std::size_t index, std::uint64_t maxSize = unlimitedSize) const;
+
+    // The same to the position of a stream, which then ends behind the content; on a failure it ends where
+    // that would have begun. Throws E_CANCELED as well.
+    void extract(std::size_t index, Stream::IBinaryStream& output, std::uint64_t maxSize,
+                 const SharedProgress& progress) const;
+
+    // The same without a limit and without starting `progress`, for one of several entries. What was written
+    // stays on a failure.
+    void extractFurther(std::size_t index, Stream::IBinaryStream& output,
+                        const SharedProgress& progress) const;
+
+    // Adds entries at the end, all that `work` adds or, when it throws, none: the archive is then again what
+    // it was. Throws what `work` throws, Exception E_ZIP_OPEN, E_ZIP.
+    void update(const std::function<void(ZipWriter&)>& work, int mode = defaultMode);
+
+    // One entry from bytes, or from a stream as ZipWriter::addFile takes it. `progress` is started here.
+    void add(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content);
+    void add(std::string_view name, const ZipDate& date, Stream::IBinaryStream& input,
+             const SharedProgress& progress);
+
+    // Lets go of the stream, which stays open.
+    void close();
+
+private:
+    std::shared_ptr<Stream::IBinaryStream> openStream() const;
+    void load(Stream::IBinaryStream& stream);
+
+    mutable std::shared_mutex content_;  // shared by those who read the stream, owned by one who changes it
+    mutable std::mutex state_;           // guards what follows
+    std::shared_ptr<Stream::IBinaryStream> stream_;
+    SharedZipEntries entries_;
+};
+
+}  // namespace Corvane::Compression
