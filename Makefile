@@ -32,7 +32,7 @@ check: setup
 demo: build
 	@tools/demo
 
-bench: build native
+bench: build
 	@tools/bench
 
 fuzz: native

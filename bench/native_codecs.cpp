@@ -1,6 +1,6 @@
 // Speed of the text codecs beside OpenSSL's, on the machine this was compiled for.
 
-#include "bench/native_measure.h"
+#include "bench/measure.h"
 #include "binary/base64.h"
 #include "binary/hex.h"
 

@@ -1,6 +1,6 @@
 // Speed of the checksum and the digests beside zlib's and libgcrypt's portable code, on the machine this was
 // compiled for.
-#include "bench/native_measure.h"
+#include "bench/measure.h"
 #include "binary/crc32.h"
 #include "binary/md5.h"
 #include "binary/sha256.h"

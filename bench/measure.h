@@ -1,4 +1,4 @@
-// Measuring for the native benchmarks: a component's function beside a peer's, in one run.
+// Measuring for the benchmarks: a component's function beside a peer's, in one run.
 #pragma once
 
 #include <algorithm>
@@ -33,9 +33,9 @@ struct Rates {
     double peer;
 };
 
-// Megabytes per second of both, from the best of turns that alternate so that a busy machine disturbs both
-// alike.
-inline Rates measure(std::size_t bytes, const Work& ours, const Work& peer) {
+// Millions per second of both, of bytes or calls, from the best of turns that alternate so that a busy
+// machine disturbs both alike.
+inline Rates measure(std::size_t amount, const Work& ours, const Work& peer) {
     constexpr double turnSeconds = 0.02;
     constexpr int turns = 15;
     const auto roundsFor = [](const Work& work) {
@@ -46,8 +46,8 @@ inline Rates measure(std::size_t bytes, const Work& ours, const Work& peer) {
     const std::size_t peerRounds = roundsFor(peer);
     Rates best{0, 0};
     for (int turn = 0; turn < turns; ++turn) {
-        const auto rate = [bytes](double seconds, std::size_t rounds) {
-            return static_cast<double>(bytes) * static_cast<double>(rounds) / seconds / 1e6;
+        const auto rate = [amount](double seconds, std::size_t rounds) {
+            return static_cast<double>(amount) * static_cast<double>(rounds) / seconds / 1e6;
         };
         best.ours = std::max(best.ours, rate(secondsOf(ours, oursRounds), oursRounds));
         best.peer = std::max(best.peer, rate(secondsOf(peer, peerRounds), peerRounds));
@@ -55,13 +55,27 @@ inline Rates measure(std::size_t bytes, const Work& ours, const Work& peer) {
     return best;
 }
 
-// One line of the table; `wanted` is the ratio that the component is meant to reach.
+// One line of the table, with the work that both do in one turn: `amount` millions of which a second are told
+// in `unit`. `wanted` is the ratio that the component is meant to reach.
+inline void compareRates(const char* work, const char* peerName, double wanted, std::size_t amount,
+                         const char* unit, int decimals, const Work& ours, const Work& peer) {
+    const Rates rates = measure(amount, ours, peer);
+    const double ratio = rates.ours / rates.peer;
+    std::printf("%-30s %9.*f %-4s  %-28s %9.*f %-4s  ratio %6.2f  wanted %5.2f  %s\n", work, decimals,
+                rates.ours, unit, peerName, decimals, rates.peer, unit, ratio, wanted,
+                ratio >= wanted ? "reached" : "MISSED");
+    std::fflush(stdout);
+}
+
 inline void compare(const char* work, const char* peerName, double wanted, std::size_t bytes,
                     const Work& ours, const Work& peer) {
-    const Rates rates = measure(bytes, ours, peer);
-    const double ratio = rates.ours / rates.peer;
-    std::printf("%-30s %9.0f MB/s  %-28s %9.0f MB/s  ratio %6.2f  wanted %5.2f  %s\n", work, rates.ours,
-                peerName, rates.peer, ratio, wanted, ratio >= wanted ? "reached" : "MISSED");
+    compareRates(work, peerName, wanted, bytes, "MB/s", 0, ours, peer);
+}
+
+// `calls` of them are made by each piece of work.
+inline void compareCalls(const char* work, const char* peerName, double wanted, std::size_t calls,
+                         const Work& ours, const Work& peer) {
+    compareRates(work, peerName, wanted, calls, "M/s", 3, ours, peer);
 }
 
 inline std::vector<std::uint8_t> randomBytes(std::size_t size) {
