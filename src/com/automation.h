@@ -70,6 +70,22 @@ private:
     BSTR text_ = nullptr;
 };
 
+// Turns an unsigned 32-bit number into a signed one, or a double where that is too small: VBScript compares and
+// counts with no unsigned type but Byte.
+inline void makeScriptNumber(VARIANT& value) noexcept
+{
+    if (V_VT(&value) != VT_UI4 && V_VT(&value) != VT_UINT)
+        return;
+    const ULONG number = V_UI4(&value);
+    if (number <= static_cast<ULONG>(std::numeric_limits<LONG>::max())) {
+        V_VT(&value) = VT_I4;
+        V_I4(&value) = static_cast<LONG>(number);
+    } else {
+        V_VT(&value) = VT_R8;
+        V_R8(&value) = number;
+    }
+}
+
 class Variant
 {
 public:

@@ -246,7 +246,10 @@ HRESULT DispatchTable::invoke(void* object, DISPID member, WORD flags, DISPPARAM
         flags |= DISPATCH_METHOD;
     // A method may fail without error information; the caller must not get that of an earlier failure.
     ::SetErrorInfo(0, nullptr);
-    return typeInfo_->Invoke(object, member, flags, parameters, result, exception, badArgument);
+    const HRESULT hr = typeInfo_->Invoke(object, member, flags, parameters, result, exception, badArgument);
+    if (SUCCEEDED(hr) && result)
+        makeScriptNumber(*result);
+    return hr;
 }
 
 HRESULT typeInfoOf(const GUID& guid, ITypeInfo** typeInfo) noexcept
