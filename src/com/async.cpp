@@ -41,6 +41,7 @@ HRESULT toVariant(std::uint32_t number, VARIANT* out)
 {
     V_UI4(out) = number;
     V_VT(out) = VT_UI4;
+    makeScriptNumber(*out);
     return S_OK;
 }
 
@@ -61,6 +62,11 @@ HRESULT toVariant(IDispatch* object, VARIANT* out)
 HRESULT toVariant(const SharedBytes& bytes, VARIANT* out)
 {
     return toVariant(static_cast<IBinaryObject*>(makeObject<CBinaryObject>(bytes).get()), out);
+}
+
+HRESULT toVariant(Bytes bytes, VARIANT* out)
+{
+    return toVariant(std::make_shared<Bytes>(std::move(bytes)), out);
 }
 
 } // namespace Corvane::Com
