@@ -25,6 +25,7 @@ HRESULT toVariant(std::uint32_t number, VARIANT* out);
 HRESULT toVariant(std::wstring_view text, VARIANT* out);
 HRESULT toVariant(IDispatch* object, VARIANT* out); // takes a reference of its own
 HRESULT toVariant(const SharedBytes& bytes, VARIANT* out); // as a BinaryObject
+HRESULT toVariant(Bytes bytes, VARIANT* out);              // likewise
 
 // The conversion that suits the type of a result.
 struct AsVariant

@@ -1,6 +1,7 @@
 #include "com/binary_object.h"
 
 #include "binary/base64.h"
+#include "binary/crc32.h"
 #include "binary/hex.h"
 #include "binary/text.h"
 #include "binary/xml_text.h"
@@ -140,6 +141,14 @@ HRESULT CBinaryObject::ToFile(BSTR filePath)
         const SharedBytes held = bytes();
         writeFile(std::wstring(viewOf(filePath)), held ? std::span<const std::uint8_t>(*held)
                                                        : std::span<const std::uint8_t>());
+    });
+}
+
+HRESULT CBinaryObject::GetCrc32(ULONG* crc)
+{
+    return frame(L"CBinaryObject::GetCrc32", [&] {
+        const SharedBytes held = bytes();
+        give(crc, ULONG{held ? Binary::getCrc32(*held, 0) : 0});
     });
 }
 

@@ -25,6 +25,7 @@ public:
     HRESULT STDMETHODCALLTYPE ToUnicodeString(BSTR* text) override;
     HRESULT STDMETHODCALLTYPE ToArray(ULONG offset, ULONG count, VARIANT* bytes) override;
     HRESULT STDMETHODCALLTYPE ToFile(BSTR filePath) override;
+    HRESULT STDMETHODCALLTYPE GetCrc32(ULONG* crc) override;
     HRESULT STDMETHODCALLTYPE ToXmlString(BSTR* text) override;
     HRESULT STDMETHODCALLTYPE Reset() override;
 
