@@ -1,0 +1,221 @@
+// Arguments that no careful caller passes: null, objects of others, wrong types, zeros inside, nothing at
+// all.
+#include "component.h"
+#include "foreign_object.h"
+#include "late_call.h"
+
+#include <array>
+
+namespace robustness {
+namespace {
+
+class ArgumentsTest : public ComponentTest {};
+
+TEST_F(ArgumentsTest, ObjectsThatAreNotTheComponentsOwn) {
+    struct Row {
+        const char* what;
+        HRESULT answer;
+        bool withObject;
+        HRESULT expected;
+    };
+    constexpr std::array rows{
+        Row{"does not know the identifier", E_NOINTERFACE, false, E_NOINTERFACE},
+        Row{"refuses in its own way", E_ACCESSDENIED, false, E_ACCESSDENIED},
+        Row{"succeeds with nothing", S_OK, false, E_NOINTERFACE},
+        Row{"answers with an object of its own", S_OK, true, E_NOINTERFACE},
+    };
+    const auto object = bytes(L"00");
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        ForeignObject behind(E_NOINTERFACE, nullptr);
+        ForeignObject foreign(row.answer, row.withObject ? &behind : nullptr);
+        VARIANT_BOOL equal = VARIANT_TRUE;
+        EXPECT_EQ(object->Equals(foreign.as<IBinaryObject>(), &equal), row.expected);
+        EXPECT_EQ(equal, VARIANT_TRUE) << "the output is not to be touched";
+        ComPtr<IErrorInfo> info;
+        EXPECT_EQ(::GetErrorInfo(0, info.put()), S_FALSE) << "no error information goes with it";
+
+        VARIANT argument = variantOf(VT_DISPATCH);
+        V_DISPATCH(&argument) = &foreign;
+        EXPECT_EQ(LateCall(*object.get(), 3, {argument}).hr, row.expected);
+        EXPECT_EQ(foreign.references(), 0U);
+        EXPECT_EQ(behind.references(), 0U);
+    }
+}
+
+TEST_F(ArgumentsTest, AnObjectOfAnotherClassIsNoBytes) {
+    const auto object = bytes(L"00");
+    const auto other = service();
+    VARIANT_BOOL equal = VARIANT_FALSE;
+    auto* const mistaken = static_cast<IBinaryObject*>(static_cast<void*>(other.get()));
+    EXPECT_EQ(object->Equals(mistaken, &equal), E_NOINTERFACE);
+    EXPECT_EQ(referencesOf(*other.get()), 1U);
+}
+
+TEST_F(ArgumentsTest, NullPointers) {
+    const auto object = bytes(L"00");
+    const auto maker = service();
+    VARIANT_BOOL equal = VARIANT_FALSE;
+    EXPECT_EQ(object->Equals(nullptr, &equal), E_POINTER);
+    EXPECT_EQ(object->Equals(object.get(), nullptr), E_POINTER);
+    EXPECT_EQ(object->get_Size(nullptr), E_POINTER);
+    EXPECT_EQ(object->GetByte(0, nullptr), E_POINTER);
+    EXPECT_EQ(object->ToBase64(nullptr), E_POINTER);
+    EXPECT_EQ(object->ToHexString(nullptr), E_POINTER);
+    EXPECT_EQ(object->ToString(CP_UTF8, nullptr), E_POINTER);
+    EXPECT_EQ(object->ToUnicodeString(nullptr), E_POINTER);
+    EXPECT_EQ(object->ToArray(0, 1, nullptr), E_POINTER);
+    EXPECT_EQ(maker->BinaryObjectFromHex(nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(object->GetIDsOfNames(IID_NULL, nullptr, 1, 0, nullptr), E_INVALIDARG);
+    EXPECT_EQ(object->GetTypeInfoCount(nullptr), E_POINTER);
+    EXPECT_EQ(object->GetTypeInfo(0, 0, nullptr), E_POINTER);
+    EXPECT_EQ(referencesOf(*object.get()), 1U);
+}
+
+TEST_F(ArgumentsTest, ANullTextIsAnEmptyOne) {
+    const auto maker = service();
+    using FromText = HRESULT (STDMETHODCALLTYPE IBinaryObjectService::*)(BSTR, IBinaryObject**);
+    constexpr std::array makers{FromText{&IBinaryObjectService::BinaryObjectFromBase64},
+                                FromText{&IBinaryObjectService::BinaryObjectFromHex},
+                                FromText{&IBinaryObjectService::BinaryObjectFromUnicodeString}};
+    for (const Bstr& text : {Bstr(), Bstr(L"")}) {
+        for (const FromText fromText : makers) {
+            ComPtr<IBinaryObject> made;
+            ASSERT_EQ((maker.get()->*fromText)(text.get(), made.put()), S_OK);
+            EXPECT_EQ(hexOf(*made.get()), L"");
+        }
+        ComPtr<IBinaryObject> made;
+        ASSERT_EQ(maker->BinaryObjectFromString(text.get(), 1251, made.put()), S_OK);
+        EXPECT_EQ(hexOf(*made.get()), L"");
+        EXPECT_EQ(maker->BinaryObjectFromFile(text.get(), made.put()), static_cast<HRESULT>(0x80040228));
+    }
+}
+
+TEST_F(ArgumentsTest, ZerosInsideTextsAndBytesAreKept) {
+    const auto maker = service();
+    ComPtr<IBinaryObject> made;
+    ASSERT_EQ(maker->BinaryObjectFromUnicodeString(Bstr({L"a\0b", 3}).get(), made.put()), S_OK);
+    EXPECT_EQ(hexOf(*made.get()), L"610000006200");
+    Bstr text;
+    EXPECT_EQ(made->ToUnicodeString(text.put()), S_OK);
+    EXPECT_EQ(text.view(), std::wstring_view(L"a\0b", 3));
+
+    ASSERT_EQ(maker->BinaryObjectFromString(Bstr({L"\0я\0", 3}).get(), 1251, made.put()), S_OK);
+    EXPECT_EQ(hexOf(*made.get()), L"00FF00");
+    EXPECT_EQ(made->ToString(1251, text.put()), S_OK);
+    EXPECT_EQ(text.view(), std::wstring_view(L"\0я\0", 3));
+
+    ASSERT_EQ(maker->BinaryObjectFromBase64(Bstr({L"QU\0JD", 5}).get(), made.put()), S_OK);
+    EXPECT_EQ(hexOf(*made.get()), L"414243");
+    // A zero is no digit, and ends no path.
+    EXPECT_EQ(maker->BinaryObjectFromHex(Bstr({L"0a\0\0", 4}).get(), made.put()),
+              static_cast<HRESULT>(0x8004020B));
+    EXPECT_EQ(made->ToFile(Bstr({L"robust\0ness", 11}).get()), static_cast<HRESULT>(0x80040228));
+}
+
+TEST_F(ArgumentsTest, ConversionsOfLateBoundArguments) {
+    struct Row {
+        const char* what;
+        DISPID member;
+        std::vector<VARIANT> arguments;
+        HRESULT expected;
+    };
+    VARIANT number = variantOf(VT_I4, 1);
+    VARIANT inner = variantOf(VT_VARIANT | VT_BYREF);
+    V_VARIANTREF(&inner) = &number;
+    Bstr word(L"word");
+    VARIANT text = variantOf(VT_BSTR);
+    V_BSTR(&text) = word.get();
+    Bstr digits(L"1");
+    VARIANT textNumber = variantOf(VT_BSTR);
+    V_BSTR(&textNumber) = digits.get();
+    const VARIANT missing = variantOf(VT_ERROR, DISP_E_PARAMNOTFOUND);
+    const auto rows = std::to_array<Row>({
+        {"a number by value", 2, {number}, S_OK},
+        {"a script's variable by reference", 2, {inner}, S_OK},
+        {"digits in a text", 2, {textNumber}, S_OK},
+        {"a truth value", 2, {variantOf(VT_BOOL, 0)}, S_OK},
+        {"nothing", 2, {variantOf(VT_EMPTY)}, S_OK},
+        {"null is no number", 2, {variantOf(VT_NULL)}, DISP_E_TYPEMISMATCH},
+        {"a word is no number", 2, {text}, DISP_E_TYPEMISMATCH},
+        {"a number below zero", 2, {variantOf(VT_I4, -1)}, DISP_E_OVERFLOW},
+        {"no argument", 2, {}, DISP_E_BADPARAMCOUNT},
+        {"an argument too many", 2, {number, number}, DISP_E_BADPARAMCOUNT},
+        {"an argument left out that is needed", 2, {missing}, DISP_E_PARAMNOTOPTIONAL},
+        {"a number is no object", 3, {number}, DISP_E_TYPEMISMATCH},
+        {"a member that does not exist", 4711, {}, DISP_E_MEMBERNOTFOUND},
+    });
+    const auto object = bytes(L"0102");
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        DISPPARAMS parameters{const_cast<VARIANT*>(row.arguments.data()), nullptr,
+                              static_cast<UINT>(row.arguments.size()), 0};
+        Variant result;
+        EXPECT_EQ(object->Invoke(row.member, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                                 result.put(), nullptr, nullptr),
+                  row.expected);
+    }
+}
+
+// Every member of every object with one argument of every kind: whatever comes back, nothing is lost or
+// broken.
+TEST_F(ArgumentsTest, EveryMemberTakesEveryKindOfArgument) {
+    Bstr text(L"0a");
+    VARIANT textArgument = variantOf(VT_BSTR);
+    V_BSTR(&textArgument) = text.get();
+    ForeignObject foreign(E_NOINTERFACE, nullptr);
+    VARIANT foreignArgument = variantOf(VT_DISPATCH);
+    V_DISPATCH(&foreignArgument) = &foreign;
+    VARIANT unknownArgument = variantOf(VT_UNKNOWN);
+    V_UNKNOWN(&unknownArgument) = &foreign;
+    Corvane::Com::SafeArray array(VT_VARIANT, 3);
+    VARIANT arrayArgument = variantOf(VT_ARRAY | VT_VARIANT);
+    V_ARRAY(&arrayArgument) = array.get();
+    Corvane::Com::SafeArray byteArray(VT_UI1, 3);
+    VARIANT byteArrayArgument = variantOf(VT_ARRAY | VT_UI1);
+    V_ARRAY(&byteArrayArgument) = byteArray.get();
+    const std::array arguments{
+        variantOf(VT_EMPTY),
+        variantOf(VT_NULL),
+        variantOf(VT_BOOL, -1),
+        variantOf(VT_I1, -1),
+        variantOf(VT_UI1, 255),
+        variantOf(VT_I2, -1),
+        variantOf(VT_I4, -1),
+        variantOf(VT_UI4, -1),
+        variantOf(VT_I8, -1),
+        variantOf(VT_UI8, -1),
+        variantOf(VT_R4, 0x7F800000),
+        variantOf(VT_R8, 0x7FF8000000000000),
+        variantOf(VT_CY, 1),
+        variantOf(VT_DATE, 0),
+        variantOf(VT_ERROR, E_FAIL),
+        variantOf(VT_BSTR),
+        variantOf(VT_DISPATCH),
+        variantOf(VT_UNKNOWN),
+        textArgument,
+        foreignArgument,
+        unknownArgument,
+        arrayArgument,
+        byteArrayArgument,
+        variantOf(VT_ERROR, DISP_E_PARAMNOTFOUND),
+    };
+    const auto object = bytes(L"0102");
+    const auto maker = service();
+    for (IDispatch* const target :
+         {static_cast<IDispatch*>(object.get()), static_cast<IDispatch*>(maker.get())}) {
+        for (DISPID member = -5; member < 20; ++member) {
+            for (const VARIANT& argument : arguments) {
+                LateCall one(*target, member, {argument});
+                LateCall two(*target, member, {argument, argument});
+                LateCall setter(*target, member, {argument}, DISPATCH_PROPERTYPUT);
+                EXPECT_NE(setter.hr, S_OK) << "nothing of these objects can be set";
+            }
+        }
+        EXPECT_EQ(referencesOf(*target), 1U);
+    }
+    EXPECT_EQ(foreign.references(), 0U);
+}
+
+}  // namespace
+}  // namespace robustness
