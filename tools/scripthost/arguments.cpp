@@ -43,22 +43,22 @@ private:
 
 }  // namespace
 
-Arguments::Arguments(std::vector<std::wstring> list) {
-    const Words words = std::make_shared<std::vector<std::wstring>>(std::move(list));
-    const auto item = [words](const CallArguments& arguments, VARIANT& result) {
+Arguments::Arguments(std::vector<std::wstring> words) {
+    const Words shared = std::make_shared<std::vector<std::wstring>>(std::move(words));
+    const auto item = [shared](const CallArguments& arguments, VARIANT& result) {
         const long index = arguments.number(0);
-        if (index < 0 || static_cast<std::size_t>(index) >= words->size())
+        if (index < 0 || static_cast<std::size_t>(index) >= shared->size())
             throw CallError{DISP_E_BADINDEX, L"There is no such argument"};
-        setText(result, (*words)[static_cast<std::size_t>(index)]);
+        setText(result, (*shared)[static_cast<std::size_t>(index)]);
     };
-    const auto count = [words](VARIANT& result) { setNumber(result, static_cast<long>(words->size())); };
+    const auto count = [shared](VARIANT& result) { setNumber(result, static_cast<long>(shared->size())); };
 
     addDefault(item);
     addMethod(L"Item", item);
     addProperty(L"length", count);
     addMethod(L"Count", [count](const CallArguments&, VARIANT& result) { count(result); });
-    addEnumerator([words](VARIANT& result) {
-        result.punkVal = make<WordEnumerator>(words, 0U).detach();
+    addEnumerator([shared](VARIANT& result) {
+        result.punkVal = make<WordEnumerator>(shared, 0U).detach();
         result.vt = VT_UNKNOWN;
     });
 }
