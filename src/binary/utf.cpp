@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace Corvane {
@@ -131,12 +132,17 @@ std::wstring readUnits(std::span<const std::uint8_t> bytes) {
     return text;
 }
 
+// wchar_t has a sign on some platforms.
+constexpr std::uint32_t toUnit(wchar_t character) noexcept {
+    return static_cast<std::make_unsigned_t<wchar_t>>(character);
+}
+
 bool hasPairedSurrogates(std::wstring_view text) noexcept {
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto unit = static_cast<std::uint32_t>(text[i]);
+        const std::uint32_t unit = toUnit(text[i]);
         if (isHighSurrogate(unit)) {
             ++i;
-            if (i == text.size() || !isLowSurrogate(static_cast<std::uint32_t>(text[i]))) {
+            if (i == text.size() || !isLowSurrogate(toUnit(text[i]))) {
                 return false;
             }
         } else if (isLowSurrogate(unit)) {

@@ -160,7 +160,7 @@ char AsciiUnits::at(std::size_t index) const noexcept {
 
 std::string readXmlEncodingName(const AsciiUnits& text) {
     Cursor cursor(text);
-    const std::string name = takeDeclarationStart(cursor) ? readDeclaration(cursor) : std::string();
+    std::string name = takeDeclarationStart(cursor) ? readDeclaration(cursor) : std::string();
     requireMarkup(cursor);
     return name;
 }

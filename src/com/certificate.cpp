@@ -2,12 +2,12 @@
 
 #include "com/arguments.h"
 #include "com/binary_object.h"
+#include "com/dates.h"
 #include "core/check.h"
 #include "core/text.h"
 #include "crypto/certificate_extensions.h"
 #include "crypto/certificate_json.h"
 #include "crypto/certificate_view.h"
-#include "crypto/validity.h"
 
 using namespace Corvane;
 using namespace Corvane::Com;
@@ -15,15 +15,6 @@ using namespace Corvane::Com;
 namespace {
 
 constexpr DWORD nameForm = CERT_X500_NAME_STR | CERT_NAME_STR_REVERSE_FLAG;
-
-// Automation counts days on the local clock.
-DATE toDate(const FILETIME& time) {
-    SYSTEMTIME local = toLocalTime(time);
-    DATE date = 0;
-    if (!::SystemTimeToVariantTime(&local, &date))
-        throw Win32Exception(E_SYSTEMTIME_TO_LOCAL_CAST, ERROR_INVALID_PARAMETER);
-    return date;
-}
 
 // Object identifiers are digits and dots; anything else is no attribute of a name, and stays none.
 std::string toOid(BSTR text) {

@@ -77,7 +77,7 @@ HRESULT getClassObject(const CLSID& clsid, REFIID iid, void** object) noexcept
     *object = nullptr;
     const auto all = coclasses();
     const auto found = std::find_if(all.begin(), all.end(), [&](const Coclass& c) { return *c.clsid == clsid; });
-    if (found == all.end())
+    if (found == all.end() || !found->create)
         return CLASS_E_CLASSNOTAVAILABLE;
     const auto factory = ComPtr<IClassFactory>::adopt(new (std::nothrow) ClassFactory(*found));
     return factory ? factory->QueryInterface(iid, object) : E_OUTOFMEMORY;

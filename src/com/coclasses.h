@@ -15,7 +15,7 @@ struct Coclass
     const CLSID* clsid;
     const wchar_t* name;    // second part of the ProgIDs
     const wchar_t* version; // last part of the versioned ProgID
-    IUnknown* (*create)();  // a new object with one reference; may throw
+    IUnknown* (*create)();  // a new object with one reference; may throw. Null for what is registered only
 };
 
 std::span<const Coclass> coclasses();

@@ -48,6 +48,16 @@ void readZip64Sizes(ZipEntry& entry, std::span<const std::uint8_t> extra) {
 
 }  // namespace
 
+void checkSupported(const ZipEntry& entry) {
+    if (entry.encrypted) {
+        throw ZipException(E_UNZIP, L"элемент архива зашифрован");
+    }
+    if (entry.method != stored && entry.method != Z_DEFLATED) {
+        throw ZipException(E_UNZIP_BAD,
+                           L"метод сжатия " + std::to_wstring(entry.method) + L" не поддерживается");
+    }
+}
+
 UnZipFile::UnZipFile(std::unique_ptr<ZipIo> io, void* handle)
     : io_(std::move(io)), handle_(handle), hasEntry_(handle && entryCount() > 0) {}
 
@@ -148,13 +158,7 @@ void UnZipFile::extract(const Sink& sink) {
 // minizip hands the content over as it lies in the archive. Restoring it here in large pieces, with one count
 // and one checksum of 64-bit lengths, holds for every size of zlib's counters.
 void UnZipFile::openContent(const ZipEntry& entry) {
-    if (entry.encrypted) {
-        throw ZipException(E_UNZIP, L"элемент архива зашифрован");
-    }
-    if (entry.method != stored && entry.method != Z_DEFLATED) {
-        throw ZipException(E_UNZIP_BAD,
-                           L"метод сжатия " + std::to_wstring(entry.method) + L" не поддерживается");
-    }
+    checkSupported(entry);
     int method = 0;
     int level = 0;
     const int status = unzOpenCurrentFile2(handle_, &method, &level, 1);

@@ -26,6 +26,10 @@ private:
     std::wstring reason_;
 };
 
+// Throws ZipException E_UNZIP for an encrypted entry and E_UNZIP_BAD for one that is compressed by another
+// method than deflate.
+void checkSupported(const ZipEntry& entry);
+
 // There is a current entry as long as hasEntry() says so; the first one after opening. What the storage
 // throws passes through all functions.
 class UnZipFile {

@@ -24,6 +24,13 @@ struct FileTraits
     static void close(Type file) noexcept { ::CloseHandle(file); }
 };
 
+struct FileSearchTraits
+{
+    using Type = HANDLE;
+    static Type invalid() noexcept { return INVALID_HANDLE_VALUE; }
+    static void close(Type search) noexcept { ::FindClose(search); }
+};
+
 struct RegistryKeyTraits : NullTraits<HKEY>
 {
     static void close(Type key) noexcept { ::RegCloseKey(key); }
@@ -63,6 +70,7 @@ struct LocalMemoryTraits : NullTraits<T*>
 } // namespace detail
 
 using FileHandle = UniqueHandle<detail::FileTraits>;
+using FileSearch = UniqueHandle<detail::FileSearchTraits>;
 using RegistryKey = UniqueHandle<detail::RegistryKeyTraits>;
 using CertificateStoreHandle = UniqueHandle<detail::CertificateStoreTraits>;
 using CertificateContext = UniqueHandle<detail::CertificateContextTraits>;

@@ -43,7 +43,7 @@ private:
         for (;;) {
             const std::size_t end = labelEnd(start);
             const bool atEnd = end == text_.size();
-            if (!atEnd && text_[end] != L'.' && hostEnds.find(text_[end]) == hostEnds.npos)
+            if (!atEnd && text_[end] != L'.' && hostEnds.find(text_[end]) == std::wstring_view::npos)
                 return false;
             site_.labels.emplace_back(text_.substr(start, end - start));
             if (atEnd)
@@ -69,7 +69,7 @@ private:
 
     // What stands before "name:password@host" is not a host, however much it looks like one.
     bool readRest(wchar_t stop, std::wstring_view rest) {
-        if (stop == L':' && rest.substr(0, rest.find_first_of(L"/?#")).find(L'@') != rest.npos)
+        if (stop == L':' && rest.substr(0, rest.find_first_of(L"/?#")).find(L'@') != std::wstring_view::npos)
             return false;
         site_.rest = rest;
         return true;
@@ -110,15 +110,16 @@ bool isValidSitePattern(const SitePattern& pattern) {
 bool matchesSite(const SitePattern& pattern, const SitePattern& address) {
     if (address.scheme.empty() || !isUnderstood(address) || !acceptsScheme(pattern, address.scheme))
         return false;
-    auto label = address.labels.rbegin();
-    for (auto wanted = pattern.labels.rbegin(); wanted != pattern.labels.rend(); ++wanted) {
-        if (*wanted == wildcard)
+    std::size_t left = address.labels.size();
+    for (std::size_t i = pattern.labels.size(); i > 0; --i) {
+        const std::wstring& wanted = pattern.labels[i - 1];
+        if (wanted == wildcard)
             return true;
-        if (label == address.labels.rend() || *label != *wanted)
+        if (left == 0 || address.labels[left - 1] != wanted)
             return false;
-        ++label;
+        --left;
     }
-    return label == address.labels.rend();
+    return left == 0;
 }
 
 std::wstring siteHost(const SitePattern& site) {

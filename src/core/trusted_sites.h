@@ -22,11 +22,11 @@ public:
     virtual bool isTrusted(const std::wstring& address) const;
 
     virtual ~TrustedSitesBase() = default;
+    TrustedSitesBase(const TrustedSitesBase&) = delete;
+    TrustedSitesBase& operator=(const TrustedSitesBase&) = delete;
 
 protected:
     TrustedSitesBase() = default;
-    TrustedSitesBase(const TrustedSitesBase&) = delete;
-    TrustedSitesBase& operator=(const TrustedSitesBase&) = delete;
 
     std::vector<SitePattern> trusted_;
 };

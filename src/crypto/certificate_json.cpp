@@ -3,7 +3,7 @@
 #include "binary/hex.h"
 #include "core/json.h"
 #include "core/text.h"
-#include "crypto/validity.h"
+#include "core/moment.h"
 
 #include <utility>
 

@@ -63,7 +63,7 @@ void DialogWithCheckBox::showSite(HWND dialog) const noexcept {
     try {
         std::wstring text(textLimit + 1, L'\0');
         text.resize(::GetDlgItemTextW(dialog, textId, text.data(), textLimit + 1));
-        if (const std::size_t place = text.find(L'%'); place != text.npos) {
+        if (const std::size_t place = text.find(L'%'); place != std::wstring::npos) {
             text.replace(place, 1, site_);
         }
         ::SetDlgItemTextW(dialog, textId, text.c_str());

@@ -32,15 +32,24 @@ std::wstring fullPath(const std::wstring& path)
 
 } // namespace
 
-std::wstring unlimitedPath(const std::wstring& path)
+std::wstring verbatimPath(const std::wstring& path)
 {
     // A text from a script may hold zeros; the system would silently take the part before the first.
     if (path.empty() || path.find(L'\0') != std::wstring::npos)
         throw Win32Exception(E_DIRECTORY_PATH, ERROR_INVALID_NAME);
+    if (path.starts_with(L"\\\\?\\") || path.starts_with(L"\\\\.\\"))
+        return path;
     const std::wstring full = fullPath(path);
-    if (full.size() < MAX_PATH || full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\"))
+    // Names of devices become such a path.
+    if (full.starts_with(L"\\\\.\\"))
         return full;
     return full.starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full.substr(2) : L"\\\\?\\" + full;
+}
+
+std::wstring unlimitedPath(const std::wstring& path)
+{
+    const std::wstring verbatim = verbatimPath(path);
+    return verbatim.size() < MAX_PATH ? path : verbatim;
 }
 
 std::shared_ptr<File> File::open(const std::wstring& path, const FileMode& mode)
@@ -49,6 +58,11 @@ std::shared_ptr<File> File::open(const std::wstring& path, const FileMode& mode)
                                     mode.disposition, mode.attributes, nullptr));
     checkWin32(static_cast<bool>(handle), E_CREATE_FILE, L"CreateFileW");
     return std::shared_ptr<File>(new File(std::move(handle), fullPath(path)));
+}
+
+std::shared_ptr<File> File::closed()
+{
+    return std::shared_ptr<File>(new File({}, {}));
 }
 
 HANDLE File::openHandle(const ErrorDescriptor& descriptor) const

@@ -33,6 +33,9 @@ public:
     // that is no path.
     static std::shared_ptr<File> open(const std::wstring& path, const FileMode& mode);
 
+    // A file that is closed from the beginning.
+    static std::shared_ptr<File> closed();
+
     File(const File&) = delete;
     File& operator=(const File&) = delete;
 
@@ -75,7 +78,11 @@ private:
     mutable std::mutex mutex_;
 };
 
-// The path in a form that has no length limit, made absolute. Throws Win32Exception E_DIRECTORY_PATH.
+// The path made absolute, in the form that the system takes as it stands and that has no length limit. Throws
+// Win32Exception E_DIRECTORY_PATH.
+std::wstring verbatimPath(const std::wstring& path);
+
+// The same, but left in its ordinary form where that is short enough.
 std::wstring unlimitedPath(const std::wstring& path);
 
 // The whole content of a file, which others may go on reading. Throws what File throws, and Exception

@@ -22,9 +22,9 @@ Bytes decodeSlowly(const std::basic_string<Char>& text) {
     std::uint32_t bits = 0;
     std::size_t count = 0;
     for (const Char character : text) {
-        const auto value =
-            character > 0 && character < 0x80 ? alphabet.find(static_cast<char>(character)) : alphabet.npos;
-        if (value == alphabet.npos) {
+        const auto value = character > 0 && character < 0x80 ? alphabet.find(static_cast<char>(character))
+                                                             : std::string::npos;
+        if (value == std::string::npos) {
             continue;
         }
         bits = (bits << 6) | static_cast<std::uint32_t>(value);
@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const Bytes bytes(data, data + size);
         const std::wstring encoded = binToBase64(bytes, flags);
         require(base64ToBin(encoded) == bytes);
-        require((flags & base64NoLineBreaks) == 0 || encoded.find(L'\r') == encoded.npos);
+        require((flags & base64NoLineBreaks) == 0 || encoded.find(L'\r') == std::wstring::npos);
     }
     return 0;
 }

@@ -22,7 +22,7 @@ void require(bool condition) {
 // The error that the first fault of the text calls for.
 std::optional<std::uint32_t> expectedError(const std::string& text) {
     const std::size_t wrong = text.find_first_not_of("0123456789ABCDEFabcdef");
-    if (wrong != text.npos && (wrong | 1) < text.size()) {
+    if (wrong != std::string::npos && (wrong | 1) < text.size()) {
         return E_HEX_STRING.code;
     }
     return text.size() % 2 != 0 ? std::optional(E_HEX_STRING_SIZE.code) : std::nullopt;

@@ -3,6 +3,7 @@
 #include "binary/utf.h"
 
 #include <cstdlib>
+#include <type_traits>
 
 using namespace Corvane;
 
@@ -37,14 +38,17 @@ void appendUtf32Be(Bytes& bytes, std::uint32_t codePoint) {
     }
 }
 
+std::uint32_t toUnit(wchar_t character) {
+    return static_cast<std::make_unsigned_t<wchar_t>>(character);
+}
+
 Bytes encode(const std::wstring& text, void (*appendCodePoint)(Bytes&, std::uint32_t)) {
     Bytes bytes;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        auto codePoint = static_cast<std::uint32_t>(text[i]);
+        std::uint32_t codePoint = toUnit(text[i]);
         if (codePoint >= 0xD800 && codePoint < 0xDC00) {
             require(i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000);
-            codePoint =
-                0x10000 + ((codePoint - 0xD800) << 10) + (static_cast<std::uint32_t>(text[++i]) - 0xDC00);
+            codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (toUnit(text[++i]) - 0xDC00);
         }
         require(codePoint <= 0x10FFFF && (codePoint < 0xDC00 || codePoint >= 0xE000));
         appendCodePoint(bytes, codePoint);

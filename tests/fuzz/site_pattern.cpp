@@ -26,18 +26,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t middle = text.find(L'\n');
     const SitePattern pattern = parseSite(std::wstring_view(text).substr(0, middle), isLetter);
     const SitePattern address = parseSite(
-        middle == text.npos ? std::wstring_view() : std::wstring_view(text).substr(middle + 1), isLetter);
+        middle == std::wstring::npos ? std::wstring_view() : std::wstring_view(text).substr(middle + 1),
+        isLetter);
 
     for (const std::wstring& label : pattern.labels) {
-        require(label == L"*" || label.find_first_of(L"*./:?#@ %\\") == label.npos);
+        require(label == L"*" || label.find_first_of(L"*./:?#@ %\\") == std::wstring::npos);
     }
     if (isValidSitePattern(pattern)) {
         // What is written to the registry is valid and means the same when it is read again.
-        SitePattern stored = pattern;
+        const SitePattern& page = pattern;
+        SitePattern stored = page;
         stored.rest.clear();
-        const SitePattern again = parseSite(sitePatternText(stored), isLetter);
-        require(isValidSitePattern(again) && again.scheme == stored.scheme && again.labels == stored.labels);
-        require(pattern.scheme.empty() || matchesSite(again, pattern));
+        stored = parseSite(sitePatternText(stored), isLetter);
+        require(isValidSitePattern(stored) && stored.scheme == page.scheme && stored.labels == page.labels);
+        require(page.scheme.empty() || matchesSite(stored, page));
     }
     if (matchesSite(pattern, address)) {
         require(!address.scheme.empty() && address.rest != siteParseError);

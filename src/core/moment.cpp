@@ -1,4 +1,4 @@
-#include "crypto/validity.h"
+#include "core/moment.h"
 
 #include "core/check.h"
 
@@ -27,6 +27,16 @@ SYSTEMTIME toLocalTime(const FILETIME& time) {
     checkWin32(::FileTimeToLocalFileTime(&time, &local), E_FILETIME_TO_LOCAL_CAST,
                L"FileTimeToLocalFileTime");
     return toSystemTime(local);
+}
+
+FILETIME fromLocalTime(const SYSTEMTIME& local) {
+    FILETIME localTime{};
+    FILETIME time{};
+    checkWin32(::SystemTimeToFileTime(&local, &localTime), E_FILETIME_TO_SYSTEMTIME_CAST,
+               L"SystemTimeToFileTime");
+    checkWin32(::LocalFileTimeToFileTime(&localTime, &time), E_FILETIME_TO_LOCAL_CAST,
+               L"LocalFileTimeToFileTime");
+    return time;
 }
 
 }  // namespace Corvane

@@ -1,0 +1,182 @@
+#include "com/zip_archive.h"
+
+#include "com/arguments.h"
+#include "com/base_stream.h"
+#include "com/binary_object.h"
+#include "com/compression_call.h"
+#include "compression/zip_disk_date.h"
+#include "compression/zip_entries_json.h"
+#include "compression/zip_folder.h"
+#include "core/errors.h"
+#include "core/json.h"
+#include "core/text.h"
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <utility>
+
+using namespace Corvane;
+using namespace Corvane::Com;
+
+namespace {
+
+constexpr wchar_t extractName[] = L"Corvane::Compression::ZipArchive::extract";
+constexpr wchar_t extractAllName[] = L"Corvane::Compression::extractToFolder";
+constexpr wchar_t addName[] = L"Corvane::Compression::ZipArchive::add";
+constexpr wchar_t addFolderName[] = L"Corvane::Compression::addFromDisk";
+
+// An entry as scripts name it: by its name, or by its index as any kind of number.
+std::size_t indexOf(const Compression::ZipArchive& archive, const VARIANT& entry) {
+    const Variant value = plainValue(entry);
+    if (V_VT(&value.get()) == VT_BSTR) {
+        return archive.find(toUtf8(viewOf(V_BSTR(&value.get()))));
+    }
+    Variant number;
+    if (isLeftOut(value) || FAILED(::VariantChangeType(number.put(), const_cast<VARIANT*>(&value.get()), 0, VT_R8))) {
+        throw SilentFailure{DISP_E_TYPEMISMATCH};
+    }
+    const double index = V_R8(&number.get());
+    if (!(index >= 0 && index < std::numeric_limits<std::uint32_t>::max()) || index != std::floor(index)) {
+        throw Exception(E_UNZIP_OUT_OF_RANGE);
+    }
+    return static_cast<std::size_t>(index);
+}
+
+std::uint64_t limitOf(double maxSize) {
+    const std::uint64_t size = sizeOf(maxSize);
+    return size == 0 ? Compression::unlimitedSize : size;
+}
+
+Compression::FolderExtraction optionsOf(double maxSize, VARIANT_BOOL overwrite) {
+    return {.maxSize = limitOf(maxSize), .overwrite = overwrite != VARIANT_FALSE};
+}
+
+}  // namespace
+
+const CZipArchive::SharedArchive& CZipArchive::archive() const {
+    if (!archive_) {
+        throw Exception(E_ZIP_ARCHIVE_STREAM_DISPOSE);
+    }
+    return archive_;
+}
+
+HRESULT CZipArchive::get_Count(ULONG* count) {
+    return frame(L"CZipArchive::Count",
+                 [&] { give(count, static_cast<ULONG>(archive()->entries()->size())); });
+}
+
+HRESULT CZipArchive::get_Entries(BSTR* json) {
+    return frame(L"CZipArchive::Entries",
+                 [&] { give(json, writeJson(Compression::entriesJson(*archive()->entries()))); });
+}
+
+HRESULT CZipArchive::Find(BSTR name, ULONG* index) {
+    return frame(L"CZipArchive::Find",
+                 [&] { give(index, static_cast<ULONG>(archive()->find(toUtf8(viewOf(name))))); });
+}
+
+HRESULT CZipArchive::Extract(VARIANT entry, double maxSize, IBinaryObject** binary) {
+    return frame(L"CZipArchive::Extract", [&] {
+        const std::size_t index = indexOf(*archive(), entry);
+        give(binary, makeBinary(archive()->extract(index, limitOf(maxSize))));
+    });
+}
+
+HRESULT CZipArchive::ExtractAsync(VARIANT entry, IDispatch* pCallback, double maxSize) {
+    return frame(L"CZipArchive::ExtractAsync", [&] {
+        startAsync(pCallback,
+                   [zip = archive(), index = indexOf(*archive(), entry), limit = limitOf(maxSize)] {
+                       return namedCall(extractName,
+                                        [&] { return std::make_shared<Bytes>(zip->extract(index, limit)); });
+                   });
+    });
+}
+
+HRESULT CZipArchive::ExtractStream(VARIANT entry, ::IBinaryStream* output, double maxSize) {
+    return frame(L"CZipArchive::ExtractStream", [&] {
+        const std::size_t index = indexOf(*archive(), entry);
+        archive()->extract(index, *streamOf(output), limitOf(maxSize), nullptr);
+    });
+}
+
+HRESULT CZipArchive::ExtractStreamAsync(VARIANT entry, ::IBinaryStream* output, IDispatch* pCallback,
+                                        double maxSize, VARIANT token) {
+    return frame(L"CZipArchive::ExtractStreamAsync", [&] {
+        startCompression(extractName, pCallback, token,
+                         [zip = archive(), index = indexOf(*archive(), entry), to = streamOf(output),
+                          limit = limitOf(maxSize)](const SharedProgress& progress) {
+                             zip->extract(index, *to, limit, progress);
+                         });
+    });
+}
+
+HRESULT CZipArchive::ExtractAll(BSTR folder, double maxSize, VARIANT_BOOL overwrite) {
+    return frame(L"CZipArchive::ExtractAll", [&] {
+        Compression::extractToFolder(*archive(), std::wstring(viewOf(folder)), optionsOf(maxSize, overwrite),
+                                     nullptr);
+    });
+}
+
+HRESULT CZipArchive::ExtractAllAsync(BSTR folder, IDispatch* pCallback, double maxSize,
+                                     VARIANT_BOOL overwrite, VARIANT token) {
+    return frame(L"CZipArchive::ExtractAllAsync", [&] {
+        startCompression(extractAllName, pCallback, token,
+                         [zip = archive(), to = std::wstring(viewOf(folder)),
+                          options = optionsOf(maxSize, overwrite)](const SharedProgress& progress) {
+                             Compression::extractToFolder(*zip, to, options, progress);
+                         });
+    });
+}
+
+HRESULT CZipArchive::Add(BSTR name, IBinaryObject* pData) {
+    return frame(L"CZipArchive::Add",
+                 [&] { archive()->add(toUtf8(viewOf(name)), Compression::zipDateNow(), *bytesOf(pData)); });
+}
+
+HRESULT CZipArchive::AddAsync(BSTR name, IBinaryObject* pData, IDispatch* pCallback) {
+    return frame(L"CZipArchive::AddAsync", [&] {
+        startAsync(pCallback, [zip = archive(), entry = toUtf8(viewOf(name)), content = bytesOf(pData)] {
+            namedCall(addName, [&] { zip->add(entry, Compression::zipDateNow(), *content); });
+        });
+    });
+}
+
+HRESULT CZipArchive::AddStream(BSTR name, ::IBinaryStream* input) {
+    return frame(L"CZipArchive::AddStream", [&] {
+        archive()->add(toUtf8(viewOf(name)), Compression::zipDateNow(), *streamOf(input), nullptr);
+    });
+}
+
+HRESULT CZipArchive::AddStreamAsync(BSTR name, ::IBinaryStream* input, IDispatch* pCallback, VARIANT token) {
+    return frame(L"CZipArchive::AddStreamAsync", [&] {
+        startCompression(addName, pCallback, token,
+                         [zip = archive(), entry = toUtf8(viewOf(name)),
+                          from = streamOf(input)](const SharedProgress& progress) {
+                             zip->add(entry, Compression::zipDateNow(), *from, progress);
+                         });
+    });
+}
+
+HRESULT CZipArchive::AddFolder(BSTR path, BSTR prefix) {
+    return frame(L"CZipArchive::AddFolder", [&] {
+        Compression::addFromDisk(*archive(), std::wstring(viewOf(path)), toUtf8(viewOf(prefix)), nullptr);
+    });
+}
+
+HRESULT CZipArchive::AddFolderAsync(BSTR path, IDispatch* pCallback, BSTR prefix, VARIANT token) {
+    return frame(L"CZipArchive::AddFolderAsync", [&] {
+        startCompression(
+            addFolderName, pCallback, token,
+            [zip = archive(), from = std::wstring(viewOf(path)), under = toUtf8(viewOf(prefix))](
+                const SharedProgress& progress) { Compression::addFromDisk(*zip, from, under, progress); });
+    });
+}
+
+HRESULT CZipArchive::Close() {
+    return frame(L"CZipArchive::Close", [&] {
+        if (archive_) {
+            archive_->close();
+        }
+    });
+}

@@ -1,0 +1,192 @@
+#include "stream/file_system.h"
+
+#include "core/check.h"
+#include "core/handles.h"
+#include "core/system_exception.h"
+
+#include <array>
+
+namespace Corvane::FileSystem {
+namespace {
+
+constexpr DWORD none = INVALID_FILE_ATTRIBUTES;
+
+DWORD attributesOf(const std::wstring& path) noexcept {
+    return ::GetFileAttributesW(path.c_str());
+}
+
+bool isFolder(DWORD attributes) noexcept {
+    return attributes != none && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool isLink(DWORD attributes) noexcept {
+    return attributes != none && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+Entry entryFrom(const WIN32_FIND_DATAW& data) {
+    return {data.cFileName, data.dwFileAttributes,
+            (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow, data.ftLastWriteTime};
+}
+
+WIN32_FILE_ATTRIBUTE_DATA dataOf(const std::wstring& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    checkWin32(::GetFileAttributesExW(unlimitedPath(path).c_str(), GetFileExInfoStandard, &data),
+               E_GET_FILE_ATTRIBUTES, L"GetFileAttributesExW");
+    return data;
+}
+
+std::wstring join(const std::wstring& folder, const std::wstring& name) {
+    return folder.ends_with(L'\\') ? folder + name : folder + L'\\' + name;
+}
+
+// A read-only file or folder is deleted all the same when its folder is deleted with its contents.
+void makeDeletable(const std::wstring& path, DWORD attributes) noexcept {
+    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+        ::SetFileAttributesW(path.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+    }
+}
+
+// `path` is verbatim: names inside that the system would read otherwise, such as ".. ", must not lead elsewhere.
+void deleteTree(const std::wstring& path, DWORD attributes) {
+    if (!isLink(attributes)) {
+        for (const Entry& entry : list(path, L"*")) {
+            const std::wstring inner = join(path, entry.name);
+            if (isFolder(entry.attributes)) {
+                deleteTree(inner, entry.attributes);
+                continue;
+            }
+            makeDeletable(inner, entry.attributes);
+            checkWin32(::DeleteFileW(inner.c_str()), E_DIRECTORY_DELETE, L"DeleteFileW");
+        }
+    }
+    makeDeletable(path, attributes);
+    checkWin32(::RemoveDirectoryW(path.c_str()), E_DIRECTORY_DELETE, L"RemoveDirectoryW");
+}
+
+}  // namespace
+
+std::wstring temporaryFolder() {
+    std::array<wchar_t, MAX_PATH + 1> folder{};
+    const DWORD length = ::GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
+    checkWin32(length != 0 && length < folder.size(), E_GET_TEMP_FOLDER_PATH, L"GetTempPathW");
+    return std::wstring(folder.data(), length);
+}
+
+std::shared_ptr<File> createTemporaryFile(bool keep) {
+    std::array<wchar_t, MAX_PATH> name{};
+    // Creates the file, so that nobody else gets its name.
+    checkWin32(::GetTempFileNameW(temporaryFolder().c_str(), L"vtc", 0, name.data()), E_CREATE_FILE,
+               L"GetTempFileNameW");
+    FileMode mode{GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING, FILE_ATTRIBUTE_TEMPORARY};
+    if (keep) {
+        mode.attributes = FILE_ATTRIBUTE_NORMAL;
+    } else {
+        mode.access |= DELETE;
+        mode.share |= FILE_SHARE_DELETE;
+        mode.attributes |= FILE_FLAG_DELETE_ON_CLOSE;
+    }
+    try {
+        return File::open(name.data(), mode);
+    } catch (...) {
+        ::DeleteFileW(name.data());
+        throw;
+    }
+}
+
+bool fileExists(const std::wstring& path) {
+    const DWORD attributes = attributesOf(unlimitedPath(path));
+    return attributes != none && !isFolder(attributes);
+}
+
+bool folderExists(const std::wstring& path) {
+    return isFolder(attributesOf(unlimitedPath(path)));
+}
+
+Entry entryOf(const std::wstring& path) {
+    const WIN32_FILE_ATTRIBUTE_DATA data = dataOf(path);
+    return {path, data.dwFileAttributes, (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow,
+            data.ftLastWriteTime};
+}
+
+FileTimes timesOf(const std::wstring& path) {
+    const WIN32_FILE_ATTRIBUTE_DATA data = dataOf(path);
+    return {data.ftCreationTime, data.ftLastAccessTime, data.ftLastWriteTime};
+}
+
+void setAttributes(const std::wstring& path, DWORD attributes) {
+    checkWin32(::SetFileAttributesW(unlimitedPath(path).c_str(), attributes), E_FILE_WRITE,
+               L"SetFileAttributesW");
+}
+
+void copyFile(const std::wstring& source, const std::wstring& target, bool overwrite) {
+    checkWin32(::CopyFileW(unlimitedPath(source).c_str(), unlimitedPath(target).c_str(), !overwrite),
+               E_FILE_WRITE, L"CopyFileW");
+}
+
+void moveFile(const std::wstring& source, const std::wstring& target, bool overwrite) {
+    const DWORD flags = MOVEFILE_COPY_ALLOWED | (overwrite ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0);
+    checkWin32(::MoveFileExW(unlimitedPath(source).c_str(), unlimitedPath(target).c_str(), flags), E_FILE_MOVE,
+               L"MoveFileExW");
+}
+
+void deleteFile(const std::wstring& path) {
+    checkWin32(::DeleteFileW(unlimitedPath(path).c_str()), E_FILE_DELETE, L"DeleteFileW");
+}
+
+void createFolder(const std::wstring& path) {
+    const std::wstring full = unlimitedPath(path);
+    if (::CreateDirectoryW(full.c_str(), nullptr)) {
+        return;
+    }
+    const DWORD error = ::GetLastError();
+    if (error == ERROR_ALREADY_EXISTS && isFolder(attributesOf(full))) {
+        return;
+    }
+    const std::size_t separator = full.find_last_of(L'\\');
+    if (error != ERROR_PATH_NOT_FOUND || separator == std::wstring::npos || separator == 0) {
+        detail::failWin32(E_DIRECTORY_PATH, L"CreateDirectoryW", error);
+    }
+    createFolder(full.substr(0, separator));
+    checkWin32(::CreateDirectoryW(full.c_str(), nullptr), E_DIRECTORY_PATH, L"CreateDirectoryW");
+}
+
+void deleteFolder(const std::wstring& path, bool withContents) {
+    const std::wstring full = verbatimPath(path);
+    const DWORD attributes = attributesOf(full);
+    checkWin32(attributes != none, E_DIRECTORY_DELETE, L"GetFileAttributesW");
+    if (withContents && isFolder(attributes)) {
+        deleteTree(full, attributes);
+    } else {
+        checkWin32(::RemoveDirectoryW(full.c_str()), E_DIRECTORY_DELETE, L"RemoveDirectoryW");
+    }
+}
+
+std::vector<Entry> list(const std::wstring& folder, const std::wstring& mask) {
+    // A mask names files of this folder only.
+    if (mask.empty() || mask.find_first_of(std::wstring_view(L"\\/:\0", 4)) != std::wstring::npos) {
+        throw Win32Exception(E_DIRECTORY_PATH, ERROR_INVALID_NAME);
+    }
+    const std::wstring full = unlimitedPath(folder);
+    checkWin32(isFolder(attributesOf(full)), E_DIRECTORY_PATH, L"GetFileAttributesW");
+    WIN32_FIND_DATAW data{};
+    const FileSearch search(::FindFirstFileW(unlimitedPath(join(full, mask)).c_str(), &data));
+    std::vector<Entry> entries;
+    if (!search) {
+        if (const DWORD error = ::GetLastError(); error != ERROR_FILE_NOT_FOUND) {
+            detail::failWin32(E_DIRECTORY_PATH, L"FindFirstFileW", error);
+        }
+        return entries;
+    }
+    do {
+        const std::wstring_view name = data.cFileName;
+        if (name != L"." && name != L"..") {
+            entries.push_back(entryFrom(data));
+        }
+    } while (::FindNextFileW(search.get(), &data));
+    if (const DWORD error = ::GetLastError(); error != ERROR_NO_MORE_FILES) {
+        detail::failWin32(E_DIRECTORY_PATH, L"FindNextFileW", error);
+    }
+    return entries;
+}
+
+}  // namespace Corvane::FileSystem
