@@ -34,8 +34,9 @@ enterWine() {
     export WINEPREFIX=$1
     export WINEARCH=win64
     export WINEDEBUG=${WINEDEBUG:--all}
-    # No menus of the desktop are touched, no add-ons for .NET and HTML are asked for.
-    export WINEDLLOVERRIDES="winemenubuilder.exe=;mscoree=;mshtml="
+    # No menus of the desktop are touched, no add-ons for .NET and HTML are asked for, and a crash ends the program
+    # at once, with no debugger asking what to do.
+    export WINEDLLOVERRIDES="winemenubuilder.exe=;mscoree=;mshtml=;winedbg.exe="
     export HOME=$wine_dir/home
     # File names and the console are UTF-8 whatever the caller's language.
     export LC_ALL=C.UTF-8
