@@ -139,8 +139,11 @@ void registerTypeLibrary(RegistrationScope scope, std::wstring file)
 {
     ComPtr<ITypeLib> library;
     checkHresult(::LoadTypeLibEx(file.c_str(), REGKIND_NONE, library.put()), E_ACTIVEX, L"LoadTypeLibEx");
-    auto* const call = scope == RegistrationScope::machine ? &::RegisterTypeLib : &::RegisterTypeLibForUser;
-    checkHresult(call(library.get(), file.data(), nullptr), E_ACTIVEX, L"RegisterTypeLib");
+    // MinGW's releases differ in whether the arguments are const, so the functions have no common type.
+    const HRESULT hr = scope == RegistrationScope::machine
+                           ? ::RegisterTypeLib(library.get(), file.data(), nullptr)
+                           : ::RegisterTypeLibForUser(library.get(), file.data(), nullptr);
+    checkHresult(hr, E_ACTIVEX, L"RegisterTypeLib");
 }
 
 void unregisterTypeLibrary(RegistrationScope scope)
