@@ -12,4 +12,4 @@ using Bytes = std::vector<std::uint8_t>;
 // Shared, never copied, and not modified once it has been handed on: any thread may read it.
 using SharedBytes = std::shared_ptr<Bytes>;
 
-} // namespace Corvane
+}  // namespace Corvane

@@ -8,18 +8,15 @@
 using namespace Corvane;
 using namespace Corvane::Com;
 
-HRESULT CAbout::get_Version(BSTR* version)
-{
+HRESULT CAbout::get_Version(BSTR* version) {
     return frame(L"CAbout::Version", [&] { give(version, versionText); });
 }
 
-HRESULT CAbout::get_RegVersion(BSTR* version)
-{
+HRESULT CAbout::get_RegVersion(BSTR* version) {
     return frame(L"CAbout::RegVersion", [&] { give(version, registeredVersion()); });
 }
 
-HRESULT CAbout::get_HasAccess(VARIANT_BOOL* access)
-{
+HRESULT CAbout::get_HasAccess(VARIANT_BOOL* access) {
     bool allowed = false;
     try {
         checkAccess(false);
@@ -30,7 +27,6 @@ HRESULT CAbout::get_HasAccess(VARIANT_BOOL* access)
     return frame(L"CAbout::HasAccess", [&] { give(access, variantBool(allowed)); });
 }
 
-HRESULT CAbout::get_WinVersion(BSTR* version)
-{
+HRESULT CAbout::get_WinVersion(BSTR* version) {
     return frame(L"CAbout::WinVersion", [&] { give(version, windowsVersion()); });
 }

@@ -6,8 +6,7 @@
 
 #include <VetrelCorvane2_h.h>
 
-class CAbout final : public Corvane::Com::Object<CAbout, About, IAbout, CBrowserObject<CAbout>>
-{
+class CAbout final : public Corvane::Com::Object<CAbout, About, IAbout, CBrowserObject<CAbout>> {
 public:
     HRESULT STDMETHODCALLTYPE get_Version(BSTR* version) override;
     HRESULT STDMETHODCALLTYPE get_RegVersion(BSTR* version) override;

@@ -2,8 +2,7 @@
 
 namespace Corvane::Com {
 
-ComPtr<Implementation> implementationOf(IUnknown* object)
-{
+ComPtr<Implementation> implementationOf(IUnknown* object) {
     if (!object)
         throw SilentFailure{E_POINTER};
     void* answer = nullptr;
@@ -19,31 +18,28 @@ ComPtr<Implementation> implementationOf(IUnknown* object)
     return ComPtr<Implementation>::adopt(static_cast<Implementation*>(answer));
 }
 
-Variant plainValue(const VARIANT& argument)
-{
+Variant plainValue(const VARIANT& argument) {
     Variant value;
     if (FAILED(::VariantCopyInd(value.put(), const_cast<VARIANT*>(&argument))))
         throw SilentFailure{DISP_E_TYPEMISMATCH};
     return value;
 }
 
-bool isLeftOut(const Variant& value) noexcept
-{
+bool isLeftOut(const Variant& value) noexcept {
     const VARIANT& plain = value.get();
     return V_VT(&plain) == VT_EMPTY || V_VT(&plain) == VT_NULL ||
            (V_VT(&plain) == VT_ERROR && V_ERROR(&plain) == DISP_E_PARAMNOTFOUND);
 }
 
-ComPtr<IUnknown> objectIn(const Variant& value) noexcept
-{
+ComPtr<IUnknown> objectIn(const Variant& value) noexcept {
     switch (V_VT(&value.get())) {
-    case VT_DISPATCH:
-        return ComPtr<IUnknown>(V_DISPATCH(&value.get()));
-    case VT_UNKNOWN:
-        return ComPtr<IUnknown>(V_UNKNOWN(&value.get()));
-    default:
-        return {};
+        case VT_DISPATCH:
+            return ComPtr<IUnknown>(V_DISPATCH(&value.get()));
+        case VT_UNKNOWN:
+            return ComPtr<IUnknown>(V_UNKNOWN(&value.get()));
+        default:
+            return {};
     }
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -17,8 +17,7 @@ ComPtr<Implementation> implementationOf(IUnknown* object);
 
 // The object of class T behind an interface pointer; one of ours that is not a T is E_NOINTERFACE.
 template <class T>
-ComPtr<T> resolve(IUnknown* object)
-{
+ComPtr<T> resolve(IUnknown* object) {
     const ComPtr<Implementation> implementation = implementationOf(object);
     T* resolved = dynamic_cast<T*>(implementation.get());
     if (!resolved)
@@ -38,43 +37,37 @@ ComPtr<IUnknown> objectIn(const Variant& value) noexcept;
 
 // Hands a result to the caller; E_POINTER when there is nowhere to put it.
 template <class Out>
-void give(Out* out, std::type_identity_t<Out> value)
-{
+void give(Out* out, std::type_identity_t<Out> value) {
     if (!out)
         throw SilentFailure{E_POINTER};
     *out = value;
 }
 
-inline void give(BSTR* out, Bstr text)
-{
+inline void give(BSTR* out, Bstr text) {
     if (!out)
         throw SilentFailure{E_POINTER};
     *out = text.detach();
 }
 
-inline void give(BSTR* out, std::wstring_view text)
-{
+inline void give(BSTR* out, std::wstring_view text) {
     give(out, Bstr(text));
 }
 
-inline void give(VARIANT* out, Variant value)
-{
+inline void give(VARIANT* out, Variant value) {
     if (!out)
         throw SilentFailure{E_POINTER};
     *out = value.detach();
 }
 
 template <class Interface, class T>
-void give(Interface** out, ComPtr<T> object)
-{
+void give(Interface** out, ComPtr<T> object) {
     if (!out)
         throw SilentFailure{E_POINTER};
     *out = object.detach();
 }
 
-inline VARIANT_BOOL variantBool(bool value) noexcept
-{
+inline VARIANT_BOOL variantBool(bool value) noexcept {
     return value ? VARIANT_TRUE : VARIANT_FALSE;
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -10,18 +10,16 @@ namespace Corvane::Com {
 namespace detail {
 namespace {
 
-VOID CALLBACK runWork(PTP_CALLBACK_INSTANCE instance, PVOID data)
-{
+VOID CALLBACK runWork(PTP_CALLBACK_INSTANCE instance, PVOID data) {
     const std::unique_ptr<std::function<void()>> work(static_cast<std::function<void()>*>(data));
     // The pool is told that it may need another thread meanwhile.
     ::CallbackMayRunLong(instance);
     (*work)();
 }
 
-} // namespace
+}  // namespace
 
-void runOnWorker(std::function<void()> work)
-{
+void runOnWorker(std::function<void()> work) {
     auto data = std::make_unique<std::function<void()>>(std::move(work));
     TP_CALLBACK_ENVIRON environment;
     ::InitializeThreadpoolEnvironment(&environment);
@@ -35,38 +33,33 @@ void runOnWorker(std::function<void()> work)
     static_cast<void>(data.release());
 }
 
-} // namespace detail
+}  // namespace detail
 
-HRESULT toVariant(std::uint32_t number, VARIANT* out)
-{
+HRESULT toVariant(std::uint32_t number, VARIANT* out) {
     V_UI4(out) = number;
     V_VT(out) = VT_UI4;
     makeScriptNumber(*out);
     return S_OK;
 }
 
-HRESULT toVariant(std::wstring_view text, VARIANT* out)
-{
+HRESULT toVariant(std::wstring_view text, VARIANT* out) {
     V_BSTR(out) = Bstr(text).detach();
     V_VT(out) = VT_BSTR;
     return S_OK;
 }
 
-HRESULT toVariant(IDispatch* object, VARIANT* out)
-{
+HRESULT toVariant(IDispatch* object, VARIANT* out) {
     V_DISPATCH(out) = ComPtr<IDispatch>(object).detach();
     V_VT(out) = VT_DISPATCH;
     return S_OK;
 }
 
-HRESULT toVariant(const SharedBytes& bytes, VARIANT* out)
-{
+HRESULT toVariant(const SharedBytes& bytes, VARIANT* out) {
     return toVariant(static_cast<IBinaryObject*>(makeObject<CBinaryObject>(bytes).get()), out);
 }
 
-HRESULT toVariant(Bytes bytes, VARIANT* out)
-{
+HRESULT toVariant(Bytes bytes, VARIANT* out) {
     return toVariant(std::make_shared<Bytes>(std::move(bytes)), out);
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

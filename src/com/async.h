@@ -14,35 +14,33 @@ namespace Corvane::Com {
 
 namespace detail {
 
-// Runs `work` on a thread of the system's pool. Throws Win32Exception E_ACTIVEX when there is none; then `work`
-// has not run.
+// Runs `work` on a thread of the system's pool. Throws Win32Exception E_ACTIVEX when there is none; then
+// `work` has not run.
 void runOnWorker(std::function<void()> work);
 
-} // namespace detail
+}  // namespace detail
 
 // The results of operations as a script gets them. A conversion may create objects: it runs on the worker.
 HRESULT toVariant(std::uint32_t number, VARIANT* out);
 HRESULT toVariant(std::wstring_view text, VARIANT* out);
-HRESULT toVariant(IDispatch* object, VARIANT* out); // takes a reference of its own
-HRESULT toVariant(const SharedBytes& bytes, VARIANT* out); // as a BinaryObject
-HRESULT toVariant(Bytes bytes, VARIANT* out);              // likewise
+HRESULT toVariant(IDispatch* object, VARIANT* out);         // takes a reference of its own
+HRESULT toVariant(const SharedBytes& bytes, VARIANT* out);  // as a BinaryObject
+HRESULT toVariant(Bytes bytes, VARIANT* out);               // likewise
 
 // The conversion that suits the type of a result.
-struct AsVariant
-{
+struct AsVariant {
     template <class Result>
-    HRESULT operator()(const Result& result, VARIANT* out) const
-    {
+    HRESULT operator()(const Result& result, VARIANT* out) const {
         return toVariant(result, out);
     }
 };
 
 // Runs `work` on a worker thread and returns at once; later `callback`(result, error) is called on this
-// thread. `work` returns the result, or nothing, and may throw anything. `convert`(result, VARIANT*) turns the result
-// into what the script gets. For use inside a frame: a failure to start is thrown, and there is no callback.
+// thread. `work` returns the result, or nothing, and may throw anything. `convert`(result, VARIANT*) turns
+// the result into what the script gets. For use inside a frame: a failure to start is thrown, and there is no
+// callback.
 template <class Work, class Convert>
-void startAsync(IDispatch* callback, Work work, Convert convert)
-{
+void startAsync(IDispatch* callback, Work work, Convert convert) {
     using Result = std::invoke_result_t<Work&>;
     // std::function copies what it holds, so the callback travels in a shared box.
     auto box = std::make_shared<std::unique_ptr<AsyncCallback>>(AsyncCallback::create(callback));
@@ -70,9 +68,8 @@ void startAsync(IDispatch* callback, Work work, Convert convert)
 
 // The same with the conversion that suits the result's type.
 template <class Work>
-void startAsync(IDispatch* callback, Work work)
-{
+void startAsync(IDispatch* callback, Work work) {
     startAsync(callback, std::move(work), AsVariant{});
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -15,20 +15,17 @@ namespace {
 
 constexpr wchar_t context[] = L"AsyncCallback";
 
-enum Position : std::size_t
-{
+enum Position : std::size_t {
     self,
     errorText,
     resultValue,
 };
 
 // The apartment for the time of a call into the script.
-class Apartment
-{
+class Apartment {
 public:
     Apartment() noexcept : entered_(SUCCEEDED(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
-    ~Apartment()
-    {
+    ~Apartment() {
         if (entered_)
             ::CoUninitialize();
     }
@@ -39,8 +36,7 @@ private:
     bool entered_;
 };
 
-void logFailure(const wchar_t* text, HRESULT hr) noexcept
-{
+void logFailure(const wchar_t* text, HRESULT hr) noexcept {
     try {
         writeLog(LogLevel::error, context, text, systemText(static_cast<std::uint32_t>(hr)));
     } catch (...) {
@@ -49,11 +45,9 @@ void logFailure(const wchar_t* text, HRESULT hr) noexcept
 }
 
 // A failing script function describes its failure in here; nobody is interested.
-struct ExceptionInfo : EXCEPINFO
-{
+struct ExceptionInfo : EXCEPINFO {
     ExceptionInfo() noexcept : EXCEPINFO{} {}
-    ~ExceptionInfo()
-    {
+    ~ExceptionInfo() {
         ::SysFreeString(bstrSource);
         ::SysFreeString(bstrDescription);
         ::SysFreeString(bstrHelpFile);
@@ -62,8 +56,7 @@ struct ExceptionInfo : EXCEPINFO
     ExceptionInfo& operator=(const ExceptionInfo&) = delete;
 };
 
-std::wstring textOf(const std::exception_ptr& error)
-{
+std::wstring textOf(const std::exception_ptr& error) {
     try {
         std::rethrow_exception(error);
     } catch (const Exception& exception) {
@@ -75,10 +68,9 @@ std::wstring textOf(const std::exception_ptr& error)
     }
 }
 
-} // namespace
+}  // namespace
 
-AsyncCallback::AsyncCallback(ThreadWindow window, IDispatch* callback) : window_(std::move(window))
-{
+AsyncCallback::AsyncCallback(ThreadWindow window, IDispatch* callback) : window_(std::move(window)) {
     HRESULT hr = ::CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
                                     IID_IGlobalInterfaceTable, table_.putVoid());
     if (SUCCEEDED(hr))
@@ -89,19 +81,16 @@ AsyncCallback::AsyncCallback(ThreadWindow window, IDispatch* callback) : window_
     }
 }
 
-std::unique_ptr<AsyncCallback> AsyncCallback::create(IDispatch* callback)
-{
+std::unique_ptr<AsyncCallback> AsyncCallback::create(IDispatch* callback) {
     return std::unique_ptr<AsyncCallback>(new AsyncCallback(ThreadWindow::ofThisThread(), callback));
 }
 
-AsyncCallback::~AsyncCallback()
-{
+AsyncCallback::~AsyncCallback() {
     if (const HRESULT hr = table_->RevokeInterfaceFromGlobal(cookie_); FAILED(hr))
         logFailure(L"RevokeInterfaceFromGlobal error: ", hr);
 }
 
-void AsyncCallback::logStep(const wchar_t* step) noexcept
-{
+void AsyncCallback::logStep(const wchar_t* step) noexcept {
     try {
         writeLog(LogLevel::info, context, step);
     } catch (...) {
@@ -109,8 +98,7 @@ void AsyncCallback::logStep(const wchar_t* step) noexcept
     }
 }
 
-void AsyncCallback::convert(const std::function<HRESULT(VARIANT*)>& converter) noexcept
-{
+void AsyncCallback::convert(const std::function<HRESULT(VARIANT*)>& converter) noexcept {
     try {
         const HRESULT hr = converter(arguments_[resultValue].put());
         if (SUCCEEDED(hr))
@@ -122,23 +110,20 @@ void AsyncCallback::convert(const std::function<HRESULT(VARIANT*)>& converter) n
     }
 }
 
-void AsyncCallback::post(std::unique_ptr<AsyncCallback> self) noexcept
-{
+void AsyncCallback::post(std::unique_ptr<AsyncCallback> self) noexcept {
     logStep(L"post message to window");
     ThreadWindow& window = self->window_;
     ThreadWindow::post(window, std::move(self));
 }
 
-void AsyncCallback::describeError()
-{
+void AsyncCallback::describeError() {
     arguments_[resultValue].put();
     VARIANT& text = *arguments_[errorText].put();
     V_BSTR(&text) = Bstr(textOf(error_)).detach();
     V_VT(&text) = VT_BSTR;
 }
 
-void AsyncCallback::call(IDispatch& callback)
-{
+void AsyncCallback::call(IDispatch& callback) {
     callback.AddRef();
     VARIANT& self = *arguments_[Position::self].put();
     V_DISPATCH(&self) = &callback;
@@ -167,8 +152,7 @@ void AsyncCallback::call(IDispatch& callback)
         logFailure(L"invoke javascript callback error: ", hr);
 }
 
-void AsyncCallback::invoke() noexcept
-{
+void AsyncCallback::invoke() noexcept {
     const Apartment apartment;
     try {
         ComPtr<IDispatch> callback;

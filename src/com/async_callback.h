@@ -18,11 +18,11 @@
 
 // One per started operation. Lives from the method call until the script function has been called; it keeps
 // the module. Destroyed on the script's thread, or by whoever finds that this thread has ended.
-class AsyncCallback
-{
+class AsyncCallback {
 public:
     // Registers `callback` for being called later. Called on the script's thread. Throws ComException
-    // E_ACTIVEX with the HRESULT of the registration; Win32Exception E_REGISTER_WINDOW_CLASS, E_CREATE_WINDOW.
+    // E_ACTIVEX with the HRESULT of the registration; Win32Exception E_REGISTER_WINDOW_CLASS,
+    // E_CREATE_WINDOW.
     static std::unique_ptr<AsyncCallback> create(IDispatch* callback);
 
     AsyncCallback(const AsyncCallback&) = delete;
@@ -34,8 +34,7 @@ public:
     template <class T>
     static void pluginThreadCall(std::unique_ptr<AsyncCallback> self, const std::exception_ptr& error,
                                  const T& result,
-                                 const std::function<HRESULT(const T&, VARIANT*)>& converter) noexcept
-    {
+                                 const std::function<HRESULT(const T&, VARIANT*)>& converter) noexcept {
         self->logStep(L"invoke callback async operation");
         self->error_ = error;
         if (!error && converter)

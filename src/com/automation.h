@@ -13,30 +13,25 @@
 namespace Corvane::Com {
 
 // The text of a BSTR argument; a null BSTR is an empty text. Valid as long as the argument is.
-inline std::wstring_view viewOf(BSTR text) noexcept
-{
+inline std::wstring_view viewOf(BSTR text) noexcept {
     return text ? std::wstring_view(text, ::SysStringLen(text)) : std::wstring_view();
 }
 
-class Bstr
-{
+class Bstr {
 public:
     Bstr() noexcept = default;
-    explicit Bstr(std::wstring_view text) : text_(::SysAllocStringLen(text.data(), checked(text.size())))
-    {
+    explicit Bstr(std::wstring_view text) : text_(::SysAllocStringLen(text.data(), checked(text.size()))) {
         check();
     }
     // Room for `length` characters, not yet set, and a terminator that is.
-    static Bstr uninitialized(std::size_t length)
-    {
+    static Bstr uninitialized(std::size_t length) {
         Bstr text;
         text.text_ = ::SysAllocStringLen(nullptr, checked(length));
         text.check();
         return text;
     }
     Bstr(Bstr&& other) noexcept : text_(other.detach()) {}
-    Bstr& operator=(Bstr&& other) noexcept
-    {
+    Bstr& operator=(Bstr&& other) noexcept {
         std::swap(text_, other.text_);
         return *this;
     }
@@ -45,8 +40,7 @@ public:
     ~Bstr() { ::SysFreeString(text_); }
 
     BSTR get() const noexcept { return text_; }
-    BSTR* put() noexcept
-    {
+    BSTR* put() noexcept {
         ::SysFreeString(detach());
         return &text_;
     }
@@ -55,14 +49,12 @@ public:
 
 private:
     // A BSTR counts its bytes in 32 bits; a longer one cannot be allocated.
-    static UINT checked(std::size_t length)
-    {
+    static UINT checked(std::size_t length) {
         if (length > std::numeric_limits<UINT>::max() / sizeof(OLECHAR) - sizeof(OLECHAR) - sizeof(UINT))
             throw std::bad_alloc();
         return static_cast<UINT>(length);
     }
-    void check() const
-    {
+    void check() const {
         if (!text_)
             throw std::bad_alloc();
     }
@@ -70,10 +62,9 @@ private:
     BSTR text_ = nullptr;
 };
 
-// Turns an unsigned 32-bit number into a signed one, or a double where that is too small: VBScript compares and
-// counts with no unsigned type but Byte.
-inline void makeScriptNumber(VARIANT& value) noexcept
-{
+// Turns an unsigned 32-bit number into a signed one, or a double where that is too small: VBScript compares
+// and counts with no unsigned type but Byte.
+inline void makeScriptNumber(VARIANT& value) noexcept {
     if (V_VT(&value) != VT_UI4 && V_VT(&value) != VT_UINT)
         return;
     const ULONG number = V_UI4(&value);
@@ -86,13 +77,11 @@ inline void makeScriptNumber(VARIANT& value) noexcept
     }
 }
 
-class Variant
-{
+class Variant {
 public:
     Variant() noexcept { ::VariantInit(&value_); }
     Variant(Variant&& other) noexcept : value_(other.detach()) {}
-    Variant& operator=(Variant&& other) noexcept
-    {
+    Variant& operator=(Variant&& other) noexcept {
         std::swap(value_, other.value_);
         return *this;
     }
@@ -102,13 +91,11 @@ public:
 
     VARIANT& get() noexcept { return value_; }
     const VARIANT& get() const noexcept { return value_; }
-    VARIANT* put() noexcept
-    {
+    VARIANT* put() noexcept {
         ::VariantClear(&value_);
         return &value_;
     }
-    [[nodiscard]] VARIANT detach() noexcept
-    {
+    [[nodiscard]] VARIANT detach() noexcept {
         const VARIANT value = value_;
         ::VariantInit(&value_);
         return value;
@@ -118,19 +105,16 @@ private:
     VARIANT value_;
 };
 
-class SafeArray
-{
+class SafeArray {
 public:
     // A one-dimensional array of `count` elements, numbered from 0.
-    SafeArray(VARTYPE type, ULONG count) : array_(::SafeArrayCreateVector(type, 0, checked(count)))
-    {
+    SafeArray(VARTYPE type, ULONG count) : array_(::SafeArrayCreateVector(type, 0, checked(count))) {
         if (!array_)
             throw std::bad_alloc();
     }
     SafeArray(const SafeArray&) = delete;
     SafeArray& operator=(const SafeArray&) = delete;
-    ~SafeArray()
-    {
+    ~SafeArray() {
         if (array_)
             ::SafeArrayDestroy(array_);
     }
@@ -139,10 +123,9 @@ public:
     [[nodiscard]] SAFEARRAY* detach() noexcept { return std::exchange(array_, nullptr); }
 
 private:
-    // The size in bytes is counted in 32 bits, and not every system refuses what they cannot hold. No element is
-    // larger than a VARIANT.
-    static ULONG checked(ULONG count)
-    {
+    // The size in bytes is counted in 32 bits, and not every system refuses what they cannot hold. No element
+    // is larger than a VARIANT.
+    static ULONG checked(ULONG count) {
         if (count > std::numeric_limits<ULONG>::max() / sizeof(VARIANT))
             throw std::bad_alloc();
         return count;
@@ -151,4 +134,4 @@ private:
     SAFEARRAY* array_;
 };
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -4,8 +4,7 @@
 
 namespace Corvane::Com {
 
-SharedStream streamOf(::IBinaryStream* argument)
-{
+SharedStream streamOf(::IBinaryStream* argument) {
     const ComPtr<Implementation> implementation = implementationOf(argument);
     const auto* holder = dynamic_cast<StreamHolder*>(implementation.get());
     if (!holder)
@@ -13,21 +12,19 @@ SharedStream streamOf(::IBinaryStream* argument)
     return holder->stream();
 }
 
-std::int64_t offsetOf(double number)
-{
-    constexpr double limit = 9007199254740992.0; // 2^53
+std::int64_t offsetOf(double number) {
+    constexpr double limit = 9007199254740992.0;  // 2^53
     // NaN fails the first comparison.
     if (!(std::abs(number) <= limit) || number != std::trunc(number))
         throw Exception(E_OFFSET_OUT_OF_RANGE);
     return static_cast<std::int64_t>(number);
 }
 
-std::uint64_t sizeOf(double number)
-{
+std::uint64_t sizeOf(double number) {
     const std::int64_t size = offsetOf(number);
     if (size < 0)
         throw Exception(E_OFFSET_OUT_OF_RANGE);
     return static_cast<std::uint64_t>(size);
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -21,8 +21,7 @@ using namespace Corvane::Com;
 namespace {
 
 // A one-dimensional array of bytes as scripts can index it: VARIANTs of VT_UI1.
-Variant byteArray(std::span<const std::uint8_t> bytes)
-{
+Variant byteArray(std::span<const std::uint8_t> bytes) {
     SafeArray array(VT_VARIANT, static_cast<ULONG>(bytes.size()));
     VARIANT* element = nullptr;
     checkHresult(::SafeArrayAccessData(array.get(), reinterpret_cast<void**>(&element)), E_ACTIVEX,
@@ -39,16 +38,14 @@ Variant byteArray(std::span<const std::uint8_t> bytes)
     return result;
 }
 
-} // namespace
+}  // namespace
 
-SharedBytes CBinaryObject::bytes() const
-{
+SharedBytes CBinaryObject::bytes() const {
     const std::shared_lock guard(mutex_);
     return bytes_;
 }
 
-HRESULT CBinaryObject::get_Size(ULONG* size)
-{
+HRESULT CBinaryObject::get_Size(ULONG* size) {
     if (!size)
         return E_POINTER;
     const SharedBytes held = bytes();
@@ -56,8 +53,7 @@ HRESULT CBinaryObject::get_Size(ULONG* size)
     return S_OK;
 }
 
-HRESULT CBinaryObject::GetByte(ULONG byteIndex, unsigned char* value)
-{
+HRESULT CBinaryObject::GetByte(ULONG byteIndex, unsigned char* value) {
     if (!value)
         return E_POINTER;
     *value = 0;
@@ -68,8 +64,7 @@ HRESULT CBinaryObject::GetByte(ULONG byteIndex, unsigned char* value)
     return S_OK;
 }
 
-HRESULT CBinaryObject::Equals(IBinaryObject* other, VARIANT_BOOL* equal)
-{
+HRESULT CBinaryObject::Equals(IBinaryObject* other, VARIANT_BOOL* equal) {
     return frame(L"CBinaryObject::Equals", [&] {
         const SharedBytes right = bytesOf(other);
         const SharedBytes left = bytes();
@@ -77,20 +72,19 @@ HRESULT CBinaryObject::Equals(IBinaryObject* other, VARIANT_BOOL* equal)
     });
 }
 
-HRESULT CBinaryObject::ToBase64(BSTR* text)
-{
+HRESULT CBinaryObject::ToBase64(BSTR* text) {
     return frame(L"CBinaryObject::ToBase64", [&] {
         const SharedBytes held = bytes();
         if (!held)
             return;
-        Bstr result = Bstr::uninitialized(getBinToBase64RequiredSize(static_cast<std::int64_t>(held->size()), 0));
+        Bstr result =
+            Bstr::uninitialized(getBinToBase64RequiredSize(static_cast<std::int64_t>(held->size()), 0));
         encodeBase64(*held, 0, result.get());
         give(text, std::move(result));
     });
 }
 
-HRESULT CBinaryObject::ToHexString(BSTR* text)
-{
+HRESULT CBinaryObject::ToHexString(BSTR* text) {
     return frame(L"CBinaryObject::ToHexString", [&] {
         const SharedBytes held = bytes();
         if (!held)
@@ -101,16 +95,14 @@ HRESULT CBinaryObject::ToHexString(BSTR* text)
     });
 }
 
-HRESULT CBinaryObject::ToString(ULONG codePage, BSTR* text)
-{
+HRESULT CBinaryObject::ToString(ULONG codePage, BSTR* text) {
     return frame(L"CBinaryObject::ToString", [&] {
         const SharedBytes held = bytes();
         give(text, multiToWide(codePage, held ? Binary::toString(*held, 0) : std::string()));
     });
 }
 
-HRESULT CBinaryObject::ToUnicodeString(BSTR* text)
-{
+HRESULT CBinaryObject::ToUnicodeString(BSTR* text) {
     return frame(L"CBinaryObject::ToUnicodeString", [&] {
         const SharedBytes held = bytes();
         if (!held)
@@ -121,8 +113,7 @@ HRESULT CBinaryObject::ToUnicodeString(BSTR* text)
     });
 }
 
-HRESULT CBinaryObject::ToArray(ULONG offset, ULONG count, VARIANT* bytes)
-{
+HRESULT CBinaryObject::ToArray(ULONG offset, ULONG count, VARIANT* bytes) {
     return frame(L"CBinaryObject::ToArray", [&] {
         if (!bytes)
             throw SilentFailure{E_POINTER};
@@ -131,37 +122,34 @@ HRESULT CBinaryObject::ToArray(ULONG offset, ULONG count, VARIANT* bytes)
         if (held && count != 0 && offset > size)
             throw Exception(E_OFFSET_OUT_OF_RANGE);
         const std::size_t taken = count == 0 || !held ? 0 : std::min<std::size_t>(count, size - offset);
-        give(bytes, byteArray(taken == 0 ? std::span<const std::uint8_t>() : std::span(*held).subspan(offset, taken)));
+        give(bytes, byteArray(taken == 0 ? std::span<const std::uint8_t>()
+                                         : std::span(*held).subspan(offset, taken)));
     });
 }
 
-HRESULT CBinaryObject::ToFile(BSTR filePath)
-{
+HRESULT CBinaryObject::ToFile(BSTR filePath) {
     return frame(L"CBinaryObject::ToFile", [&] {
         const SharedBytes held = bytes();
-        writeFile(std::wstring(viewOf(filePath)), held ? std::span<const std::uint8_t>(*held)
-                                                       : std::span<const std::uint8_t>());
+        writeFile(std::wstring(viewOf(filePath)),
+                  held ? std::span<const std::uint8_t>(*held) : std::span<const std::uint8_t>());
     });
 }
 
-HRESULT CBinaryObject::GetCrc32(ULONG* crc)
-{
+HRESULT CBinaryObject::GetCrc32(ULONG* crc) {
     return frame(L"CBinaryObject::GetCrc32", [&] {
         const SharedBytes held = bytes();
         give(crc, ULONG{held ? Binary::getCrc32(*held, 0) : 0});
     });
 }
 
-HRESULT CBinaryObject::ToXmlString(BSTR* text)
-{
+HRESULT CBinaryObject::ToXmlString(BSTR* text) {
     return frame(L"CBinaryObject::ToXmlString", [&] {
         const SharedBytes held = bytes();
         give(text, Binary::toXmlString(held ? *held : Bytes()));
     });
 }
 
-HRESULT CBinaryObject::Reset()
-{
+HRESULT CBinaryObject::Reset() {
     SharedBytes dropped;
     const std::lock_guard guard(mutex_);
     dropped.swap(bytes_);
@@ -170,15 +158,13 @@ HRESULT CBinaryObject::Reset()
 
 namespace Corvane::Com {
 
-SharedBytes bytesOf(IBinaryObject* object)
-{
+SharedBytes bytesOf(IBinaryObject* object) {
     SharedBytes bytes = resolve<CBinaryObject>(object)->bytes();
     return bytes ? bytes : std::make_shared<Bytes>();
 }
 
-ComPtr<CBinaryObject> makeBinary(Bytes bytes)
-{
+ComPtr<CBinaryObject> makeBinary(Bytes bytes) {
     return makeObject<CBinaryObject>(std::make_shared<Bytes>(std::move(bytes)));
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -7,8 +7,7 @@
 
 #include <VetrelCorvane2_h.h>
 
-class CBinaryObject final : public Corvane::Com::Object<CBinaryObject, BinaryObject, IBinaryObject>
-{
+class CBinaryObject final : public Corvane::Com::Object<CBinaryObject, BinaryObject, IBinaryObject> {
 public:
     CBinaryObject() = default;
     explicit CBinaryObject(Corvane::SharedBytes bytes) noexcept : bytes_(std::move(bytes)) {}
@@ -30,7 +29,7 @@ public:
     HRESULT STDMETHODCALLTYPE Reset() override;
 
 private:
-    mutable Corvane::SharedMutex mutex_; // guards the pointer; what it points to never changes
+    mutable Corvane::SharedMutex mutex_;  // guards the pointer; what it points to never changes
     Corvane::SharedBytes bytes_;
 };
 
@@ -42,4 +41,4 @@ SharedBytes bytesOf(IBinaryObject* object);
 // A new BinaryObject that holds the bytes.
 ComPtr<CBinaryObject> makeBinary(Bytes bytes);
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -11,39 +11,35 @@
 using namespace Corvane;
 using namespace Corvane::Com;
 
-HRESULT CBinaryObjectService::CreateStream(::IBinaryStream** stream)
-{
-    return serviceFrame(L"CBinaryObjectService::CreateStream", [&] { give(stream, makeObject<CBinaryStream>()); });
+HRESULT CBinaryObjectService::CreateStream(::IBinaryStream** stream) {
+    return serviceFrame(L"CBinaryObjectService::CreateStream",
+                        [&] { give(stream, makeObject<CBinaryStream>()); });
 }
 
-HRESULT CBinaryObjectService::BinaryObjectFromBase64(BSTR base64String, IBinaryObject** binary)
-{
+HRESULT CBinaryObjectService::BinaryObjectFromBase64(BSTR base64String, IBinaryObject** binary) {
     return serviceFrame(L"CBinaryObjectService::BinaryObjectFromBase64",
                         [&] { give(binary, makeBinary(base64ToBin(viewOf(base64String)))); });
 }
 
-HRESULT CBinaryObjectService::BinaryObjectFromHex(BSTR hexString, IBinaryObject** binary)
-{
+HRESULT CBinaryObjectService::BinaryObjectFromHex(BSTR hexString, IBinaryObject** binary) {
     return serviceFrame(L"CBinaryObjectService::BinaryObjectFromHex",
                         [&] { give(binary, makeBinary(hexToBin(viewOf(hexString)))); });
 }
 
-HRESULT CBinaryObjectService::BinaryObjectFromFile(BSTR filePath, IBinaryObject** binary)
-{
+HRESULT CBinaryObjectService::BinaryObjectFromFile(BSTR filePath, IBinaryObject** binary) {
     return serviceFrame(L"CBinaryObjectService::BinaryObjectFromFile",
                         [&] { give(binary, makeBinary(readFile(std::wstring(viewOf(filePath))))); });
 }
 
-HRESULT CBinaryObjectService::BinaryObjectFromString(BSTR inputString, ULONG codePage, IBinaryObject** binary)
-{
+HRESULT CBinaryObjectService::BinaryObjectFromString(BSTR inputString, ULONG codePage,
+                                                     IBinaryObject** binary) {
     return serviceFrame(L"CBinaryObjectService::BinaryObjectFromString", [&] {
         const std::string text = wideToMulti(codePage, viewOf(inputString));
         give(binary, makeBinary(Bytes(text.begin(), text.end())));
     });
 }
 
-HRESULT CBinaryObjectService::BinaryObjectFromUnicodeString(BSTR inputString, IBinaryObject** binary)
-{
+HRESULT CBinaryObjectService::BinaryObjectFromUnicodeString(BSTR inputString, IBinaryObject** binary) {
     return serviceFrame(L"CBinaryObjectService::BinaryObjectFromUnicodeString", [&] {
         const std::wstring_view text = viewOf(inputString);
         const auto* first = reinterpret_cast<const std::uint8_t*>(text.data());

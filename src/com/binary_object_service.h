@@ -6,8 +6,7 @@
 #include <VetrelCorvane2_h.h>
 
 class CBinaryObjectService final
-    : public Corvane::Com::ServiceObject<CBinaryObjectService, BinaryObjectService, IBinaryObjectService>
-{
+    : public Corvane::Com::ServiceObject<CBinaryObjectService, BinaryObjectService, IBinaryObjectService> {
 public:
     HRESULT STDMETHODCALLTYPE CreateStream(::IBinaryStream** stream) override;
     HRESULT STDMETHODCALLTYPE BinaryObjectFromBase64(BSTR base64String, IBinaryObject** binary) override;
@@ -15,10 +14,12 @@ public:
     HRESULT STDMETHODCALLTYPE BinaryObjectFromFile(BSTR filePath, IBinaryObject** binary) override;
     HRESULT STDMETHODCALLTYPE BinaryObjectFromString(BSTR inputString, ULONG codePage,
                                                      IBinaryObject** binary) override;
-    HRESULT STDMETHODCALLTYPE BinaryObjectFromUnicodeString(BSTR inputString, IBinaryObject** binary) override;
+    HRESULT STDMETHODCALLTYPE BinaryObjectFromUnicodeString(BSTR inputString,
+                                                            IBinaryObject** binary) override;
 
     HRESULT STDMETHODCALLTYPE GetCrc32(IBinaryObject* binary, ULONG initCrc, ULONG* crc) override;
-    HRESULT STDMETHODCALLTYPE GetCrc32Async(IBinaryObject* binary, ULONG initCrc, IDispatch* pCallback) override;
+    HRESULT STDMETHODCALLTYPE GetCrc32Async(IBinaryObject* binary, ULONG initCrc,
+                                            IDispatch* pCallback) override;
     HRESULT STDMETHODCALLTYPE GetCrc32StreamAsync(::IBinaryStream* stream, IDispatch* pCallback,
                                                   VARIANT token) override;
     HRESULT STDMETHODCALLTYPE GetMd5(IBinaryObject* binary, IBinaryObject** digest) override;

@@ -4,8 +4,7 @@
 #include "com/base_stream.h"
 #include "stream/memory_stream.h"
 
-class CBinaryStream final : public CBaseStream<CBinaryStream, BinaryStream, ::IBinaryStream>
-{
+class CBinaryStream final : public CBaseStream<CBinaryStream, BinaryStream, ::IBinaryStream> {
 public:
     CBinaryStream() : CBaseStream(std::make_shared<Corvane::Stream::MemoryStream>()) {}
 };

@@ -10,13 +10,11 @@
 namespace Corvane::Com {
 namespace {
 
-class ClassFactory final : public IClassFactory
-{
+class ClassFactory final : public IClassFactory {
 public:
     explicit ClassFactory(const Coclass& coclass) noexcept : coclass_(coclass) {}
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
-    {
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
         if (!object)
             return E_POINTER;
         *object = nullptr;
@@ -29,16 +27,14 @@ public:
 
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
 
-    ULONG STDMETHODCALLTYPE Release() override
-    {
+    ULONG STDMETHODCALLTYPE Release() override {
         const ULONG left = --references_;
         if (left == 0)
             delete this;
         return left;
     }
 
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override
-    {
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
         if (!object)
             return E_POINTER;
         *object = nullptr;
@@ -53,8 +49,7 @@ public:
         }
     }
 
-    HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override
-    {
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override {
         if (lock)
             Module::add();
         else
@@ -68,19 +63,19 @@ private:
     std::atomic<ULONG> references_{1};
 };
 
-} // namespace
+}  // namespace
 
-HRESULT getClassObject(const CLSID& clsid, REFIID iid, void** object) noexcept
-{
+HRESULT getClassObject(const CLSID& clsid, REFIID iid, void** object) noexcept {
     if (!object)
         return E_POINTER;
     *object = nullptr;
     const auto all = coclasses();
-    const auto found = std::find_if(all.begin(), all.end(), [&](const Coclass& c) { return *c.clsid == clsid; });
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&](const Coclass& c) { return *c.clsid == clsid; });
     if (found == all.end() || !found->create)
         return CLASS_E_CLASSNOTAVAILABLE;
     const auto factory = ComPtr<IClassFactory>::adopt(new (std::nothrow) ClassFactory(*found));
     return factory ? factory->QueryInterface(iid, object) : E_OUTOFMEMORY;
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -8,4 +8,4 @@ namespace Corvane::Com {
 // What DllGetClassObject answers: a class object for one coclass of the table, under the interface wanted.
 HRESULT getClassObject(const CLSID& clsid, REFIID iid, void** object) noexcept;
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

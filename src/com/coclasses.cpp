@@ -21,17 +21,14 @@ namespace {
 constexpr CLSID baseStreamId{0x2F8ACEEF, 0xB79D, 0x4836, {0x8E, 0x23, 0xB8, 0xA1, 0x01, 0xDD, 0x15, 0x8C}};
 
 template <class T>
-Coclass coclass(const wchar_t* name)
-{
-    return {&T::classId(), name, versionShortText, [] {
-                return static_cast<IUnknown*>(static_cast<Implementation*>(makeObject<T>().detach()));
-            }};
+Coclass coclass(const wchar_t* name) {
+    return {&T::classId(), name, versionShortText,
+            [] { return static_cast<IUnknown*>(static_cast<Implementation*>(makeObject<T>().detach())); }};
 }
 
-} // namespace
+}  // namespace
 
-std::span<const Coclass> coclasses()
-{
+std::span<const Coclass> coclasses() {
     static const Coclass table[] = {
         coclass<CBinaryObject>(L"BinaryObject"),
         coclass<CBinaryObjectService>(L"BinaryObjectService"),
@@ -52,4 +49,4 @@ std::span<const Coclass> coclasses()
     return table;
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

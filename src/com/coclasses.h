@@ -10,14 +10,13 @@
 
 namespace Corvane::Com {
 
-struct Coclass
-{
+struct Coclass {
     const CLSID* clsid;
-    const wchar_t* name;    // second part of the ProgIDs
-    const wchar_t* version; // last part of the versioned ProgID
-    IUnknown* (*create)();  // a new object with one reference; may throw. Null for what is registered only
+    const wchar_t* name;     // second part of the ProgIDs
+    const wchar_t* version;  // last part of the versioned ProgID
+    IUnknown* (*create)();   // a new object with one reference; may throw. Null for what is registered only
 };
 
 std::span<const Coclass> coclasses();
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -13,18 +13,15 @@
 namespace Corvane::Com {
 namespace {
 
-struct GuidLess
-{
-    bool operator()(const GUID& left, const GUID& right) const noexcept
-    {
+struct GuidLess {
+    bool operator()(const GUID& left, const GUID& right) const noexcept {
         return std::memcmp(&left, &right, sizeof(GUID)) < 0;
     }
 };
 
 // Allocated when first needed and freed by forgetAll(), never by a static destructor: those run under the
 // loader lock, where releasing a type library is not safe.
-struct Cache
-{
+struct Cache {
     ComPtr<ITypeLib> library;
     std::map<GUID, const DispatchTable*, GuidLess> tables;
 };
@@ -32,15 +29,13 @@ struct Cache
 SharedMutex cacheMutex;
 Cache* cache = nullptr;
 
-Cache& lockedCache()
-{
+Cache& lockedCache() {
     if (!cache)
         cache = new Cache;
     return *cache;
 }
 
-ITypeLib* lockedLibrary(HRESULT& hr)
-{
+ITypeLib* lockedLibrary(HRESULT& hr) {
     Cache& all = lockedCache();
     hr = S_OK;
     if (!all.library)
@@ -48,36 +43,30 @@ ITypeLib* lockedLibrary(HRESULT& hr)
     return all.library.get();
 }
 
-HRESULT lockedTypeInfo(const GUID& guid, ComPtr<ITypeInfo>& info)
-{
+HRESULT lockedTypeInfo(const GUID& guid, ComPtr<ITypeInfo>& info) {
     HRESULT hr;
     ITypeLib* library = lockedLibrary(hr);
     return FAILED(hr) ? hr : library->GetTypeInfoOfGuid(guid, info.put());
 }
 
 // Names of members are ASCII and compared without regard to case.
-constexpr OLECHAR folded(OLECHAR c) noexcept
-{
+constexpr OLECHAR folded(OLECHAR c) noexcept {
     return c >= L'A' && c <= L'Z' ? static_cast<OLECHAR>(c + (L'a' - L'A')) : c;
 }
 
-constexpr std::size_t hashStep(std::size_t hash, OLECHAR c) noexcept
-{
+constexpr std::size_t hashStep(std::size_t hash, OLECHAR c) noexcept {
     return (hash ^ c) * 16777619u;
 }
 
-class FunctionDescription
-{
+class FunctionDescription {
 public:
-    FunctionDescription(ITypeInfo& info, UINT index) noexcept : info_(info)
-    {
+    FunctionDescription(ITypeInfo& info, UINT index) noexcept : info_(info) {
         if (FAILED(info.GetFuncDesc(index, &description_)))
             description_ = nullptr;
     }
     FunctionDescription(const FunctionDescription&) = delete;
     FunctionDescription& operator=(const FunctionDescription&) = delete;
-    ~FunctionDescription()
-    {
+    ~FunctionDescription() {
         if (description_)
             info_.ReleaseFuncDesc(description_);
     }
@@ -90,8 +79,7 @@ private:
     FUNCDESC* description_ = nullptr;
 };
 
-UINT functionCount(ITypeInfo& info) noexcept
-{
+UINT functionCount(ITypeInfo& info) noexcept {
     TYPEATTR* attributes = nullptr;
     if (FAILED(info.GetTypeAttr(&attributes)))
         return 0;
@@ -100,10 +88,9 @@ UINT functionCount(ITypeInfo& info) noexcept
     return count;
 }
 
-} // namespace
+}  // namespace
 
-HRESULT DispatchTable::acquire(const IID& iid, const DispatchTable** table) noexcept
-{
+HRESULT DispatchTable::acquire(const IID& iid, const DispatchTable** table) noexcept {
     try {
         {
             const std::shared_lock guard(cacheMutex);
@@ -131,8 +118,7 @@ HRESULT DispatchTable::acquire(const IID& iid, const DispatchTable** table) noex
     }
 }
 
-void DispatchTable::forgetAll() noexcept
-{
+void DispatchTable::forgetAll() noexcept {
     const std::lock_guard guard(cacheMutex);
     if (!cache)
         return;
@@ -143,16 +129,14 @@ void DispatchTable::forgetAll() noexcept
     delete std::exchange(cache, nullptr);
 }
 
-DispatchTable::DispatchTable(ComPtr<ITypeInfo> typeInfo) : typeInfo_(std::move(typeInfo))
-{
+DispatchTable::DispatchTable(ComPtr<ITypeInfo> typeInfo) : typeInfo_(std::move(typeInfo)) {
     const UINT count = functionCount(*typeInfo_);
     for (UINT index = 0; index < count; ++index)
         addFunction(index);
     buildIndex();
 }
 
-void DispatchTable::addFunction(UINT index)
-{
+void DispatchTable::addFunction(UINT index) {
     const FunctionDescription function(*typeInfo_.get(), index);
     if (!function)
         return;
@@ -163,19 +147,17 @@ void DispatchTable::addFunction(UINT index)
         addName(name.get(), function->memid);
 }
 
-void DispatchTable::addName(BSTR name, DISPID id)
-{
+void DispatchTable::addName(BSTR name, DISPID id) {
     std::wstring text(viewOf(name));
     std::transform(text.begin(), text.end(), text.begin(), folded);
     const auto known = [&](const Name& other) { return other.id == id; };
     if (std::any_of(names_.begin(), names_.end(), known))
-        return; // getter and setter of one property
+        return;  // getter and setter of one property
     texts_.push_back(std::move(text));
     names_.push_back({{}, id});
 }
 
-void DispatchTable::buildIndex()
-{
+void DispatchTable::buildIndex() {
     // At most half full, so that a name that is not there is found out soon.
     buckets_.assign(std::bit_ceil(names_.size() * 2 + 1), 0);
     for (std::size_t i = 0; i < names_.size(); ++i) {
@@ -190,8 +172,7 @@ void DispatchTable::buildIndex()
     }
 }
 
-const DispatchTable::Name* DispatchTable::find(const OLECHAR* name) const noexcept
-{
+const DispatchTable::Name* DispatchTable::find(const OLECHAR* name) const noexcept {
     std::size_t hash = 0;
     const OLECHAR* end = name;
     for (; *end; ++end)
@@ -208,8 +189,7 @@ const DispatchTable::Name* DispatchTable::find(const OLECHAR* name) const noexce
     return nullptr;
 }
 
-HRESULT DispatchTable::getIdsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const noexcept
-{
+HRESULT DispatchTable::getIdsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const noexcept {
     if (!names || !ids || count == 0)
         return E_INVALIDARG;
     const Name* name = find(names[0]);
@@ -217,27 +197,24 @@ HRESULT DispatchTable::getIdsOfNames(LPOLESTR* names, UINT count, DISPID* ids) c
         std::fill_n(ids, count, DISPID_UNKNOWN);
         return DISP_E_UNKNOWNNAME;
     }
-    if (count > 1) // names of arguments, which scripts hardly ever use
+    if (count > 1)  // names of arguments, which scripts hardly ever use
         return typeInfo_->GetIDsOfNames(names, count, ids);
     ids[0] = name->id;
     return S_OK;
 }
 
-bool DispatchTable::isGetter(DISPID member) const noexcept
-{
+bool DispatchTable::isGetter(DISPID member) const noexcept {
     const auto kind = kinds_.find(member);
     return kind != kinds_.end() && (kind->second & INVOKE_PROPERTYGET) != 0;
 }
 
-bool DispatchTable::isMethod(DISPID member) const noexcept
-{
+bool DispatchTable::isMethod(DISPID member) const noexcept {
     const auto kind = kinds_.find(member);
     return kind != kinds_.end() && (kind->second & INVOKE_FUNC) != 0;
 }
 
-HRESULT DispatchTable::invoke(void* object, DISPID member, WORD flags, DISPPARAMS* parameters, VARIANT* result,
-                              EXCEPINFO* exception, UINT* badArgument) const noexcept
-{
+HRESULT DispatchTable::invoke(void* object, DISPID member, WORD flags, DISPPARAMS* parameters,
+                              VARIANT* result, EXCEPINFO* exception, UINT* badArgument) const noexcept {
     // Engines read a property as a method in places (a read that stands as a statement, an enumerator),
     // and authors write a method without arguments as if it were a property.
     if (flags == DISPATCH_METHOD && isGetter(member))
@@ -252,8 +229,7 @@ HRESULT DispatchTable::invoke(void* object, DISPID member, WORD flags, DISPPARAM
     return hr;
 }
 
-HRESULT typeInfoOf(const GUID& guid, ITypeInfo** typeInfo) noexcept
-{
+HRESULT typeInfoOf(const GUID& guid, ITypeInfo** typeInfo) noexcept {
     try {
         const std::lock_guard guard(cacheMutex);
         ComPtr<ITypeInfo> info;
@@ -266,4 +242,4 @@ HRESULT typeInfoOf(const GUID& guid, ITypeInfo** typeInfo) noexcept
     }
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -19,8 +19,7 @@ namespace Corvane::Com {
 
 // What one interface answers to IDispatch. Built once for the process and shared by all objects of the
 // class, which hold references to it. Immutable, so any thread may use it.
-class DispatchTable
-{
+class DispatchTable {
 public:
     // The table of an interface of the type library; the caller owns the reference. A failure is the
     // HRESULT of the type library's loading.
@@ -30,8 +29,7 @@ public:
     static void forgetAll() noexcept;
 
     void addRef() const noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
-    void release() const noexcept
-    {
+    void release() const noexcept {
         if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1)
             delete this;
     }
@@ -45,9 +43,8 @@ public:
                    EXCEPINFO* exception, UINT* badArgument) const noexcept;
 
 private:
-    struct Name
-    {
-        std::wstring_view text; // folded
+    struct Name {
+        std::wstring_view text;  // folded
         DISPID id;
     };
 
@@ -64,7 +61,7 @@ private:
     ComPtr<ITypeInfo> typeInfo_;
     std::vector<std::wstring> texts_;
     std::vector<Name> names_;
-    std::vector<unsigned short> buckets_; // 1 + index into names_, 0 where there is none
+    std::vector<unsigned short> buckets_;  // 1 + index into names_, 0 where there is none
     std::unordered_map<DISPID, WORD> kinds_;
     mutable std::atomic<long> references_{1};
 };
@@ -72,4 +69,4 @@ private:
 // The description of a class or an interface in the embedded type library.
 HRESULT typeInfoOf(const GUID& guid, ITypeInfo** typeInfo) noexcept;
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -73,9 +73,8 @@ HRESULT CFileSystemService::SetAttributes(BSTR path, ULONG attributes) {
 }
 
 HRESULT CFileSystemService::GetLength(BSTR path, double* length) {
-    return serviceFrame(L"CFileSystemService::GetLength", [&] {
-        give(length, static_cast<double>(FileSystem::entryOf(textOf(path)).size));
-    });
+    return serviceFrame(L"CFileSystemService::GetLength",
+                        [&] { give(length, static_cast<double>(FileSystem::entryOf(textOf(path)).size)); });
 }
 
 HRESULT CFileSystemService::GetCreationDate(BSTR path, DATE* date) {

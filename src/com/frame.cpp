@@ -13,35 +13,29 @@ namespace Corvane::Com {
 namespace {
 
 // FACILITY_ITF, error numbers from 512 on, as COM leaves them to components.
-constexpr HRESULT hresultOf(std::uint32_t code) noexcept
-{
+constexpr HRESULT hresultOf(std::uint32_t code) noexcept {
     return static_cast<HRESULT>(0x80040000u | (code + 0x200u));
 }
 
-struct Failure
-{
+struct Failure {
     HRESULT hr;
     std::wstring description;
 };
 
-Failure describe(const ComException& exception)
-{
+Failure describe(const ComException& exception) {
     return {exception.hr(), exception.message() ? exception.message() : L""};
 }
 
-Failure describe(const Exception& exception)
-{
+Failure describe(const Exception& exception) {
     return {hresultOf(exception.code()), fullMessage(exception)};
 }
 
-Failure describe(const std::exception& exception)
-{
+Failure describe(const std::exception& exception) {
     return {hresultOf(E_ACTIVEX.code), multiToWide(CP_THREAD_ACP, exception.what())};
 }
 
 // The rungs of the ladder, most derived first. Throws when the description itself cannot be built.
-Failure describeCurrentException()
-{
+Failure describeCurrentException() {
     try {
         throw;
     } catch (const ComException& exception) {
@@ -53,8 +47,7 @@ Failure describeCurrentException()
     }
 }
 
-HRESULT reportUnknown(const CLSID& clsid, const wchar_t* method) noexcept
-{
+HRESULT reportUnknown(const CLSID& clsid, const wchar_t* method) noexcept {
     try {
         writeLog(LogLevel::error, method, E_ACTIVEX.message);
     } catch (...) {
@@ -63,10 +56,9 @@ HRESULT reportUnknown(const CLSID& clsid, const wchar_t* method) noexcept
     return reportError(clsid, E_ACTIVEX.message, hresultOf(E_ACTIVEX.code));
 }
 
-} // namespace
+}  // namespace
 
-HRESULT reportError(const CLSID& clsid, const wchar_t* description, HRESULT hr) noexcept
-{
+HRESULT reportError(const CLSID& clsid, const wchar_t* description, HRESULT hr) noexcept {
     ComPtr<ICreateErrorInfo> creator;
     if (SUCCEEDED(::CreateErrorInfo(creator.put()))) {
         creator->SetGUID(GUID_NULL);
@@ -83,13 +75,11 @@ HRESULT reportError(const CLSID& clsid, const wchar_t* description, HRESULT hr) 
     return hr == S_OK ? DISP_E_EXCEPTION : hr;
 }
 
-HRESULT reportError(const CLSID& clsid, const ErrorDescriptor& descriptor) noexcept
-{
+HRESULT reportError(const CLSID& clsid, const ErrorDescriptor& descriptor) noexcept {
     return reportError(clsid, descriptor.message, hresultOf(descriptor.code));
 }
 
-HRESULT reportCurrentException(const CLSID& clsid, const wchar_t* method) noexcept
-{
+HRESULT reportCurrentException(const CLSID& clsid, const wchar_t* method) noexcept {
     try {
         throw;
     } catch (const SilentFailure& failure) {
@@ -107,4 +97,4 @@ HRESULT reportCurrentException(const CLSID& clsid, const wchar_t* method) noexce
     }
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -12,8 +12,7 @@ namespace Corvane::Com {
 
 // Ends a method with an HRESULT and no error information and no log line: an argument that is not one
 // of our objects, or a null output pointer. Thrown inside a frame only.
-struct SilentFailure
-{
+struct SilentFailure {
     HRESULT hr;
 };
 
@@ -30,8 +29,7 @@ HRESULT reportCurrentException(const CLSID& clsid, const wchar_t* method) noexce
 // Runs `body` and returns S_OK, or what its exception translates to. Output parameters are to be set
 // as the last thing `body` does.
 template <class Body>
-HRESULT frame(const CLSID& clsid, const wchar_t* method, Body&& body) noexcept
-{
+HRESULT frame(const CLSID& clsid, const wchar_t* method, Body&& body) noexcept {
     try {
         std::forward<Body>(body)();
         return S_OK;
@@ -40,4 +38,4 @@ HRESULT frame(const CLSID& clsid, const wchar_t* method, Body&& body) noexcept
     }
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -7,15 +7,14 @@
 #include <functional>
 
 // The linker's name for the start of the image that this code is linked into.
-extern "C" const char __ImageBase[]; // NOLINT(bugprone-reserved-identifier): the linker's name
+extern "C" const char __ImageBase[];  // NOLINT(bugprone-reserved-identifier): the linker's name
 
 namespace Corvane::Com {
 namespace {
 
 std::atomic<long> references{0};
 
-std::size_t imageSize() noexcept
-{
+std::size_t imageSize() noexcept {
     IMAGE_DOS_HEADER start;
     std::memcpy(&start, __ImageBase, sizeof(start));
     IMAGE_NT_HEADERS headers;
@@ -23,30 +22,25 @@ std::size_t imageSize() noexcept
     return headers.OptionalHeader.SizeOfImage;
 }
 
-} // namespace
+}  // namespace
 
-void Module::add() noexcept
-{
+void Module::add() noexcept {
     references.fetch_add(1, std::memory_order_relaxed);
 }
 
-void Module::remove() noexcept
-{
+void Module::remove() noexcept {
     references.fetch_sub(1, std::memory_order_release);
 }
 
-bool Module::isIdle() noexcept
-{
+bool Module::isIdle() noexcept {
     return references.load(std::memory_order_acquire) == 0;
 }
 
-HINSTANCE Module::instance() noexcept
-{
+HINSTANCE Module::instance() noexcept {
     return reinterpret_cast<HINSTANCE>(const_cast<char*>(__ImageBase));
 }
 
-std::wstring Module::path()
-{
+std::wstring Module::path() {
     std::wstring path(MAX_PATH, L'\0');
     for (;;) {
         const DWORD length = ::GetModuleFileNameW(instance(), path.data(), static_cast<DWORD>(path.size()));
@@ -59,12 +53,11 @@ std::wstring Module::path()
     }
 }
 
-bool Module::owns(const void* object) noexcept
-{
+bool Module::owns(const void* object) noexcept {
     // Any COM object begins with the address of its table of methods.
     const char* table = nullptr;
     std::memcpy(&table, object, sizeof(table));
     return std::less_equal<>{}(__ImageBase, table) && std::less<>{}(table, __ImageBase + imageSize());
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

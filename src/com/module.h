@@ -8,8 +8,7 @@
 namespace Corvane::Com {
 
 // Objects alive plus server locks plus whatever else must keep the code in memory. Any thread.
-class Module
-{
+class Module {
 public:
     static void add() noexcept;
     static void remove() noexcept;
@@ -27,8 +26,7 @@ public:
 };
 
 // Keeps the module for as long as it lives.
-class ModuleReference
-{
+class ModuleReference {
 public:
     ModuleReference() noexcept { Module::add(); }
     ModuleReference(const ModuleReference&) noexcept : ModuleReference() {}
@@ -36,4 +34,4 @@ public:
     ~ModuleReference() { Module::remove(); }
 };
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

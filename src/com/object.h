@@ -22,13 +22,13 @@ namespace Corvane::Com {
 
 // What an object of ours answers under GUID_NULL, and no other object does: the way from an interface
 // pointer that a script passed to the class behind it. Which class that is, dynamic_cast tells.
-class Implementation : public IUnknown
-{
+class Implementation : public IUnknown {
 protected:
     ~Implementation() = default;
 };
 
-inline constexpr DWORD supportedSafety = INTERFACESAFE_FOR_UNTRUSTED_CALLER | INTERFACESAFE_FOR_UNTRUSTED_DATA;
+inline constexpr DWORD supportedSafety =
+    INTERFACESAFE_FOR_UNTRUSTED_CALLER | INTERFACESAFE_FOR_UNTRUSTED_DATA;
 
 // T: the class itself, final. Coclass, Interface: the type library's. MixIns: further bases that implement
 // one COM interface each, named by their member type `ComInterface`.
@@ -38,8 +38,7 @@ class Object : public Implementation,
                public IObjectSafety,
                public ISupportErrorInfo,
                public IProvideClassInfo,
-               public MixIns...
-{
+               public MixIns... {
 public:
     Object() = default;
     Object(const Object&) = delete;
@@ -48,8 +47,7 @@ public:
     static const CLSID& classId() noexcept { return __uuidof(Coclass); }
 
     // IUnknown
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
-    {
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
         if (!object)
             return E_POINTER;
         *object = find(iid);
@@ -59,10 +57,11 @@ public:
         return S_OK;
     }
 
-    ULONG STDMETHODCALLTYPE AddRef() override { return references_.fetch_add(1, std::memory_order_relaxed) + 1; }
+    ULONG STDMETHODCALLTYPE AddRef() override {
+        return references_.fetch_add(1, std::memory_order_relaxed) + 1;
+    }
 
-    ULONG STDMETHODCALLTYPE Release() override
-    {
+    ULONG STDMETHODCALLTYPE Release() override {
         const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
         if (left == 0)
             delete static_cast<T*>(this);
@@ -70,16 +69,14 @@ public:
     }
 
     // IDispatch
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override
-    {
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
         if (!count)
             return E_POINTER;
         *count = 1;
         return S_OK;
     }
 
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** info) override
-    {
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
         if (!info)
             return E_POINTER;
         *info = nullptr;
@@ -92,16 +89,14 @@ public:
         return S_OK;
     }
 
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override
-    {
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
         const DispatchTable* table = nullptr;
         const HRESULT hr = dispatchTable(table);
         return FAILED(hr) ? hr : table->getIdsOfNames(names, count, ids);
     }
 
     HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
-                                     VARIANT* result, EXCEPINFO* exception, UINT* badArgument) override
-    {
+                                     VARIANT* result, EXCEPINFO* exception, UINT* badArgument) override {
         const DispatchTable* table = nullptr;
         const HRESULT hr = dispatchTable(table);
         return FAILED(hr) ? hr
@@ -110,8 +105,8 @@ public:
     }
 
     // IObjectSafety
-    HRESULT STDMETHODCALLTYPE GetInterfaceSafetyOptions(REFIID iid, DWORD* supported, DWORD* enabled) override
-    {
+    HRESULT STDMETHODCALLTYPE GetInterfaceSafetyOptions(REFIID iid, DWORD* supported,
+                                                        DWORD* enabled) override {
         if (!supported || !enabled)
             return E_POINTER;
         const bool known = find(iid) != nullptr;
@@ -119,22 +114,19 @@ public:
         return known ? S_OK : E_NOINTERFACE;
     }
 
-    HRESULT STDMETHODCALLTYPE SetInterfaceSafetyOptions(REFIID iid, DWORD mask, DWORD enabled) override
-    {
+    HRESULT STDMETHODCALLTYPE SetInterfaceSafetyOptions(REFIID iid, DWORD mask, DWORD enabled) override {
         if (!find(iid))
             return E_NOINTERFACE;
         return (enabled & mask & ~supportedSafety) == 0 ? S_OK : E_FAIL;
     }
 
     // ISupportErrorInfo
-    HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) override
-    {
+    HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) override {
         return iid == __uuidof(Interface) ? S_OK : S_FALSE;
     }
 
     // IProvideClassInfo
-    HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo** info) override
-    {
+    HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo** info) override {
         if (!info)
             return E_POINTER;
         *info = nullptr;
@@ -142,22 +134,19 @@ public:
     }
 
 protected:
-    ~Object()
-    {
+    ~Object() {
         if (const DispatchTable* table = table_.load(std::memory_order_relaxed))
             table->release();
     }
 
     template <class Body>
-    static HRESULT frame(const wchar_t* method, Body&& body) noexcept
-    {
+    static HRESULT frame(const wchar_t* method, Body&& body) noexcept {
         return Com::frame(classId(), method, std::forward<Body>(body));
     }
 
 private:
     // The interface's address in this object, or null. GUID_NULL is not an interface: see Implementation.
-    void* find(REFIID iid) noexcept
-    {
+    void* find(REFIID iid) noexcept {
         if (iid == __uuidof(Interface) || iid == __uuidof(IDispatch) || iid == __uuidof(IUnknown))
             return static_cast<Interface*>(this);
         if constexpr (requires { typename T::BaseInterface; }) {
@@ -182,8 +171,7 @@ private:
     }
 
     // The class's table, fetched at the first late-bound call; two threads may both fetch it.
-    HRESULT dispatchTable(const DispatchTable*& table) noexcept
-    {
+    HRESULT dispatchTable(const DispatchTable*& table) noexcept {
         table = table_.load(std::memory_order_acquire);
         if (table)
             return S_OK;
@@ -204,9 +192,8 @@ private:
 
 // A new object of class T; the caller's pointer is its only reference.
 template <class T, class... Arguments>
-ComPtr<T> makeObject(Arguments&&... arguments)
-{
+ComPtr<T> makeObject(Arguments&&... arguments) {
     return ComPtr<T>::adopt(new T(std::forward<Arguments>(arguments)...));
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -5,22 +5,19 @@
 using namespace Corvane;
 using namespace Corvane::Com;
 
-HRESULT COperationToken::get_IsCanceled(VARIANT_BOOL* canceled)
-{
+HRESULT COperationToken::get_IsCanceled(VARIANT_BOOL* canceled) {
     if (!canceled)
         return E_POINTER;
     *canceled = variantBool(progress_->isCanceled());
     return S_OK;
 }
 
-HRESULT COperationToken::SetCanceled()
-{
+HRESULT COperationToken::SetCanceled() {
     progress_->cancel();
     return S_OK;
 }
 
-HRESULT COperationToken::get_Progress(double* fraction)
-{
+HRESULT COperationToken::get_Progress(double* fraction) {
     if (!fraction)
         return E_POINTER;
     *fraction = progress_->fraction();
@@ -29,8 +26,7 @@ HRESULT COperationToken::get_Progress(double* fraction)
 
 namespace Corvane::Com {
 
-SharedProgress progressOf(const VARIANT& token)
-{
+SharedProgress progressOf(const VARIANT& token) {
     const Variant value = plainValue(token);
     if (isLeftOut(value))
         return nullptr;
@@ -40,4 +36,4 @@ SharedProgress progressOf(const VARIANT& token)
     return resolve<COperationToken>(object.get())->progress();
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

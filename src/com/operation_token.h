@@ -6,8 +6,7 @@
 
 #include <VetrelCorvane2_h.h>
 
-class COperationToken final : public Corvane::Com::Object<COperationToken, OperationToken, IOperationToken>
-{
+class COperationToken final : public Corvane::Com::Object<COperationToken, OperationToken, IOperationToken> {
 public:
     // The progress record, shared with the operation. Any thread.
     const Corvane::SharedProgress& progress() const noexcept { return progress_; }
@@ -22,8 +21,8 @@ private:
 
 namespace Corvane::Com {
 
-// The progress record behind an optional token argument; null when the argument was left out, or is undefined or
-// null. Anything but a token of ours ends the method: DISP_E_TYPEMISMATCH, or as resolve() does.
+// The progress record behind an optional token argument; null when the argument was left out, or is undefined
+// or null. Anything but a token of ours ends the method: DISP_E_TYPEMISMATCH, or as resolve() does.
 SharedProgress progressOf(const VARIANT& token);
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

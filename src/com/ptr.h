@@ -10,28 +10,24 @@
 namespace Corvane::Com {
 
 template <class Interface>
-class ComPtr
-{
+class ComPtr {
 public:
     ComPtr() noexcept = default;
     // Shares the object: takes a reference of its own.
-    explicit ComPtr(Interface* object) noexcept : object_(object)
-    {
+    explicit ComPtr(Interface* object) noexcept : object_(object) {
         if (object_)
             object_->AddRef();
     }
     ComPtr(const ComPtr& other) noexcept : ComPtr(other.object_) {}
     ComPtr(ComPtr&& other) noexcept : object_(other.detach()) {}
-    ComPtr& operator=(ComPtr other) noexcept
-    {
+    ComPtr& operator=(ComPtr other) noexcept {
         std::swap(object_, other.object_);
         return *this;
     }
     ~ComPtr() { reset(); }
 
     // Takes over a reference that the caller owns.
-    static ComPtr adopt(Interface* object) noexcept
-    {
+    static ComPtr adopt(Interface* object) noexcept {
         ComPtr pointer;
         pointer.object_ = object;
         return pointer;
@@ -43,8 +39,7 @@ public:
     Interface& operator*() const noexcept { return *object_; }
 
     // Where a call may store a reference that it hands over.
-    Interface** put() noexcept
-    {
+    Interface** put() noexcept {
         reset();
         return &object_;
     }
@@ -52,16 +47,14 @@ public:
 
     [[nodiscard]] Interface* detach() noexcept { return std::exchange(object_, nullptr); }
 
-    void reset() noexcept
-    {
+    void reset() noexcept {
         if (Interface* object = detach())
             object->Release();
     }
 
     // The same object under another interface; empty when it does not offer it.
     template <class Other>
-    ComPtr<Other> query() const noexcept
-    {
+    ComPtr<Other> query() const noexcept {
         ComPtr<Other> other;
         if (object_)
             object_->QueryInterface(__uuidof(Other), other.putVoid());
@@ -72,4 +65,4 @@ private:
     Interface* object_ = nullptr;
 };
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -16,8 +16,8 @@
 // In oleaut32 since Windows Vista; MinGW's headers do not declare them.
 extern "C" {
 __declspec(dllimport) HRESULT WINAPI RegisterTypeLibForUser(ITypeLib* library, OLECHAR* file, OLECHAR* help);
-__declspec(dllimport) HRESULT WINAPI UnRegisterTypeLibForUser(REFGUID id, WORD major, WORD minor, LCID locale,
-                                                              SYSKIND kind);
+__declspec(dllimport) HRESULT WINAPI
+    UnRegisterTypeLibForUser(REFGUID id, WORD major, WORD minor, LCID locale, SYSKIND kind);
 }
 
 namespace Corvane::Com {
@@ -35,58 +35,52 @@ constexpr REGSAM otherBitness = KEY_WOW64_32KEY;
 constexpr REGSAM otherBitness = KEY_WOW64_64KEY;
 #endif
 
-std::wstring textOf(const GUID& guid)
-{
+std::wstring textOf(const GUID& guid) {
     std::array<wchar_t, 39> text{};
     ::StringFromGUID2(guid, text.data(), static_cast<int>(text.size()));
     return text.data();
 }
 
-RegistryKey createKey(HKEY parent, const std::wstring& path)
-{
+RegistryKey createKey(HKEY parent, const std::wstring& path) {
     RegistryKey key;
-    checkStatus(::RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, key.put(), nullptr),
-                E_REG_KEY_CREATE, L"RegCreateKeyExW");
+    checkStatus(
+        ::RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, key.put(), nullptr),
+        E_REG_KEY_CREATE, L"RegCreateKeyExW");
     return key;
 }
 
-void setText(const RegistryKey& key, const wchar_t* name, std::wstring_view text)
-{
+void setText(const RegistryKey& key, const wchar_t* name, std::wstring_view text) {
     const std::wstring value(text);
     checkStatus(::RegSetValueExW(key.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
                                  static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))),
                 E_REG_VALUE_SET, L"RegSetValueExW");
 }
 
-HKEY hiveOf(RegistrationScope scope)
-{
+HKEY hiveOf(RegistrationScope scope) {
     return scope == RegistrationScope::machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
 }
 
-RegistryKey openClasses(RegistrationScope scope)
-{
+RegistryKey openClasses(RegistrationScope scope) {
     return createKey(hiveOf(scope), L"Software\\Classes");
 }
 
 // A key of the class registry with its default text.
-void writeKey(const RegistryKey& classes, const std::wstring& path, std::wstring_view text)
-{
+void writeKey(const RegistryKey& classes, const std::wstring& path, std::wstring_view text) {
     setText(createKey(classes.get(), path), nullptr, text);
 }
 
-void deleteTree(const RegistryKey& parent, const std::wstring& path)
-{
+void deleteTree(const RegistryKey& parent, const std::wstring& path) {
     const LSTATUS status = ::RegDeleteTreeW(parent.get(), path.c_str());
     if (status != ERROR_FILE_NOT_FOUND)
         checkStatus(status, E_REG_KEY_CREATE, L"RegDeleteTreeW");
 }
 
-struct ClassNames
-{
+struct ClassNames {
     explicit ClassNames(const Coclass& coclass)
-        : clsid(textOf(*coclass.clsid)), key(L"CLSID\\" + clsid),
-          progId(std::wstring(component) + L"." + coclass.name), versionedProgId(progId + L"." + coclass.version)
-    {}
+        : clsid(textOf(*coclass.clsid)),
+          key(L"CLSID\\" + clsid),
+          progId(std::wstring(component) + L"." + coclass.name),
+          versionedProgId(progId + L"." + coclass.version) {}
 
     std::wstring clsid;
     std::wstring key;
@@ -94,8 +88,7 @@ struct ClassNames
     std::wstring versionedProgId;
 };
 
-void registerClass(const RegistryKey& classes, const Coclass& coclass, const std::wstring& file)
-{
+void registerClass(const RegistryKey& classes, const Coclass& coclass, const std::wstring& file) {
     const ClassNames names(coclass);
     writeKey(classes, names.key, names.progId);
     {
@@ -118,15 +111,13 @@ void registerClass(const RegistryKey& classes, const Coclass& coclass, const std
     writeKey(classes, names.progId + L"\\CurVer", names.versionedProgId);
 }
 
-bool isRegisteredForOtherBitness(RegistrationScope scope, const ClassNames& names)
-{
+bool isRegisteredForOtherBitness(RegistrationScope scope, const ClassNames& names) {
     RegistryKey key;
     return ::RegOpenKeyExW(hiveOf(scope), (L"Software\\Classes\\" + names.key).c_str(), 0,
                            KEY_READ | otherBitness, key.put()) == ERROR_SUCCESS;
 }
 
-void unregisterClass(const RegistryKey& classes, const Coclass& coclass, RegistrationScope scope)
-{
+void unregisterClass(const RegistryKey& classes, const Coclass& coclass, RegistrationScope scope) {
     const ClassNames names(coclass);
     deleteTree(classes, names.key);
     if (isRegisteredForOtherBitness(scope, names))
@@ -135,8 +126,7 @@ void unregisterClass(const RegistryKey& classes, const Coclass& coclass, Registr
     deleteTree(classes, names.versionedProgId);
 }
 
-void registerTypeLibrary(RegistrationScope scope, std::wstring file)
-{
+void registerTypeLibrary(RegistrationScope scope, std::wstring file) {
     ComPtr<ITypeLib> library;
     checkHresult(::LoadTypeLibEx(file.c_str(), REGKIND_NONE, library.put()), E_ACTIVEX, L"LoadTypeLibEx");
     // MinGW's releases differ in whether the arguments are const, so the functions have no common type.
@@ -146,8 +136,7 @@ void registerTypeLibrary(RegistrationScope scope, std::wstring file)
     checkHresult(hr, E_ACTIVEX, L"RegisterTypeLib");
 }
 
-void unregisterTypeLibrary(RegistrationScope scope)
-{
+void unregisterTypeLibrary(RegistrationScope scope) {
 #ifdef _WIN64
     constexpr SYSKIND kind = SYS_WIN64;
 #else
@@ -155,16 +144,15 @@ void unregisterTypeLibrary(RegistrationScope scope)
 #endif
     auto* const call =
         scope == RegistrationScope::machine ? &::UnRegisterTypeLib : &::UnRegisterTypeLibForUser;
-    const HRESULT hr = call(LIBID_VetrelCorvaneLib, CORVANE_VERSION_MAJOR, CORVANE_VERSION_MINOR,
-                            LOCALE_NEUTRAL, kind);
-    if (hr != TYPE_E_REGISTRYACCESS) // absent
+    const HRESULT hr =
+        call(LIBID_VetrelCorvaneLib, CORVANE_VERSION_MAJOR, CORVANE_VERSION_MINOR, LOCALE_NEUTRAL, kind);
+    if (hr != TYPE_E_REGISTRYACCESS)  // absent
         checkHresult(hr, E_ACTIVEX, L"UnRegisterTypeLib");
 }
 
-} // namespace
+}  // namespace
 
-void registerComponent(RegistrationScope scope)
-{
+void registerComponent(RegistrationScope scope) {
     try {
         const std::wstring file = Module::path();
         const RegistryKey classes = openClasses(scope);
@@ -182,23 +170,21 @@ void registerComponent(RegistrationScope scope)
     }
 }
 
-void unregisterComponent(RegistrationScope scope)
-{
+void unregisterComponent(RegistrationScope scope) {
     const RegistryKey classes = openClasses(scope);
     for (const Coclass& coclass : coclasses())
         unregisterClass(classes, coclass, scope);
     unregisterTypeLibrary(scope);
 }
 
-std::wstring registeredVersion()
-{
+std::wstring registeredVersion() {
     const std::wstring path = L"CLSID\\" + textOf(CAbout::classId()) + L"\\Version";
     std::array<wchar_t, 64> text{};
     DWORD size = sizeof(text);
-    if (::RegGetValueW(HKEY_CLASSES_ROOT, path.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, text.data(), &size) !=
-        ERROR_SUCCESS)
+    if (::RegGetValueW(HKEY_CLASSES_ROOT, path.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, text.data(),
+                       &size) != ERROR_SUCCESS)
         return {};
     return text.data();
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -5,10 +5,9 @@
 
 namespace Corvane::Com {
 
-enum class RegistrationScope
-{
-    machine, // HKEY_LOCAL_MACHINE; needs an administrator
-    user,    // HKEY_CURRENT_USER
+enum class RegistrationScope {
+    machine,  // HKEY_LOCAL_MACHINE; needs an administrator
+    user,     // HKEY_CURRENT_USER
 };
 
 // Writes the keys of every coclass and of the type library for the DLL this code is in. When a step
@@ -23,4 +22,4 @@ void unregisterComponent(RegistrationScope scope);
 // The version that registration left in the registry, as this process sees it; empty when there is none.
 std::wstring registeredVersion();
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

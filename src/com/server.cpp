@@ -13,23 +13,21 @@
 using namespace Corvane::Com;
 
 // The linked C++ runtime's; no header declares it.
-namespace __gnu_cxx { // NOLINT(bugprone-reserved-identifier): the runtime's name
-void __freeres() noexcept; // NOLINT(bugprone-reserved-identifier)
+namespace __gnu_cxx {       // NOLINT(bugprone-reserved-identifier): the runtime's name
+void __freeres() noexcept;  // NOLINT(bugprone-reserved-identifier)
 }
 
 namespace {
 
-HRESULT install(bool add, RegistrationScope scope, const wchar_t* function) noexcept
-{
+HRESULT install(bool add, RegistrationScope scope, const wchar_t* function) noexcept {
     return frame(CLSID_NULL, function, [&] { add ? registerComponent(scope) : unregisterComponent(scope); });
 }
 
-} // namespace
+}  // namespace
 
 extern "C" {
 
-BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEnds)
-{
+BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEnds) {
     // No thread of the host needs a call at its start or end.
     if (reason == DLL_PROCESS_ATTACH)
         ::DisableThreadLibraryCalls(instance);
@@ -39,13 +37,11 @@ BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEnds)
     return TRUE;
 }
 
-STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object)
-{
+STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
     return getClassObject(clsid, iid, object);
 }
 
-STDAPI DllCanUnloadNow()
-{
+STDAPI DllCanUnloadNow() {
     ThreadWindow::releaseIdle();
     if (!Module::isIdle())
         return S_FALSE;
@@ -53,21 +49,19 @@ STDAPI DllCanUnloadNow()
     return S_OK;
 }
 
-STDAPI DllRegisterServer()
-{
+STDAPI DllRegisterServer() {
     return install(true, RegistrationScope::machine, L"DllRegisterServer");
 }
 
-STDAPI DllUnregisterServer()
-{
+STDAPI DllUnregisterServer() {
     return install(false, RegistrationScope::machine, L"DllUnregisterServer");
 }
 
 // regsvr32 /n /i:user VetrelCorvane2.dll registers for the current user, without an administrator.
-STDAPI DllInstall(BOOL add, PCWSTR commandLine)
-{
+STDAPI DllInstall(BOOL add, PCWSTR commandLine) {
     const bool forUser = commandLine && ::_wcsicmp(commandLine, L"user") == 0;
-    return install(add != FALSE, forUser ? RegistrationScope::user : RegistrationScope::machine, L"DllInstall");
+    return install(add != FALSE, forUser ? RegistrationScope::user : RegistrationScope::machine,
+                   L"DllInstall");
 }
 
-} // extern "C"
+}  // extern "C"

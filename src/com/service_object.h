@@ -9,13 +9,11 @@
 namespace Corvane::Com {
 
 template <class T, class Coclass, class Interface>
-class ServiceObject : public Object<T, Coclass, Interface, CBrowserObject<T>>
-{
+class ServiceObject : public Object<T, Coclass, Interface, CBrowserObject<T>> {
 protected:
     // The method frame with the access check before anything else. May ask the user.
     template <class Body>
-    HRESULT serviceFrame(const wchar_t* method, Body&& body) noexcept
-    {
+    HRESULT serviceFrame(const wchar_t* method, Body&& body) noexcept {
         return this->frame(method, [&] {
             this->checkAccess(true);
             std::forward<Body>(body)();
@@ -23,4 +21,4 @@ protected:
     }
 };
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

@@ -8,8 +8,8 @@
 
 namespace Corvane::Com {
 
-// Runs `work`, writes the log line of an operation that was canceled, and passes on what it throws. `name` is the
-// function that computes.
+// Runs `work`, writes the log line of an operation that was canceled, and passes on what it throws. `name` is
+// the function that computes.
 template <class Work>
 auto runCancelable(const wchar_t* name, Work&& work) {
     try {

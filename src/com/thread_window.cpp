@@ -14,19 +14,18 @@
 namespace Corvane::Com {
 namespace detail {
 
-struct WindowRecord
-{
+struct WindowRecord {
     ~WindowRecord() { ::CloseHandle(thread); }
 
-    ModuleReference module; // the window's procedure is our code
+    ModuleReference module;  // the window's procedure is our code
     HWND window = nullptr;
-    HANDLE thread = nullptr; // tells whether the thread has ended
+    HANDLE thread = nullptr;  // tells whether the thread has ended
     DWORD threadId = 0;
-    std::size_t users = 0; // operations under way
+    std::size_t users = 0;  // operations under way
     std::list<std::unique_ptr<AsyncCallback>> queued;
 };
 
-} // namespace detail
+}  // namespace detail
 
 namespace {
 
@@ -39,25 +38,22 @@ constexpr UINT leave = WM_USER + 2;
 
 // Guards the table of windows and everything in the records. Never held while foreign code runs.
 SharedMutex tableMutex;
-std::vector<SharedRecord>* table = nullptr; // freed with its last record
+std::vector<SharedRecord>* table = nullptr;  // freed with its last record
 bool classRegistered = false;
 
-std::wstring className()
-{
+std::wstring className() {
     return L"Corvane" + std::wstring(versionText) + L"WindowClass";
 }
 
 // Distinct for each window: the time in milliseconds.
-std::wstring windowName()
-{
+std::wstring windowName() {
     FILETIME now;
     ::GetSystemTimeAsFileTime(&now);
     const std::uint64_t ticks = (std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime;
     return L"Corvane" + std::wstring(versionText) + L"WindowName" + std::to_wstring(ticks / 10'000);
 }
 
-SharedRecord findLocked(DWORD threadId)
-{
+SharedRecord findLocked(DWORD threadId) {
     if (!table)
         return nullptr;
     const auto found = std::find_if(table->begin(), table->end(),
@@ -65,22 +61,19 @@ SharedRecord findLocked(DWORD threadId)
     return found == table->end() ? nullptr : *found;
 }
 
-void eraseLocked(const SharedRecord& record) noexcept
-{
+void eraseLocked(const SharedRecord& record) noexcept {
     std::erase(*table, record);
     if (table->empty())
         delete std::exchange(table, nullptr);
 }
 
-bool hasEnded(const WindowRecord& record) noexcept
-{
+bool hasEnded(const WindowRecord& record) noexcept {
     return ::WaitForSingleObject(record.thread, 0) == WAIT_OBJECT_0;
 }
 
 // Takes the records of ended threads out of the table: their windows went with them. What they hold is
 // destroyed by the caller, without the lock.
-std::vector<SharedRecord> takeEndedLocked()
-{
+std::vector<SharedRecord> takeEndedLocked() {
     std::vector<SharedRecord> ended;
     if (!table)
         return ended;
@@ -91,8 +84,7 @@ std::vector<SharedRecord> takeEndedLocked()
     return ended;
 }
 
-void dropQueued(const std::vector<SharedRecord>& ended)
-{
+void dropQueued(const std::vector<SharedRecord>& ended) {
     for (const SharedRecord& record : ended) {
         std::list<std::unique_ptr<AsyncCallback>> queued;
         {
@@ -102,14 +94,14 @@ void dropQueued(const std::vector<SharedRecord>& ended)
     }
 }
 
-std::unique_ptr<AsyncCallback> takeQueued(const AsyncCallback* callback)
-{
+std::unique_ptr<AsyncCallback> takeQueued(const AsyncCallback* callback) {
     const std::lock_guard guard(tableMutex);
     const SharedRecord record = findLocked(::GetCurrentThreadId());
     if (!record)
         return nullptr;
     auto& queued = record->queued;
-    const auto found = std::find_if(queued.begin(), queued.end(), [&](const auto& c) { return c.get() == callback; });
+    const auto found =
+        std::find_if(queued.begin(), queued.end(), [&](const auto& c) { return c.get() == callback; });
     if (found == queued.end())
         return nullptr;
     auto taken = std::move(*found);
@@ -118,8 +110,7 @@ std::unique_ptr<AsyncCallback> takeQueued(const AsyncCallback* callback)
 }
 
 // Removes the calling thread's window if nothing is under way for it.
-void leaveIfIdle() noexcept
-{
+void leaveIfIdle() noexcept {
     SharedRecord record;
     {
         const std::lock_guard guard(tableMutex);
@@ -131,23 +122,21 @@ void leaveIfIdle() noexcept
     ::DestroyWindow(record->window);
 }
 
-LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM wide, LPARAM data)
-{
+LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM wide, LPARAM data) {
     switch (message) {
-    case deliver:
-        if (const auto callback = takeQueued(reinterpret_cast<AsyncCallback*>(data)))
-            callback->invoke();
-        return 0;
-    case leave:
-        leaveIfIdle();
-        return 0;
-    default:
-        return ::DefWindowProcW(window, message, wide, data);
+        case deliver:
+            if (const auto callback = takeQueued(reinterpret_cast<AsyncCallback*>(data)))
+                callback->invoke();
+            return 0;
+        case leave:
+            leaveIfIdle();
+            return 0;
+        default:
+            return ::DefWindowProcW(window, message, wide, data);
     }
 }
 
-void registerClassLocked()
-{
+void registerClassLocked() {
     if (classRegistered)
         return;
     const std::wstring name = className();
@@ -160,8 +149,7 @@ void registerClassLocked()
     classRegistered = true;
 }
 
-SharedRecord createLocked()
-{
+SharedRecord createLocked() {
     registerClassLocked();
     auto record = std::make_shared<WindowRecord>();
     record->threadId = ::GetCurrentThreadId();
@@ -178,12 +166,12 @@ SharedRecord createLocked()
     return record;
 }
 
-} // namespace
+}  // namespace
 
-ThreadWindow::ThreadWindow(std::shared_ptr<detail::WindowRecord> record) : record_(std::move(record)), place_(1) {}
+ThreadWindow::ThreadWindow(std::shared_ptr<detail::WindowRecord> record)
+    : record_(std::move(record)), place_(1) {}
 
-ThreadWindow ThreadWindow::ofThisThread()
-{
+ThreadWindow ThreadWindow::ofThisThread() {
     std::vector<SharedRecord> ended;
     SharedRecord record;
     {
@@ -201,16 +189,14 @@ ThreadWindow ThreadWindow::ofThisThread()
     return window;
 }
 
-ThreadWindow::~ThreadWindow()
-{
+ThreadWindow::~ThreadWindow() {
     if (!record_)
         return;
     const std::lock_guard guard(tableMutex);
     --record_->users;
 }
 
-void ThreadWindow::post(ThreadWindow& window, std::unique_ptr<AsyncCallback> callback) noexcept
-{
+void ThreadWindow::post(ThreadWindow& window, std::unique_ptr<AsyncCallback> callback) noexcept {
     const SharedRecord record = window.record_;
     auto place = std::move(window.place_);
     AsyncCallback* const posted = callback.get();
@@ -222,8 +208,7 @@ void ThreadWindow::post(ThreadWindow& window, std::unique_ptr<AsyncCallback> cal
         place.splice(place.end(), record->queued, std::prev(record->queued.end()));
 }
 
-void ThreadWindow::releaseIdle() noexcept
-{
+void ThreadWindow::releaseIdle() noexcept {
     std::vector<SharedRecord> ended;
     leaveIfIdle();
     {
@@ -241,4 +226,4 @@ void ThreadWindow::releaseIdle() noexcept
     dropQueued(ended);
 }
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

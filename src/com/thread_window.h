@@ -15,9 +15,9 @@ namespace detail {
 struct WindowRecord;
 }
 
-// A share in the window of the thread that made it; the window stays at least as long. Any thread may hold it.
-class ThreadWindow
-{
+// A share in the window of the thread that made it; the window stays at least as long. Any thread may hold
+// it.
+class ThreadWindow {
 public:
     // The window of the calling thread, created at the thread's first call. Throws Win32Exception
     // E_REGISTER_WINDOW_CLASS, E_CREATE_WINDOW.
@@ -44,4 +44,4 @@ private:
     std::list<std::unique_ptr<AsyncCallback>> place_;
 };
 
-} // namespace Corvane::Com
+}  // namespace Corvane::Com

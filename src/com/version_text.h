@@ -10,4 +10,4 @@ inline constexpr wchar_t versionText[] = CORVANE_WIDE(CORVANE_VERSION_TEXT);
 inline constexpr wchar_t versionShortText[] = CORVANE_WIDE(CORVANE_VERSION_SHORT_TEXT);
 #undef CORVANE_WIDE
 
-} // namespace Corvane
+}  // namespace Corvane

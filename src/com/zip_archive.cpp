@@ -33,7 +33,8 @@ std::size_t indexOf(const Compression::ZipArchive& archive, const VARIANT& entry
         return archive.find(toUtf8(viewOf(V_BSTR(&value.get()))));
     }
     Variant number;
-    if (isLeftOut(value) || FAILED(::VariantChangeType(number.put(), const_cast<VARIANT*>(&value.get()), 0, VT_R8))) {
+    if (isLeftOut(value) ||
+        FAILED(::VariantChangeType(number.put(), const_cast<VARIANT*>(&value.get()), 0, VT_R8))) {
         throw SilentFailure{DISP_E_TYPEMISMATCH};
     }
     const double index = V_R8(&number.get());

@@ -13,38 +13,34 @@ namespace detail {
 [[noreturn]] void failCrypto(const ErrorDescriptor& descriptor, const wchar_t* call, std::uint32_t error);
 [[noreturn]] void failCom(const ErrorDescriptor& descriptor, const wchar_t* call, HRESULT hr);
 
-} // namespace detail
+}  // namespace detail
 
 // Win32 calls that report through the thread's last error.
 template <class Result>
-Result checkWin32(Result result, const ErrorDescriptor& descriptor, const wchar_t* call)
-{
+Result checkWin32(Result result, const ErrorDescriptor& descriptor, const wchar_t* call) {
     if (!result)
         detail::failWin32(descriptor, call, ::GetLastError());
     return result;
 }
 
 // Win32 calls that return their error number (the registry's).
-inline void checkStatus(LSTATUS status, const ErrorDescriptor& descriptor, const wchar_t* call)
-{
+inline void checkStatus(LSTATUS status, const ErrorDescriptor& descriptor, const wchar_t* call) {
     if (status != ERROR_SUCCESS)
         detail::failWin32(descriptor, call, static_cast<std::uint32_t>(status));
 }
 
 // CryptoAPI calls.
 template <class Result>
-Result checkCrypto(Result result, const ErrorDescriptor& descriptor, const wchar_t* call)
-{
+Result checkCrypto(Result result, const ErrorDescriptor& descriptor, const wchar_t* call) {
     if (!result)
         detail::failCrypto(descriptor, call, ::GetLastError());
     return result;
 }
 
 // COM calls.
-inline void checkHresult(HRESULT hr, const ErrorDescriptor& descriptor, const wchar_t* call)
-{
+inline void checkHresult(HRESULT hr, const ErrorDescriptor& descriptor, const wchar_t* call) {
     if (FAILED(hr))
         detail::failCom(descriptor, call, hr);
 }
 
-} // namespace Corvane
+}  // namespace Corvane

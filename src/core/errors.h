@@ -9,8 +9,7 @@
 
 namespace Corvane {
 
-struct ErrorDescriptor
-{
+struct ErrorDescriptor {
     std::uint32_t code;
     const char* name;
     const wchar_t* message;
@@ -165,4 +164,4 @@ inline constexpr ErrorDescriptor E_REGISTER_WINDOW_CLASS{1003, "E_REGISTER_WINDO
 
 // clang-format on
 
-} // namespace Corvane
+}  // namespace Corvane

@@ -5,8 +5,7 @@
 namespace Corvane {
 namespace {
 
-std::wstring widen(std::string_view text)
-{
+std::wstring widen(std::string_view text) {
     std::wstring wide;
     wide.reserve(text.size());
     for (const char c : text)
@@ -14,34 +13,29 @@ std::wstring widen(std::string_view text)
     return wide;
 }
 
-} // namespace
+}  // namespace
 
 Exception::Exception(const ErrorDescriptor& descriptor)
-    : std::runtime_error(descriptor.name), message_(descriptor.message), code_(descriptor.code)
-{}
+    : std::runtime_error(descriptor.name), message_(descriptor.message), code_(descriptor.code) {}
 
 Exception::~Exception() = default;
 
-const char* Exception::what() const noexcept
-{
+const char* Exception::what() const noexcept {
     return std::runtime_error::what();
 }
 
-const wchar_t* Exception::message() const noexcept
-{
+const wchar_t* Exception::message() const noexcept {
     return message_;
 }
 
-void Exception::getMessage(std::wstring& text) const
-{
+void Exception::getMessage(std::wstring& text) const {
     text.clear();
     if (code_ != 0)
         text = L"[" + std::to_wstring(code_) + L"] ";
     text += message_ ? std::wstring(message_) : widen(what());
 }
 
-void CustomException::getMessage(std::wstring& text) const
-{
+void CustomException::getMessage(std::wstring& text) const {
     Exception::getMessage(text);
     const std::wstring more = details();
     if (more.empty())
@@ -51,16 +45,14 @@ void CustomException::getMessage(std::wstring& text) const
     text += L"(" + more + L")";
 }
 
-std::wstring JsonException::details() const
-{
+std::wstring JsonException::details() const {
     return widen(detail_);
 }
 
-std::wstring fullMessage(const Exception& exception)
-{
+std::wstring fullMessage(const Exception& exception) {
     std::wstring text;
     exception.getMessage(text);
     return text;
 }
 
-} // namespace Corvane
+}  // namespace Corvane

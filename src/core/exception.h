@@ -12,8 +12,7 @@
 
 namespace Corvane {
 
-class Exception : public std::runtime_error
-{
+class Exception : public std::runtime_error {
 public:
     // `descriptor` and the texts it points to must live as long as the process.
     explicit Exception(const ErrorDescriptor& descriptor);
@@ -35,8 +34,7 @@ private:
 };
 
 // An exception that knows more than its descriptor says.
-class CustomException : public Exception
-{
+class CustomException : public Exception {
 public:
     using Exception::Exception;
 
@@ -47,12 +45,10 @@ public:
 };
 
 // A JSON text from a script could not be read; `detail` is the parser's own message.
-class JsonException : public CustomException
-{
+class JsonException : public CustomException {
 public:
     JsonException(const ErrorDescriptor& descriptor, std::string detail)
-        : CustomException(descriptor), detail_(std::move(detail))
-    {}
+        : CustomException(descriptor), detail_(std::move(detail)) {}
 
     std::wstring details() const override;
 
@@ -63,4 +59,4 @@ private:
 // Full user text of any exception of the component.
 std::wstring fullMessage(const Exception& exception);
 
-} // namespace Corvane
+}  // namespace Corvane

@@ -8,8 +8,7 @@
 namespace Corvane {
 
 // Restores the thread's last error, so that cleaning up does not disturb an error about to be reported.
-class LastErrorKeeper
-{
+class LastErrorKeeper {
 public:
     LastErrorKeeper() noexcept : error_(::GetLastError()) {}
     ~LastErrorKeeper() { ::SetLastError(error_); }
@@ -23,16 +22,14 @@ private:
 // Sole owner of a system handle. Traits: `Type`, `static Type invalid()`, `static void close(Type)`.
 // Closing never throws and keeps the thread's last error.
 template <class Traits>
-class UniqueHandle
-{
+class UniqueHandle {
 public:
     using Type = typename Traits::Type;
 
     UniqueHandle() noexcept = default;
     explicit UniqueHandle(Type value) noexcept : value_(value) {}
     UniqueHandle(UniqueHandle&& other) noexcept : value_(other.detach()) {}
-    UniqueHandle& operator=(UniqueHandle&& other) noexcept
-    {
+    UniqueHandle& operator=(UniqueHandle&& other) noexcept {
         if (this != &other)
             attach(other.detach());
         return *this;
@@ -45,22 +42,19 @@ public:
     Type get() const noexcept { return value_; }
 
     // Where a system call may store a new handle; what was owned before is closed first.
-    Type* put() noexcept
-    {
+    Type* put() noexcept {
         reset();
         return &value_;
     }
 
-    void attach(Type value) noexcept
-    {
+    void attach(Type value) noexcept {
         reset();
         value_ = value;
     }
 
     [[nodiscard]] Type detach() noexcept { return std::exchange(value_, Traits::invalid()); }
 
-    void reset() noexcept
-    {
+    void reset() noexcept {
         if (value_ == Traits::invalid())
             return;
         const LastErrorKeeper keeper;
@@ -71,4 +65,4 @@ private:
     Type value_ = Traits::invalid();
 };
 
-} // namespace Corvane
+}  // namespace Corvane

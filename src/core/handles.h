@@ -11,63 +11,53 @@ namespace Corvane {
 namespace detail {
 
 template <class T>
-struct NullTraits
-{
+struct NullTraits {
     using Type = T;
     static Type invalid() noexcept { return Type{}; }
 };
 
-struct FileTraits
-{
+struct FileTraits {
     using Type = HANDLE;
     static Type invalid() noexcept { return INVALID_HANDLE_VALUE; }
     static void close(Type file) noexcept { ::CloseHandle(file); }
 };
 
-struct FileSearchTraits
-{
+struct FileSearchTraits {
     using Type = HANDLE;
     static Type invalid() noexcept { return INVALID_HANDLE_VALUE; }
     static void close(Type search) noexcept { ::FindClose(search); }
 };
 
-struct RegistryKeyTraits : NullTraits<HKEY>
-{
+struct RegistryKeyTraits : NullTraits<HKEY> {
     static void close(Type key) noexcept { ::RegCloseKey(key); }
 };
 
-struct CertificateStoreTraits : NullTraits<HCERTSTORE>
-{
+struct CertificateStoreTraits : NullTraits<HCERTSTORE> {
     static void close(Type store) noexcept { ::CertCloseStore(store, 0); }
 };
 
-struct CertificateContextTraits : NullTraits<PCCERT_CONTEXT>
-{
+struct CertificateContextTraits : NullTraits<PCCERT_CONTEXT> {
     static void close(Type context) noexcept { ::CertFreeCertificateContext(context); }
 };
 
-struct CertificateChainTraits : NullTraits<PCCERT_CHAIN_CONTEXT>
-{
+struct CertificateChainTraits : NullTraits<PCCERT_CHAIN_CONTEXT> {
     static void close(Type chain) noexcept { ::CertFreeCertificateChain(chain); }
 };
 
-struct CryptProviderTraits : NullTraits<HCRYPTPROV>
-{
+struct CryptProviderTraits : NullTraits<HCRYPTPROV> {
     static void close(Type provider) noexcept { ::CryptReleaseContext(provider, 0); }
 };
 
-struct CryptKeyTraits : NullTraits<HCRYPTKEY>
-{
+struct CryptKeyTraits : NullTraits<HCRYPTKEY> {
     static void close(Type key) noexcept { ::CryptDestroyKey(key); }
 };
 
 template <class T>
-struct LocalMemoryTraits : NullTraits<T*>
-{
+struct LocalMemoryTraits : NullTraits<T*> {
     static void close(T* memory) noexcept { ::LocalFree(memory); }
 };
 
-} // namespace detail
+}  // namespace detail
 
 using FileHandle = UniqueHandle<detail::FileTraits>;
 using FileSearch = UniqueHandle<detail::FileSearchTraits>;
@@ -80,4 +70,4 @@ using CryptKey = UniqueHandle<detail::CryptKeyTraits>;
 template <class T>
 using LocalMemory = UniqueHandle<detail::LocalMemoryTraits<T>>;
 
-} // namespace Corvane
+}  // namespace Corvane

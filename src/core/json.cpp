@@ -10,8 +10,7 @@
 
 namespace Corvane {
 
-Json::Value parseJson(std::wstring_view text)
-{
+Json::Value parseJson(std::wstring_view text) {
     try {
         Json::Value value;
         Json::Reader reader;
@@ -23,9 +22,8 @@ Json::Value parseJson(std::wstring_view text)
     return {};
 }
 
-std::wstring writeJson(const Json::Value& value)
-{
+std::wstring writeJson(const Json::Value& value) {
     return fromUtf8(Json::StyledWriter().write(value));
 }
 
-} // namespace Corvane
+}  // namespace Corvane

@@ -15,4 +15,4 @@ Json::Value parseJson(std::wstring_view text);
 // The text of a value, laid out for reading.
 std::wstring writeJson(const Json::Value& value);
 
-} // namespace Corvane
+}  // namespace Corvane

@@ -6,8 +6,7 @@
 namespace Corvane {
 
 // Meets the standard's SharedMutex requirements as far as std::lock_guard and std::shared_lock ask.
-class SharedMutex
-{
+class SharedMutex {
 public:
     constexpr SharedMutex() noexcept = default;
     SharedMutex(const SharedMutex&) = delete;
@@ -22,4 +21,4 @@ private:
     SRWLOCK lock_ = SRWLOCK_INIT;
 };
 
-} // namespace Corvane
+}  // namespace Corvane

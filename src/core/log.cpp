@@ -18,15 +18,13 @@ constexpr std::uint64_t settingLifetimeSeconds = 61;
 
 detail::LevelCache levelCache;
 
-std::uint64_t systemTicks() noexcept
-{
+std::uint64_t systemTicks() noexcept {
     FILETIME now;
     ::GetSystemTimeAsFileTime(&now);
     return (static_cast<std::uint64_t>(now.dwHighDateTime) << 32) | now.dwLowDateTime;
 }
 
-std::wstring logPath()
-{
+std::wstring logPath() {
     if (auto configured = readTextSetting(L"LogPath"); configured && !configured->empty())
         return *configured;
     std::array<wchar_t, MAX_PATH + 1> folder{};
@@ -35,17 +33,15 @@ std::wstring logPath()
     return std::wstring(folder.data(), known ? length : 0) + L"Corvane2.log";
 }
 
-} // namespace
+}  // namespace
 
-bool isLogEnabled(LogLevel level) noexcept
-{
+bool isLogEnabled(LogLevel level) noexcept {
     return levelCache.isEnabled(level, systemTicks());
 }
 
 namespace detail {
 
-bool LevelCache::isEnabled(LogLevel level, std::uint64_t now) noexcept
-{
+bool LevelCache::isEnabled(LogLevel level, std::uint64_t now) noexcept {
     const std::uint64_t readAt = readAt_.load(std::memory_order_relaxed);
     if (readAt == 0 || (now - readAt) / ticksPerSecond >= settingLifetimeSeconds) {
         try {
@@ -58,22 +54,20 @@ bool LevelCache::isEnabled(LogLevel level, std::uint64_t now) noexcept
     return level_.load(std::memory_order_relaxed) >= static_cast<std::uint32_t>(level);
 }
 
-FileLogger& FileLogger::instance()
-{
+FileLogger& FileLogger::instance() {
     static FileLogger logger(logPath());
     return logger;
 }
 
-void FileLogger::write(std::wstring_view line)
-{
+void FileLogger::write(std::wstring_view line) {
     const LastErrorKeeper keeper;
     const std::string encoded = toUtf8(line);
     const std::lock_guard guard(mutex_);
     if (!std::exchange(opened_, true)) {
         // Several processes may share the log, so nobody is kept from writing, renaming or deleting it.
         file_.attach(::CreateFileW(path_.c_str(), GENERIC_WRITE,
-                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
-                                   FILE_ATTRIBUTE_NORMAL, nullptr));
+                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                   OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     }
     if (!file_)
         return;
@@ -83,28 +77,25 @@ void FileLogger::write(std::wstring_view line)
 }
 
 std::wstring formatLogLine(const SYSTEMTIME& time, DWORD thread, std::uint32_t level,
-                           std::wstring_view context, std::wstring_view text)
-{
+                           std::wstring_view context, std::wstring_view text) {
     constexpr std::array<const wchar_t*, 6> names = {L"", L"ERROR", L"WARN", L"INFO", L"DEBUG", L""};
     const auto two = [](WORD value) { return (value < 10 ? L"0" : L"") + std::to_wstring(value); };
     std::wostringstream line;
     line.imbue(std::locale::classic());
-    line << time.wYear << L'-' << two(time.wMonth) << L'-' << two(time.wDay) << L'T' << two(time.wHour) << L':'
-         << two(time.wMinute) << L':' << two(time.wSecond) << L'.' << time.wMilliseconds << L" | " << thread
-         << L" | " << names[level < names.size() ? level : names.size() - 1] << L" | " << context;
+    line << time.wYear << L'-' << two(time.wMonth) << L'-' << two(time.wDay) << L'T' << two(time.wHour)
+         << L':' << two(time.wMinute) << L':' << two(time.wSecond) << L'.' << time.wMilliseconds << L" | "
+         << thread << L" | " << names[level < names.size() ? level : names.size() - 1] << L" | " << context;
     if (!text.empty())
         line << L" | " << text;
     return std::move(line).str();
 }
 
 LogMessage::LogMessage(std::uint32_t level, std::wstring_view context, ILogger& logger)
-    : level_(level), context_(context), logger_(logger)
-{
+    : level_(level), context_(context), logger_(logger) {
     text_.imbue(std::locale::classic());
 }
 
-LogMessage::~LogMessage()
-{
+LogMessage::~LogMessage() {
     try {
         SYSTEMTIME now;
         ::GetSystemTime(&now);
@@ -115,5 +106,5 @@ LogMessage::~LogMessage()
     }
 }
 
-} // namespace detail
-} // namespace Corvane
+}  // namespace detail
+}  // namespace Corvane

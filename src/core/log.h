@@ -17,8 +17,7 @@
 
 namespace Corvane {
 
-enum class LogLevel : std::uint32_t
-{
+enum class LogLevel : std::uint32_t {
     error = 1,
     warning = 2,
     info = 3,
@@ -31,8 +30,7 @@ bool isLogEnabled(LogLevel level) noexcept;
 
 namespace detail {
 
-class ILogger
-{
+class ILogger {
 public:
     virtual ~ILogger() = default;
 
@@ -42,8 +40,7 @@ public:
 
 // The configured level, read again when what it knows is more than 60 seconds old. Plain counters without a
 // lock: threads that race read the registry twice and agree.
-class LevelCache
-{
+class LevelCache {
 public:
     // `now` is the system time in units of 100 ns.
     bool isEnabled(LogLevel level, std::uint64_t now) noexcept;
@@ -54,8 +51,7 @@ private:
 };
 
 // Appends lines to a file, opened at the first line. Lines of different threads never interleave.
-class FileLogger : public ILogger
-{
+class FileLogger : public ILogger {
 public:
     explicit FileLogger(std::wstring path) : path_(std::move(path)) {}
 
@@ -72,8 +68,7 @@ private:
 };
 
 // A line under construction: values are streamed into it and its destructor hands it to the logger.
-class LogMessage
-{
+class LogMessage {
 public:
     LogMessage(std::uint32_t level, std::wstring_view context, ILogger& logger);
     ~LogMessage();
@@ -81,8 +76,7 @@ public:
     LogMessage& operator=(const LogMessage&) = delete;
 
     template <class Value>
-    LogMessage& operator<<(const Value& value)
-    {
+    LogMessage& operator<<(const Value& value) {
         text_ << value;
         return *this;
     }
@@ -98,16 +92,15 @@ private:
 std::wstring formatLogLine(const SYSTEMTIME& time, DWORD thread, std::uint32_t level,
                            std::wstring_view context, std::wstring_view text);
 
-} // namespace detail
+}  // namespace detail
 
 // Writes one line when the level is enabled, and builds no text otherwise.
 template <class... Values>
-void writeLog(LogLevel level, std::wstring_view context, const Values&... values)
-{
+void writeLog(LogLevel level, std::wstring_view context, const Values&... values) {
     if (!isLogEnabled(level))
         return;
     detail::LogMessage message(static_cast<std::uint32_t>(level), context, detail::FileLogger::instance());
     (message << ... << values);
 }
 
-} // namespace Corvane
+}  // namespace Corvane

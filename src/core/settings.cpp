@@ -7,13 +7,11 @@
 namespace Corvane {
 namespace {
 
-std::array<HKEY, 2> hives() noexcept
-{
+std::array<HKEY, 2> hives() noexcept {
     return {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE};
 }
 
-std::optional<std::wstring> readText(HKEY hive, const wchar_t* name)
-{
+std::optional<std::wstring> readText(HKEY hive, const wchar_t* name) {
     // Another process may replace the value by a longer one between asking for its size and reading it.
     std::wstring text;
     DWORD size = 0;
@@ -30,21 +28,20 @@ std::optional<std::wstring> readText(HKEY hive, const wchar_t* name)
     return std::nullopt;
 }
 
-} // namespace
+}  // namespace
 
-std::optional<std::uint32_t> readNumberSetting(const wchar_t* name)
-{
+std::optional<std::uint32_t> readNumberSetting(const wchar_t* name) {
     for (const HKEY hive : hives()) {
         DWORD value = 0;
         DWORD size = sizeof(value);
-        if (::RegGetValueW(hive, settingsKey, name, RRF_RT_REG_DWORD, nullptr, &value, &size) == ERROR_SUCCESS)
+        if (::RegGetValueW(hive, settingsKey, name, RRF_RT_REG_DWORD, nullptr, &value, &size) ==
+            ERROR_SUCCESS)
             return value;
     }
     return std::nullopt;
 }
 
-std::optional<std::wstring> readTextSetting(const wchar_t* name)
-{
+std::optional<std::wstring> readTextSetting(const wchar_t* name) {
     for (const HKEY hive : hives()) {
         if (auto text = readText(hive, name))
             return text;
@@ -52,4 +49,4 @@ std::optional<std::wstring> readTextSetting(const wchar_t* name)
     return std::nullopt;
 }
 
-} // namespace Corvane
+}  // namespace Corvane

@@ -15,4 +15,4 @@ inline constexpr wchar_t settingsKey[] = L"Software\\ZimVetrel\\VetrelCorvane";
 std::optional<std::uint32_t> readNumberSetting(const wchar_t* name);
 std::optional<std::wstring> readTextSetting(const wchar_t* name);
 
-} // namespace Corvane
+}  // namespace Corvane

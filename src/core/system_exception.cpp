@@ -8,21 +8,19 @@
 namespace Corvane {
 namespace {
 
-std::wstring hexNumber(std::uint32_t number)
-{
+std::wstring hexNumber(std::uint32_t number) {
     std::array<char, 8> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16).ptr;
     return L"0x" + std::wstring(digits.data(), end);
 }
 
-} // namespace
+}  // namespace
 
-std::wstring systemText(std::uint32_t number)
-{
+std::wstring systemText(std::uint32_t number) {
     LocalMemory<wchar_t> buffer;
-    DWORD length = ::FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
-                                        FORMAT_MESSAGE_IGNORE_INSERTS,
-                                    nullptr, number, 0, reinterpret_cast<wchar_t*>(buffer.put()), 0, nullptr);
+    DWORD length = ::FormatMessageW(
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+        number, 0, reinterpret_cast<wchar_t*>(buffer.put()), 0, nullptr);
     if (length == 0)
         return {};
     const wchar_t* text = buffer.get();
@@ -31,19 +29,16 @@ std::wstring systemText(std::uint32_t number)
     return hexNumber(number) + L":" + std::wstring(text, length);
 }
 
-std::wstring Win32Exception::details() const
-{
+std::wstring Win32Exception::details() const {
     return systemText(error_);
 }
 
-std::wstring CommDlgException::details() const
-{
+std::wstring CommDlgException::details() const {
     return hexNumber(error_);
 }
 
-} // namespace Corvane
+}  // namespace Corvane
 
-std::wstring ComException::details() const
-{
+std::wstring ComException::details() const {
     return Corvane::systemText(static_cast<std::uint32_t>(hr_));
 }

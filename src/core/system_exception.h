@@ -12,13 +12,12 @@ std::wstring systemText(std::uint32_t number);
 
 // A Win32 call failed. The one-argument form takes the thread's last error, so it must be the
 // first thing done after the failing call.
-class Win32Exception : public CustomException
-{
+class Win32Exception : public CustomException {
 public:
-    explicit Win32Exception(const ErrorDescriptor& descriptor) : Win32Exception(descriptor, ::GetLastError()) {}
+    explicit Win32Exception(const ErrorDescriptor& descriptor)
+        : Win32Exception(descriptor, ::GetLastError()) {}
     Win32Exception(const ErrorDescriptor& descriptor, std::uint32_t error)
-        : CustomException(descriptor), error_(error)
-    {}
+        : CustomException(descriptor), error_(error) {}
 
     std::wstring details() const override;
 
@@ -29,19 +28,16 @@ private:
 };
 
 // A CryptoAPI call failed.
-class CryptoException : public Win32Exception
-{
+class CryptoException : public Win32Exception {
 public:
     using Win32Exception::Win32Exception;
 };
 
 // A common dialog failed; `error` is CommDlgExtendedError's number, which has no system text.
-class CommDlgException : public CustomException
-{
+class CommDlgException : public CustomException {
 public:
     CommDlgException(const ErrorDescriptor& descriptor, std::uint32_t error)
-        : CustomException(descriptor), error_(error)
-    {}
+        : CustomException(descriptor), error_(error) {}
 
     std::wstring details() const override;
 
@@ -49,15 +45,13 @@ private:
     std::uint32_t error_;
 };
 
-} // namespace Corvane
+}  // namespace Corvane
 
 // A COM call failed; its HRESULT reaches the script unchanged.
-class ComException : public Corvane::CustomException
-{
+class ComException : public Corvane::CustomException {
 public:
     ComException(const Corvane::ErrorDescriptor& descriptor, HRESULT hr)
-        : Corvane::CustomException(descriptor), hr_(hr)
-    {}
+        : Corvane::CustomException(descriptor), hr_(hr) {}
 
     std::wstring details() const override;
 

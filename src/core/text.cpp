@@ -9,40 +9,36 @@ namespace Corvane {
 namespace {
 
 // The system's conversions count in int.
-int checkedLength(std::size_t length)
-{
+int checkedLength(std::size_t length) {
     if (length > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         throw Exception(E_STRING_MAX_SIZE);
     return static_cast<int>(length);
 }
 
 template <class Char>
-std::basic_string_view<Char> checkedView(const Char* text)
-{
+std::basic_string_view<Char> checkedView(const Char* text) {
     if (!text)
         throw std::invalid_argument("Source is null");
     return text;
 }
 
-} // namespace
+}  // namespace
 
-std::wstring multiToWide(unsigned codePage, std::string_view text)
-{
+std::wstring multiToWide(unsigned codePage, std::string_view text) {
     std::wstring wide;
     if (text.empty())
         return wide;
     const int length = checkedLength(text.size());
     const auto convert = [&](wchar_t* buffer, int size) {
-        return checkWin32(::MultiByteToWideChar(codePage, 0, text.data(), length, buffer, size), E_ANSI_TO_WIDE,
-                          L"MultiByteToWideChar");
+        return checkWin32(::MultiByteToWideChar(codePage, 0, text.data(), length, buffer, size),
+                          E_ANSI_TO_WIDE, L"MultiByteToWideChar");
     };
     wide.resize(static_cast<std::size_t>(convert(nullptr, 0)));
     wide.resize(static_cast<std::size_t>(convert(wide.data(), static_cast<int>(wide.size()))));
     return wide;
 }
 
-std::string wideToMulti(unsigned codePage, std::wstring_view text)
-{
+std::string wideToMulti(unsigned codePage, std::wstring_view text) {
     std::string multi;
     if (text.empty())
         return multi;
@@ -57,14 +53,12 @@ std::string wideToMulti(unsigned codePage, std::wstring_view text)
     return multi;
 }
 
-std::wstring multiToWide(unsigned codePage, const char* text)
-{
+std::wstring multiToWide(unsigned codePage, const char* text) {
     return multiToWide(codePage, checkedView(text));
 }
 
-std::string wideToMulti(unsigned codePage, const wchar_t* text)
-{
+std::string wideToMulti(unsigned codePage, const wchar_t* text) {
     return wideToMulti(codePage, checkedView(text));
 }
 
-} // namespace Corvane
+}  // namespace Corvane

@@ -20,14 +20,12 @@ std::string wideToMulti(unsigned codePage, std::wstring_view text);
 std::wstring multiToWide(unsigned codePage, const char* text);
 std::string wideToMulti(unsigned codePage, const wchar_t* text);
 
-inline std::wstring fromUtf8(std::string_view text)
-{
+inline std::wstring fromUtf8(std::string_view text) {
     return multiToWide(utf8CodePage, text);
 }
 
-inline std::string toUtf8(std::wstring_view text)
-{
+inline std::string toUtf8(std::wstring_view text) {
     return wideToMulti(utf8CodePage, text);
 }
 
-} // namespace Corvane
+}  // namespace Corvane

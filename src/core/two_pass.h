@@ -11,8 +11,7 @@ namespace Corvane {
 // false on failure with the thread's last error set. Returns exactly what the second call delivered.
 // Failure of either call throws CryptoException with `descriptor`; `name` is the call for the log.
 template <class T, class Call>
-std::vector<T> twoPass(const ErrorDescriptor& descriptor, const wchar_t* name, Call call)
-{
+std::vector<T> twoPass(const ErrorDescriptor& descriptor, const wchar_t* name, Call call) {
     DWORD size = 0;
     checkCrypto(call(static_cast<T*>(nullptr), &size), descriptor, name);
     std::vector<T> buffer(size);
@@ -21,4 +20,4 @@ std::vector<T> twoPass(const ErrorDescriptor& descriptor, const wchar_t* name, C
     return buffer;
 }
 
-} // namespace Corvane
+}  // namespace Corvane

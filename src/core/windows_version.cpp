@@ -8,8 +8,7 @@
 
 namespace Corvane {
 
-std::wstring windowsVersion()
-{
+std::wstring windowsVersion() {
     // GetVersionEx answers what the host's manifest asks for; the kernel's own answer does not.
     using RtlGetVersion = LONG(WINAPI*)(OSVERSIONINFOW*);
     RtlGetVersion getVersion = nullptr;
@@ -25,4 +24,4 @@ std::wstring windowsVersion()
            std::to_wstring(version.dwBuildNumber);
 }
 
-} // namespace Corvane
+}  // namespace Corvane

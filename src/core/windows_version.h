@@ -8,4 +8,4 @@ namespace Corvane {
 // Throws Exception E_GET_WINDOWS_VERSION.
 std::wstring windowsVersion();
 
-} // namespace Corvane
+}  // namespace Corvane

@@ -4,31 +4,29 @@
 
 namespace Corvane::Stream {
 
-std::wstring ClosedStreamException::details() const
-{
+std::wstring ClosedStreamException::details() const {
     return L"поток закрыт";
 }
 
-std::uint64_t target(std::int64_t offset, Origin origin, const State& state)
-{
+std::uint64_t target(std::int64_t offset, Origin origin, const State& state) {
     std::uint64_t base = 0;
     if (origin == Origin::current)
         base = state.position;
     else if (origin == Origin::end)
         base = state.size;
     // Unsigned, since the smallest offset has no positive counterpart of its type.
-    const auto distance = offset < 0 ? 0 - static_cast<std::uint64_t>(offset) : static_cast<std::uint64_t>(offset);
+    const auto distance =
+        offset < 0 ? 0 - static_cast<std::uint64_t>(offset) : static_cast<std::uint64_t>(offset);
     const std::uint64_t room = offset < 0 ? base : state.size - std::min(base, state.size);
     if (distance > room)
         throw Exception(E_OFFSET_OUT_OF_RANGE);
     return offset < 0 ? base - distance : base + distance;
 }
 
-std::span<const std::uint8_t> part(const Bytes& bytes, std::size_t offset, std::size_t count)
-{
+std::span<const std::uint8_t> part(const Bytes& bytes, std::size_t offset, std::size_t count) {
     if (offset > bytes.size())
         throw Exception(E_OFFSET_OUT_OF_RANGE);
     return std::span(bytes).subspan(offset, std::min(count, bytes.size() - offset));
 }
 
-} // namespace Corvane::Stream
+}  // namespace Corvane::Stream

@@ -12,41 +12,37 @@
 namespace Corvane::Stream {
 
 // Where seek() counts from. Any other number is taken for `beginning`.
-enum class Origin : std::uint32_t
-{
+enum class Origin : std::uint32_t {
     beginning = 0,
     current = 1,
     end = 2,
 };
 
-struct State
-{
+struct State {
     std::uint64_t position;
     std::uint64_t size;
 };
 
 // A stream was used after close(). The descriptor names what was tried.
-class ClosedStreamException : public CustomException
-{
+class ClosedStreamException : public CustomException {
 public:
     using CustomException::CustomException;
 
     std::wstring details() const override;
 };
 
-// All operations may be called from any thread; each implementation runs them one after another. After close()
-// every operation but close() itself throws ClosedStreamException: E_FILE_SIZE, E_SEEK_IN_FILE, E_FILE_READ or
-// E_FILE_WRITE.
-class IBinaryStream
-{
+// All operations may be called from any thread; each implementation runs them one after another. After
+// close() every operation but close() itself throws ClosedStreamException: E_FILE_SIZE, E_SEEK_IN_FILE,
+// E_FILE_READ or E_FILE_WRITE.
+class IBinaryStream {
 public:
     virtual ~IBinaryStream() = default;
 
     // Position and size at one moment.
     virtual State state() const = 0;
 
-    // Moves the position and returns it. A position before the beginning is E_OFFSET_OUT_OF_RANGE, and so is one
-    // beyond the end.
+    // Moves the position and returns it. A position before the beginning is E_OFFSET_OUT_OF_RANGE, and so is
+    // one beyond the end.
     virtual std::uint64_t seek(std::int64_t offset, Origin origin) = 0;
 
     // Cuts the stream off or fills it up with zeros. A position beyond the new end moves to it.
@@ -55,8 +51,8 @@ public:
     // Releases the data or the file. Never fails twice; a second call does nothing.
     virtual void close() = 0;
 
-    // Fills `buffer` from the position on as far as the stream goes and moves behind what was read; returns how
-    // much that was, 0 at the end only.
+    // Fills `buffer` from the position on as far as the stream goes and moves behind what was read; returns
+    // how much that was, 0 at the end only.
     virtual std::size_t read(std::span<std::uint8_t> buffer) = 0;
 
     // Writes all of `bytes` at the position and moves behind them. What was written before a failure stays.
@@ -70,12 +66,12 @@ public:
     virtual void seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes) = 0;
 };
 
-// The position that seek(offset, origin) leads to from `state`. Throws Exception E_OFFSET_OUT_OF_RANGE when it
-// lies before the beginning or beyond the end.
+// The position that seek(offset, origin) leads to from `state`. Throws Exception E_OFFSET_OUT_OF_RANGE when
+// it lies before the beginning or beyond the end.
 std::uint64_t target(std::int64_t offset, Origin origin, const State& state);
 
 // `count` bytes of `bytes`, beginning at `offset`; what reaches beyond its end is left out. Throws Exception
 // E_OFFSET_OUT_OF_RANGE when `offset` itself lies beyond it.
 std::span<const std::uint8_t> part(const Bytes& bytes, std::size_t offset, std::size_t count);
 
-} // namespace Corvane::Stream
+}  // namespace Corvane::Stream

@@ -11,7 +11,8 @@ namespace {
 template <class Digest>
 Bytes digestOf(IBinaryStream& stream, const SharedProgress& progress) {
     Digest digest;
-    forEachBlock(stream, blockSize, progress, [&](std::span<const std::uint8_t> block) { digest.update(block); });
+    forEachBlock(stream, blockSize, progress,
+                 [&](std::span<const std::uint8_t> block) { digest.update(block); });
     const auto value = digest.finish();
     return Bytes(value.begin(), value.end());
 }

@@ -11,13 +11,11 @@ namespace {
 // The most that one system call is asked to transfer.
 constexpr std::size_t transferLimit = std::size_t{1} << 26;
 
-DWORD transferSize(std::size_t wanted) noexcept
-{
+DWORD transferSize(std::size_t wanted) noexcept {
     return static_cast<DWORD>(std::min(wanted, transferLimit));
 }
 
-std::wstring fullPath(const std::wstring& path)
-{
+std::wstring fullPath(const std::wstring& path) {
     std::wstring full(std::max<std::size_t>(path.size() + 1, MAX_PATH), L'\0');
     for (;;) {
         const DWORD length =
@@ -30,10 +28,9 @@ std::wstring fullPath(const std::wstring& path)
     }
 }
 
-} // namespace
+}  // namespace
 
-std::wstring verbatimPath(const std::wstring& path)
-{
+std::wstring verbatimPath(const std::wstring& path) {
     // A text from a script may hold zeros; the system would silently take the part before the first.
     if (path.empty() || path.find(L'\0') != std::wstring::npos)
         throw Win32Exception(E_DIRECTORY_PATH, ERROR_INVALID_NAME);
@@ -46,64 +43,55 @@ std::wstring verbatimPath(const std::wstring& path)
     return full.starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full.substr(2) : L"\\\\?\\" + full;
 }
 
-std::wstring unlimitedPath(const std::wstring& path)
-{
+std::wstring unlimitedPath(const std::wstring& path) {
     const std::wstring verbatim = verbatimPath(path);
     return verbatim.size() < MAX_PATH ? path : verbatim;
 }
 
-std::shared_ptr<File> File::open(const std::wstring& path, const FileMode& mode)
-{
+std::shared_ptr<File> File::open(const std::wstring& path, const FileMode& mode) {
     FileHandle handle(::CreateFileW(unlimitedPath(path).c_str(), mode.access, mode.share, nullptr,
                                     mode.disposition, mode.attributes, nullptr));
     checkWin32(static_cast<bool>(handle), E_CREATE_FILE, L"CreateFileW");
     return std::shared_ptr<File>(new File(std::move(handle), fullPath(path)));
 }
 
-std::shared_ptr<File> File::closed()
-{
+std::shared_ptr<File> File::closed() {
     return std::shared_ptr<File>(new File({}, {}));
 }
 
-HANDLE File::openHandle(const ErrorDescriptor& descriptor) const
-{
+HANDLE File::openHandle(const ErrorDescriptor& descriptor) const {
     if (!handle_)
         throw Stream::ClosedStreamException(descriptor);
     return handle_.get();
 }
 
-std::uint64_t File::sizeLocked() const
-{
+std::uint64_t File::sizeLocked() const {
     LARGE_INTEGER size{};
     checkWin32(::GetFileSizeEx(openHandle(E_FILE_SIZE), &size), E_FILE_SIZE, L"GetFileSizeEx");
     return static_cast<std::uint64_t>(size.QuadPart);
 }
 
-std::uint64_t File::positionLocked() const
-{
+std::uint64_t File::positionLocked() const {
     LARGE_INTEGER position{};
     checkWin32(::SetFilePointerEx(openHandle(E_SEEK_IN_FILE), LARGE_INTEGER{}, &position, FILE_CURRENT),
                E_SEEK_IN_FILE, L"SetFilePointerEx");
     return static_cast<std::uint64_t>(position.QuadPart);
 }
 
-void File::moveLocked(std::uint64_t position) const
-{
+void File::moveLocked(std::uint64_t position) const {
     LARGE_INTEGER distance{};
     distance.QuadPart = static_cast<LONGLONG>(position);
     checkWin32(::SetFilePointerEx(openHandle(E_SEEK_IN_FILE), distance, nullptr, FILE_BEGIN), E_SEEK_IN_FILE,
                L"SetFilePointerEx");
 }
 
-Stream::State File::state() const
-{
+Stream::State File::state() const {
     const std::lock_guard guard(mutex_);
     const std::uint64_t size = sizeLocked();
     return {positionLocked(), size};
 }
 
-std::uint64_t File::seekLocked(std::int64_t offset, Stream::Origin origin)
-{
+std::uint64_t File::seekLocked(std::int64_t offset, Stream::Origin origin) {
     openHandle(E_SEEK_IN_FILE);
     const std::uint64_t size = sizeLocked();
     const std::uint64_t position = Stream::target(offset, origin, {positionLocked(), size});
@@ -111,14 +99,12 @@ std::uint64_t File::seekLocked(std::int64_t offset, Stream::Origin origin)
     return position;
 }
 
-std::uint64_t File::seek(std::int64_t offset, Stream::Origin origin)
-{
+std::uint64_t File::seek(std::int64_t offset, Stream::Origin origin) {
     const std::lock_guard guard(mutex_);
     return seekLocked(offset, origin);
 }
 
-void File::resize(std::uint64_t size)
-{
+void File::resize(std::uint64_t size) {
     if (size > static_cast<std::uint64_t>(std::numeric_limits<LONGLONG>::max()))
         throw Exception(E_OFFSET_OUT_OF_RANGE);
     const std::lock_guard guard(mutex_);
@@ -132,20 +118,19 @@ void File::resize(std::uint64_t size)
         detail::failWin32(E_FILE_WRITE, L"SetEndOfFile", error);
 }
 
-void File::close()
-{
+void File::close() {
     const std::lock_guard guard(mutex_);
     handle_.reset();
 }
 
-std::size_t File::readLocked(std::span<std::uint8_t> buffer)
-{
+std::size_t File::readLocked(std::span<std::uint8_t> buffer) {
     const HANDLE file = openHandle(E_FILE_READ);
     std::size_t total = 0;
     while (total < buffer.size()) {
         DWORD done = 0;
-        checkWin32(::ReadFile(file, buffer.data() + total, transferSize(buffer.size() - total), &done, nullptr),
-                   E_FILE_READ, L"ReadFile");
+        checkWin32(
+            ::ReadFile(file, buffer.data() + total, transferSize(buffer.size() - total), &done, nullptr),
+            E_FILE_READ, L"ReadFile");
         if (done == 0)
             break;
         total += done;
@@ -153,8 +138,7 @@ std::size_t File::readLocked(std::span<std::uint8_t> buffer)
     return total;
 }
 
-SharedBytes File::readLocked(std::size_t count)
-{
+SharedBytes File::readLocked(std::size_t count) {
     openHandle(E_FILE_READ);
     const std::uint64_t size = sizeLocked();
     const std::uint64_t left = size - std::min(size, positionLocked());
@@ -163,8 +147,7 @@ SharedBytes File::readLocked(std::size_t count)
     return bytes;
 }
 
-void File::writeLocked(std::span<const std::uint8_t> bytes)
-{
+void File::writeLocked(std::span<const std::uint8_t> bytes) {
     const HANDLE file = openHandle(E_FILE_WRITE);
     while (!bytes.empty()) {
         DWORD done = 0;
@@ -174,46 +157,39 @@ void File::writeLocked(std::span<const std::uint8_t> bytes)
     }
 }
 
-std::size_t File::read(std::span<std::uint8_t> buffer)
-{
+std::size_t File::read(std::span<std::uint8_t> buffer) {
     const std::lock_guard guard(mutex_);
     return readLocked(buffer);
 }
 
-SharedBytes File::read(std::size_t count)
-{
+SharedBytes File::read(std::size_t count) {
     const std::lock_guard guard(mutex_);
     return readLocked(count);
 }
 
-void File::write(std::span<const std::uint8_t> bytes)
-{
+void File::write(std::span<const std::uint8_t> bytes) {
     const std::lock_guard guard(mutex_);
     writeLocked(bytes);
 }
 
-SharedBytes File::seekAndRead(std::int64_t position, std::size_t count)
-{
+SharedBytes File::seekAndRead(std::int64_t position, std::size_t count) {
     const std::lock_guard guard(mutex_);
     seekLocked(position, Stream::Origin::beginning);
     return readLocked(count);
 }
 
-void File::seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes)
-{
+void File::seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes) {
     const std::lock_guard guard(mutex_);
     seekLocked(position, Stream::Origin::beginning);
     writeLocked(bytes);
 }
 
-void File::flush()
-{
+void File::flush() {
     const std::lock_guard guard(mutex_);
     checkWin32(::FlushFileBuffers(openHandle(E_FLUSH_FILE_BUFFER)), E_FLUSH_FILE_BUFFER, L"FlushFileBuffers");
 }
 
-FileTimes File::times() const
-{
+FileTimes File::times() const {
     const std::lock_guard guard(mutex_);
     FileTimes times{};
     checkWin32(::GetFileTime(openHandle(E_GET_FILE_ATTRIBUTES), &times.creation, &times.access, &times.write),
@@ -221,14 +197,13 @@ FileTimes File::times() const
     return times;
 }
 
-void File::setTimes(const FILETIME* creation, const FILETIME* access, const FILETIME* write)
-{
+void File::setTimes(const FILETIME* creation, const FILETIME* access, const FILETIME* write) {
     const std::lock_guard guard(mutex_);
-    checkWin32(::SetFileTime(openHandle(E_FILE_WRITE), creation, access, write), E_FILE_WRITE, L"SetFileTime");
+    checkWin32(::SetFileTime(openHandle(E_FILE_WRITE), creation, access, write), E_FILE_WRITE,
+               L"SetFileTime");
 }
 
-Bytes readFile(const std::wstring& path)
-{
+Bytes readFile(const std::wstring& path) {
     const auto file = File::open(path, {});
     const std::uint64_t size = file->state().size;
     Bytes bytes;
@@ -240,8 +215,7 @@ Bytes readFile(const std::wstring& path)
     return bytes;
 }
 
-void writeFile(const std::wstring& path, std::span<const std::uint8_t> bytes)
-{
+void writeFile(const std::wstring& path, std::span<const std::uint8_t> bytes) {
     const std::wstring fullName = unlimitedPath(path);
     const bool existed = ::GetFileAttributesW(fullName.c_str()) != INVALID_FILE_ATTRIBUTES;
     const auto file = File::open(path, {GENERIC_WRITE, 0, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL});
@@ -261,4 +235,4 @@ void writeFile(const std::wstring& path, std::span<const std::uint8_t> bytes)
     }
 }
 
-} // namespace Corvane
+}  // namespace Corvane

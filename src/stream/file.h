@@ -11,26 +11,23 @@
 namespace Corvane {
 
 // How a file is opened: the values of CreateFileW.
-struct FileMode
-{
+struct FileMode {
     DWORD access = GENERIC_READ;
     DWORD share = FILE_SHARE_READ;
     DWORD disposition = OPEN_EXISTING;
     DWORD attributes = FILE_ATTRIBUTE_NORMAL;
 };
 
-struct FileTimes
-{
+struct FileTimes {
     FILETIME creation;
     FILETIME access;
     FILETIME write;
 };
 
-class File : public Stream::IBinaryStream
-{
+class File : public Stream::IBinaryStream {
 public:
-    // `path` may be longer than MAX_PATH. Throws Win32Exception E_CREATE_FILE, and E_DIRECTORY_PATH for a text
-    // that is no path.
+    // `path` may be longer than MAX_PATH. Throws Win32Exception E_CREATE_FILE, and E_DIRECTORY_PATH for a
+    // text that is no path.
     static std::shared_ptr<File> open(const std::wstring& path, const FileMode& mode);
 
     // A file that is closed from the beginning.
@@ -62,7 +59,8 @@ public:
     const std::wstring& path() const noexcept { return path_; }
 
 private:
-    File(FileHandle handle, std::wstring path) noexcept : handle_(std::move(handle)), path_(std::move(path)) {}
+    File(FileHandle handle, std::wstring path) noexcept
+        : handle_(std::move(handle)), path_(std::move(path)) {}
 
     HANDLE openHandle(const ErrorDescriptor& descriptor) const;
     std::uint64_t sizeLocked() const;
@@ -93,4 +91,4 @@ Bytes readFile(const std::wstring& path);
 // rights. When there is no room for the new content the old one stays. Throws what File throws.
 void writeFile(const std::wstring& path, std::span<const std::uint8_t> bytes);
 
-} // namespace Corvane
+}  // namespace Corvane

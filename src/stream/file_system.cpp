@@ -46,7 +46,8 @@ void makeDeletable(const std::wstring& path, DWORD attributes) noexcept {
     }
 }
 
-// `path` is verbatim: names inside that the system would read otherwise, such as ".. ", must not lead elsewhere.
+// `path` is verbatim: names inside that the system would read otherwise, such as ".. ", must not lead
+// elsewhere.
 void deleteTree(const std::wstring& path, DWORD attributes) {
     if (!isLink(attributes)) {
         for (const Entry& entry : list(path, L"*")) {
@@ -125,8 +126,8 @@ void copyFile(const std::wstring& source, const std::wstring& target, bool overw
 
 void moveFile(const std::wstring& source, const std::wstring& target, bool overwrite) {
     const DWORD flags = MOVEFILE_COPY_ALLOWED | (overwrite ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0);
-    checkWin32(::MoveFileExW(unlimitedPath(source).c_str(), unlimitedPath(target).c_str(), flags), E_FILE_MOVE,
-               L"MoveFileExW");
+    checkWin32(::MoveFileExW(unlimitedPath(source).c_str(), unlimitedPath(target).c_str(), flags),
+               E_FILE_MOVE, L"MoveFileExW");
 }
 
 void deleteFile(const std::wstring& path) {

@@ -20,8 +20,8 @@ struct Entry {
     FILETIME written;
 };
 
-// A new file with a name of its own in the temporary folder, open for reading and writing. It is deleted when it is
-// closed unless it is to be kept. Throws Win32Exception E_GET_TEMP_FOLDER_PATH, E_CREATE_FILE.
+// A new file with a name of its own in the temporary folder, open for reading and writing. It is deleted when
+// it is closed unless it is to be kept. Throws Win32Exception E_GET_TEMP_FOLDER_PATH, E_CREATE_FILE.
 std::shared_ptr<File> createTemporaryFile(bool keep);
 
 // The temporary folder, ending in a backslash. Throws Win32Exception E_GET_TEMP_FOLDER_PATH.
@@ -38,8 +38,8 @@ FileTimes timesOf(const std::wstring& path);
 // FILE_ATTRIBUTE_... of the file. Throws Win32Exception E_FILE_WRITE.
 void setAttributes(const std::wstring& path, DWORD attributes);
 
-// Copies a file with its attributes and dates. Throws Win32Exception E_FILE_WRITE; an existing target that is not
-// to be overwritten is one.
+// Copies a file with its attributes and dates. Throws Win32Exception E_FILE_WRITE; an existing target that is
+// not to be overwritten is one.
 void copyFile(const std::wstring& source, const std::wstring& target, bool overwrite);
 
 // Moves or renames a file, to another volume as well. Throws Win32Exception E_FILE_MOVE.
@@ -48,17 +48,17 @@ void moveFile(const std::wstring& source, const std::wstring& target, bool overw
 // Throws Win32Exception E_FILE_DELETE.
 void deleteFile(const std::wstring& path);
 
-// Makes a folder and those above it that are missing. A folder that is there is no failure. Throws Win32Exception
-// E_DIRECTORY_PATH.
+// Makes a folder and those above it that are missing. A folder that is there is no failure. Throws
+// Win32Exception E_DIRECTORY_PATH.
 void createFolder(const std::wstring& path);
 
-// Deletes an empty folder, or a folder with its contents. A link below it is deleted, never followed; a folder that
-// is itself a link goes alone. Stops at the first thing that cannot be deleted. Throws Win32Exception
-// E_DIRECTORY_DELETE.
+// Deletes an empty folder, or a folder with its contents. A link below it is deleted, never followed; a
+// folder that is itself a link goes alone. Stops at the first thing that cannot be deleted. Throws
+// Win32Exception E_DIRECTORY_DELETE.
 void deleteFolder(const std::wstring& path, bool withContents);
 
-// The files and folders in a folder whose names match a mask (* and ?), in the system's order, without "." and "..".
-// Throws Win32Exception E_DIRECTORY_PATH.
+// The files and folders in a folder whose names match a mask (* and ?), in the system's order, without "."
+// and "..". Throws Win32Exception E_DIRECTORY_PATH.
 std::vector<Entry> list(const std::wstring& folder, const std::wstring& mask);
 
 }  // namespace Corvane::FileSystem

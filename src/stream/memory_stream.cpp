@@ -7,46 +7,39 @@
 
 namespace Corvane::Stream {
 
-void MemoryStream::checkOpen(const ErrorDescriptor& descriptor) const
-{
+void MemoryStream::checkOpen(const ErrorDescriptor& descriptor) const {
     if (closed_)
         throw ClosedStreamException(descriptor);
 }
 
-std::uint64_t MemoryStream::position() const noexcept
-{
+std::uint64_t MemoryStream::position() const noexcept {
     return std::uint64_t{chunkIndex_} * chunkSize + offsetInChunk_;
 }
 
-void MemoryStream::setPosition(std::uint64_t position) noexcept
-{
+void MemoryStream::setPosition(std::uint64_t position) noexcept {
     chunkIndex_ = static_cast<std::uint32_t>(position / chunkSize);
     offsetInChunk_ = static_cast<std::uint32_t>(position % chunkSize);
 }
 
-State MemoryStream::state() const
-{
+State MemoryStream::state() const {
     const std::lock_guard guard(mutex_);
     checkOpen(E_FILE_SIZE);
     return {position(), size_};
 }
 
-std::uint64_t MemoryStream::seekLocked(std::int64_t offset, Origin origin)
-{
+std::uint64_t MemoryStream::seekLocked(std::int64_t offset, Origin origin) {
     checkOpen(E_SEEK_IN_FILE);
     setPosition(target(offset, origin, {position(), size_}));
     return position();
 }
 
-std::uint64_t MemoryStream::seek(std::int64_t offset, Origin origin)
-{
+std::uint64_t MemoryStream::seek(std::int64_t offset, Origin origin) {
     const std::lock_guard guard(mutex_);
     return seekLocked(offset, origin);
 }
 
 // Appends chunks until there is room for `size` bytes in all; takes them back when memory runs out.
-void MemoryStream::reserve(std::uint64_t size)
-{
+void MemoryStream::reserve(std::uint64_t size) {
     const std::uint64_t wanted = size / chunkSize + (size % chunkSize != 0 ? 1 : 0);
     if (wanted > std::numeric_limits<std::uint32_t>::max())
         throw std::bad_alloc();
@@ -60,8 +53,7 @@ void MemoryStream::reserve(std::uint64_t size)
     }
 }
 
-void MemoryStream::clear(std::uint64_t from, std::uint64_t to) noexcept
-{
+void MemoryStream::clear(std::uint64_t from, std::uint64_t to) noexcept {
     while (from < to) {
         const auto offset = static_cast<std::size_t>(from % chunkSize);
         const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(to - from, chunkSize - offset));
@@ -70,8 +62,7 @@ void MemoryStream::clear(std::uint64_t from, std::uint64_t to) noexcept
     }
 }
 
-void MemoryStream::resize(std::uint64_t size)
-{
+void MemoryStream::resize(std::uint64_t size) {
     const std::lock_guard guard(mutex_);
     checkOpen(E_FILE_WRITE);
     reserve(size);
@@ -82,8 +73,7 @@ void MemoryStream::resize(std::uint64_t size)
         setPosition(size_);
 }
 
-void MemoryStream::close()
-{
+void MemoryStream::close() {
     const std::lock_guard guard(mutex_);
     closed_ = true;
     size_ = 0;
@@ -93,8 +83,7 @@ void MemoryStream::close()
 
 // Hands the next `count` bytes, or as many as there are, to `takePiece` chunk by chunk and moves behind them.
 template <class Take>
-std::size_t MemoryStream::take(std::size_t count, Take&& takePiece)
-{
+std::size_t MemoryStream::take(std::size_t count, Take&& takePiece) {
     const auto total = static_cast<std::size_t>(std::min<std::uint64_t>(count, size_ - position()));
     for (std::size_t done = 0; done < total;) {
         const std::size_t piece = std::min<std::size_t>(total - done, chunkSize - offsetInChunk_);
@@ -105,8 +94,7 @@ std::size_t MemoryStream::take(std::size_t count, Take&& takePiece)
     return total;
 }
 
-std::size_t MemoryStream::read(std::span<std::uint8_t> buffer)
-{
+std::size_t MemoryStream::read(std::span<std::uint8_t> buffer) {
     const std::lock_guard guard(mutex_);
     checkOpen(E_FILE_READ);
     std::uint8_t* out = buffer.data();
@@ -116,30 +104,28 @@ std::size_t MemoryStream::read(std::span<std::uint8_t> buffer)
     });
 }
 
-SharedBytes MemoryStream::readLocked(std::size_t count)
-{
+SharedBytes MemoryStream::readLocked(std::size_t count) {
     checkOpen(E_FILE_READ);
     auto bytes = std::make_shared<Bytes>();
     bytes->reserve(static_cast<std::size_t>(std::min<std::uint64_t>(count, size_ - position())));
-    take(count, [&](std::span<const std::uint8_t> piece) { bytes->insert(bytes->end(), piece.begin(), piece.end()); });
+    take(count, [&](std::span<const std::uint8_t> piece) {
+        bytes->insert(bytes->end(), piece.begin(), piece.end());
+    });
     return bytes;
 }
 
-SharedBytes MemoryStream::read(std::size_t count)
-{
+SharedBytes MemoryStream::read(std::size_t count) {
     const std::lock_guard guard(mutex_);
     return readLocked(count);
 }
 
-SharedBytes MemoryStream::seekAndRead(std::int64_t position, std::size_t count)
-{
+SharedBytes MemoryStream::seekAndRead(std::int64_t position, std::size_t count) {
     const std::lock_guard guard(mutex_);
     seekLocked(position, Origin::beginning);
     return readLocked(count);
 }
 
-void MemoryStream::writeLocked(std::span<const std::uint8_t> bytes)
-{
+void MemoryStream::writeLocked(std::span<const std::uint8_t> bytes) {
     checkOpen(E_FILE_WRITE);
     reserve(position() + bytes.size());
     while (!bytes.empty()) {
@@ -151,17 +137,15 @@ void MemoryStream::writeLocked(std::span<const std::uint8_t> bytes)
     size_ = std::max(size_, position());
 }
 
-void MemoryStream::write(std::span<const std::uint8_t> bytes)
-{
+void MemoryStream::write(std::span<const std::uint8_t> bytes) {
     const std::lock_guard guard(mutex_);
     writeLocked(bytes);
 }
 
-void MemoryStream::seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes)
-{
+void MemoryStream::seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes) {
     const std::lock_guard guard(mutex_);
     seekLocked(position, Origin::beginning);
     writeLocked(bytes);
 }
 
-} // namespace Corvane::Stream
+}  // namespace Corvane::Stream

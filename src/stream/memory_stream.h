@@ -8,8 +8,7 @@
 
 namespace Corvane::Stream {
 
-class MemoryStream : public IBinaryStream
-{
+class MemoryStream : public IBinaryStream {
 public:
     MemoryStream() = default;
     MemoryStream(const MemoryStream&) = delete;
@@ -31,16 +30,13 @@ public:
 private:
     // Chunks are overwritten at once, so nobody clears them first.
     template <class T>
-    struct UninitializedAllocator : std::allocator<T>
-    {
+    struct UninitializedAllocator : std::allocator<T> {
         template <class U>
-        struct rebind
-        {
+        struct rebind {
             using other = UninitializedAllocator<U>;
         };
         template <class U>
-        void construct(U*) noexcept
-        {}
+        void construct(U*) noexcept {}
     };
     using Chunk = std::vector<std::uint8_t, UninitializedAllocator<std::uint8_t>>;
 
@@ -63,4 +59,4 @@ private:
     mutable std::mutex mutex_;
 };
 
-} // namespace Corvane::Stream
+}  // namespace Corvane::Stream

@@ -15,8 +15,8 @@ namespace {
 class ScratchFolder {
 public:
     ScratchFolder()
-        : path_(FileSystem::temporaryFolder() + L"corvane-папка-" + std::to_wstring(::GetCurrentProcessId()) + L"-" +
-                std::to_wstring(++count)) {
+        : path_(FileSystem::temporaryFolder() + L"corvane-папка-" + std::to_wstring(::GetCurrentProcessId()) +
+                L"-" + std::to_wstring(++count)) {
         FileSystem::createFolder(path_);
     }
     ~ScratchFolder() {
@@ -97,17 +97,40 @@ TEST(File, FailuresNameTheCauseAndTheSystemsError) {
     };
     const Case cases[] = {
         {"absent file", open(folder / L"no.bin", GENERIC_READ, OPEN_EXISTING), {28, ERROR_FILE_NOT_FOUND}},
-        {"absent folder", open(folder / L"no\\a.bin", GENERIC_READ, OPEN_EXISTING), {28, ERROR_PATH_NOT_FOUND}},
-        {"share violation", open(folder / L"b.bin", GENERIC_READ, OPEN_EXISTING), {28, ERROR_SHARING_VIOLATION}},
+        {"absent folder",
+         open(folder / L"no\\a.bin", GENERIC_READ, OPEN_EXISTING),
+         {28, ERROR_PATH_NOT_FOUND}},
+        {"share violation",
+         open(folder / L"b.bin", GENERIC_READ, OPEN_EXISTING),
+         {28, ERROR_SHARING_VIOLATION}},
         {"file is there", open(path, GENERIC_WRITE, CREATE_NEW), {28, ERROR_FILE_EXISTS}},
         {"empty path", open(L"", GENERIC_READ, OPEN_EXISTING), {40, ERROR_INVALID_NAME}},
-        {"zero in the path", open(path + std::wstring(1, L'\0') + L"x", GENERIC_READ, OPEN_EXISTING), {40, ERROR_INVALID_NAME}},
-        {"writing a file opened for reading", [&] { File::open(path, {})->write(Bytes{1}); }, {17, ERROR_ACCESS_DENIED}},
-        {"closed", [&] { const auto f = File::open(path, {}); f->close(); f->close(); f->read(std::size_t{1}); }, {14, 0}},
-        {"copy onto a file", [&] { FileSystem::copyFile(path, folder / L"b.bin", false); }, {17, ERROR_FILE_EXISTS}},
-        {"move of nothing", [&] { FileSystem::moveFile(folder / L"no.bin", folder / L"c.bin", true); }, {38, ERROR_FILE_NOT_FOUND}},
-        {"delete of nothing", [&] { FileSystem::deleteFile(folder / L"no.bin"); }, {39, ERROR_FILE_NOT_FOUND}},
-        {"folder with contents", [&] { FileSystem::deleteFolder(folder.path(), false); }, {44, ERROR_DIR_NOT_EMPTY}},
+        {"zero in the path",
+         open(path + std::wstring(1, L'\0') + L"x", GENERIC_READ, OPEN_EXISTING),
+         {40, ERROR_INVALID_NAME}},
+        {"writing a file opened for reading",
+         [&] { File::open(path, {})->write(Bytes{1}); },
+         {17, ERROR_ACCESS_DENIED}},
+        {"closed",
+         [&] {
+             const auto f = File::open(path, {});
+             f->close();
+             f->close();
+             f->read(std::size_t{1});
+         },
+         {14, 0}},
+        {"copy onto a file",
+         [&] { FileSystem::copyFile(path, folder / L"b.bin", false); },
+         {17, ERROR_FILE_EXISTS}},
+        {"move of nothing",
+         [&] { FileSystem::moveFile(folder / L"no.bin", folder / L"c.bin", true); },
+         {38, ERROR_FILE_NOT_FOUND}},
+        {"delete of nothing",
+         [&] { FileSystem::deleteFile(folder / L"no.bin"); },
+         {39, ERROR_FILE_NOT_FOUND}},
+        {"folder with contents",
+         [&] { FileSystem::deleteFolder(folder.path(), false); },
+         {44, ERROR_DIR_NOT_EMPTY}},
         {"absent attributes", [&] { FileSystem::entryOf(folder / L"no.bin"); }, {27, ERROR_FILE_NOT_FOUND}},
         {"mask with a folder", [&] { FileSystem::list(folder.path(), L"..\\*"); }, {40, ERROR_INVALID_NAME}},
         {"list of a file", [&] { FileSystem::list(path, L"*"); }, {40, ERROR_PATH_NOT_FOUND}},
@@ -184,8 +207,8 @@ TEST(FileSystem, DeletingAFolderDoesNotFollowLinks) {
     writeFile(folder / L"tree\\inner\\file.txt", Bytes{1});
     FileSystem::setAttributes(folder / L"tree\\inner\\file.txt", FILE_ATTRIBUTE_READONLY);
     constexpr DWORD asFolder = 1;  // SYMBOLIC_LINK_FLAG_DIRECTORY
-    const bool linked =
-        ::CreateSymbolicLinkW((folder / L"tree\\link").c_str(), (folder / L"outside").c_str(), asFolder) != FALSE;
+    const bool linked = ::CreateSymbolicLinkW((folder / L"tree\\link").c_str(), (folder / L"outside").c_str(),
+                                              asFolder) != FALSE;
     FileSystem::deleteFolder(folder / L"tree", true);
     EXPECT_FALSE(FileSystem::folderExists(folder / L"tree"));
     EXPECT_TRUE(FileSystem::fileExists(folder / L"outside\\keep.txt"));

@@ -18,8 +18,7 @@ constexpr ErrorDescriptor contextOnly{0, "SetSite.Context", nullptr};
 constexpr ErrorDescriptor textless{0, "no text", nullptr};
 
 // Description of the thread's error information, which is consumed; nothing when there is none.
-std::optional<std::wstring> takeDescription()
-{
+std::optional<std::wstring> takeDescription() {
     ComPtr<IErrorInfo> info;
     if (::GetErrorInfo(0, info.put()) != S_OK)
         return std::nullopt;
@@ -28,16 +27,14 @@ std::optional<std::wstring> takeDescription()
     return std::wstring(text.view());
 }
 
-struct FrameCase
-{
+struct FrameCase {
     const char* name;
     std::function<void()> body;
     HRESULT hr;
     std::optional<std::wstring> description;
 };
 
-TEST(Frame, EveryRungOfTheLadder)
-{
+TEST(Frame, EveryRungOfTheLadder) {
     const FrameCase cases[] = {
         {"success", [] {}, S_OK, std::nullopt},
         {"own error", [] { throw Exception(E_BINARY_OUT_OF_RANGE); }, static_cast<HRESULT>(0x80040212),
@@ -49,7 +46,8 @@ TEST(Frame, EveryRungOfTheLadder)
         {"failed COM call", [] { throw ComException(E_COM_INVOKE, E_NOTIMPL); }, E_NOTIMPL,
          L"Ошибка вызова метода класса COM компоненты"},
         {"failed COM call without text", [] { throw ComException(textless, E_NOTIMPL); }, E_NOTIMPL, L""},
-        {"standard exception", [] { throw std::out_of_range("vector"); }, static_cast<HRESULT>(0x800405E8), L"vector"},
+        {"standard exception", [] { throw std::out_of_range("vector"); }, static_cast<HRESULT>(0x800405E8),
+         L"vector"},
         {"anything else", [] { throw 42; }, static_cast<HRESULT>(0x800405E8), L"Неизвестная ошибка ActiveX"},
         {"out of memory", [] { throw std::bad_alloc(); }, E_OUTOFMEMORY, std::nullopt},
         {"silent", [] { throw SilentFailure{E_NOINTERFACE}; }, E_NOINTERFACE, std::nullopt},
@@ -61,22 +59,19 @@ TEST(Frame, EveryRungOfTheLadder)
     }
 }
 
-TEST(Frame, RunningOutOfMemoryKeepsEarlierErrorInformation)
-{
+TEST(Frame, RunningOutOfMemoryKeepsEarlierErrorInformation) {
     reportError(CLSID_NULL, L"earlier", E_FAIL);
     EXPECT_EQ(frame(CLSID_NULL, L"CTest::Method", [] { throw std::bad_alloc(); }), E_OUTOFMEMORY);
     EXPECT_EQ(takeDescription(), L"earlier");
 }
 
 // A host's own object; under GUID_NULL it answers what the test tells it to.
-class ForeignObject : public IUnknown
-{
+class ForeignObject : public IUnknown {
 public:
     explicit ForeignObject(HRESULT answer) : answer_(answer) {}
     virtual ~ForeignObject() = default;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
-    {
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override {
         *object = nullptr;
         return answer_;
     }
@@ -87,8 +82,7 @@ private:
     HRESULT answer_;
 };
 
-TEST(Resolve, OnlyOurOwnObjectsOfTheRightKind)
-{
+TEST(Resolve, OnlyOurOwnObjectsOfTheRightKind) {
     ForeignObject refusing(E_ACCESSDENIED);
     ForeignObject lying(S_OK);
     const auto ours = makeBinary({1, 2, 3});
@@ -96,7 +90,8 @@ TEST(Resolve, OnlyOurOwnObjectsOfTheRightKind)
     ASSERT_EQ(ours->QueryInterface(IID_IObjectSafety, otherInterface.putVoid()), S_OK);
 
     const auto resolving = [](IUnknown* object) {
-        return frame(CLSID_NULL, L"CTest::Method", [&] { EXPECT_EQ(resolve<CBinaryObject>(object)->bytes()->size(), 3u); });
+        return frame(CLSID_NULL, L"CTest::Method",
+                     [&] { EXPECT_EQ(resolve<CBinaryObject>(object)->bytes()->size(), 3u); });
     };
     EXPECT_EQ(resolving(nullptr), E_POINTER);
     EXPECT_EQ(resolving(&refusing), E_ACCESSDENIED) << "the object's own answer";
@@ -105,4 +100,4 @@ TEST(Resolve, OnlyOurOwnObjectsOfTheRightKind)
     EXPECT_EQ(resolving(otherInterface.get()), S_OK);
 }
 
-} // namespace
+}  // namespace

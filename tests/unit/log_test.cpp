@@ -22,23 +22,20 @@ namespace {
 
 constexpr std::uint64_t second = 10'000'000;
 
-void setNumber(HKEY hive, const wchar_t* name, DWORD value)
-{
+void setNumber(HKEY hive, const wchar_t* name, DWORD value) {
     ASSERT_EQ(::RegSetKeyValueW(hive, settingsKey, name, REG_DWORD, &value, sizeof(value)), ERROR_SUCCESS);
 }
 
-std::string contentOf(const std::filesystem::path& path)
-{
+std::string contentOf(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-class TemporaryLog
-{
+class TemporaryLog {
 public:
     TemporaryLog()
-        : path_(std::filesystem::temp_directory_path() / (L"corvane-журнал-" + std::to_wstring(::GetTickCount64())))
-    {}
+        : path_(std::filesystem::temp_directory_path() /
+                (L"corvane-журнал-" + std::to_wstring(::GetTickCount64()))) {}
     ~TemporaryLog() { std::filesystem::remove(path_); }
     TemporaryLog(const TemporaryLog&) = delete;
     TemporaryLog& operator=(const TemporaryLog&) = delete;
@@ -49,8 +46,7 @@ private:
     std::filesystem::path path_;
 };
 
-TEST(Log, LineLayout)
-{
+TEST(Log, LineLayout) {
     const SYSTEMTIME morning{2019, 10, 4, 24, 9, 5, 3, 7};
     EXPECT_EQ(formatLogLine(morning, 4242, 1, L"CBinaryObject::ToBase64", L"[11] x"),
               L"2019-10-24T09:05:03.7 | 4242 | ERROR | CBinaryObject::ToBase64 | [11] x");
@@ -62,8 +58,7 @@ TEST(Log, LineLayout)
                   L"2026-01-02T23:59:00.120 | 1 | " + std::wstring(name) + L" | c | t");
 }
 
-TEST(Log, LevelIsReadAgainAfterAMinute)
-{
+TEST(Log, LevelIsReadAgainAfterAMinute) {
     const ScratchRegistry registry;
     LevelCache cache;
     const std::uint64_t start = 1'000 * second;
@@ -75,8 +70,7 @@ TEST(Log, LevelIsReadAgainAfterAMinute)
     EXPECT_FALSE(cache.isEnabled(LogLevel::info, start + 61 * second));
 }
 
-TEST(Settings, TheUserComesBeforeTheMachine)
-{
+TEST(Settings, TheUserComesBeforeTheMachine) {
     const ScratchRegistry registry;
     EXPECT_EQ(readNumberSetting(L"LogLevel"), std::nullopt);
     setNumber(HKEY_LOCAL_MACHINE, L"LogLevel", 1);
@@ -90,8 +84,7 @@ TEST(Settings, TheUserComesBeforeTheMachine)
     EXPECT_EQ(readTextSetting(L"LogPath"), path);
 }
 
-TEST(Log, LinesAreAppendedWholeInUtf8)
-{
+TEST(Log, LinesAreAppendedWholeInUtf8) {
     const TemporaryLog log;
     std::ofstream(log.path(), std::ios::binary) << "before\r\n";
     {
@@ -114,14 +107,12 @@ TEST(Log, LinesAreAppendedWholeInUtf8)
     EXPECT_EQ(lines, 400u);
 }
 
-TEST(Log, AFileThatCannotBeOpenedIsNoError)
-{
+TEST(Log, AFileThatCannotBeOpenedIsNoError) {
     FileLogger logger(L"Z:\\no such folder\\Corvane2.log");
     EXPECT_NO_THROW(LogMessage(1, L"c", logger) << L"t");
 }
 
-TEST(Text, CodePages)
-{
+TEST(Text, CodePages) {
     const std::wstring_view russian = L"Привет\0мир";
     const std::wstring text(russian.data(), 10);
     EXPECT_EQ(wideToMulti(1251, text), std::string("\xCF\xF0\xE8\xE2\xE5\xF2\0\xEC\xE8\xF0", 10));
@@ -132,4 +123,4 @@ TEST(Text, CodePages)
     EXPECT_THROW(multiToWide(1251, static_cast<const char*>(nullptr)), std::invalid_argument);
 }
 
-} // namespace
+}  // namespace

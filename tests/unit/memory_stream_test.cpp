@@ -16,8 +16,7 @@ constexpr std::uint64_t chunk = 1'048'576;
 
 // The code of the Corvane::Exception that `action` throws; 0 when it throws none.
 template <class Action>
-std::uint32_t codeOf(Action&& action)
-{
+std::uint32_t codeOf(Action&& action) {
     try {
         action();
     } catch (const Exception& exception) {
@@ -26,23 +25,20 @@ std::uint32_t codeOf(Action&& action)
     return 0;
 }
 
-Bytes pattern(std::size_t size)
-{
+Bytes pattern(std::size_t size) {
     Bytes bytes(size);
     for (std::size_t i = 0; i < size; ++i)
         bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
     return bytes;
 }
 
-TEST(MemoryStream, SeekingStaysInsideTheStream)
-{
+TEST(MemoryStream, SeekingStaysInsideTheStream) {
     MemoryStream stream;
     stream.write(Bytes(100));
-    struct Case
-    {
+    struct Case {
         std::int64_t offset;
         Origin origin;
-        std::int64_t position; // -1: refused
+        std::int64_t position;  // -1: refused
     };
     // Each starts at position 40.
     const Case cases[] = {
@@ -64,7 +60,9 @@ TEST(MemoryStream, SeekingStaysInsideTheStream)
     };
     for (const Case& c : cases) {
         stream.seek(40, Origin::beginning);
-        const auto move = [&] { EXPECT_EQ(stream.seek(c.offset, c.origin), static_cast<std::uint64_t>(c.position)); };
+        const auto move = [&] {
+            EXPECT_EQ(stream.seek(c.offset, c.origin), static_cast<std::uint64_t>(c.position));
+        };
         EXPECT_EQ(codeOf(move), c.position < 0 ? E_OFFSET_OUT_OF_RANGE.code : 0) << c.offset;
         if (c.position < 0) {
             EXPECT_EQ(stream.state().position, 40u) << "a refused move leaves the position";
@@ -72,8 +70,7 @@ TEST(MemoryStream, SeekingStaysInsideTheStream)
     }
 }
 
-TEST(MemoryStream, DataCrossesChunks)
-{
+TEST(MemoryStream, DataCrossesChunks) {
     MemoryStream stream;
     const Bytes data = pattern(3 * chunk + 17);
     stream.write(std::span(data).first(chunk - 1));
@@ -92,8 +89,7 @@ TEST(MemoryStream, DataCrossesChunks)
               (Bytes{data[2 * chunk - 2], 1, 2, data[2 * chunk + 1]}));
 }
 
-TEST(MemoryStream, ResizingClearsWhatItUncovers)
-{
+TEST(MemoryStream, ResizingClearsWhatItUncovers) {
     MemoryStream stream;
     stream.write(Bytes(chunk + 10, 0xFF));
     stream.resize(5);
@@ -104,8 +100,7 @@ TEST(MemoryStream, ResizingClearsWhatItUncovers)
     EXPECT_EQ(*stream.seekAndRead(0, expected.size()), expected);
 }
 
-TEST(MemoryStream, MoreThanMemoryCanHoldChangesNothing)
-{
+TEST(MemoryStream, MoreThanMemoryCanHoldChangesNothing) {
     MemoryStream stream;
     stream.write(Bytes{1, 2, 3});
     EXPECT_THROW(stream.resize(std::numeric_limits<std::uint64_t>::max()), std::bad_alloc);
@@ -113,8 +108,7 @@ TEST(MemoryStream, MoreThanMemoryCanHoldChangesNothing)
     EXPECT_EQ(*stream.seekAndRead(0, 10), (Bytes{1, 2, 3}));
 }
 
-TEST(MemoryStream, AClosedStreamSaysSo)
-{
+TEST(MemoryStream, AClosedStreamSaysSo) {
     MemoryStream stream;
     stream.write(Bytes{1});
     stream.close();
@@ -126,8 +120,7 @@ TEST(MemoryStream, AClosedStreamSaysSo)
     EXPECT_EQ(codeOf([&] { stream.resize(1); }), E_FILE_WRITE.code);
 }
 
-TEST(MemoryStream, PositionedTransfersAreWhole)
-{
+TEST(MemoryStream, PositionedTransfersAreWhole) {
     MemoryStream stream;
     stream.resize(8 * 4096);
     const auto work = [&](std::uint8_t writer) {
@@ -144,12 +137,11 @@ TEST(MemoryStream, PositionedTransfersAreWhole)
         thread.join();
 }
 
-TEST(Stream, PartOfBytes)
-{
+TEST(Stream, PartOfBytes) {
     const Bytes bytes{1, 2, 3};
     EXPECT_EQ(Stream::part(bytes, 1, 10).size(), 2u);
     EXPECT_EQ(Stream::part(bytes, 3, 1).size(), 0u);
     EXPECT_EQ(codeOf([&] { Stream::part(bytes, 4, 0); }), E_OFFSET_OUT_OF_RANGE.code);
 }
 
-} // namespace
+}  // namespace

@@ -8,19 +8,17 @@ using namespace Corvane;
 namespace {
 
 // FormatMessageW's own answer, asked for in another way than the code does.
-std::wstring systemsOwnText(DWORD number)
-{
+std::wstring systemsOwnText(DWORD number) {
     wchar_t text[1024] = L"";
-    ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, number, 0, text, 1024,
-                     nullptr);
+    ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, number, 0, text,
+                     1024, nullptr);
     std::wstring result = text;
     while (!result.empty() && (result.back() == L'\r' || result.back() == L'\n'))
         result.pop_back();
     return result;
 }
 
-TEST(SystemException, DetailsHoldTheNumberAndTheSystemsText)
-{
+TEST(SystemException, DetailsHoldTheNumberAndTheSystemsText) {
     EXPECT_EQ(fullMessage(Win32Exception(E_CREATE_FILE, ERROR_ACCESS_DENIED)),
               L"[28] Ошибка при открытии файла (0x5:" + systemsOwnText(ERROR_ACCESS_DENIED) + L")");
     EXPECT_EQ(fullMessage(CryptoException(E_CRYPTO_SIGN, static_cast<std::uint32_t>(NTE_NO_KEY))),
@@ -31,18 +29,16 @@ TEST(SystemException, DetailsHoldTheNumberAndTheSystemsText)
                   systemsOwnText(static_cast<DWORD>(E_INVALIDARG)) + L")");
 }
 
-TEST(SystemException, NoSystemTextMeansNoParentheses)
-{
+TEST(SystemException, NoSystemTextMeansNoParentheses) {
     EXPECT_EQ(fullMessage(Win32Exception(E_CREATE_FILE, 0x2FFFFFFF)), L"[28] Ошибка при открытии файла");
 }
 
-TEST(SystemException, CommonDialogErrorsAreNumbersOnly)
-{
-    EXPECT_EQ(fullMessage(CommDlgException(E_COMMON_DLG, 0x3002)), L"[200] Ошибка при открытии диалога (0x3002)");
+TEST(SystemException, CommonDialogErrorsAreNumbersOnly) {
+    EXPECT_EQ(fullMessage(CommDlgException(E_COMMON_DLG, 0x3002)),
+              L"[200] Ошибка при открытии диалога (0x3002)");
 }
 
-TEST(Check, TakesTheLastErrorOfTheFailedCall)
-{
+TEST(Check, TakesTheLastErrorOfTheFailedCall) {
     ::SetLastError(ERROR_DISK_FULL);
     try {
         checkWin32(FALSE, E_FILE_WRITE, L"WriteFile");
@@ -57,8 +53,7 @@ TEST(Check, TakesTheLastErrorOfTheFailedCall)
     EXPECT_NO_THROW(checkHresult(S_FALSE, E_COM_INVOKE, L"Invoke"));
 }
 
-TEST(Handle, ClosingKeepsTheLastError)
-{
+TEST(Handle, ClosingKeepsTheLastError) {
     FileHandle file(::CreateFileW(L"NUL", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_TRUE(file);
     const HANDLE raw = file.get();
@@ -69,4 +64,4 @@ TEST(Handle, ClosingKeepsTheLastError)
     EXPECT_FALSE(::GetHandleInformation(raw, &flags)) << "the handle is still open";
 }
 
-} // namespace
+}  // namespace
