@@ -16,6 +16,7 @@ IDL = """
 import "oaidl.idl"; // [object] interface INotOne
 /* interface INeither { */
 typedef [uuid(1)] enum Place { [helpstring("The user's own.")] placeUser = 2, placeMachine } Place;
+typedef enum { flagOne = 0x10 } Flags;
 interface IBox;
 [object, dual, helpstring("inner")] interface IBox : IDispatch
 {
@@ -24,7 +25,7 @@ interface IBox;
     [propget, id(1), helpstring("The lid.")] HRESULT Lid([out, retval] VARIANT_BOOL* lid);
     [propput, id(1), helpstring("The lid.")] HRESULT Lid([in] VARIANT_BOOL lid);
     [id(2), helpstring("Puts a ball in; \\"late\\", "
-                       "or not.")]
+                       "or not, by Flags.")]
     HRESULT Put([in] IBall* ball, [in, defaultvalue(0)] VARIANT_BOOL late, [in, optional] VARIANT where,
                 [in, defaultvalue("a, b")] BSTR name, [in] enum Place place,
                 [in] IDispatch* pCallback, [in] IDispatch* other);
@@ -58,10 +59,11 @@ class Pages(unittest.TestCase):
             "property, read and write · dispatch id 1",
             '`Put(ball: Ball, [late: Boolean = false], [where: value], [name: string = "a, b"], place: Place, '
             "pCallback: function, other: object)`",
-            'Puts a ball in; "late", or not.',
+            'Puts a ball in; "late", or not, by Flags.',
             "`_NewEnum: object`",
             "| 2 | placeUser | The user's own. |",
             "| 3 | placeMachine |  |",
+            "| 0x10 | flagOne |  |",
             "Takes or returns: [Ball](Ball.md)",
             "ProgID `VetrelCorvane2.Box` · CLSID `{A6C3-1}` · interface `IBox` `{E81D-9}`",
         ]:
@@ -76,7 +78,7 @@ class Pages(unittest.TestCase):
             ("share a dispatch id", IDL.replace("id(2)", "id(1)"), ERRORS),
             ("has no dispatch id", IDL.replace("id(2), ", ""), ERRORS),
             ("no script author's word for the type 'FILETIME'", IDL.replace("BSTR", "FILETIME"), ERRORS),
-            ("line 9: found 'int' where 'HRESULT'", IDL.replace("HRESULT Item", "int Item"), ERRORS),
+            ("line 10: found 'int' where 'HRESULT'", IDL.replace("HRESULT Item", "int Item"), ERRORS),
             ("a line that this script does not understand", IDL, ERRORS.replace(', L"E_LAST"', ", LAST")),
         ]:
             with self.subTest(what), self.assertRaisesRegex((make_reference.PageError, make_reference.idl.IdlError), what):
