@@ -47,7 +47,7 @@ bool isAllowed(const BrowserSite& object, bool mayAsk = false) {
 
 std::wstring programUrl() {
     std::array<wchar_t, 1024> path{};
-    DWORD size = static_cast<DWORD>(path.size());
+    auto size = static_cast<DWORD>(path.size());
     EXPECT_TRUE(::QueryFullProcessImageNameW(::GetCurrentProcess(), 0, path.data(), &size));
     const std::wstring text(path.data(), size);
     return L"name://" + text.substr(text.find_last_of(L'\\') + 1);

@@ -65,7 +65,7 @@ HRESULT STDMETHODCALLTYPE getHref(IHTMLLocation*, BSTR* text) {
 IHTMLLocation* location() {
     static IHTMLLocationVtbl table;
     table.get_href = getHref;
-    static IHTMLLocation object = objectOver<IHTMLLocation>(table);
+    static auto object = objectOver<IHTMLLocation>(table);
     return &object;
 }
 
@@ -76,7 +76,7 @@ HRESULT STDMETHODCALLTYPE getLocation(IHTMLWindow2*, IHTMLLocation** result) {
 IHTMLWindow2* htmlWindow() {
     static IHTMLWindow2Vtbl table;
     table.get_location = getLocation;
-    static IHTMLWindow2 object = objectOver<IHTMLWindow2>(table);
+    static auto object = objectOver<IHTMLWindow2>(table);
     return &object;
 }
 
@@ -87,7 +87,7 @@ HRESULT STDMETHODCALLTYPE getUrl(IHTMLDocument2*, BSTR* text) {
 IHTMLDocument2* document() {
     static IHTMLDocument2Vtbl table;
     table.get_URL = getUrl;
-    static IHTMLDocument2 object = objectOver<IHTMLDocument2>(table);
+    static auto object = objectOver<IHTMLDocument2>(table);
     return &object;
 }
 
@@ -108,7 +108,7 @@ IWebBrowser2* topBrowser() {
     static IWebBrowser2Vtbl table;
     table.get_HWND = getWindow;
     table.get_Document = getDocument;
-    static IWebBrowser2 object = objectOver<IWebBrowser2>(table);
+    static auto object = objectOver<IWebBrowser2>(table);
     return &object;
 }
 
@@ -118,7 +118,7 @@ IWebBrowser2* pageBrowser() {
     table.get_TopLevelContainer = getTopLevelContainer;
     table.get_HWND = host->isTopContainer ? getWindow : nullptr;
     table.get_Document = host->isTopContainer ? getDocument : nullptr;
-    static IWebBrowser2 object = objectOver<IWebBrowser2>(table);
+    static auto object = objectOver<IWebBrowser2>(table);
     return &object;
 }
 
@@ -130,7 +130,7 @@ HRESULT STDMETHODCALLTYPE topFrameService(IServiceProvider*, REFGUID service, RE
 IServiceProvider* topFrame() {
     static IServiceProviderVtbl table;
     table.QueryService = topFrameService;
-    static IServiceProvider object = objectOver<IServiceProvider>(table);
+    static auto object = objectOver<IServiceProvider>(table);
     return &object;
 }
 
@@ -151,7 +151,7 @@ HRESULT STDMETHODCALLTYPE siteService(IServiceProvider*, REFGUID service, REFIID
 IServiceProvider* siteProvider() {
     static IServiceProviderVtbl table;
     table.QueryService = siteService;
-    static IServiceProvider object = objectOver<IServiceProvider>(table);
+    static auto object = objectOver<IServiceProvider>(table);
     return &object;
 }
 
