@@ -60,7 +60,8 @@ Component::Component() : module_(::LoadLibraryW(componentPath().c_str())) {
         throw std::runtime_error("the DLL cannot be loaded");
     classObject_ = exported<decltype(classObject_)>(module_, "DllGetClassObject");
     canUnload_ = exported<decltype(canUnload_)>(module_, "DllCanUnloadNow");
-    install_ = exported<decltype(install_)>(module_, "DllInstall");
+    register_ = exported<decltype(register_)>(module_, "DllRegisterServer");
+    unregister_ = exported<decltype(unregister_)>(module_, "DllUnregisterServer");
 }
 
 Component::~Component() {

@@ -39,7 +39,8 @@ public:
         return classObject_(clsid, iid, object);
     }
     HRESULT canUnload() const { return canUnload_(); }
-    HRESULT install(bool add, const wchar_t* commandLine) const { return install_(add, commandLine); }
+    HRESULT registerServer() const { return register_(); }
+    HRESULT unregisterServer() const { return unregister_(); }
 
     ComPtr<IClassFactory> factory(REFCLSID clsid) const;
 
@@ -56,7 +57,8 @@ private:
     HMODULE module_;
     decltype(&::DllGetClassObject) classObject_;
     decltype(&::DllCanUnloadNow) canUnload_;
-    HRESULT(WINAPI* install_)(BOOL, PCWSTR);
+    HRESULT(WINAPI* register_)();
+    HRESULT(WINAPI* unregister_)();
 };
 
 // The site of a host without a browser. The component then takes name://<this program> for the address.

@@ -9,25 +9,29 @@ namespace robustness {
 namespace {
 
 // The error information needs the ProgID, which COM reads from the registry. Where the component is not
-// registered, it is for the current user while these tests run.
+// registered, it is while these tests run.
 class ErrorsTest : public ComponentTest {
 protected:
-    ErrorsTest() {
-        LPOLESTR progId = nullptr;
-        registered_ = FAILED(::ProgIDFromCLSID(__uuidof(BinaryObject), &progId));
-        ::CoTaskMemFree(progId);
+    ErrorsTest() : registered_(!isRegistered()) {
         if (registered_) {
-            EXPECT_EQ(component_.install(true, L"user"), S_OK);
+            EXPECT_EQ(component_.registerServer(), S_OK);
         }
     }
 
     ~ErrorsTest() override {
         if (registered_) {
-            EXPECT_EQ(component_.install(false, L"user"), S_OK);
+            EXPECT_EQ(component_.unregisterServer(), S_OK);
         }
     }
 
 private:
+    static bool isRegistered() {
+        LPOLESTR progId = nullptr;
+        const HRESULT hr = ::ProgIDFromCLSID(__uuidof(BinaryObject), &progId);
+        ::CoTaskMemFree(progId);
+        return SUCCEEDED(hr);
+    }
+
     bool registered_;
 };
 
@@ -142,7 +146,7 @@ TEST_F(ErrorsTest, AFailureWithoutInformationIsNotGivenThatOfAnEarlierOne) {
     object->GetByte(1, &byte);
     VARIANT null = variantOf(VT_DISPATCH);
     const LateCall call(*object.get(), 3, {null});
-    EXPECT_EQ(call.hr, E_POINTER);
+    EXPECT_EQ(call.failure(), E_POINTER);
     EXPECT_EQ(viewOf(call.exception.bstrDescription), L"");
 }
 

@@ -38,6 +38,9 @@ public:
         ::SysFreeString(exception.bstrHelpFile);
     }
 
+    // What the member itself failed with; the failure of the call where there was none.
+    HRESULT failure() const { return hr == DISP_E_EXCEPTION ? exception.scode : hr; }
+
     HRESULT hr = E_UNEXPECTED;
     Variant result;
     EXCEPINFO exception{};

@@ -27,7 +27,7 @@ void readUntilEmpty(IBinaryObject& object, const std::wstring& hex, std::atomic<
 TEST_F(ThreadsTest, ReadsWhileAnotherThreadResets) {
     const std::wstring hex = L"0102030405060708";
     std::atomic<int> wrong{0};
-    for (int round = 0; round < 100; ++round) {
+    for (int round = 0; round < 40; ++round) {
         const auto object = bytes(hex);
         std::thread first([&] { readUntilEmpty(*object.get(), hex, wrong); });
         std::thread second([&] { readUntilEmpty(*object.get(), hex, wrong); });
