@@ -1,6 +1,7 @@
 #include "asn1/der_reader.h"
 
 #include <algorithm>
+#include <numeric>
 #include <vector>
 
 namespace asn1 {
@@ -26,10 +27,8 @@ public:
     bool isBelow(unsigned bound) const noexcept { return digits_.size() <= 2 && value() < bound; }
     // For numbers of two digits at most.
     unsigned value() const noexcept {
-        unsigned number = 0;
-        for (auto digit = digits_.rbegin(); digit != digits_.rend(); ++digit)
-            number = number * 10 + *digit;
-        return number;
+        return std::accumulate(digits_.rbegin(), digits_.rend(), 0u,
+                               [](unsigned number, std::uint8_t digit) { return number * 10 + digit; });
     }
 
     // 40 or 80 of the first number of an identifier stand for its first arc. `number` may not be above ours.
@@ -51,9 +50,9 @@ public:
     std::string text() const {
         if (digits_.empty())
             return "0";
-        std::string text;
-        for (auto digit = digits_.rbegin(); digit != digits_.rend(); ++digit)
-            text += static_cast<char>('0' + *digit);
+        std::string text(digits_.size(), '0');
+        std::transform(digits_.rbegin(), digits_.rend(), text.begin(),
+                       [](std::uint8_t digit) { return static_cast<char>('0' + digit); });
         return text;
     }
 
@@ -135,7 +134,7 @@ BitString DerReader::readBitString() {
     const View bytes = value.subspan(1);
     if (unused != 0 && (bytes.back() & ((1u << unused) - 1)) != 0)
         throw Asn1Exception("DER: unused bits that are not 0 (X.690 11.2.1)");
-    return BitString(bytes, unused);
+    return {bytes, unused};
 }
 
 std::string DerReader::readOid() {

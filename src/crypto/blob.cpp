@@ -7,8 +7,8 @@
 namespace Corvane::detail {
 
 Bytes toBigEndian(const CRYPT_INTEGER_BLOB& number) {
-    return Bytes(std::make_reverse_iterator(number.pbData + number.cbData),
-                 std::make_reverse_iterator(number.pbData));
+    return {std::make_reverse_iterator(number.pbData + number.cbData),
+            std::make_reverse_iterator(number.pbData)};
 }
 
 std::wstring toText(const CERT_NAME_BLOB& name, DWORD flags) {

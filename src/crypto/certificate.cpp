@@ -102,6 +102,7 @@ bool Certificate::getArchived() const {
     return hasProperty(CERT_ARCHIVED_PROP_ID);
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): the certificate changes
 void Certificate::setArchived(bool archived) {
     writeLog(LogLevel::debug, L"Corvane::Certificate::setArchived", L"[in] archived: ", archived);
     const CRYPT_DATA_BLOB present{};
@@ -130,7 +131,7 @@ Bytes Certificate::getSerialNumber() const {
 }
 
 Bytes Certificate::getContent() const {
-    return Bytes(context()->pbCertEncoded, context()->pbCertEncoded + context()->cbCertEncoded);
+    return {context()->pbCertEncoded, context()->pbCertEncoded + context()->cbCertEncoded};
 }
 
 DWORD Certificate::getPublicKeyLength() const {
@@ -163,6 +164,7 @@ std::wstring Certificate::getOnlineCertificateStatusProtocol() const {
     return {};
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): the store changes
 void Certificate::uninstall() {
     writeLog(LogLevel::debug, L"Corvane::Certificate::uninstall", L"");
     // The call frees the context it is given, whether it succeeds or not.

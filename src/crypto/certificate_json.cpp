@@ -2,8 +2,8 @@
 
 #include "binary/hex.h"
 #include "core/json.h"
-#include "core/text.h"
 #include "core/moment.h"
+#include "core/text.h"
 
 #include <utility>
 

@@ -83,6 +83,7 @@ Certificates CertificateStore::getCertificates(const CertificateFilter& filter, 
     return certificates;
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): the store changes
 SharedCertificate CertificateStore::install(const Certificate& certificate) {
     writeLog(LogLevel::debug, L"Corvane::CertificateStore::install", L"certificate: ", certificate);
     CertificateContext stored;
