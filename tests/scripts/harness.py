@@ -39,8 +39,8 @@ class Outcome:
 def run_cases(cases, words):
     """Runs those of `cases`, pairs of a name and a function, whose name contains one of `words` (all without words).
 
-    A function returns None when its case passes, else what went wrong. Prints one line for each that fails and a summary;
-    returns the exit status, which is not 0 either when no case was run.
+    A function returns None when its case passes, else what went wrong. Prints one line for each that fails and a
+    summary; returns the exit status, which is not 0 either when no case was run.
     """
     wanted = [case for case in cases if not words or any(word in case[0] for word in words)]
     failed = 0
