@@ -22,6 +22,13 @@ public:
     static constexpr std::size_t size = Algorithm::wordCount * 4;
     using Value = std::array<std::uint8_t, size>;
 
+    // The digest of bytes that are there as a whole.
+    [[nodiscard]] static Value of(std::span<const std::uint8_t> bytes) noexcept {
+        BlockDigest digest;
+        digest.update(bytes);
+        return digest.finish();
+    }
+
     // Takes in the next part of the input, of any length.
     void update(std::span<const std::uint8_t> bytes) noexcept {
         length_ += bytes.size();

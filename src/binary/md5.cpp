@@ -111,9 +111,7 @@ void detail::Md5Algorithm::process(const std::uint8_t* blocks, std::size_t count
 }
 
 Bytes getMd5(std::span<const std::uint8_t> bytes) {
-    MD5 digest;
-    digest.update(bytes);
-    const MD5::Value value = digest.finish();
+    const MD5::Value value = MD5::of(bytes);
     return {value.begin(), value.end()};
 }
 

@@ -110,9 +110,7 @@ void detail::Sha256Algorithm::process(const std::uint8_t* blocks, std::size_t co
 }
 
 Bytes getSha256(std::span<const std::uint8_t> bytes) {
-    SHA256 digest;
-    digest.update(bytes);
-    const SHA256::Value value = digest.finish();
+    const SHA256::Value value = SHA256::of(bytes);
     return {value.begin(), value.end()};
 }
 

@@ -38,7 +38,9 @@ std::uint32_t codeThrownFor(std::int64_t size) {
 
 // So many NUL bytes, and what they become.
 std::string zeros(std::size_t characters) {
-    return std::string(characters, 'A');
+    std::string text;
+    text.assign(characters, 'A');
+    return text;
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ TEST(Hex, DecodesPairsOfDigits) {
 }
 
 TEST(Hex, RefusesWhatIsNotPairsOfDigits) {
-    const std::wstring twoBlocks(2 * 4096 * 2, L'0');
+    const std::wstring twoBlocks(16384, L'0');
     const struct {
         std::wstring text;
         const ErrorDescriptor& error;
