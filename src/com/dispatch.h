@@ -51,18 +51,25 @@ private:
     explicit DispatchTable(ComPtr<ITypeInfo> typeInfo);
     ~DispatchTable() = default;
 
+    // What is known of a member by its identifier.
+    struct Member {
+        WORD kinds = 0;              // of INVOKEKIND
+        std::size_t getterSlot = 0;  // in the table of methods, 0 where reading has to go the general way
+        VARTYPE type = VT_EMPTY;     // of the plain value that the getter gives
+    };
+
     void addFunction(UINT index);
+    void addGetters();
     void addName(BSTR name, DISPID id);
     void buildIndex();
-    bool isGetter(DISPID member) const noexcept;
-    bool isMethod(DISPID member) const noexcept;
+    const Member& memberOf(DISPID id) const noexcept;
     const Name* find(const OLECHAR* name) const noexcept;
 
     ComPtr<ITypeInfo> typeInfo_;
     std::vector<std::wstring> texts_;
     std::vector<Name> names_;
     std::vector<unsigned short> buckets_;  // 1 + index into names_, 0 where there is none
-    std::unordered_map<DISPID, WORD> kinds_;
+    std::unordered_map<DISPID, Member> members_;
     mutable std::atomic<long> references_{1};
 };
 
