@@ -19,10 +19,9 @@ using bench::compare;
 using bench::keep;
 using Corvane::Com::Bstr;
 using Corvane::Com::ComPtr;
-using Corvane::Com::Variant;
 
 // Whole lines of 57 bytes, in all a little less than a mebibyte.
-constexpr std::size_t dataSize = 57 * 16384;
+constexpr std::size_t dataSize = std::size_t{57} * 16384;
 
 // A peer that refuses its work would look fast.
 void must(bool succeeded, const char* what) {

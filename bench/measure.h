@@ -36,11 +36,15 @@ struct Rates {
 // Millions per second of both, of bytes or calls, from the best of turns that alternate so that a busy
 // machine disturbs both alike.
 inline Rates measure(std::size_t amount, const Work& ours, const Work& peer) {
-    constexpr double turnSeconds = 0.02;
-    constexpr int turns = 15;
+    // Many short turns: on a busy machine some of them are left alone.
+    constexpr double turnSeconds = 0.005;
+    constexpr int turns = 50;
     const auto roundsFor = [](const Work& work) {
-        const double once = std::max(secondsOf(work, 1), 1e-9);
-        return static_cast<std::size_t>(turnSeconds / once) + 1;
+        std::size_t rounds = 1;
+        while (secondsOf(work, rounds) < turnSeconds / 2) {
+            rounds *= 2;
+        }
+        return rounds;
     };
     const std::size_t oursRounds = roundsFor(ours);
     const std::size_t peerRounds = roundsFor(peer);

@@ -145,6 +145,7 @@ TEST_F(ArgumentsTest, ConversionsOfLateBoundArguments) {
         {"an argument left out that is needed", 2, {missing}, DISP_E_PARAMNOTOPTIONAL},
         {"a number is no object", 3, {number}, DISP_E_TYPEMISMATCH},
         {"a member that does not exist", 4711, {}, DISP_E_MEMBERNOTFOUND},
+        {"IUnknown's Release, as type libraries number it", 0x60000002, {}, DISP_E_MEMBERNOTFOUND},
     });
     const auto object = bytes(L"0102");
     for (const Row& row : rows) {
@@ -156,6 +157,25 @@ TEST_F(ArgumentsTest, ConversionsOfLateBoundArguments) {
                                  result.put(), nullptr, nullptr),
                   row.expected);
     }
+}
+
+// Numbers arrive signed, since VBScript knows no unsigned ones but bytes.
+TEST_F(ArgumentsTest, TypesOfLateBoundProperties) {
+    const auto object = bytes(L"0102");
+    const auto about = component_.create<IAbout>(__uuidof(About));
+    for (const WORD flags : {WORD{DISPATCH_PROPERTYGET}, WORD{DISPATCH_METHOD | DISPATCH_PROPERTYGET}}) {
+        LateCall size(*object.get(), 1, {}, flags);
+        ASSERT_EQ(V_VT(&size.result.get()), VT_I4);
+        EXPECT_EQ(V_I4(&size.result.get()), 2);
+        LateCall version(*about.get(), 1, {}, flags);
+        ASSERT_EQ(V_VT(&version.result.get()), VT_BSTR);
+        EXPECT_EQ(viewOf(V_BSTR(&version.result.get())), L"2.9.9.41");
+        LateCall access(*about.get(), 3, {}, flags);
+        ASSERT_EQ(V_VT(&access.result.get()), VT_BOOL);
+        EXPECT_EQ(V_BOOL(&access.result.get()), VARIANT_FALSE) << "there is no site";
+    }
+    LateCall byte(*object.get(), 2, {variantOf(VT_I4, 1)});
+    EXPECT_EQ(V_VT(&byte.result.get()), VT_UI1);
 }
 
 // Every member of every object with one argument of every kind: whatever comes back, nothing is lost or

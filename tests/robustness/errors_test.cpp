@@ -140,6 +140,20 @@ TEST_F(ErrorsTest, ALateBoundCallerGetsTheSameAsAnException) {
     EXPECT_EQ(viewOf(call.exception.bstrSource), binaryObject);
 }
 
+// Reading a property that fails.
+TEST_F(ErrorsTest, ALateBoundReadGetsAnExceptionToo) {
+    const auto store = component_.create<ICertificateStore>(__uuidof(CertificateStore));
+    const auto site = ComPtr<PlainSite>::adopt(new PlainSite);
+    EXPECT_EQ(store.query<IObjectWithSite>()->SetSite(site.get()), S_OK);
+    for (const WORD flags : {WORD{DISPATCH_PROPERTYGET}, WORD{DISPATCH_METHOD}}) {
+        const LateCall name(*store.get(), 3, {}, flags);
+        EXPECT_EQ(name.hr, DISP_E_EXCEPTION);
+        EXPECT_EQ(static_cast<unsigned long>(name.exception.scode), 0x8004045C);
+        EXPECT_EQ(viewOf(name.exception.bstrDescription), L"[604] Необходимо открыть хранилище сертификатов");
+        EXPECT_EQ(viewOf(name.exception.bstrSource), L"VetrelCorvane2.CertificateStore.2.9.9");
+    }
+}
+
 TEST_F(ErrorsTest, AFailureWithoutInformationIsNotGivenThatOfAnEarlierOne) {
     const auto object = bytes(L"01");
     unsigned char byte = 0;
