@@ -3,7 +3,7 @@
 #include "com/arguments.h"
 #include "com/base_stream.h"
 #include "com/binary_object.h"
-#include "com/compression_call.h"
+#include "com/stream_operation.h"
 #include "com/zip_archive.h"
 #include "compression/gzip.h"
 #include "compression/zip.h"
@@ -33,10 +33,10 @@ ComPtr<CBinaryObject> converted(const wchar_t* name, IBinaryObject* argument, Co
 template <class Work>
 void startConversion(const wchar_t* name, ::IBinaryStream* input, ::IBinaryStream* output,
                      IDispatch* callback, const VARIANT& token, Work work) {
-    startCompression(name, callback, token,
-                     [from = streamOf(input), to = streamOf(output), work](const SharedProgress& progress) {
-                         work(*from, *to, progress);
-                     });
+    startOperation(name, callback, token,
+                   [from = streamOf(input), to = streamOf(output), work](const SharedProgress& progress) {
+                       work(*from, *to, progress);
+                   });
 }
 
 void compress(const std::wstring& path, const SharedStream& output, const SharedProgress& progress) {
@@ -141,8 +141,8 @@ HRESULT CCompressionService::Compress(BSTR path, ::IBinaryStream* output) {
 HRESULT CCompressionService::CompressAsync(BSTR path, ::IBinaryStream* output, IDispatch* pCallback,
                                            VARIANT token) {
     return serviceFrame(L"CCompressionService::CompressAsync", [&] {
-        startCompression(L"Corvane::Compression::addFromDisk", pCallback, token,
-                         [source = std::wstring(viewOf(path)), to = streamOf(output)](
-                             const SharedProgress& progress) { compress(source, to, progress); });
+        startOperation(L"Corvane::Compression::addFromDisk", pCallback, token,
+                       [source = std::wstring(viewOf(path)), to = streamOf(output)](
+                           const SharedProgress& progress) { compress(source, to, progress); });
     });
 }

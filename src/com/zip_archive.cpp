@@ -3,7 +3,7 @@
 #include "com/arguments.h"
 #include "com/base_stream.h"
 #include "com/binary_object.h"
-#include "com/compression_call.h"
+#include "com/stream_operation.h"
 #include "compression/zip_disk_date.h"
 #include "compression/zip_entries_json.h"
 #include "compression/zip_folder.h"
@@ -26,30 +26,36 @@ constexpr wchar_t extractAllName[] = L"Corvane::Compression::extractToFolder";
 constexpr wchar_t addName[] = L"Corvane::Compression::ZipArchive::add";
 constexpr wchar_t addFolderName[] = L"Corvane::Compression::addFromDisk";
 
+double numberIn(const Variant& value) {
+    Variant number;
+    if (isLeftOut(value) ||
+        FAILED(::VariantChangeType(number.put(), const_cast<VARIANT*>(&value.get()), 0, VT_R8))) {
+        throw SilentFailure{DISP_E_TYPEMISMATCH};
+    }
+    return V_R8(&number.get());
+}
+
 // An entry as scripts name it: by its name, or by its index as any kind of number.
 std::size_t indexOf(const Compression::ZipArchive& archive, const VARIANT& entry) {
     const Variant value = plainValue(entry);
     if (V_VT(&value.get()) == VT_BSTR) {
         return archive.find(toUtf8(viewOf(V_BSTR(&value.get()))));
     }
-    Variant number;
-    if (isLeftOut(value) ||
-        FAILED(::VariantChangeType(number.put(), const_cast<VARIANT*>(&value.get()), 0, VT_R8))) {
-        throw SilentFailure{DISP_E_TYPEMISMATCH};
-    }
-    const double index = V_R8(&number.get());
+    const double index = numberIn(value);
     if (!(index >= 0 && index < std::numeric_limits<std::uint32_t>::max()) || index != std::floor(index)) {
         throw Exception(E_UNZIP_OUT_OF_RANGE);
     }
     return static_cast<std::size_t>(index);
 }
 
-std::uint64_t limitOf(double maxSize) {
-    const std::uint64_t size = sizeOf(maxSize);
+// No limit when it is left out, or 0.
+std::uint64_t limitOf(const VARIANT& maxSize) {
+    const Variant value = plainValue(maxSize);
+    const std::uint64_t size = isLeftOut(value) ? 0 : sizeOf(numberIn(value));
     return size == 0 ? Compression::unlimitedSize : size;
 }
 
-Compression::FolderExtraction optionsOf(double maxSize, VARIANT_BOOL overwrite) {
+Compression::FolderExtraction optionsOf(const VARIANT& maxSize, VARIANT_BOOL overwrite) {
     return {.maxSize = limitOf(maxSize), .overwrite = overwrite != VARIANT_FALSE};
 }
 
@@ -77,14 +83,14 @@ HRESULT CZipArchive::Find(BSTR name, ULONG* index) {
                  [&] { give(index, static_cast<ULONG>(archive()->find(toUtf8(viewOf(name))))); });
 }
 
-HRESULT CZipArchive::Extract(VARIANT entry, double maxSize, IBinaryObject** binary) {
+HRESULT CZipArchive::Extract(VARIANT entry, VARIANT maxSize, IBinaryObject** binary) {
     return frame(L"CZipArchive::Extract", [&] {
         const std::size_t index = indexOf(*archive(), entry);
         give(binary, makeBinary(archive()->extract(index, limitOf(maxSize))));
     });
 }
 
-HRESULT CZipArchive::ExtractAsync(VARIANT entry, IDispatch* pCallback, double maxSize) {
+HRESULT CZipArchive::ExtractAsync(VARIANT entry, IDispatch* pCallback, VARIANT maxSize) {
     return frame(L"CZipArchive::ExtractAsync", [&] {
         startAsync(pCallback,
                    [zip = archive(), index = indexOf(*archive(), entry), limit = limitOf(maxSize)] {
@@ -94,7 +100,7 @@ HRESULT CZipArchive::ExtractAsync(VARIANT entry, IDispatch* pCallback, double ma
     });
 }
 
-HRESULT CZipArchive::ExtractStream(VARIANT entry, ::IBinaryStream* output, double maxSize) {
+HRESULT CZipArchive::ExtractStream(VARIANT entry, ::IBinaryStream* output, VARIANT maxSize) {
     return frame(L"CZipArchive::ExtractStream", [&] {
         const std::size_t index = indexOf(*archive(), entry);
         archive()->extract(index, *streamOf(output), limitOf(maxSize), nullptr);
@@ -102,31 +108,31 @@ HRESULT CZipArchive::ExtractStream(VARIANT entry, ::IBinaryStream* output, doubl
 }
 
 HRESULT CZipArchive::ExtractStreamAsync(VARIANT entry, ::IBinaryStream* output, IDispatch* pCallback,
-                                        double maxSize, VARIANT token) {
+                                        VARIANT maxSize, VARIANT token) {
     return frame(L"CZipArchive::ExtractStreamAsync", [&] {
-        startCompression(extractName, pCallback, token,
-                         [zip = archive(), index = indexOf(*archive(), entry), to = streamOf(output),
-                          limit = limitOf(maxSize)](const SharedProgress& progress) {
-                             zip->extract(index, *to, limit, progress);
-                         });
+        startOperation(extractName, pCallback, token,
+                       [zip = archive(), index = indexOf(*archive(), entry), to = streamOf(output),
+                        limit = limitOf(maxSize)](const SharedProgress& progress) {
+                           zip->extract(index, *to, limit, progress);
+                       });
     });
 }
 
-HRESULT CZipArchive::ExtractAll(BSTR folder, double maxSize, VARIANT_BOOL overwrite) {
+HRESULT CZipArchive::ExtractAll(BSTR folder, VARIANT maxSize, VARIANT_BOOL overwrite) {
     return frame(L"CZipArchive::ExtractAll", [&] {
         Compression::extractToFolder(*archive(), std::wstring(viewOf(folder)), optionsOf(maxSize, overwrite),
                                      nullptr);
     });
 }
 
-HRESULT CZipArchive::ExtractAllAsync(BSTR folder, IDispatch* pCallback, double maxSize,
+HRESULT CZipArchive::ExtractAllAsync(BSTR folder, IDispatch* pCallback, VARIANT maxSize,
                                      VARIANT_BOOL overwrite, VARIANT token) {
     return frame(L"CZipArchive::ExtractAllAsync", [&] {
-        startCompression(extractAllName, pCallback, token,
-                         [zip = archive(), to = std::wstring(viewOf(folder)),
-                          options = optionsOf(maxSize, overwrite)](const SharedProgress& progress) {
-                             Compression::extractToFolder(*zip, to, options, progress);
-                         });
+        startOperation(extractAllName, pCallback, token,
+                       [zip = archive(), to = std::wstring(viewOf(folder)),
+                        options = optionsOf(maxSize, overwrite)](const SharedProgress& progress) {
+                           Compression::extractToFolder(*zip, to, options, progress);
+                       });
     });
 }
 
@@ -151,11 +157,11 @@ HRESULT CZipArchive::AddStream(BSTR name, ::IBinaryStream* input) {
 
 HRESULT CZipArchive::AddStreamAsync(BSTR name, ::IBinaryStream* input, IDispatch* pCallback, VARIANT token) {
     return frame(L"CZipArchive::AddStreamAsync", [&] {
-        startCompression(addName, pCallback, token,
-                         [zip = archive(), entry = toUtf8(viewOf(name)),
-                          from = streamOf(input)](const SharedProgress& progress) {
-                             zip->add(entry, Compression::zipDateNow(), *from, progress);
-                         });
+        startOperation(addName, pCallback, token,
+                       [zip = archive(), entry = toUtf8(viewOf(name)),
+                        from = streamOf(input)](const SharedProgress& progress) {
+                           zip->add(entry, Compression::zipDateNow(), *from, progress);
+                       });
     });
 }
 
@@ -167,7 +173,7 @@ HRESULT CZipArchive::AddFolder(BSTR path, BSTR prefix) {
 
 HRESULT CZipArchive::AddFolderAsync(BSTR path, IDispatch* pCallback, BSTR prefix, VARIANT token) {
     return frame(L"CZipArchive::AddFolderAsync", [&] {
-        startCompression(
+        startOperation(
             addFolderName, pCallback, token,
             [zip = archive(), from = std::wstring(viewOf(path)), under = toUtf8(viewOf(prefix))](
                 const SharedProgress& progress) { Compression::addFromDisk(*zip, from, under, progress); });

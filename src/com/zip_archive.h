@@ -20,13 +20,13 @@ public:
     HRESULT STDMETHODCALLTYPE get_Count(ULONG* count) override;
     HRESULT STDMETHODCALLTYPE get_Entries(BSTR* json) override;
     HRESULT STDMETHODCALLTYPE Find(BSTR name, ULONG* index) override;
-    HRESULT STDMETHODCALLTYPE Extract(VARIANT entry, double maxSize, IBinaryObject** binary) override;
-    HRESULT STDMETHODCALLTYPE ExtractAsync(VARIANT entry, IDispatch* pCallback, double maxSize) override;
-    HRESULT STDMETHODCALLTYPE ExtractStream(VARIANT entry, ::IBinaryStream* output, double maxSize) override;
+    HRESULT STDMETHODCALLTYPE Extract(VARIANT entry, VARIANT maxSize, IBinaryObject** binary) override;
+    HRESULT STDMETHODCALLTYPE ExtractAsync(VARIANT entry, IDispatch* pCallback, VARIANT maxSize) override;
+    HRESULT STDMETHODCALLTYPE ExtractStream(VARIANT entry, ::IBinaryStream* output, VARIANT maxSize) override;
     HRESULT STDMETHODCALLTYPE ExtractStreamAsync(VARIANT entry, ::IBinaryStream* output, IDispatch* pCallback,
-                                                 double maxSize, VARIANT token) override;
-    HRESULT STDMETHODCALLTYPE ExtractAll(BSTR folder, double maxSize, VARIANT_BOOL overwrite) override;
-    HRESULT STDMETHODCALLTYPE ExtractAllAsync(BSTR folder, IDispatch* pCallback, double maxSize,
+                                                 VARIANT maxSize, VARIANT token) override;
+    HRESULT STDMETHODCALLTYPE ExtractAll(BSTR folder, VARIANT maxSize, VARIANT_BOOL overwrite) override;
+    HRESULT STDMETHODCALLTYPE ExtractAllAsync(BSTR folder, IDispatch* pCallback, VARIANT maxSize,
                                               VARIANT_BOOL overwrite, VARIANT token) override;
     HRESULT STDMETHODCALLTYPE Add(BSTR name, IBinaryObject* pData) override;
     HRESULT STDMETHODCALLTYPE AddAsync(BSTR name, IBinaryObject* pData, IDispatch* pCallback) override;

@@ -35,7 +35,7 @@ files.CreateFolder(work);
 
 try {
     // What another program packed.
-    var archive = service.OpenZipArchive(streamOfFile("../../data/zip/info-zip.zip"));
+    var archive = service.OpenZipArchive(streamOfFile("../data/zip/info-zip.zip"));
     equal(archive.Count, 5);
     var entries = JSON.parse(archive.Entries);
     equal(entries[4].name, "дерево/папка/привет.txt");
@@ -68,12 +68,12 @@ try {
 
     // Archives that would write elsewhere.
     for (var i = 0; i < 6; ++i) {
-        var unsafe = service.OpenZipArchive(streamOfFile("../../data/zip/unsafe-" + i + ".zip"));
+        var unsafe = service.OpenZipArchive(streamOfFile("../data/zip/unsafe-" + i + ".zip"));
         throws(function () { unsafe.ExtractAll(work + "\\unsafe"); }, "[103]", "unsafe-" + i);
         check(!files.FolderExists(work + "\\unsafe"), "nothing is written");
     }
     throws(function () {
-        service.OpenZipArchive(streamOfFile("../../data/zip/info-zip-encrypted.zip")).ExtractAll(work + "\\unsafe");
+        service.OpenZipArchive(streamOfFile("../data/zip/info-zip-encrypted.zip")).ExtractAll(work + "\\unsafe");
     }, "[102]");
 
     // A folder packed and restored.

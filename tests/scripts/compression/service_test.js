@@ -39,9 +39,9 @@ equal(textOf(service.PKUnzip(service.PKZip(binaryOf("Привет")))), "При�
 equal(textOf(service.GUnzip(service.GZip(binaryOf("Привет")))), "Привет");
 equal(service.PKUnzip(service.PKZip(binaryOf(""))).Size, 0);
 equal(service.GZip(binaryOf("data")).ToHexString().substr(0, 16), "1F8B080000000000");
-var members = bytes.BinaryObjectFromFile("../../data/zip/two-members.gz");
+var members = bytes.BinaryObjectFromFile("../data/zip/two-members.gz");
 equal(textOf(service.GUnzip(members)), "first member\nsecond member\n");
-var tree = bytes.BinaryObjectFromFile("../../data/zip/info-zip.zip");
+var tree = bytes.BinaryObjectFromFile("../data/zip/info-zip.zip");
 equal(service.PKUnzipN(tree, 3).Size, 5000);
 equal(textOf(service.PKUnzipN(tree, 5)), "Привет\n");
 equal(service.PKUnzipN(tree, 0).Size, service.PKUnzipN(tree, 1).Size);
