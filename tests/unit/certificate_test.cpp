@@ -2,9 +2,9 @@
 
 #include "binary/hex.h"
 #include "core/json.h"
+#include "core/moment.h"
 #include "crypto/certificate_extensions.h"
 #include "crypto/certificate_json.h"
-#include "crypto/validity.h"
 #include "platform/archive_property.h"
 #include "unit/pki.h"
 
