@@ -1,19 +1,13 @@
 // Decodes anything and compares with a decoder written for being obvious; encodes it and gets it back.
 #include "binary/base64.h"
+#include "require.h"
 
 #include <cstddef>
-#include <cstdlib>
 #include <string>
 
 using namespace Corvane;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 template <typename Char>
 Bytes decodeSlowly(const std::basic_string<Char>& text) {

@@ -3,21 +3,15 @@
 #include "binary/hex.h"
 #include "core/errors.h"
 #include "core/exception.h"
+#include "require.h"
 
 #include <cstddef>
-#include <cstdlib>
 #include <optional>
 #include <string>
 
 using namespace Corvane;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 // The error that the first fault of the text calls for.
 std::optional<std::uint32_t> expectedError(const std::string& text) {

@@ -3,18 +3,11 @@
 #include "binary/xml_encoding.h"
 #include "core/errors.h"
 #include "core/exception.h"
-
-#include <cstdlib>
+#include "require.h"
 
 using namespace Corvane;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 std::wstring widen(std::uint32_t codePage, std::string_view text) {
     require(codePage != 0 && codePage != 65001 && codePage != 1200 && codePage != 1201);
