@@ -13,21 +13,20 @@ using namespace Corvane::Test;
 
 namespace {
 
+BOOL CALLBACK findList(HWND child, LPARAM found) {
+    wchar_t name[32] = L"";
+    ::GetClassNameW(child, name, static_cast<int>(std::size(name)));
+    if (std::wstring_view(name) != WC_LISTVIEWW) {
+        return TRUE;
+    }
+    *reinterpret_cast<HWND*>(found) = child;
+    return FALSE;
+}
+
 // Chooses a line of the dialog's list.
 void choose(HWND dialog, int line) {
     HWND list = nullptr;
-    ::EnumChildWindows(
-        dialog,
-        [](HWND child, LPARAM found) -> BOOL {
-            wchar_t name[32] = L"";
-            ::GetClassNameW(child, name, static_cast<int>(std::size(name)));
-            if (std::wstring_view(name) != WC_LISTVIEWW) {
-                return TRUE;
-            }
-            *reinterpret_cast<HWND*>(found) = child;
-            return FALSE;
-        },
-        reinterpret_cast<LPARAM>(&list));
+    ::EnumChildWindows(dialog, findList, reinterpret_cast<LPARAM>(&list));
     LVITEMW item{};
     item.state = item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
     ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(line), reinterpret_cast<LPARAM>(&item));

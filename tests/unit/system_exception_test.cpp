@@ -21,9 +21,8 @@ std::wstring systemsOwnText(DWORD number) {
 TEST(SystemException, DetailsHoldTheNumberAndTheSystemsText) {
     EXPECT_EQ(fullMessage(Win32Exception(E_CREATE_FILE, ERROR_ACCESS_DENIED)),
               L"[28] Ошибка при открытии файла (0x5:" + systemsOwnText(ERROR_ACCESS_DENIED) + L")");
-    EXPECT_EQ(fullMessage(CryptoException(E_CRYPTO_SIGN, static_cast<std::uint32_t>(NTE_NO_KEY))),
-              L"[304] Ошибка при подписании данных (0x8009000d:" +
-                  systemsOwnText(static_cast<DWORD>(NTE_NO_KEY)) + L")");
+    EXPECT_EQ(fullMessage(CryptoException(E_CRYPTO_SIGN, ERROR_INVALID_PARAMETER)),
+              L"[304] Ошибка при подписании данных (0x57:" + systemsOwnText(ERROR_INVALID_PARAMETER) + L")");
     EXPECT_EQ(fullMessage(ComException(E_COM_INVOKE, E_INVALIDARG)),
               L"[901] Ошибка вызова метода класса COM компоненты (0x80070057:" +
                   systemsOwnText(static_cast<DWORD>(E_INVALIDARG)) + L")");
