@@ -53,18 +53,21 @@ constexpr std::array<std::uint16_t, 256> makeValues(unsigned shift) {
 constexpr auto highValues = makeValues(4);
 constexpr auto lowValues = makeValues(0);
 
-// Decodes `count` pairs; false if any of their characters is not a digit.
+// Decodes `count` pairs; false if any of their characters is not a digit. To leave at the first one, rather
+// than to test once at the end, keeps compilers from vectorizing the look-ups, which makes them several times
+// slower.
 template <typename Char>
 bool decodePairs(const Char* in, std::size_t count, std::uint8_t* out) noexcept {
-    unsigned seen = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const unsigned high = highValues[static_cast<std::uint8_t>(in[2 * i])];
         const unsigned low = lowValues[static_cast<std::uint8_t>(in[2 * i + 1])];
         const unsigned byte = high | low;
-        seen |= byte;
+        if ((byte & notDigit) != 0) {
+            return false;
+        }
         out[i] = static_cast<std::uint8_t>(byte);
     }
-    return (seen & notDigit) == 0;
+    return true;
 }
 
 template <typename Char>
