@@ -5,6 +5,8 @@
 #include "late_call.h"
 
 #include <array>
+#include <filesystem>
+#include <string>
 
 namespace robustness {
 namespace {
@@ -178,9 +180,31 @@ TEST_F(ArgumentsTest, TypesOfLateBoundProperties) {
     EXPECT_EQ(V_VT(&byte.result.get()), VT_UI1);
 }
 
+// The current folder for the time of a test that writes files under odd names; deleted with what is in it.
+class ScratchFolder {
+public:
+    ScratchFolder() : before_(std::filesystem::current_path()) {
+        std::filesystem::create_directory(folder_);
+        std::filesystem::current_path(folder_);
+    }
+    ~ScratchFolder() {
+        std::error_code ignored;
+        std::filesystem::current_path(before_, ignored);
+        std::filesystem::remove_all(folder_, ignored);
+    }
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+private:
+    std::filesystem::path before_;
+    std::filesystem::path folder_ = std::filesystem::temp_directory_path() /
+                                    ("corvane-robustness-" + std::to_string(::GetCurrentProcessId()));
+};
+
 // Every member of every object with one argument of every kind: whatever comes back, nothing is lost or
 // broken.
 TEST_F(ArgumentsTest, EveryMemberTakesEveryKindOfArgument) {
+    const ScratchFolder scratch;
     Bstr text(L"0a");
     VARIANT textArgument = variantOf(VT_BSTR);
     V_BSTR(&textArgument) = text.get();

@@ -191,12 +191,12 @@ TEST(File, TemporaryFilesGoWhenClosedUnlessKept) {
 TEST(File, DatesAreSetOneByOne) {
     const ScratchFolder folder;
     const auto file = File::open(folder / L"a.bin", writing);
-    const FILETIME before = file->times().write;
-    const FILETIME created{0xD53E8000, 0x019DB1DE};  // 1970-01-01 UTC
-    file->setTimes(&created, nullptr, nullptr);
+    const FILETIME accessed = file->times().access;
+    const FILETIME written{0xD53E8000, 0x019DB1DE};  // 1970-01-01 UTC
+    file->setTimes(nullptr, nullptr, &written);
     const FileTimes after = file->times();
-    EXPECT_EQ(::CompareFileTime(&after.creation, &created), 0);
-    EXPECT_EQ(::CompareFileTime(&after.write, &before), 0);
+    EXPECT_EQ(::CompareFileTime(&after.write, &written), 0);
+    EXPECT_EQ(::CompareFileTime(&after.access, &accessed), 0);
 }
 
 TEST(FileSystem, DeletingAFolderDoesNotFollowLinks) {
