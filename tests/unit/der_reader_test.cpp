@@ -1,7 +1,7 @@
 #include "asn1/der_reader.h"
 
 #include "asn1/certificate_extensions.h"
-#include "unit/test_data.h"
+#include "test_data.h"
 
 #include <gtest/gtest.h>
 

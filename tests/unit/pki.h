@@ -4,7 +4,7 @@
 #include "core/check.h"
 #include "crypto/certificate.h"
 #include "platform/pfx_import.h"
-#include "unit/test_data.h"
+#include "test_data.h"
 
 #include <sstream>
 #include <string>
