@@ -12,8 +12,9 @@
 namespace Corvane::Compression::detail {
 namespace {
 
-// APPNOTE.TXT 4.4.2: made on VFAT, whose attributes are those of MS-DOS, by version 2.0 of the format. Of an archive
-// made on MS-DOS itself Info-ZIP's unzip would take even UTF-8 names for names in an MS-DOS code page.
+// APPNOTE.TXT 4.4.2: made on VFAT, whose attributes are those of MS-DOS, by version 2.0 of the format. Of an
+// archive made on MS-DOS itself Info-ZIP's unzip would take even UTF-8 names for names in an MS-DOS code
+// page.
 constexpr uLong versionMadeBy = 14 << 8 | 20;
 // APPNOTE.TXT 4.4.4, bit 11: the name is UTF-8.
 constexpr uLong utf8Name = 1 << 11;

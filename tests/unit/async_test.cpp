@@ -35,8 +35,8 @@ public:
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT*,
-                                     EXCEPINFO*, UINT*) override {
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
+                                     VARIANT*, EXCEPINFO*, UINT*) override {
         ++calls;
         thread = ::GetCurrentThreadId();
         EXPECT_EQ(member, DISPID_VALUE);
@@ -93,7 +93,8 @@ TEST(Async, OutcomesReachTheCallbackOnItsThreadOnce) {
         {"a callback that fails", [] { return 42u; }, DISP_E_EXCEPTION, 42, L""},
         {"own error", []() -> std::uint32_t { throw Exception(E_CANCELED); }, S_OK, -1,
          L"[35] Операция отменена"},
-        {"standard exception", []() -> std::uint32_t { throw std::runtime_error("broken"); }, S_OK, -1, L"broken"},
+        {"standard exception", []() -> std::uint32_t { throw std::runtime_error("broken"); }, S_OK, -1,
+         L"broken"},
         {"anything else", []() -> std::uint32_t { throw 1; }, S_OK, -1, L"Неизвестная ошибка ActiveX"},
     };
     for (const Case& c : cases) {
