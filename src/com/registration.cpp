@@ -16,8 +16,7 @@
 // In oleaut32 since Windows Vista; MinGW's headers do not declare them.
 extern "C" {
 __declspec(dllimport) HRESULT WINAPI RegisterTypeLibForUser(ITypeLib* library, OLECHAR* file, OLECHAR* help);
-__declspec(dllimport) HRESULT WINAPI
-    UnRegisterTypeLibForUser(REFGUID id, WORD major, WORD minor, LCID locale, SYSKIND kind);
+__declspec(dllimport) HRESULT WINAPI UnRegisterTypeLibForUser(REFGUID, WORD, WORD, LCID, SYSKIND);
 }
 
 namespace Corvane::Com {
