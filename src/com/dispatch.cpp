@@ -44,7 +44,7 @@ ITypeLib* lockedLibrary(HRESULT& hr) {
 }
 
 HRESULT lockedTypeInfo(const GUID& guid, ComPtr<ITypeInfo>& info) {
-    HRESULT hr;
+    HRESULT hr = S_OK;
     ITypeLib* library = lockedLibrary(hr);
     return FAILED(hr) ? hr : library->GetTypeInfoOfGuid(guid, info.put());
 }
@@ -194,7 +194,7 @@ DispatchTable::DispatchTable(ComPtr<ITypeInfo> typeInfo) : typeInfo_(std::move(t
 }
 
 void DispatchTable::addFunction(UINT index) {
-    const FunctionDescription function(*typeInfo_.get(), index);
+    const FunctionDescription function(*typeInfo_, index);
     if (!function)
         return;
     members_[function->memid].kinds |= static_cast<WORD>(function->invkind);

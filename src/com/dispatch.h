@@ -39,7 +39,7 @@ public:
     HRESULT getIdsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const noexcept;
 
     // Calls a member of `object`, which implements the interface of this table.
-    HRESULT invoke(void* object, DISPID member, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+    HRESULT invoke(void* object, DISPID id, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                    EXCEPINFO* exception, UINT* badArgument) const noexcept;
 
 private:

@@ -30,7 +30,7 @@ class ModuleReference {
 public:
     ModuleReference() noexcept { Module::add(); }
     ModuleReference(const ModuleReference&) noexcept : ModuleReference() {}
-    ModuleReference& operator=(const ModuleReference&) noexcept { return *this; }
+    ModuleReference& operator=(const ModuleReference&) noexcept = default;
     ~ModuleReference() { Module::remove(); }
 };
 

@@ -102,8 +102,8 @@ public:
     // The path of folders below the root.
     std::wstring make(const std::vector<std::wstring>& folders) {
         std::wstring path = root_;
-        for (const std::wstring& folder : folders) {
-            path = join(path, folder);
+        for (const std::wstring& name : folders) {
+            path = join(path, name);
             if (known_.insert(path).second) {
                 makeOne(path);
             }

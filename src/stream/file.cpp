@@ -36,7 +36,7 @@ std::wstring verbatimPath(const std::wstring& path) {
         throw Win32Exception(E_DIRECTORY_PATH, ERROR_INVALID_NAME);
     if (path.starts_with(L"\\\\?\\") || path.starts_with(L"\\\\.\\"))
         return path;
-    const std::wstring full = fullPath(path);
+    std::wstring full = fullPath(path);
     // Names of devices become such a path.
     if (full.starts_with(L"\\\\.\\"))
         return full;

@@ -40,7 +40,7 @@ TEST_F(ArgumentsTest, ObjectsThatAreNotTheComponentsOwn) {
 
         VARIANT argument = variantOf(VT_DISPATCH);
         V_DISPATCH(&argument) = &foreign;
-        EXPECT_EQ(LateCall(*object.get(), 3, {argument}).failure(), row.expected);
+        EXPECT_EQ(LateCall(*object, 3, {argument}).failure(), row.expected);
         EXPECT_EQ(foreign.references(), 0U);
         EXPECT_EQ(behind.references(), 0U);
     }
@@ -52,7 +52,7 @@ TEST_F(ArgumentsTest, AnObjectOfAnotherClassIsNoBytes) {
     VARIANT_BOOL equal = VARIANT_FALSE;
     auto* const mistaken = static_cast<IBinaryObject*>(static_cast<void*>(other.get()));
     EXPECT_EQ(object->Equals(mistaken, &equal), E_NOINTERFACE);
-    EXPECT_EQ(referencesOf(*other.get()), 1U);
+    EXPECT_EQ(referencesOf(*other), 1U);
 }
 
 TEST_F(ArgumentsTest, NullPointers) {
@@ -72,7 +72,7 @@ TEST_F(ArgumentsTest, NullPointers) {
     EXPECT_EQ(object->GetIDsOfNames(IID_NULL, nullptr, 1, 0, nullptr), E_INVALIDARG);
     EXPECT_EQ(object->GetTypeInfoCount(nullptr), E_POINTER);
     EXPECT_EQ(object->GetTypeInfo(0, 0, nullptr), E_POINTER);
-    EXPECT_EQ(referencesOf(*object.get()), 1U);
+    EXPECT_EQ(referencesOf(*object), 1U);
 }
 
 TEST_F(ArgumentsTest, ANullTextIsAnEmptyOne) {
@@ -85,11 +85,11 @@ TEST_F(ArgumentsTest, ANullTextIsAnEmptyOne) {
         for (const FromText fromText : makers) {
             ComPtr<IBinaryObject> made;
             ASSERT_EQ((maker.get()->*fromText)(text.get(), made.put()), S_OK);
-            EXPECT_EQ(hexOf(*made.get()), L"");
+            EXPECT_EQ(hexOf(*made), L"");
         }
         ComPtr<IBinaryObject> made;
         ASSERT_EQ(maker->BinaryObjectFromString(text.get(), 1251, made.put()), S_OK);
-        EXPECT_EQ(hexOf(*made.get()), L"");
+        EXPECT_EQ(hexOf(*made), L"");
         EXPECT_EQ(maker->BinaryObjectFromFile(text.get(), made.put()), static_cast<HRESULT>(0x80040228));
     }
 }
@@ -98,18 +98,18 @@ TEST_F(ArgumentsTest, ZerosInsideTextsAndBytesAreKept) {
     const auto maker = service();
     ComPtr<IBinaryObject> made;
     ASSERT_EQ(maker->BinaryObjectFromUnicodeString(Bstr({L"a\0b", 3}).get(), made.put()), S_OK);
-    EXPECT_EQ(hexOf(*made.get()), L"610000006200");
+    EXPECT_EQ(hexOf(*made), L"610000006200");
     Bstr text;
     EXPECT_EQ(made->ToUnicodeString(text.put()), S_OK);
     EXPECT_EQ(text.view(), std::wstring_view(L"a\0b", 3));
 
     ASSERT_EQ(maker->BinaryObjectFromString(Bstr({L"\0я\0", 3}).get(), 1251, made.put()), S_OK);
-    EXPECT_EQ(hexOf(*made.get()), L"00FF00");
+    EXPECT_EQ(hexOf(*made), L"00FF00");
     EXPECT_EQ(made->ToString(1251, text.put()), S_OK);
     EXPECT_EQ(text.view(), std::wstring_view(L"\0я\0", 3));
 
     ASSERT_EQ(maker->BinaryObjectFromBase64(Bstr({L"QU\0JD", 5}).get(), made.put()), S_OK);
-    EXPECT_EQ(hexOf(*made.get()), L"414243");
+    EXPECT_EQ(hexOf(*made), L"414243");
     // A zero ends no path, and is no digit.
     EXPECT_EQ(made->ToFile(Bstr({L"robust\0ness", 11}).get()), static_cast<HRESULT>(0x80040228));
     EXPECT_EQ(maker->BinaryObjectFromHex(Bstr({L"0a\0\0", 4}).get(), made.put()),
@@ -166,17 +166,17 @@ TEST_F(ArgumentsTest, TypesOfLateBoundProperties) {
     const auto object = bytes(L"0102");
     const auto about = component_.create<IAbout>(__uuidof(About));
     for (const WORD flags : {WORD{DISPATCH_PROPERTYGET}, WORD{DISPATCH_METHOD | DISPATCH_PROPERTYGET}}) {
-        LateCall size(*object.get(), 1, {}, flags);
+        LateCall size(*object, 1, {}, flags);
         ASSERT_EQ(V_VT(&size.result.get()), VT_I4);
         EXPECT_EQ(V_I4(&size.result.get()), 2);
-        LateCall version(*about.get(), 1, {}, flags);
+        LateCall version(*about, 1, {}, flags);
         ASSERT_EQ(V_VT(&version.result.get()), VT_BSTR);
         EXPECT_EQ(viewOf(V_BSTR(&version.result.get())), L"2.9.9.41");
-        LateCall access(*about.get(), 3, {}, flags);
+        LateCall access(*about, 3, {}, flags);
         ASSERT_EQ(V_VT(&access.result.get()), VT_BOOL);
         EXPECT_EQ(V_BOOL(&access.result.get()), VARIANT_FALSE) << "there is no site";
     }
-    LateCall byte(*object.get(), 2, {variantOf(VT_I4, 1)});
+    LateCall byte(*object, 2, {variantOf(VT_I4, 1)});
     EXPECT_EQ(V_VT(&byte.result.get()), VT_UI1);
 }
 

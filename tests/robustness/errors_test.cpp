@@ -114,7 +114,7 @@ TEST_F(ErrorsTest, EachRungOfTheLadder) {
     for (const Failure& failure : failures()) {
         SCOPED_TRACE(failure.what);
         ::SetErrorInfo(0, nullptr);
-        EXPECT_EQ(static_cast<unsigned long>(failure.call(*object.get(), *maker.get())), failure.hr);
+        EXPECT_EQ(static_cast<unsigned long>(failure.call(*object, *maker)), failure.hr);
         const Seen seen = takeErrorInfo();
         EXPECT_EQ(seen.source, failure.source);
         EXPECT_EQ(seen.description, failure.description);
@@ -133,7 +133,7 @@ TEST_F(ErrorsTest, WithoutASiteThereIsNoAccess) {
 
 TEST_F(ErrorsTest, ALateBoundCallerGetsTheSameAsAnException) {
     const auto object = bytes(L"01");
-    const LateCall call(*object.get(), 2, {variantOf(VT_I4, 1)});
+    const LateCall call(*object, 2, {variantOf(VT_I4, 1)});
     EXPECT_EQ(call.hr, DISP_E_EXCEPTION);
     EXPECT_EQ(static_cast<unsigned long>(call.exception.scode), 0x80040212);
     EXPECT_EQ(viewOf(call.exception.bstrDescription), L"Байта с указанным индексом не существует");
@@ -146,7 +146,7 @@ TEST_F(ErrorsTest, ALateBoundReadGetsAnExceptionToo) {
     const auto site = ComPtr<PlainSite>::adopt(new PlainSite);
     EXPECT_EQ(store.query<IObjectWithSite>()->SetSite(site.get()), S_OK);
     for (const WORD flags : {WORD{DISPATCH_PROPERTYGET}, WORD{DISPATCH_METHOD}}) {
-        const LateCall name(*store.get(), 3, {}, flags);
+        const LateCall name(*store, 3, {}, flags);
         EXPECT_EQ(name.hr, DISP_E_EXCEPTION);
         EXPECT_EQ(static_cast<unsigned long>(name.exception.scode), 0x8004045C);
         EXPECT_EQ(viewOf(name.exception.bstrDescription), L"[604] Необходимо открыть хранилище сертификатов");
@@ -159,7 +159,7 @@ TEST_F(ErrorsTest, AFailureWithoutInformationIsNotGivenThatOfAnEarlierOne) {
     unsigned char byte = 0;
     object->GetByte(1, &byte);
     VARIANT null = variantOf(VT_DISPATCH);
-    const LateCall call(*object.get(), 3, {null});
+    const LateCall call(*object, 3, {null});
     EXPECT_EQ(call.failure(), E_POINTER);
     EXPECT_EQ(viewOf(call.exception.bstrDescription), L"");
 }

@@ -45,9 +45,9 @@ std::vector<ClassDescription> coclassesOfLibrary() {
         if (kind != TKIND_COCLASS || FAILED(library->GetTypeInfo(i, info.put())))
             continue;
         library->GetDocumentation(static_cast<INT>(i), name.put(), nullptr, nullptr, nullptr);
-        const auto interfaceInfo = defaultInterfaceOf(*info.get());
-        all.push_back({std::wstring(name.view()), guidOf(*info.get()),
-                       interfaceInfo ? guidOf(*interfaceInfo.get()) : GUID_NULL});
+        const auto interfaceInfo = defaultInterfaceOf(*info);
+        all.push_back({std::wstring(name.view()), guidOf(*info),
+                       interfaceInfo ? guidOf(*interfaceInfo) : GUID_NULL});
     }
     return all;
 }
@@ -62,7 +62,7 @@ protected:
             SCOPED_TRACE(::testing::Message() << description.name.c_str());
             const auto object = component_.create<IUnknown>(description.clsid);
             ASSERT_TRUE(object);
-            check(description, *object.get());
+            check(description, *object);
         }
     }
 };

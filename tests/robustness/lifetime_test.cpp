@@ -37,7 +37,7 @@ void useOnce(const Component& component) {
     LPOLESTR names[] = {name};
     DISPID member = DISPID_UNKNOWN;
     EXPECT_EQ(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &member), S_OK);
-    EXPECT_EQ(LateCall(*object.get(), member, {variantOf(VT_I4, 0)}).hr, DISP_E_EXCEPTION);
+    EXPECT_EQ(LateCall(*object, member, {variantOf(VT_I4, 0)}).hr, DISP_E_EXCEPTION);
     const auto service = component.create<IBinaryObjectService>(__uuidof(BinaryObjectService));
     const auto site = ComPtr<PlainSite>::adopt(new PlainSite);
     EXPECT_EQ(service.query<IObjectWithSite>()->SetSite(site.get()), S_OK);
@@ -77,10 +77,10 @@ TEST_F(ComponentTest, WhatKeepsTheComponent) {
 TEST_F(ComponentTest, WorksOnAfterItCouldHaveBeenUnloaded) {
     for (int i = 0; i < 3; ++i) {
         const auto object = component_.create<IBinaryObject>(__uuidof(BinaryObject));
-        const LateCall size(*object.get(), 1, {});
+        const LateCall size(*object, 1, {});
         EXPECT_EQ(size.hr, S_OK);
         EXPECT_EQ(component_.canUnload(), S_FALSE);
-        EXPECT_EQ(LateCall(*object.get(), 1, {}).hr, S_OK);
+        EXPECT_EQ(LateCall(*object, 1, {}).hr, S_OK);
     }
 }
 
@@ -110,7 +110,7 @@ TEST_F(ComponentTest, CallsKeepNothing) {
         EXPECT_EQ(made->Equals(object.get(), &equal), S_OK);
         EXPECT_EQ(made->ToBase64(text.put()), S_OK);
         EXPECT_EQ(made->ToString(CP_UTF8, text.put()), S_OK);
-        EXPECT_EQ(LateCall(*object.get(), 8, {variantOf(VT_I4, 0), variantOf(VT_I4, 3)}).hr, S_OK);
+        EXPECT_EQ(LateCall(*object, 8, {variantOf(VT_I4, 0), variantOf(VT_I4, 3)}).hr, S_OK);
         EXPECT_NE(object->ToString(99999, text.put()), S_OK);
         EXPECT_NE(object->Equals(nullptr, &equal), S_OK);
         EXPECT_EQ(made->Reset(), S_OK);

@@ -29,8 +29,8 @@ TEST_F(ThreadsTest, ReadsWhileAnotherThreadResets) {
     std::atomic<int> wrong{0};
     for (int round = 0; round < 40; ++round) {
         const auto object = bytes(hex);
-        std::thread first([&] { readUntilEmpty(*object.get(), hex, wrong); });
-        std::thread second([&] { readUntilEmpty(*object.get(), hex, wrong); });
+        std::thread first([&] { readUntilEmpty(*object, hex, wrong); });
+        std::thread second([&] { readUntilEmpty(*object, hex, wrong); });
         ::Sleep(round % 10 == 0 ? 1 : 0);
         EXPECT_EQ(object->Reset(), S_OK);
         first.join();
@@ -42,13 +42,14 @@ TEST_F(ThreadsTest, ReadsWhileAnotherThreadResets) {
 TEST_F(ThreadsTest, ManyThreadsMakeUseAndLetGo) {
     std::atomic<int> wrong{0};
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&] {
             ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
             for (int round = 0; round < 500; ++round) {
                 const auto object = component_.create<IBinaryObject>(__uuidof(BinaryObject));
-                const LateCall size(*object.get(), 1, {});
-                const LateCall failure(*object.get(), 2, {variantOf(VT_I4, 0)});
+                const LateCall size(*object, 1, {});
+                const LateCall failure(*object, 2, {variantOf(VT_I4, 0)});
                 if (size.hr != S_OK || failure.hr != DISP_E_EXCEPTION || !failure.exception.bstrDescription)
                     ++wrong;
             }
@@ -65,14 +66,14 @@ TEST_F(ThreadsTest, ReferencesOfOneObject) {
     const auto object = bytes(L"00");
     const auto count = [&] {
         for (int i = 0; i < 100000; ++i) {
-            object.get()->AddRef();
-            object.get()->Release();
+            object->AddRef();
+            object->Release();
         }
     };
     std::thread other(count);
     count();
     other.join();
-    EXPECT_EQ(referencesOf(*object.get()), 1U);
+    EXPECT_EQ(referencesOf(*object), 1U);
 }
 
 }  // namespace

@@ -46,8 +46,13 @@ ULONG STDMETHODCALLTYPE release(Interface*) {
     return static_cast<ULONG>(--host->references);
 }
 
+// Each object is asked for one interface beside its own.
+HRESULT giveInterface(REFIID iid, void** object);
+
 template <class Interface>
-HRESULT STDMETHODCALLTYPE query(Interface*, REFIID iid, void** object);
+HRESULT STDMETHODCALLTYPE query(Interface*, REFIID iid, void** object) {
+    return giveInterface(iid, object);
+}
 
 // An object over a table in which its own methods are set.
 template <class Interface, class Table>
@@ -155,9 +160,7 @@ IServiceProvider* siteProvider() {
     return &object;
 }
 
-// Each object is asked for one interface beside its own.
-template <class Interface>
-HRESULT STDMETHODCALLTYPE query(Interface*, REFIID iid, void** object) {
+HRESULT giveInterface(REFIID iid, void** object) {
     if (iid == IID_IServiceProvider) {
         return giveObject(Step::serviceProvider, object, siteProvider());
     }
