@@ -46,8 +46,8 @@ std::vector<ClassDescription> coclassesOfLibrary() {
             continue;
         library->GetDocumentation(static_cast<INT>(i), name.put(), nullptr, nullptr, nullptr);
         const auto interfaceInfo = defaultInterfaceOf(*info);
-        all.push_back({std::wstring(name.view()), guidOf(*info),
-                       interfaceInfo ? guidOf(*interfaceInfo) : GUID_NULL});
+        all.push_back(
+            {std::wstring(name.view()), guidOf(*info), interfaceInfo ? guidOf(*interfaceInfo) : GUID_NULL});
     }
     return all;
 }
