@@ -90,6 +90,7 @@ TEST(Log, LinesAreAppendedWholeInUtf8) {
     {
         FileLogger logger(log.path().wstring());
         std::vector<std::thread> writers;
+        writers.reserve(4);
         for (int writer = 0; writer < 4; ++writer)
             writers.emplace_back([&] {
                 for (int line = 0; line < 100; ++line)

@@ -123,9 +123,9 @@ TEST(MemoryStream, AClosedStreamSaysSo) {
 
 TEST(MemoryStream, PositionedTransfersAreWhole) {
     MemoryStream stream;
-    stream.resize(8 * 4096);
+    stream.resize(32768);
     const auto work = [&](std::uint8_t writer) {
-        const std::int64_t place = writer * 4096;
+        const std::int64_t place = std::int64_t{writer} * 4096;
         for (int round = 0; round < 500; ++round) {
             stream.seekAndWrite(place, Bytes(4096, writer));
             EXPECT_EQ(*stream.seekAndRead(place, 4096), Bytes(4096, writer));
