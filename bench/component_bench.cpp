@@ -1,5 +1,6 @@
 // Speed of the component on Windows: its codecs beside the system's conversions, and what a call costs beside
-// a Scripting.Dictionary. The component must be registered.
+// a Scripting.Dictionary and an asynchronous one beside its bare steps. The component must be registered.
+#include "bench/async_bench.h"
 #include "bench/measure.h"
 #include "binary/base64.h"
 #include "binary/hex.h"
@@ -163,5 +164,6 @@ int main() {
     must(SUCCEEDED(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)), "CoInitializeEx");
     compareCodecs();
     compareCalls();
+    bench::compareAsync();
     ::CoUninitialize();
 }

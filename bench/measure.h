@@ -36,9 +36,11 @@ struct Rates {
 // Millions per second of both, of bytes or calls, from the best of turns that alternate so that a busy
 // machine disturbs both alike.
 inline Rates measure(std::size_t amount, const Work& ours, const Work& peer) {
-    // Many short turns: on a busy machine some of them are left alone.
+    // Many short turns: on a busy machine some of them are left alone. Fewer of long ones.
     constexpr double turnSeconds = 0.005;
     constexpr int turns = 50;
+    constexpr int fewestTurns = 5;
+    constexpr double totalSeconds = 4;
     const auto roundsFor = [](const Work& work) {
         std::size_t rounds = 1;
         while (secondsOf(work, rounds) < turnSeconds / 2) {
@@ -49,8 +51,10 @@ inline Rates measure(std::size_t amount, const Work& ours, const Work& peer) {
     const std::size_t oursRounds = roundsFor(ours);
     const std::size_t peerRounds = roundsFor(peer);
     Rates best{0, 0};
-    for (int turn = 0; turn < turns; ++turn) {
-        const auto rate = [amount](double seconds, std::size_t rounds) {
+    double spent = 0;
+    for (int turn = 0; turn < turns && (turn < fewestTurns || spent < totalSeconds); ++turn) {
+        const auto rate = [amount, &spent](double seconds, std::size_t rounds) {
+            spent += seconds;
             return static_cast<double>(amount) * static_cast<double>(rounds) / seconds / 1e6;
         };
         best.ours = std::max(best.ours, rate(secondsOf(ours, oursRounds), oursRounds));

@@ -22,7 +22,10 @@ struct WindowRecord {
     HANDLE thread = nullptr;  // tells whether the thread has ended
     DWORD threadId = 0;
     std::size_t users = 0;  // operations under way
+    // Each waits for a message, of which any will do, but for so many that found the thread's message queue
+    // full.
     std::list<std::unique_ptr<AsyncCallback>> queued;
+    std::size_t unposted = 0;
 };
 
 }  // namespace detail
@@ -94,18 +97,17 @@ void dropQueued(const std::vector<SharedRecord>& ended) {
     }
 }
 
-std::unique_ptr<AsyncCallback> takeQueued(const AsyncCallback* callback) {
+// The callback whose turn it is in the calling thread's window. A message has just left the thread's queue,
+// so there is room for one that is still owed.
+std::unique_ptr<AsyncCallback> takeQueued() {
     const std::lock_guard guard(tableMutex);
     const SharedRecord record = findLocked(::GetCurrentThreadId());
-    if (!record)
+    if (!record || record->queued.empty())
         return nullptr;
-    auto& queued = record->queued;
-    const auto found =
-        std::find_if(queued.begin(), queued.end(), [&](const auto& c) { return c.get() == callback; });
-    if (found == queued.end())
-        return nullptr;
-    auto taken = std::move(*found);
-    queued.erase(found);
+    auto taken = std::move(record->queued.front());
+    record->queued.pop_front();
+    if (record->unposted != 0 && ::PostMessageW(record->window, deliver, 0, 0))
+        --record->unposted;
     return taken;
 }
 
@@ -125,7 +127,7 @@ void leaveIfIdle() noexcept {
 LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM wide, LPARAM data) {
     switch (message) {
         case deliver:
-            if (const auto callback = takeQueued(reinterpret_cast<AsyncCallback*>(data)))
+            if (const auto callback = takeQueued())
                 callback->invoke();
             return 0;
         case leave:
@@ -199,12 +201,16 @@ ThreadWindow::~ThreadWindow() {
 void ThreadWindow::post(ThreadWindow& window, std::unique_ptr<AsyncCallback> callback) noexcept {
     const SharedRecord record = window.record_;
     auto place = std::move(window.place_);
-    AsyncCallback* const posted = callback.get();
     place.front() = std::move(callback);
     // Without the lock held, what could not be posted is destroyed with `place`.
     const std::lock_guard guard(tableMutex);
     record->queued.splice(record->queued.end(), place);
-    if (!::PostMessageW(record->window, deliver, 0, reinterpret_cast<LPARAM>(posted)))
+    if (::PostMessageW(record->window, deliver, 0, 0))
+        return;
+    // A thread's queue holds 10,000 messages; one that waits there for this window makes up for it.
+    if (::GetLastError() == ERROR_NOT_ENOUGH_QUOTA)
+        ++record->unposted;
+    else
         place.splice(place.end(), record->queued, std::prev(record->queued.end()));
 }
 

@@ -10,6 +10,8 @@
 #include "stream/stream_loop.h"
 
 #include <algorithm>
+#include <mutex>
+#include <shared_mutex>
 #include <utility>
 
 namespace Corvane::Compression {
@@ -108,6 +110,10 @@ void ZipArchive::extract(std::size_t index, Stream::IBinaryStream& output, std::
     const SharedZipEntries list = entries();
     const ZipEntry& entry = entryAt(*list, index);
     checkSize(entry, maxSize);
+    // Before the range, whose end would cut the archive.
+    if (openStream().get() == &output) {
+        throw Exception(E_ZIP_GET_ENTRY);
+    }
     if (progress) {
         progress->start(entry.size);
     }
@@ -119,11 +125,7 @@ void ZipArchive::extract(std::size_t index, Stream::IBinaryStream& output, std::
 void ZipArchive::extractFurther(std::size_t index, Stream::IBinaryStream& output,
                                 const SharedProgress& progress) const {
     const std::shared_lock lock(content_);
-    const auto stream = openStream();
-    if (stream.get() == &output) {
-        throw Exception(E_ZIP_GET_ENTRY);
-    }
-    UnZipFile file = UnZipFile::open(*stream);
+    UnZipFile file = UnZipFile::open(*openStream());
     // Looked up only now: adding entries moves the directory.
     file.select(entryAt(*entries(), index));
     file.extract([&](std::span<const std::uint8_t> piece) {

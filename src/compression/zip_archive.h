@@ -8,6 +8,7 @@
 #include "binary/bytes.h"
 #include "compression/mode.h"
 #include "compression/zip_entry.h"
+#include "core/lock.h"
 #include "core/progress.h"
 #include "stream/binary_stream.h"
 
@@ -15,8 +16,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
-#include <shared_mutex>
 #include <span>
 #include <string>
 #include <string_view>
@@ -110,8 +109,8 @@ private:
     std::shared_ptr<Stream::IBinaryStream> openStream() const;
     void load(Stream::IBinaryStream& stream);
 
-    mutable std::shared_mutex content_;  // shared by those who read the stream, owned by one who changes it
-    mutable std::mutex state_;           // guards what follows
+    mutable SharedMutex content_;  // shared by those who read the stream, owned by one who changes it
+    mutable SharedMutex state_;    // guards what follows
     std::shared_ptr<Stream::IBinaryStream> stream_;
     SharedZipEntries entries_;
 };

@@ -6,6 +6,7 @@
 #include "core/errors.h"
 #include "core/text.h"
 #include "stream/file.h"
+#include "stream/file_system.h"
 #include "stream/stream_loop.h"
 
 #include <map>
@@ -97,7 +98,10 @@ bool isLink(DWORD attributes) noexcept {
 // The folders of one extraction, made as they are needed.
 class FolderMaker {
 public:
-    explicit FolderMaker(const std::wstring& root) : root_(unlimitedPath(root)) { makeRoot(root_); }
+    // The root may be reached through links, and folders above it may be missing as well.
+    explicit FolderMaker(const std::wstring& root) : root_(verbatimPath(root)) {
+        FileSystem::createFolder(root_);
+    }
 
     // The path of folders below the root.
     std::wstring make(const std::vector<std::wstring>& folders) {
@@ -112,31 +116,12 @@ public:
     }
 
 private:
-    // The one the user named may be reached through links, and those above it may be missing as well.
-    static void makeRoot(const std::wstring& path) {
-        if (::CreateDirectoryW(unlimitedPath(path).c_str(), nullptr)) {
-            return;
-        }
-        const DWORD error = ::GetLastError();
-        const std::size_t separator = path.find_last_of(L'\\');
-        if (error == ERROR_PATH_NOT_FOUND && separator != std::wstring::npos && separator > 0) {
-            makeRoot(path.substr(0, separator));
-            checkWin32(::CreateDirectoryW(unlimitedPath(path).c_str(), nullptr), E_DIRECTORY_PATH,
-                       L"CreateDirectoryW");
-            return;
-        }
-        const DWORD attributes = ::GetFileAttributesW(path.c_str());
-        if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-            throw Win32Exception(E_DIRECTORY_PATH, error);
-        }
-    }
-
     static void makeOne(const std::wstring& path) {
-        if (::CreateDirectoryW(unlimitedPath(path).c_str(), nullptr)) {
+        if (::CreateDirectoryW(path.c_str(), nullptr)) {
             return;
         }
         const DWORD error = ::GetLastError();
-        const DWORD attributes = ::GetFileAttributesW(unlimitedPath(path).c_str());
+        const DWORD attributes = ::GetFileAttributesW(path.c_str());
         if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0 ||
             isLink(attributes)) {
             throw Win32Exception(E_DIRECTORY_PATH, error);
@@ -149,7 +134,7 @@ private:
 
 void extractFile(const ZipArchive& archive, const Target& target, const std::wstring& path, bool overwrite,
                  const SharedProgress& progress) {
-    if (isLink(::GetFileAttributesW(unlimitedPath(path).c_str()))) {
+    if (isLink(::GetFileAttributesW(path.c_str()))) {
         throw Win32Exception(E_CREATE_FILE, ERROR_FILE_EXISTS);
     }
     const DWORD disposition = overwrite ? CREATE_ALWAYS : CREATE_NEW;
@@ -162,7 +147,7 @@ void extractFile(const ZipArchive& archive, const Target& target, const std::wst
         }
     } catch (...) {
         file->close();
-        ::DeleteFileW(unlimitedPath(path).c_str());
+        ::DeleteFileW(path.c_str());
         throw;
     }
     file->close();

@@ -1,11 +1,19 @@
-// A mutex that needs no construction at run time, so that globals may hold one.
+// The one mutex of the component. The standard library's mutexes, as MinGW has them, allocate at their first
+// use and give nothing back when they are destroyed, so objects must not hold them.
 #pragma once
 
+#ifdef _WIN32
 #include <windows.h>
+#else
+#include <shared_mutex>
+#endif
 
 namespace Corvane {
 
-// Meets the standard's SharedMutex requirements as far as std::lock_guard and std::shared_lock ask.
+#ifdef _WIN32
+
+// Needs no construction at run time, so that globals may hold one. Meets the standard's SharedMutex
+// requirements as far as std::lock_guard, std::unique_lock and std::shared_lock ask.
 class SharedMutex {
 public:
     constexpr SharedMutex() noexcept = default;
@@ -20,5 +28,11 @@ public:
 private:
     SRWLOCK lock_ = SRWLOCK_INIT;
 };
+
+#else
+
+using SharedMutex = std::shared_mutex;
+
+#endif
 
 }  // namespace Corvane

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "core/handles.h"
+#include "core/lock.h"
 #include "stream/binary_stream.h"
 
 #include <memory>
-#include <mutex>
 #include <string>
 
 namespace Corvane {
@@ -73,7 +73,7 @@ private:
 
     FileHandle handle_;
     std::wstring path_;
-    mutable std::mutex mutex_;
+    mutable SharedMutex mutex_;
 };
 
 // The path made absolute, in the form that the system takes as it stands and that has no length limit. Throws

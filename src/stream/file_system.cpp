@@ -64,6 +64,27 @@ void deleteTree(const std::wstring& path, DWORD attributes) {
     checkWin32(::RemoveDirectoryW(path.c_str()), E_DIRECTORY_DELETE, L"RemoveDirectoryW");
 }
 
+// A folder that is there may be refused with any code: a drive, for one, denies access.
+DWORD makeFolder(const std::wstring& path) noexcept {
+    if (::CreateDirectoryW(path.c_str(), nullptr)) {
+        return ERROR_SUCCESS;
+    }
+    const DWORD error = ::GetLastError();
+    return isFolder(attributesOf(path)) ? ERROR_SUCCESS : error;
+}
+
+void makeFolders(const std::wstring& path) {
+    DWORD error = makeFolder(path);
+    const std::size_t separator = path.find_last_of(L'\\');
+    if (error == ERROR_PATH_NOT_FOUND && separator != std::wstring::npos && separator > 0) {
+        makeFolders(path.substr(0, separator));
+        error = makeFolder(path);
+    }
+    if (error != ERROR_SUCCESS) {
+        detail::failWin32(E_DIRECTORY_PATH, L"CreateDirectoryW", error);
+    }
+}
+
 }  // namespace
 
 std::wstring temporaryFolder() {
@@ -135,20 +156,7 @@ void deleteFile(const std::wstring& path) {
 }
 
 void createFolder(const std::wstring& path) {
-    const std::wstring full = unlimitedPath(path);
-    if (::CreateDirectoryW(full.c_str(), nullptr)) {
-        return;
-    }
-    const DWORD error = ::GetLastError();
-    if (error == ERROR_ALREADY_EXISTS && isFolder(attributesOf(full))) {
-        return;
-    }
-    const std::size_t separator = full.find_last_of(L'\\');
-    if (error != ERROR_PATH_NOT_FOUND || separator == std::wstring::npos || separator == 0) {
-        detail::failWin32(E_DIRECTORY_PATH, L"CreateDirectoryW", error);
-    }
-    createFolder(full.substr(0, separator));
-    checkWin32(::CreateDirectoryW(full.c_str(), nullptr), E_DIRECTORY_PATH, L"CreateDirectoryW");
+    makeFolders(verbatimPath(path));
 }
 
 void deleteFolder(const std::wstring& path, bool withContents) {

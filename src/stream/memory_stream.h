@@ -1,9 +1,9 @@
 // A stream in memory, made of chunks of 1 MiB that are never moved: growing copies nothing.
 #pragma once
 
+#include "core/lock.h"
 #include "stream/binary_stream.h"
 
-#include <mutex>
 #include <vector>
 
 namespace Corvane::Stream {
@@ -56,7 +56,7 @@ private:
     std::uint64_t size_ = 0;
     std::vector<Chunk> chunks_;
     bool closed_ = false;
-    mutable std::mutex mutex_;
+    mutable SharedMutex mutex_;
 };
 
 }  // namespace Corvane::Stream

@@ -1,0 +1,166 @@
+// Asynchronous calls beside the least that such a call takes: registering the callback, posting a message,
+// fetching the callback, calling it, and revoking it. The peer computes nothing and needs no second thread.
+#include "bench/async_bench.h"
+
+#include "bench/measure.h"
+#include "com/automation.h"
+#include "com/ptr.h"
+#include "tools/scripthost/com_object.h"
+
+#include <windows.h>
+
+#include <objidl.h>
+#include <ocidl.h>
+#include <servprov.h>
+
+#include <VetrelCorvane2_h.h>
+
+#include <cstdlib>
+
+namespace bench {
+namespace {
+
+using Corvane::Com::ComPtr;
+using ScriptHost::ComObject;
+using ScriptHost::make;
+
+constexpr int calls = 10'000;
+constexpr UINT posted = WM_USER + 1;
+
+void must(bool succeeded, const char* what) {
+    if (!succeeded) {
+        std::fprintf(stderr, "%s failed\n", what);
+        std::exit(1);
+    }
+}
+
+// A host without a browser.
+class Site final : public ComObject<IServiceProvider> {
+    HRESULT STDMETHODCALLTYPE QueryService(REFGUID, REFIID, void** object) override {
+        *object = nullptr;
+        return E_NOINTERFACE;
+    }
+};
+
+class Callback final : public ComObject<IDispatch> {
+public:
+    int called = 0;
+
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                     UINT*) override {
+        ++called;
+        return S_OK;
+    }
+};
+
+// Delivers messages until the callback has been called as often as it should.
+void pump(const Callback& callback) {
+    for (MSG message; callback.called<calls&& ::GetMessageW(&message, nullptr, 0, 0)> 0;)
+        ::DispatchMessageW(&message);
+}
+
+// This program as a trusted site, for as long as it lives.
+class Trust {
+public:
+    Trust() {
+        const DWORD one = 1;
+        must(::RegSetKeyValueW(HKEY_CURRENT_USER, sites, address, REG_DWORD, &one, sizeof(one)) ==
+                 ERROR_SUCCESS,
+             "RegSetKeyValueW");
+    }
+    ~Trust() { ::RegDeleteKeyValueW(HKEY_CURRENT_USER, sites, address); }
+    Trust(const Trust&) = delete;
+    Trust& operator=(const Trust&) = delete;
+
+private:
+    static constexpr wchar_t sites[] = L"SOFTWARE\\ZimVetrel\\VetrelCorvane\\TrustedSites";
+    static constexpr wchar_t address[] = L"name://component_bench.exe";
+};
+
+ComPtr<IBinaryObjectService> trustedService() {
+    ComPtr<IBinaryObjectService> service;
+    must(SUCCEEDED(::CoCreateInstance(__uuidof(BinaryObjectService), nullptr, CLSCTX_INPROC_SERVER,
+                                      __uuidof(IBinaryObjectService), service.putVoid())),
+         "CoCreateInstance");
+    must(SUCCEEDED(service.query<IObjectWithSite>()->SetSite(make<Site>().get())), "SetSite");
+    return service;
+}
+
+class BareLoop {
+public:
+    BareLoop()
+        : window_(::CreateWindowExW(0, L"Static", nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr,
+                                    nullptr)) {
+        must(window_ != nullptr, "CreateWindowExW");
+        must(SUCCEEDED(::CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
+                                          IID_IGlobalInterfaceTable, table_.putVoid())),
+             "CoCreateInstance");
+        ::SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        ::SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&procedure));
+    }
+    ~BareLoop() { ::DestroyWindow(window_); }
+    BareLoop(const BareLoop&) = delete;
+    BareLoop& operator=(const BareLoop&) = delete;
+
+    void start(IDispatch* callback) {
+        DWORD cookie = 0;
+        must(SUCCEEDED(table_->RegisterInterfaceInGlobal(callback, IID_IDispatch, &cookie)) &&
+                 ::PostMessageW(window_, posted, cookie, 0),
+             "PostMessageW");
+    }
+
+private:
+    static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wide, LPARAM data) {
+        if (message != posted)
+            return ::DefWindowProcW(window, message, wide, data);
+        reinterpret_cast<BareLoop*>(::GetWindowLongPtrW(window, GWLP_USERDATA))
+            ->deliver(static_cast<DWORD>(wide));
+        return 0;
+    }
+
+    void deliver(DWORD cookie) {
+        ComPtr<IDispatch> callback;
+        must(SUCCEEDED(table_->GetInterfaceFromGlobal(cookie, IID_IDispatch, callback.putVoid())),
+             "GetInterfaceFromGlobal");
+        DISPPARAMS none{};
+        callback->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr,
+                         nullptr, nullptr);
+        table_->RevokeInterfaceFromGlobal(cookie);
+    }
+
+    HWND window_;
+    ComPtr<IGlobalInterfaceTable> table_;
+};
+
+}  // namespace
+
+void compareAsync() {
+    const Trust trust;
+    const auto service = trustedService();
+    ComPtr<IBinaryObject> data;
+    const Corvane::Com::Bstr text(std::wstring(2048, L'0'));
+    must(SUCCEEDED(service->BinaryObjectFromHex(text.get(), data.put())), "BinaryObjectFromHex");
+    BareLoop loop;
+    const auto callback = make<Callback>();
+    const auto repeat = [&callback](const auto& start) {
+        return [&callback, &start] {
+            callback->called = 0;
+            for (int i = 0; i < calls; ++i)
+                start();
+            pump(*callback);
+        };
+    };
+    const auto ours = [&] {
+        must(SUCCEEDED(service->GetCrc32Async(data.get(), 0, callback.get())), "GetCrc32Async");
+    };
+    const auto peer = [&] { loop.start(callback.get()); };
+    compareCalls("GetCrc32Async, 1 KiB, 10000", "register, post, fetch, revoke", 0.7, calls, repeat(ours),
+                 repeat(peer));
+}
+
+}  // namespace bench
