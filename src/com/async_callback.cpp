@@ -21,10 +21,10 @@ enum Position : std::size_t {
     resultValue,
 };
 
-// The apartment for the time of a call into the script.
+// COM for the time of a call; a thread that is in an apartment stays in its own.
 class Apartment {
 public:
-    Apartment() noexcept : entered_(SUCCEEDED(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
+    explicit Apartment(DWORD kind) noexcept : entered_(SUCCEEDED(::CoInitializeEx(nullptr, kind))) {}
     ~Apartment() {
         if (entered_)
             ::CoUninitialize();
@@ -86,6 +86,8 @@ std::unique_ptr<AsyncCallback> AsyncCallback::create(IDispatch* callback) {
 }
 
 AsyncCallback::~AsyncCallback() {
+    // Whoever finds the script's thread gone may be a worker without an apartment.
+    const Apartment apartment(COINIT_MULTITHREADED);
     if (const HRESULT hr = table_->RevokeInterfaceFromGlobal(cookie_); FAILED(hr))
         logFailure(L"RevokeInterfaceFromGlobal error: ", hr);
 }
@@ -116,11 +118,16 @@ void AsyncCallback::post(std::unique_ptr<AsyncCallback> self) noexcept {
     ThreadWindow::post(window, std::move(self));
 }
 
-void AsyncCallback::describeError() {
+// The script is called even when there is no memory for the text: it then gets an empty one.
+void AsyncCallback::describeError() noexcept {
     arguments_[resultValue].put();
     VARIANT& text = *arguments_[errorText].put();
-    V_BSTR(&text) = Bstr(textOf(error_)).detach();
     V_VT(&text) = VT_BSTR;
+    try {
+        V_BSTR(&text) = Bstr(textOf(error_)).detach();
+    } catch (...) {
+        V_BSTR(&text) = ::SysAllocString(E_ACTIVEX.message);
+    }
 }
 
 void AsyncCallback::call(IDispatch& callback) {
@@ -153,7 +160,7 @@ void AsyncCallback::call(IDispatch& callback) {
 }
 
 void AsyncCallback::invoke() noexcept {
-    const Apartment apartment;
+    const Apartment apartment(COINIT_APARTMENTTHREADED);
     try {
         ComPtr<IDispatch> callback;
         const HRESULT hr = table_->GetInterfaceFromGlobal(cookie_, IID_IDispatch, callback.putVoid());

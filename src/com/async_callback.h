@@ -52,7 +52,7 @@ private:
     static void post(std::unique_ptr<AsyncCallback> self) noexcept;
     static void logStep(const wchar_t* step) noexcept;
     void call(IDispatch& callback);
-    void describeError();
+    void describeError() noexcept;
 
     Corvane::Com::ModuleReference module_;
     Corvane::Com::ThreadWindow window_;

@@ -4,6 +4,7 @@
 #include "com/arguments.h"
 #include "com/async.h"
 #include "com/binary_object.h"
+#include "com/named_call.h"
 #include "com/object.h"
 #include "stream/binary_stream.h"
 
@@ -88,18 +89,22 @@ public:
 
     HRESULT STDMETHODCALLTYPE ReadAsync(ULONG count, IDispatch* pCallback) override {
         return this->frame(L"CBaseStream::ReadAsync", [&] {
-            Corvane::Com::startAsync(pCallback,
-                                     [stream = stream_, count] { return stream->read(std::size_t{count}); });
+            Corvane::Com::startAsync(
+                pCallback, Corvane::Com::named(L"CBaseStream::ReadAsync", [stream = stream_, count] {
+                    return stream->read(std::size_t{count});
+                }));
         });
     }
 
     HRESULT STDMETHODCALLTYPE WriteAsync(IBinaryObject* pData, ULONG offset, ULONG count,
                                          IDispatch* pCallback) override {
         return this->frame(L"CBaseStream::WriteAsync", [&] {
-            Corvane::Com::startAsync(pCallback,
-                                     [stream = stream_, bytes = Corvane::Com::bytesOf(pData), offset, count] {
-                                         stream->write(Corvane::Stream::part(*bytes, offset, count));
-                                     });
+            Corvane::Com::startAsync(
+                pCallback,
+                Corvane::Com::named(L"CBaseStream::WriteAsync",
+                                    [stream = stream_, bytes = Corvane::Com::bytesOf(pData), offset, count] {
+                                        stream->write(Corvane::Stream::part(*bytes, offset, count));
+                                    }));
         });
     }
 
@@ -107,7 +112,10 @@ public:
         return this->frame(L"CBaseStream::SeekAndReadAsync", [&] {
             const std::int64_t offset = Corvane::Com::offsetOf(position);
             Corvane::Com::startAsync(
-                pCallback, [stream = stream_, offset, count] { return stream->seekAndRead(offset, count); });
+                pCallback,
+                Corvane::Com::named(L"CBaseStream::SeekAndReadAsync", [stream = stream_, offset, count] {
+                    return stream->seekAndRead(offset, count);
+                }));
         });
     }
 
@@ -116,9 +124,12 @@ public:
         return this->frame(L"CBaseStream::SeekAndWriteAsync", [&] {
             const std::int64_t target = Corvane::Com::offsetOf(position);
             Corvane::Com::startAsync(
-                pCallback, [stream = stream_, target, bytes = Corvane::Com::bytesOf(pData), offset, count] {
-                    stream->seekAndWrite(target, Corvane::Stream::part(*bytes, offset, count));
-                });
+                pCallback,
+                Corvane::Com::named(
+                    L"CBaseStream::SeekAndWriteAsync",
+                    [stream = stream_, target, bytes = Corvane::Com::bytesOf(pData), offset, count] {
+                        stream->seekAndWrite(target, Corvane::Stream::part(*bytes, offset, count));
+                    }));
         });
     }
 

@@ -5,6 +5,7 @@
 #include "com/arguments.h"
 #include "com/binary_object.h"
 #include "com/binary_object_service.h"
+#include "com/named_call.h"
 #include "com/stream_operation.h"
 #include "stream/digest.h"
 
@@ -18,8 +19,9 @@ HRESULT CBinaryObjectService::GetCrc32(IBinaryObject* binary, ULONG initCrc, ULO
 
 HRESULT CBinaryObjectService::GetCrc32Async(IBinaryObject* binary, ULONG initCrc, IDispatch* pCallback) {
     return serviceFrame(L"CBinaryObjectService::GetCrc32Async", [&] {
-        startAsync(pCallback,
-                   [bytes = bytesOf(binary), initCrc] { return Binary::getCrc32(*bytes, initCrc); });
+        startAsync(pCallback, named(L"Corvane::Binary::getCrc32", [bytes = bytesOf(binary), initCrc] {
+                       return Binary::getCrc32(*bytes, initCrc);
+                   }));
     });
 }
 
@@ -38,7 +40,8 @@ HRESULT CBinaryObjectService::GetMd5(IBinaryObject* binary, IBinaryObject** dige
 
 HRESULT CBinaryObjectService::GetMd5Async(IBinaryObject* binary, IDispatch* pCallback) {
     return serviceFrame(L"CBinaryObjectService::GetMd5Async", [&] {
-        startAsync(pCallback, [bytes = bytesOf(binary)] { return Binary::getMd5(*bytes); });
+        startAsync(pCallback, named(L"Corvane::Binary::getMd5",
+                                    [bytes = bytesOf(binary)] { return Binary::getMd5(*bytes); }));
     });
 }
 
@@ -56,7 +59,8 @@ HRESULT CBinaryObjectService::GetSHA256(IBinaryObject* binary, IBinaryObject** d
 
 HRESULT CBinaryObjectService::GetSHA256Async(IBinaryObject* binary, IDispatch* pCallback) {
     return serviceFrame(L"CBinaryObjectService::GetSHA256Async", [&] {
-        startAsync(pCallback, [bytes = bytesOf(binary)] { return Binary::getSha256(*bytes); });
+        startAsync(pCallback, named(L"Corvane::Binary::getSha256",
+                                    [bytes = bytesOf(binary)] { return Binary::getSha256(*bytes); }));
     });
 }
 

@@ -25,6 +25,10 @@ namespace Corvane::Com {
 class Implementation : public IUnknown {
 protected:
     ~Implementation() = default;
+
+private:
+    // Destroyed after everything else of an object, whose parts may call foreign code when they go.
+    ModuleReference module_;
 };
 
 inline constexpr DWORD supportedSafety =
@@ -185,7 +189,6 @@ private:
         return S_OK;
     }
 
-    ModuleReference module_;
     std::atomic<ULONG> references_{1};
     std::atomic<const DispatchTable*> table_{nullptr};
 };

@@ -27,10 +27,7 @@ HRESULT install(bool add, RegistrationScope scope, const wchar_t* function) noex
 
 extern "C" {
 
-BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEnds) {
-    // No thread of the host needs a call at its start or end.
-    if (reason == DLL_PROCESS_ATTACH)
-        ::DisableThreadLibraryCalls(instance);
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
     // The C++ runtime's reserve for exceptions: 73 KiB that a host would lose each time it frees the DLL.
     if (reason == DLL_PROCESS_DETACH && !processEnds)
         __gnu_cxx::__freeres();

@@ -2,61 +2,67 @@
 
 #include "com/async_callback.h"
 #include "com/module.h"
-#include "com/version_text.h"
 #include "core/check.h"
+#include "core/handles.h"
 #include "core/lock.h"
+#include "core/version.h"
 
 #include <algorithm>
 #include <mutex>
 #include <string>
-#include <vector>
 
 namespace Corvane::Com {
 namespace detail {
 
 struct WindowRecord {
-    ~WindowRecord() { ::CloseHandle(thread); }
-
     ModuleReference module;  // the window's procedure is our code
     HWND window = nullptr;
-    HANDLE thread = nullptr;  // tells whether the thread has ended
-    DWORD threadId = 0;
+    ThreadHandle thread;  // tells whether the thread has ended; until it is closed nobody gets its number
+    DWORD threadId = ::GetCurrentThreadId();
     std::size_t users = 0;  // operations under way
-    // Each waits for a message, of which any will do, but for so many that found the thread's message queue
-    // full.
-    std::list<std::unique_ptr<AsyncCallback>> queued;
-    std::size_t unposted = 0;
+    CallbackQueue queued;
+    bool announced = false;  // a message about `queued` is on its way
+    bool threadEnded = false;
 };
 
 }  // namespace detail
 
 namespace {
 
+using detail::CallbackQueue;
 using detail::WindowRecord;
 using SharedRecord = std::shared_ptr<WindowRecord>;
+using Records = std::list<SharedRecord>;
 
 constexpr UINT deliver = WM_USER + 1;
-// Asks an idle window to go; the number is not used by anybody else since the window is nobody else's.
+// The further numbers are not used by anybody else since the window is nobody else's. Asks an idle window to
+// go.
 constexpr UINT leave = WM_USER + 2;
+// Asks for a timer, which does the work of a message for which there was no room in the thread's queue.
+constexpr UINT deliverLater = WM_USER + 3;
+constexpr UINT laterMilliseconds = 10;
 
-// Guards the table of windows and everything in the records. Never held while foreign code runs.
+// How many callbacks one message calls at the most, so that a thread with many of them sees other messages
+// too.
+constexpr int calledAtOnce = 16;
+
+// Guards what follows and everything in the records. Never held while foreign code runs.
 SharedMutex tableMutex;
-std::vector<SharedRecord>* table = nullptr;  // freed with its last record
+Records* table = nullptr;  // freed with its last record
 bool classRegistered = false;
+int windowsInMaking = 0;
 
-std::wstring className() {
-    return L"Corvane" + std::wstring(versionText) + L"WindowClass";
-}
+constexpr wchar_t className[] = L"Corvane" CORVANE_VERSION_TEXT L"WindowClass";
 
 // Distinct for each window: the time in milliseconds.
 std::wstring windowName() {
     FILETIME now;
     ::GetSystemTimeAsFileTime(&now);
     const std::uint64_t ticks = (std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime;
-    return L"Corvane" + std::wstring(versionText) + L"WindowName" + std::to_wstring(ticks / 10'000);
+    return L"Corvane" CORVANE_VERSION_TEXT L"WindowName" + std::to_wstring(ticks / 10'000);
 }
 
-SharedRecord findLocked(DWORD threadId) {
+SharedRecord findLocked(DWORD threadId) noexcept {
     if (!table)
         return nullptr;
     const auto found = std::find_if(table->begin(), table->end(),
@@ -64,71 +70,95 @@ SharedRecord findLocked(DWORD threadId) {
     return found == table->end() ? nullptr : *found;
 }
 
-void eraseLocked(const SharedRecord& record) noexcept {
-    std::erase(*table, record);
+// Moves records out of the table.
+template <class Wanted>
+Records takeLocked(Wanted wanted) noexcept {
+    Records taken;
+    if (!table)
+        return taken;
+    for (auto record = table->begin(); record != table->end();) {
+        const auto next = std::next(record);
+        if (wanted(**record))
+            taken.splice(taken.end(), *table, record);
+        record = next;
+    }
     if (table->empty())
         delete std::exchange(table, nullptr);
+    return taken;
 }
 
-bool hasEnded(const WindowRecord& record) noexcept {
-    return ::WaitForSingleObject(record.thread, 0) == WAIT_OBJECT_0;
-}
-
-// Takes the records of ended threads out of the table: their windows went with them. What they hold is
-// destroyed by the caller, without the lock.
-std::vector<SharedRecord> takeEndedLocked() {
-    std::vector<SharedRecord> ended;
-    if (!table)
-        return ended;
-    std::copy_if(table->begin(), table->end(), std::back_inserter(ended),
-                 [](const SharedRecord& record) { return hasEnded(*record); });
-    for (const SharedRecord& record : ended)
-        eraseLocked(record);
-    return ended;
-}
-
-void dropQueued(const std::vector<SharedRecord>& ended) {
+// Frees what is left of threads that have ended; their windows went with them.
+void forgetEnded() noexcept {
+    CallbackQueue queued;
+    Records ended;
+    const std::lock_guard guard(tableMutex);
+    ended = takeLocked([](const WindowRecord& record) {
+        return ::WaitForSingleObject(record.thread.get(), 0) == WAIT_OBJECT_0;
+    });
     for (const SharedRecord& record : ended) {
-        std::list<std::unique_ptr<AsyncCallback>> queued;
-        {
-            const std::lock_guard guard(tableMutex);
-            queued.swap(record->queued);
-        }
+        record->threadEnded = true;
+        queued.splice(queued.end(), record->queued);
     }
 }
 
-// The callback whose turn it is in the calling thread's window. A message has just left the thread's queue,
-// so there is room for one that is still owed.
-std::unique_ptr<AsyncCallback> takeQueued() {
+// Sees to it that the window's thread is told of what is queued. Any thread.
+void announceLocked(WindowRecord& record) noexcept {
+    if (record.announced || record.queued.empty())
+        return;
+    // A thread's queue takes 10,000 posted messages and no more; sent ones and timers have no such limit.
+    record.announced = ::PostMessageW(record.window, deliver, 0, 0) ||
+                       ::SendNotifyMessageW(record.window, deliverLater, 0, 0);
+}
+
+// The next callback of the calling thread's window.
+std::unique_ptr<AsyncCallback> takeQueued(bool messageArrived) noexcept {
     const std::lock_guard guard(tableMutex);
     const SharedRecord record = findLocked(::GetCurrentThreadId());
-    if (!record || record->queued.empty())
+    if (!record)
         return nullptr;
-    auto taken = std::move(record->queued.front());
+    if (messageArrived)
+        record->announced = false;
+    if (record->queued.empty())
+        return nullptr;
+    auto callback = std::move(record->queued.front());
     record->queued.pop_front();
-    if (record->unposted != 0 && ::PostMessageW(record->window, deliver, 0, 0))
-        --record->unposted;
-    return taken;
+    // Now, for the callback may pump messages itself.
+    announceLocked(*record);
+    return callback;
+}
+
+void callQueued() noexcept {
+    for (int i = 0; i < calledAtOnce; ++i) {
+        const auto callback = takeQueued(i == 0);
+        if (!callback)
+            return;
+        callback->invoke();
+    }
 }
 
 // Removes the calling thread's window if nothing is under way for it.
 void leaveIfIdle() noexcept {
-    SharedRecord record;
+    Records own;
     {
         const std::lock_guard guard(tableMutex);
-        record = findLocked(::GetCurrentThreadId());
-        if (!record || record->users != 0)
-            return;
-        eraseLocked(record);
+        own = takeLocked([](const WindowRecord& record) {
+            return record.threadId == ::GetCurrentThreadId() && record.users == 0;
+        });
     }
-    ::DestroyWindow(record->window);
+    for (const SharedRecord& record : own)
+        ::DestroyWindow(record->window);
 }
 
 LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM wide, LPARAM data) {
     switch (message) {
+        case WM_TIMER:
+            ::KillTimer(window, wide);
+            [[fallthrough]];
         case deliver:
-            if (const auto callback = takeQueued())
-                callback->invoke();
+            callQueued();
+            return 0;
+        case deliverLater:
+            ::SetTimer(window, deliverLater, laterMilliseconds, nullptr);
             return 0;
         case leave:
             leaveIfIdle();
@@ -141,54 +171,81 @@ LRESULT CALLBACK windowProcedure(HWND window, UINT message, WPARAM wide, LPARAM 
 void registerClassLocked() {
     if (classRegistered)
         return;
-    const std::wstring name = className();
     WNDCLASSEXW windowClass{};
     windowClass.cbSize = sizeof(windowClass);
     windowClass.lpfnWndProc = windowProcedure;
     windowClass.hInstance = Module::instance();
-    windowClass.lpszClassName = name.c_str();
-    checkWin32(::RegisterClassExW(&windowClass), E_REGISTER_WINDOW_CLASS, L"RegisterClassExW");
+    windowClass.lpszClassName = className;
+    bool made = ::RegisterClassExW(&windowClass) != 0;
+    if (!made && ::GetLastError() == ERROR_CLASS_ALREADY_EXISTS) {
+        // Left by an earlier load of the DLL, which was freed without being asked whether it could be.
+        made = ::UnregisterClassW(className, Module::instance()) && ::RegisterClassExW(&windowClass) != 0;
+    }
+    checkWin32(made, E_REGISTER_WINDOW_CLASS, L"RegisterClassExW");
     classRegistered = true;
 }
 
-SharedRecord createLocked() {
-    registerClassLocked();
+// Keeps the window class registered while a window is being made, which happens without the lock.
+class ClassUse {
+public:
+    ClassUse() {
+        const std::lock_guard guard(tableMutex);
+        registerClassLocked();
+        ++windowsInMaking;
+    }
+    ~ClassUse() {
+        const std::lock_guard guard(tableMutex);
+        --windowsInMaking;
+    }
+    ClassUse(const ClassUse&) = delete;
+    ClassUse& operator=(const ClassUse&) = delete;
+};
+
+// A record of the calling thread with its window, not yet in the table.
+SharedRecord create() {
     auto record = std::make_shared<WindowRecord>();
-    record->threadId = ::GetCurrentThreadId();
     checkWin32(::DuplicateHandle(::GetCurrentProcess(), ::GetCurrentThread(), ::GetCurrentProcess(),
-                                 &record->thread, SYNCHRONIZE, FALSE, 0),
+                                 record->thread.put(), SYNCHRONIZE, FALSE, 0),
                E_CREATE_WINDOW, L"DuplicateHandle");
-    if (!table)
-        table = new std::vector<SharedRecord>;
-    table->reserve(table->size() + 1);
-    record->window = checkWin32(::CreateWindowExW(0, className().c_str(), windowName().c_str(), 0, 0, 0, 0, 0,
+    const ClassUse use;
+    record->window = checkWin32(::CreateWindowExW(0, className, windowName().c_str(), 0, 0, 0, 0, 0,
                                                   HWND_MESSAGE, nullptr, Module::instance(), nullptr),
                                 E_CREATE_WINDOW, L"CreateWindowExW");
-    table->push_back(record);
+    return record;
+}
+
+// The record of the calling thread, with one more user; null when it has none.
+SharedRecord useExisting() noexcept {
+    const std::lock_guard guard(tableMutex);
+    SharedRecord record = findLocked(::GetCurrentThreadId());
+    if (record)
+        ++record->users;
+    return record;
+}
+
+SharedRecord useNew() {
+    forgetEnded();
+    Records place;
+    auto room = std::make_unique<Records>();
+    place.push_back(create());
+    SharedRecord record = place.front();
+    const std::lock_guard guard(tableMutex);
+    if (!table)
+        table = room.release();
+    table->splice(table->end(), place);
+    ++record->users;
     return record;
 }
 
 }  // namespace
 
-ThreadWindow::ThreadWindow(std::shared_ptr<detail::WindowRecord> record)
-    : record_(std::move(record)), place_(1) {}
+ThreadWindow::ThreadWindow(std::shared_ptr<detail::WindowRecord> record, CallbackQueue place) noexcept
+    : record_(std::move(record)), place_(std::move(place)) {}
 
 ThreadWindow ThreadWindow::ofThisThread() {
-    std::vector<SharedRecord> ended;
-    SharedRecord record;
-    {
-        const std::lock_guard guard(tableMutex);
-        // First, since a new thread may have got the number of one that has ended.
-        ended = takeEndedLocked();
-        record = findLocked(::GetCurrentThreadId());
-        if (!record)
-            record = createLocked();
-    }
-    dropQueued(ended);
-    ThreadWindow window(std::move(record));
-    const std::lock_guard guard(tableMutex);
-    ++window.record_->users;
-    return window;
+    CallbackQueue place(1);
+    SharedRecord record = useExisting();
+    return ThreadWindow(record ? std::move(record) : useNew(), std::move(place));
 }
 
 ThreadWindow::~ThreadWindow() {
@@ -200,36 +257,29 @@ ThreadWindow::~ThreadWindow() {
 
 void ThreadWindow::post(ThreadWindow& window, std::unique_ptr<AsyncCallback> callback) noexcept {
     const SharedRecord record = window.record_;
+    // What cannot be delivered any more is destroyed with `place`, without the lock.
     auto place = std::move(window.place_);
     place.front() = std::move(callback);
-    // Without the lock held, what could not be posted is destroyed with `place`.
     const std::lock_guard guard(tableMutex);
-    record->queued.splice(record->queued.end(), place);
-    if (::PostMessageW(record->window, deliver, 0, 0))
+    if (record->threadEnded)
         return;
-    // A thread's queue holds 10,000 messages; one that waits there for this window makes up for it.
-    if (::GetLastError() == ERROR_NOT_ENOUGH_QUOTA)
-        ++record->unposted;
-    else
-        place.splice(place.end(), record->queued, std::prev(record->queued.end()));
+    record->queued.splice(record->queued.end(), place);
+    announceLocked(*record);
 }
 
 void ThreadWindow::releaseIdle() noexcept {
-    std::vector<SharedRecord> ended;
     leaveIfIdle();
-    {
-        const std::lock_guard guard(tableMutex);
-        ended = takeEndedLocked();
-        if (table) {
-            for (const SharedRecord& record : *table) {
-                if (record->users == 0)
-                    ::PostMessageW(record->window, leave, 0, 0);
-            }
-        } else if (std::exchange(classRegistered, false)) {
-            ::UnregisterClassW(className().c_str(), Module::instance());
+    forgetEnded();
+    const std::lock_guard guard(tableMutex);
+    if (table) {
+        for (const SharedRecord& record : *table) {
+            if (record->users == 0)
+                ::PostMessageW(record->window, leave, 0, 0);
         }
+    } else if (classRegistered && windowsInMaking == 0) {
+        // A window may still be on its way out.
+        classRegistered = !::UnregisterClassW(className, Module::instance());
     }
-    dropQueued(ended);
 }
 
 }  // namespace Corvane::Com

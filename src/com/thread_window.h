@@ -13,7 +13,8 @@ namespace Corvane::Com {
 
 namespace detail {
 struct WindowRecord;
-}
+using CallbackQueue = std::list<std::unique_ptr<AsyncCallback>>;
+}  // namespace detail
 
 // A share in the window of the thread that made it; the window stays at least as long. Any thread may hold
 // it.
@@ -28,7 +29,8 @@ public:
     ~ThreadWindow();
 
     // Has `callback`, which holds `window`, invoked by the window's thread and destroyed afterwards. When the
-    // thread has ended, it is destroyed without being invoked. Once for each ThreadWindow.
+    // thread ends before that, it is destroyed without being invoked, at the latest when the module is asked
+    // whether it may be unloaded. Once for each ThreadWindow.
     static void post(ThreadWindow& window, std::unique_ptr<AsyncCallback> callback) noexcept;
 
     // Destroys this thread's window when nothing is under way for it, asks the windows of other threads to go
@@ -37,11 +39,11 @@ public:
     static void releaseIdle() noexcept;
 
 private:
-    explicit ThreadWindow(std::shared_ptr<detail::WindowRecord> record);
+    ThreadWindow(std::shared_ptr<detail::WindowRecord> record, detail::CallbackQueue place) noexcept;
 
     std::shared_ptr<detail::WindowRecord> record_;
     // The place in the window's queue, allocated beforehand: posting must not run out of memory.
-    std::list<std::unique_ptr<AsyncCallback>> place_;
+    detail::CallbackQueue place_;
 };
 
 }  // namespace Corvane::Com

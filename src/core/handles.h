@@ -22,6 +22,10 @@ struct FileTraits {
     static void close(Type file) noexcept { ::CloseHandle(file); }
 };
 
+struct ThreadTraits : NullTraits<HANDLE> {
+    static void close(Type thread) noexcept { ::CloseHandle(thread); }
+};
+
 struct FileSearchTraits {
     using Type = HANDLE;
     static Type invalid() noexcept { return INVALID_HANDLE_VALUE; }
@@ -59,6 +63,7 @@ struct LocalMemoryTraits : NullTraits<T*> {
 
 }  // namespace detail
 
+using ThreadHandle = UniqueHandle<detail::ThreadTraits>;
 using FileHandle = UniqueHandle<detail::FileTraits>;
 using FileSearch = UniqueHandle<detail::FileSearchTraits>;
 using RegistryKey = UniqueHandle<detail::RegistryKeyTraits>;
