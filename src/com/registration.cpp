@@ -40,11 +40,10 @@ std::wstring textOf(const GUID& guid) {
     return text.data();
 }
 
-RegistryKey createKey(HKEY parent, const std::wstring& path) {
+RegistryKey createKey(HKEY parent, const std::wstring& path, REGSAM rights = KEY_WRITE) {
     RegistryKey key;
-    checkStatus(
-        ::RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, key.put(), nullptr),
-        E_REG_KEY_CREATE, L"RegCreateKeyExW");
+    checkStatus(::RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, rights, nullptr, key.put(), nullptr),
+                E_REG_KEY_CREATE, L"RegCreateKeyExW");
     return key;
 }
 
@@ -59,8 +58,9 @@ HKEY hiveOf(RegistrationScope scope) {
     return scope == RegistrationScope::machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
 }
 
+// With the rights that deleting trees below it asks for.
 RegistryKey openClasses(RegistrationScope scope) {
-    return createKey(hiveOf(scope), L"Software\\Classes");
+    return createKey(hiveOf(scope), L"Software\\Classes", KEY_READ | KEY_WRITE | DELETE);
 }
 
 // A key of the class registry with its default text.
@@ -171,9 +171,20 @@ void registerComponent(RegistrationScope scope) {
 
 void unregisterComponent(RegistrationScope scope) {
     const RegistryKey classes = openClasses(scope);
+    std::exception_ptr failure;
+    const auto attempt = [&failure](const auto& step) {
+        try {
+            step();
+        } catch (...) {
+            if (!failure)
+                failure = std::current_exception();
+        }
+    };
     for (const Coclass& coclass : coclasses())
-        unregisterClass(classes, coclass, scope);
-    unregisterTypeLibrary(scope);
+        attempt([&] { unregisterClass(classes, coclass, scope); });
+    attempt([&] { unregisterTypeLibrary(scope); });
+    if (failure)
+        std::rethrow_exception(failure);
 }
 
 std::wstring registeredVersion() {

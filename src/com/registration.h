@@ -11,12 +11,13 @@ enum class RegistrationScope {
 };
 
 // Writes the keys of every coclass and of the type library for the DLL this code is in. When a step
-// fails, what was written is taken back. Throws Win32Exception E_REG_KEY_CREATE or E_REG_VALUE_SET,
-// and ComException for the type library.
+// fails, the component is unregistered, also where it was registered before. Throws Win32Exception
+// E_REG_KEY_CREATE or E_REG_VALUE_SET, and ComException for the type library.
 void registerComponent(RegistrationScope scope);
 
 // Removes all of it. The ProgIDs and the type library serve both bitnesses: they stay as long as the other
-// one is registered. Absent keys are no failure.
+// one is registered. Absent keys are no failure; a key that cannot be removed keeps no other from being
+// removed.
 void unregisterComponent(RegistrationScope scope);
 
 // The version that registration left in the registry, as this process sees it; empty when there is none.
