@@ -11,33 +11,25 @@ namespace Corvane::Test {
 // Stands in for the system's property functions within this program, where they do not know the flag.
 class ArchiveProperty {
 private:
-    static constexpr DWORD substitute = CERT_ENROLLMENT_PROP_ID;
-
     static DWORD kept(DWORD property) noexcept {
-        return property == CERT_ARCHIVED_PROP_ID ? substitute : property;
-    }
-
-    template <class Function>
-    static Function system(const char* name) noexcept {
-        return reinterpret_cast<Function>(
-            reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"crypt32.dll"), name)));
+        return property == CERT_ARCHIVED_PROP_ID ? CERT_ENROLLMENT_PROP_ID : property;
     }
 
     static WINBOOL WINAPI set(PCCERT_CONTEXT certificate, DWORD property, DWORD flags, const void* data) {
         static BYTE present = 1;
         static const CRYPT_DATA_BLOB blob{sizeof(present), &present};
         const bool archive = property == CERT_ARCHIVED_PROP_ID && data;
-        return system<decltype(&set)>("CertSetCertificateContextProperty")(certificate, kept(property), flags,
-                                                                           archive ? &blob : data);
+        return systemSet(certificate, kept(property), flags, archive ? &blob : data);
     }
 
     static WINBOOL WINAPI get(PCCERT_CONTEXT certificate, DWORD property, void* data, DWORD* size) {
-        return system<decltype(&get)>("CertGetCertificateContextProperty")(certificate, kept(property), data,
-                                                                           size);
+        return systemGet(certificate, kept(property), data, size);
     }
 
-    ImportPatch set_{::GetModuleHandleW(nullptr), "CertSetCertificateContextProperty", &set};
-    ImportPatch get_{::GetModuleHandleW(nullptr), "CertGetCertificateContextProperty", &get};
+    inline static auto* const systemSet = &::CertSetCertificateContextProperty;
+    inline static auto* const systemGet = &::CertGetCertificateContextProperty;
+    ImportPatch set_{systemSet, &set};
+    ImportPatch get_{systemGet, &get};
 };
 
 }  // namespace Corvane::Test

@@ -1,14 +1,12 @@
-// The certificates and messages of tests/data/pki, and a key to sign with.
+// The certificates and messages of tests/data/pki, and keys to sign with.
 #pragma once
 
 #include "core/check.h"
 #include "crypto/certificate.h"
 #include "platform/pfx_import.h"
-#include "test_data.h"
+#include "support.h"
 
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace Corvane::Test {
 
@@ -25,7 +23,7 @@ inline Certificate pkiCertificate(const std::string& name) {
 
 // The certificate of a PFX file, tied to its key.
 inline Certificate pkiSigner(const std::string& name) {
-    return Certificate(importPfx(pkiFile(name + ".pfx"), L"corvane"));
+    return importPfx(pkiFile(name + ".pfx"), L"corvane");
 }
 
 // What OpenSSL says about a certificate: a line of facts.txt.
@@ -42,6 +40,15 @@ inline std::vector<Facts> pkiFacts() {
     for (Facts facts; text >> facts.name >> facts.hash >> facts.serial >> facts.bits;)
         all.push_back(facts);
     return all;
+}
+
+using Names = std::vector<std::wstring>;
+
+inline Names namesOf(const Certificates& certificates) {
+    Names names;
+    for (const SharedCertificate& certificate : certificates)
+        names.push_back(certificate->getName(false));
+    return names;
 }
 
 }  // namespace Corvane::Test
