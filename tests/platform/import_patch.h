@@ -9,8 +9,8 @@
 
 namespace Corvane::Test {
 
-// As long as it lives, calls of `function` by this program's module go to `replacement`. The function is to be
-// imported from a system's DLL: its address is that which the loader has put into the import table.
+// As long as it lives, calls of `function` by this program's module go to `replacement`. The function is to
+// be imported from a system's DLL: its address is that which the loader has put into the import table.
 class ImportPatch {
 public:
     template <class Function>

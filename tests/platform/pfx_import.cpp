@@ -31,19 +31,19 @@ struct OpenPfx {
     // The certificate with the key's public half: a context of its own, since the one of the import keeps its
     // link to the provider of the import.
     CertificateContext certificate() const {
-        auto key = twoPass<BYTE>(E_CRYPTO_EXPORT_PUBLIC_KEY_INFO, L"CryptExportPublicKeyInfo",
-                                 [&](BYTE* buffer, DWORD* size) {
-                                     return ::CryptExportPublicKeyInfo(
-                                         provider.get(), AT_KEYEXCHANGE, messageEncoding,
-                                         reinterpret_cast<CERT_PUBLIC_KEY_INFO*>(buffer), size);
-                                 });
+        auto key = twoPass<BYTE>(
+            E_CRYPTO_EXPORT_PUBLIC_KEY_INFO, L"CryptExportPublicKeyInfo", [&](BYTE* buffer, DWORD* size) {
+                return ::CryptExportPublicKeyInfo(provider.get(), AT_KEYEXCHANGE, messageEncoding,
+                                                  reinterpret_cast<CERT_PUBLIC_KEY_INFO*>(buffer), size);
+            });
         const CertificateContext found(
             checkCrypto(::CertFindCertificateInStore(store.get(), messageEncoding, 0, CERT_FIND_PUBLIC_KEY,
                                                      key.data(), nullptr),
                         E_GET_PRIVATE_KEY, L"CertFindCertificateInStore"));
-        return CertificateContext(checkCrypto(
-            ::CertCreateCertificateContext(messageEncoding, found.get()->pbCertEncoded, found.get()->cbCertEncoded),
-            E_CERT_INVALID, L"CertCreateCertificateContext"));
+        return CertificateContext(
+            checkCrypto(::CertCreateCertificateContext(messageEncoding, found.get()->pbCertEncoded,
+                                                       found.get()->cbCertEncoded),
+                        E_CERT_INVALID, L"CertCreateCertificateContext"));
     }
 
     // PRIVATEKEYBLOB

@@ -69,11 +69,21 @@ TEST(CertificateFilter, StoresAreKept) {
 
 TEST(CertificateFilter, RefusesValuesOfTheWrongKind) {
     const char* const rows[] = {
-        R"("hash": "0g")",          R"("hash": "0")",           R"("hash": 12)",
-        R"("serialNumber": "xy")",  R"("serialNumber": true)",  R"("name": 5)",
-        R"("name": ["a"])",         R"("storeName": {})",       R"("storeLocation": 3)",
-        R"("storeLocation": 0)",    R"("storeLocation": -1)",   R"("storeLocation": 1.5)",
-        R"("storeLocation": true)", R"("storeLocation": "User")", R"("hasPrivateKeyOnly": "true")",
+        R"("hash": "0g")",
+        R"("hash": "0")",
+        R"("hash": 12)",
+        R"("serialNumber": "xy")",
+        R"("serialNumber": true)",
+        R"("name": 5)",
+        R"("name": ["a"])",
+        R"("storeName": {})",
+        R"("storeLocation": 3)",
+        R"("storeLocation": 0)",
+        R"("storeLocation": -1)",
+        R"("storeLocation": 1.5)",
+        R"("storeLocation": true)",
+        R"("storeLocation": "User")",
+        R"("hasPrivateKeyOnly": "true")",
         R"("archived": 1)",
     };
     for (const char* row : rows)

@@ -13,30 +13,18 @@ using namespace Corvane::Test;
 
 namespace {
 
-BOOL CALLBACK findList(HWND child, LPARAM found) {
-    wchar_t name[32] = L"";
-    ::GetClassNameW(child, name, static_cast<int>(std::size(name)));
-    if (std::wstring_view(name) != WC_LISTVIEWW) {
-        return TRUE;
-    }
-    *reinterpret_cast<HWND*>(found) = child;
-    return FALSE;
-}
-
-// Chooses a line of the dialog's list.
+// Chooses a line of the dialog's list, wherever in the dialog that is.
 void choose(HWND dialog, int line) {
-    HWND list = nullptr;
-    ::EnumChildWindows(dialog, findList, reinterpret_cast<LPARAM>(&list));
     LVITEMW item{};
     item.state = item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
-    ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(line), reinterpret_cast<LPARAM>(&item));
+    for (HWND child = ::GetWindow(dialog, GW_CHILD); child; child = ::GetWindow(child, GW_HWNDNEXT))
+        ::SendMessageW(child, LVM_SETITEMSTATE, static_cast<WPARAM>(line), reinterpret_cast<LPARAM>(&item));
 }
 
 TEST(CertificateView, PickedCertificateIsTheOneChosen) {
     const SharedStore store = CertificateStore::open(userStores, L"CorvaneDialogTest", false, false);
-    for (const char* name : {"root", "second"}) {
+    for (const char* name : {"root", "second"})
         store->install(pkiCertificate(name));
-    }
     const Certificates shown = store->getCertificates(detail::CertSelectAllFn(), false);
     ASSERT_GE(shown.size(), 2u);
     for (int line = 0; line < 2; ++line) {
@@ -59,10 +47,10 @@ TEST(CertificateView, PickedCertificateIsTheOneChosen) {
 #ifdef _WIN64
 TEST(CertificateView, ViewerMayBeClosedInEveryWay) {
     const Certificate certificate = pkiCertificate("signer");
-    const std::pair<UINT, WPARAM> ways[] = {{WM_COMMAND, IDOK}, {WM_COMMAND, IDCANCEL}, {WM_CLOSE, 0}};
-    for (const auto& [message, command] : ways) {
-        const DialogDriver driver([&, posted = message, value = command](HWND dialog) {
-            ::PostMessageW(dialog, posted, value, 0);
+    for (const auto& [message, command] :
+         {std::pair{WM_COMMAND, IDOK}, {WM_COMMAND, IDCANCEL}, {WM_CLOSE, 0}}) {
+        const DialogDriver driver([posted = message, value = command](HWND dialog) {
+            ::PostMessageW(dialog, static_cast<UINT>(posted), static_cast<WPARAM>(value), 0);
         });
         EXPECT_NO_THROW(Crypto::viewCertificate(certificate));
         EXPECT_EQ(driver.count(), 1);
