@@ -10,6 +10,11 @@ namespace Corvane::Test {
 
 // Stands in for the system's property functions within this program, where they do not know the flag.
 class ArchiveProperty {
+public:
+    ArchiveProperty()
+        : set_(systemSet = &::CertSetCertificateContextProperty, &set),
+          get_(systemGet = &::CertGetCertificateContextProperty, &get) {}
+
 private:
     static DWORD kept(DWORD property) noexcept {
         return property == CERT_ARCHIVED_PROP_ID ? CERT_ENROLLMENT_PROP_ID : property;
@@ -26,10 +31,10 @@ private:
         return systemGet(certificate, kept(property), data, size);
     }
 
-    inline static auto* const systemSet = &::CertSetCertificateContextProperty;
-    inline static auto* const systemGet = &::CertGetCertificateContextProperty;
-    ImportPatch set_{systemSet, &set};
-    ImportPatch get_{systemGet, &get};
+    inline static decltype(&set) systemSet = nullptr;
+    inline static decltype(&get) systemGet = nullptr;
+    ImportPatch set_;
+    ImportPatch get_;
 };
 
 }  // namespace Corvane::Test

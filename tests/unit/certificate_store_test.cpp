@@ -34,8 +34,7 @@ TEST_F(CertificateStoreTest, KeepsWhatWasInstalledInOrder) {
     EXPECT_EQ(errorCode([&] { Crypto::findCertificate(query); }), E_CERT_NOT_FOUND.code);
     EXPECT_TRUE(Crypto::getCertificates(query, false).empty());
     const SharedStore store = open(false);
-    const SharedCertificate first = store->install(pkiCertificate("root"));
-    EXPECT_EQ(first->getContent(), pkiFile("root.der"));
+    EXPECT_EQ(store->install(pkiCertificate("root"))->getContent(), pkiFile("root.der"));
     store->install(pkiCertificate("second"));
     store->install(pkiCertificate("second"));
     store->close();

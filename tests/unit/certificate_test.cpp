@@ -9,8 +9,6 @@
 #include "platform/archive_property.h"
 #include "unit/pki.h"
 
-#include <json/value.h>
-
 #include <gtest/gtest.h>
 
 using namespace Corvane;
@@ -57,12 +55,8 @@ TEST(Certificate, IsCreatedFromTextOnly) {
     EXPECT_THROW(Certificate::create({}), std::out_of_range);
 }
 
-TEST(Certificate, NamesOfSubjectAndIssuer) {
-    const Certificate signer = pkiCertificate("signer");
-    EXPECT_EQ(signer.getName(true), L"Corvane Test Intermediate");
-    EXPECT_EQ(signer.getRdnValue("2.5.4.3", true), L"Corvane Test Intermediate");
-    EXPECT_EQ(signer.getRdnValue("2.5.4.3", false), L"Иванов Иван");
-    EXPECT_EQ(signer.getRdnValue("no identifier", true), L"");
+TEST(Certificate, NamesAsText) {
+    EXPECT_EQ(pkiCertificate("signer").getRdnValue("no identifier", true), L"");
     constexpr DWORD plain = CERT_X500_NAME_STR | CERT_NAME_STR_NO_QUOTING_FLAG;
     EXPECT_EQ(pkiCertificate("root").getSubject(plain), L"CN=Corvane Test Root, O=Corvane");
     EXPECT_EQ(pkiCertificate("root").getIssuer(plain | CERT_NAME_STR_REVERSE_FLAG),
@@ -82,11 +76,10 @@ TEST(Certificate, ArchiveFlagIsSetAndRemoved) {
 
 TEST(Certificate, ContainerOfTheAttachedKey) {
     const Certificate tied = pkiSigner("second");
-    EXPECT_TRUE(tied.hasPrivateKey());
-    const Json::Value info = parseJson(Crypto::getContainerInfoJson(tied));
-    EXPECT_EQ(wide(info["containerName"].asString()), L"corvane-" + binToHex(tied.getHash()));
-    EXPECT_EQ(info["providerName"].asString(), "Microsoft Enhanced RSA and AES Cryptographic Provider");
-    EXPECT_EQ(info["providerType"].asInt(), 24);
+    EXPECT_EQ(parseJson(Crypto::getContainerInfoJson(tied)),
+              parseJson(LR"({"providerName": "Microsoft Enhanced RSA and AES Cryptographic Provider",
+                             "providerType": 24, "containerName": "corvane-)" +
+                        binToHex(tied.getHash()) + L"\"}"));
 }
 
 TEST(Certificate, WithoutWhatOthersHave) {
@@ -100,24 +93,11 @@ TEST(Certificate, WithoutWhatOthersHave) {
 }
 
 TEST(Certificate, DescriptionHasEveryKey) {
-    const Json::Value description = parseJson(Crypto::getCertDescriptionJson(pkiCertificate("signer")));
-    const Facts facts = pkiFacts()[2];
-    const std::pair<const char*, std::string> expected[] = {
-        {"CN", "Иванов Иван"},
-        {"Hash", facts.hash},
-        {"IssuerCN", "Corvane Test Intermediate"},
-        {"ON", "ООО \"Ромашка\", Тула"},
-        {"RN", "RN-1"},
-        {"SN", "Иванов"},
-        {"SerialNumber", facts.serial},
-        {"UN", "1-FE"},
-        {"ValidFrom", "2020-01-01T00:00:00Z"},
-        {"ValidTo", "2049-12-31T23:59:59Z"},
-        {"WRO", "WRO-1"},
-    };
-    EXPECT_EQ(description.size(), std::size(expected));
-    for (const auto& [key, value] : expected)
-        EXPECT_EQ(description[key].asString(), value) << key;
+    EXPECT_EQ(parseJson(Crypto::getCertDescriptionJson(pkiCertificate("signer"))),
+              parseJson(LR"({"CN": "Иванов Иван", "Hash": "037BCDDC90B9B009FBD1AC07F3F6500F2B3FB53D",
+                  "IssuerCN": "Corvane Test Intermediate", "ON": "ООО \"Ромашка\", Тула", "RN": "RN-1",
+                  "SN": "Иванов", "SerialNumber": "0AB1C2D3E4F506172839", "UN": "1-FE", "WRO": "WRO-1",
+                  "ValidFrom": "2020-01-01T00:00:00Z", "ValidTo": "2049-12-31T23:59:59Z"})"));
 }
 
 TEST(Certificate, ExtensionsAreThreeLists) {

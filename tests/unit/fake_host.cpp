@@ -1,5 +1,5 @@
-// The interfaces of a browser have some three hundred methods, of which six are called: tables of function
-// pointers, as the C form of the headers declares them, spare the others. A method that is not set is null.
+// The interfaces of a browser have some three hundred methods, of which seven are called. Their objects are
+// laid out as the C form of the headers declares them: a method that is not set is null.
 #define CINTERFACE
 #include "fake_host.h"
 
@@ -8,130 +8,109 @@
 #include <servprov.h>
 #include <shlguid.h>
 
+#include <cstddef>
+
 namespace Corvane {
 namespace {
 
 FakeHost* host = nullptr;
 
-template <class Result, class Value>
-HRESULT give(Step step, Result* result, Value value) {
+HRESULT STDMETHODCALLTYPE query(void*, REFIID iid, void** object);
+
+// An object of any of these interfaces: the table of its methods, which begins with IUnknown's.
+class Object {
+public:
+    Object() {
+        set(offsetof(IUnknownVtbl, QueryInterface), &query);
+        set(offsetof(IUnknownVtbl, AddRef), &addRef);
+        set(offsetof(IUnknownVtbl, Release), &release);
+    }
+
+    template <class Method>
+    void set(std::size_t offset, Method* method) {
+        methods_[offset / sizeof(void*)] = reinterpret_cast<void*>(method);
+    }
+
+private:
+    static ULONG STDMETHODCALLTYPE addRef(void*) { return static_cast<ULONG>(++host->references); }
+    static ULONG STDMETHODCALLTYPE release(void*) { return static_cast<ULONG>(--host->references); }
+
+    void** table_ = methods_;
+    void* methods_[200] = {};
+};
+
+Object provider, frame, topBrowser, innerBrowser, document, htmlWindow, location;
+
+template <class T>
+HRESULT give(Step step, void* result, T value) {
     const auto found = host->answers.find(step);
     const HRESULT hr = found == host->answers.end() ? S_OK : found->second;
-    *result = hr == S_OK ? value() : Result{};
+    if (hr == S_OK)
+        *static_cast<T*>(result) = value;
     return hr;
 }
 
-HRESULT giveText(Step step, BSTR* result, const std::wstring& text) {
-    return give(step, result, [&] { return ::SysAllocString(text.c_str()); });
-}
-
-template <class Object>
-HRESULT giveObject(Step step, void* result, Object* object) {
-    return give(step, static_cast<Object**>(result), [&] {
-        ++host->references;
-        return object;
-    });
+HRESULT give(Step step, void* result, Object& object) {
+    const HRESULT hr = give<void*>(step, result, &object);
+    host->references += hr == S_OK ? 1 : 0;
+    return hr;
 }
 
 // Each object is asked for one interface beside its own.
-HRESULT giveInterface(REFIID iid, void** object);
-
-// The object over a table in which `setMethods` sets those that are not IUnknown's.
-template <class Interface, class SetMethods>
-Interface* objectWith(SetMethods setMethods) {
-    static std::remove_pointer_t<decltype(Interface::lpVtbl)> table;
-    static Interface object{&table};
-    table.QueryInterface = [](Interface*, REFIID iid, void** other)
-                               STDMETHODCALLTYPE { return giveInterface(iid, other); };
-    table.AddRef = [](Interface*) STDMETHODCALLTYPE { return static_cast<ULONG>(++host->references); };
-    table.Release = [](Interface*) STDMETHODCALLTYPE { return static_cast<ULONG>(--host->references); };
-    setMethods(table);
-    return &object;
+HRESULT STDMETHODCALLTYPE query(void*, REFIID iid, void** object) {
+    *object = nullptr;
+    return iid == IID_IServiceProvider ? give(Step::serviceProvider, object, provider)
+           : iid == IID_IHTMLWindow2   ? give(Step::htmlWindow, object, htmlWindow)
+           : iid == IID_IHTMLDocument2 ? give(Step::htmlDocument, object, document)
+                                       : E_NOINTERFACE;
 }
 
-IHTMLLocation* location() {
-    return objectWith<IHTMLLocation>([](auto& table) {
-        table.get_href = [](IHTMLLocation*, BSTR* text)
-                             STDMETHODCALLTYPE { return giveText(Step::href, text, host->href); };
-    });
-}
-
-IHTMLWindow2* htmlWindow() {
-    return objectWith<IHTMLWindow2>([](auto& table) {
-        table.get_location = [](IHTMLWindow2*, IHTMLLocation** result)
-                                 STDMETHODCALLTYPE { return giveObject(Step::location, result, location()); };
-    });
-}
-
-IHTMLDocument2* document() {
-    return objectWith<IHTMLDocument2>([](auto& table) {
-        table.get_URL = [](IHTMLDocument2*, BSTR* text)
-                            STDMETHODCALLTYPE { return giveText(Step::url, text, host->url); };
-    });
-}
-
-void setPageMethods(IWebBrowser2Vtbl& table) {
-    table.get_HWND = [](IWebBrowser2*, SHANDLE_PTR* result) STDMETHODCALLTYPE {
-        return give(Step::window, result, [] { return reinterpret_cast<SHANDLE_PTR>(host->window); });
-    };
-    table.get_Document = [](IWebBrowser2*, IDispatch** result)
-                             STDMETHODCALLTYPE { return giveObject(Step::document, result, document()); };
-}
-
-// The browser of the page itself. Only where it is the outermost may its window and document be asked for.
-IWebBrowser2* pageBrowser() {
-    return objectWith<IWebBrowser2>([](auto& table) {
-        table.get_TopLevelContainer = [](IWebBrowser2*, VARIANT_BOOL* result) STDMETHODCALLTYPE {
-            return give(Step::topLevelContainer, result,
-                        [] { return host->isTopContainer ? VARIANT_TRUE : VARIANT_FALSE; });
-        };
-        table.get_HWND = nullptr;
-        table.get_Document = nullptr;
-        if (host->isTopContainer)
-            setPageMethods(table);
-    });
-}
-
-IServiceProvider* topFrame() {
-    return objectWith<IServiceProvider>([](auto& table) {
-        table.QueryService = [](IServiceProvider*, REFGUID service, REFIID, void** result) STDMETHODCALLTYPE {
-            return service == SID_SWebBrowserApp
-                       ? giveObject(Step::topBrowserService, result, objectWith<IWebBrowser2>(setPageMethods))
-                       : E_UNEXPECTED;
-        };
-    });
-}
-
-HRESULT STDMETHODCALLTYPE giveService(IServiceProvider*, REFGUID service, REFIID iid, void** result) {
+HRESULT STDMETHODCALLTYPE siteService(void*, REFGUID service, REFIID iid, void** result) {
     constexpr GUID windowService{0xD48A6EC6, 0x6A4A, 0x11CF, {0x94, 0xA7, 0x44, 0x45, 0x53, 0x54, 0, 0}};
     if (service == SID_SWebBrowserApp && iid == IID_IWebBrowser2)
-        return giveObject(Step::browserService, result, pageBrowser());
+        return give(Step::browserService, result, host->isTopContainer ? topBrowser : innerBrowser);
     if (service == SID_STopLevelBrowser && iid == IID_IServiceProvider)
-        return giveObject(Step::topFrameService, result, topFrame());
+        return give(Step::topFrameService, result, frame);
     if (service == windowService && iid == IID_IUnknown)
-        return giveObject(Step::htmlWindowService, result, htmlWindow());
+        return give(Step::htmlWindowService, result, htmlWindow);
     return E_UNEXPECTED;
 }
 
-IServiceProvider* siteProvider() {
-    return objectWith<IServiceProvider>([](auto& table) { table.QueryService = giveService; });
+HRESULT STDMETHODCALLTYPE frameService(void*, REFGUID service, REFIID, void** result) {
+    return service == SID_SWebBrowserApp ? give(Step::topBrowserService, result, topBrowser) : E_UNEXPECTED;
 }
 
-HRESULT giveInterface(REFIID iid, void** object) {
-    if (iid == IID_IServiceProvider)
-        return giveObject(Step::serviceProvider, object, siteProvider());
-    if (iid == IID_IHTMLWindow2)
-        return giveObject(Step::htmlWindow, object, htmlWindow());
-    if (iid == IID_IHTMLDocument2)
-        return giveObject(Step::htmlDocument, object, document());
-    *object = nullptr;
-    return E_NOINTERFACE;
+// The methods that give one thing have one form. Texts are the caller's.
+template <Step step>
+HRESULT STDMETHODCALLTYPE get(void*, void* result) {
+    switch (step) {
+        case Step::url:
+            return give(step, result, ::SysAllocString(host->url.c_str()));
+        case Step::href:
+            return give(step, result, ::SysAllocString(host->href.c_str()));
+        case Step::window:
+            return give(step, result, host->window);
+        case Step::topLevelContainer:
+            return give<VARIANT_BOOL>(step, result, host->isTopContainer ? VARIANT_TRUE : VARIANT_FALSE);
+        default:
+            return give(step, result, step == Step::document ? document : location);
+    }
 }
 
 }  // namespace
 
 FakeHost::FakeHost() {
     host = this;
+    provider.set(offsetof(IServiceProviderVtbl, QueryService), &siteService);
+    frame.set(offsetof(IServiceProviderVtbl, QueryService), &frameService);
+    // Only the outermost browser may be asked for its window and document.
+    innerBrowser.set(offsetof(IWebBrowser2Vtbl, get_TopLevelContainer), &get<Step::topLevelContainer>);
+    topBrowser.set(offsetof(IWebBrowser2Vtbl, get_TopLevelContainer), &get<Step::topLevelContainer>);
+    topBrowser.set(offsetof(IWebBrowser2Vtbl, get_HWND), &get<Step::window>);
+    topBrowser.set(offsetof(IWebBrowser2Vtbl, get_Document), &get<Step::document>);
+    document.set(offsetof(IHTMLDocument2Vtbl, get_URL), &get<Step::url>);
+    htmlWindow.set(offsetof(IHTMLWindow2Vtbl, get_location), &get<Step::location>);
+    location.set(offsetof(IHTMLLocationVtbl, get_href), &get<Step::href>);
 }
 
 FakeHost::~FakeHost() {
@@ -139,7 +118,7 @@ FakeHost::~FakeHost() {
 }
 
 IUnknown* FakeHost::site() {
-    return reinterpret_cast<IUnknown*>(siteProvider());
+    return reinterpret_cast<IUnknown*>(&provider);
 }
 
 }  // namespace Corvane

@@ -6,8 +6,6 @@
 #include "platform/pfx_import.h"
 #include "support.h"
 
-#include <sstream>
-
 namespace Corvane::Test {
 
 inline Bytes pkiFile(const std::string& name) {
@@ -31,14 +29,13 @@ struct Facts {
     std::string name;
     std::string hash;
     std::string serial;
-    unsigned bits = 0;
+    unsigned bits;
 };
 
 inline std::vector<Facts> pkiFacts() {
-    std::istringstream text(readTestText("pki/facts.txt"));
     std::vector<Facts> all;
-    for (Facts facts; text >> facts.name >> facts.hash >> facts.serial >> facts.bits;)
-        all.push_back(facts);
+    for (const auto& row : readTable("pki/facts.txt", 4))
+        all.push_back({row[0], row[1], row[2], static_cast<unsigned>(std::stoul(row[3]))});
     return all;
 }
 

@@ -14,10 +14,12 @@
 #include <functional>
 #include <iterator>
 #include <span>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace Corvane::Test {
 
@@ -40,6 +42,22 @@ inline std::string readTestText(const std::string& name) {
 
 inline Bytes readTestData(const std::string& name) {
     return bytesOf(readTestText(name));
+}
+
+// A table of tests/data: lines of at most so many columns, separated by tabs, and remarks that begin with
+// '#'.
+inline std::vector<std::vector<std::string>> readTable(const std::string& name, std::size_t columns) {
+    std::vector<std::vector<std::string>> rows;
+    std::istringstream lines(readTestText(name));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with('#'))
+            continue;
+        auto& row = rows.emplace_back(columns);
+        std::istringstream cells(line);
+        for (std::size_t column = 0; std::getline(cells, line, '\t'); ++column)
+            row.at(column) = line;
+    }
+    return rows;
 }
 
 // The code of the component's exception that `work` throws; 0 when it throws none.

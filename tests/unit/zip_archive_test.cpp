@@ -3,7 +3,7 @@
 
 #include "compression/zip_entries_json.h"
 #include "compression/zip_name.h"
-#include "core/errors.h"
+#include "core/json.h"
 #include "support.h"
 
 #include <gtest/gtest.h>
@@ -59,15 +59,9 @@ TEST(ZipArchive, ListsWhatOtherProgramsPacked) {
 TEST(ZipArchive, DescribesEntriesInJson) {
     const Json::Value list = entriesJson(*archiveIn("python.zip").entries());
     ASSERT_EQ(list.size(), 4u);
-    EXPECT_EQ(list[0]["name"], "дерево/");
     EXPECT_EQ(list[0]["directory"], true);
-    EXPECT_EQ(list[2]["index"].asUInt(), 2u);
-    EXPECT_EQ(list[2]["size"].asUInt(), 900u);
-    EXPECT_EQ(list[2]["packedSize"].asUInt(), 20u);
-    EXPECT_EQ(list[2]["crc"].asUInt(), 0xF7A57DC1u);
-    EXPECT_EQ(list[2]["date"], "2024-02-03T04:05:06");
-    EXPECT_EQ(list[2]["directory"], false);
-    EXPECT_EQ(list[2]["encrypted"], false);
+    EXPECT_EQ(list[2], parseJson(LR"({"index": 2, "name": "deflated.txt", "size": 900, "packedSize": 20,
+        "crc": 4154817985, "date": "2024-02-03T04:05:06", "directory": false, "encrypted": false})"));
     EXPECT_EQ(entriesJson(*archiveIn("info-zip-encrypted.zip").entries())[0]["encrypted"], true);
 }
 
