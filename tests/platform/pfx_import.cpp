@@ -28,10 +28,10 @@ struct OpenPfx {
             ::CryptContextAddRef(provider.get(), nullptr, 0);
     }
 
-    // The certificate with the key's public half: a context of its own, since the one of the import keeps its
-    // link to the provider of the import.
-    CertificateContext certificate() const {
-        auto key = twoPass<BYTE>(
+    // The certificate with the key's public half: of a context of its own, since the one of the import keeps
+    // its link to the provider of the import.
+    Certificate certificate() const {
+        Bytes key = twoPass<BYTE>(
             E_CRYPTO_EXPORT_PUBLIC_KEY_INFO, L"CryptExportPublicKeyInfo", [&](BYTE* buffer, DWORD* size) {
                 return ::CryptExportPublicKeyInfo(provider.get(), AT_KEYEXCHANGE, messageEncoding,
                                                   reinterpret_cast<CERT_PUBLIC_KEY_INFO*>(buffer), size);
@@ -40,10 +40,7 @@ struct OpenPfx {
             checkCrypto(::CertFindCertificateInStore(store.get(), messageEncoding, 0, CERT_FIND_PUBLIC_KEY,
                                                      key.data(), nullptr),
                         E_GET_PRIVATE_KEY, L"CertFindCertificateInStore"));
-        return CertificateContext(
-            checkCrypto(::CertCreateCertificateContext(messageEncoding, found.get()->pbCertEncoded,
-                                                       found.get()->cbCertEncoded),
-                        E_CERT_INVALID, L"CertCreateCertificateContext"));
+        return certificateOf({found.get()->pbCertEncoded, found.get()->cbCertEncoded});
     }
 
     // PRIVATEKEYBLOB
@@ -59,9 +56,15 @@ struct OpenPfx {
 
 }  // namespace
 
+Certificate certificateOf(std::span<const BYTE> der) {
+    return Certificate(CertificateContext(checkCrypto(
+        ::CertCreateCertificateContext(messageEncoding, der.data(), static_cast<DWORD>(der.size())),
+        E_CERT_INVALID, L"CertCreateCertificateContext")));
+}
+
 Certificate importPfx(const Bytes& pfx, const std::wstring& password) {
     const OpenPfx open(pfx, password);
-    const Certificate certificate(open.certificate());
+    const Certificate certificate = open.certificate();
 
     std::wstring name = L"Microsoft Enhanced RSA and AES Cryptographic Provider";
     std::wstring container = L"corvane-" + binToHex(certificate.getHash());

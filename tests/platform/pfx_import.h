@@ -4,7 +4,12 @@
 
 #include "crypto/certificate.h"
 
+#include <span>
+
 namespace Corvane::Test {
+
+// Of its DER encoding. Throws CryptoException E_CERT_INVALID.
+Certificate certificateOf(std::span<const BYTE> der);
 
 // Puts the RSA key of a PFX into a container of "Microsoft Enhanced RSA and AES Cryptographic Provider" that
 // is named after the certificate's thumbprint (one of that name is replaced), and returns the certificate

@@ -15,14 +15,10 @@ using namespace Corvane;
 
 constexpr char help[] = R"(usage: pfximport [--password TEXT] FILE...
 
-Imports into the stores of the current user:
-  *.pfx        the certificate that has a key into "My"; its RSA key into a container of
-               "Microsoft Enhanced RSA and AES Cryptographic Provider" named after the thumbprint
+Imports into the stores of the current user, in the place of equal certificates:
+  *.pfx        the certificate that has a key into "My", its RSA key into a container of its own
   other files  certificates in PEM: those that are their own issuer into "Root", the others into "CA"
-
-An imported certificate takes the place of an equal one. One line is printed for each:
-store, SHA-1 thumbprint, display name (UTF-8). --password counts for the PFX files after it.
-Ends with 0 when everything was imported, 1 after the first failure, 2 when no file was named.
+Prints a line for each: store, SHA-1 thumbprint, name. --password counts for the PFX files after it.
 )";
 
 void add(const wchar_t* storeName, const Certificate& certificate) {

@@ -4,11 +4,12 @@
 #include "core/trusted_sites.h"
 #include "dialog_driver.h"
 #include "fake_host.h"
+#include "gui/dialog_with_check_box.h"
 #include "scratch_registry.h"
+#include "support.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <tuple>
 
 using namespace Corvane;
@@ -18,6 +19,14 @@ namespace {
 
 // What checkAccess threw: the name of the descriptor, its message, and the HRESULT of a COM call.
 using Failure = std::tuple<std::string, std::wstring, HRESULT>;
+
+constexpr int rememberId = 1001;
+
+std::wstring textOf(HWND window) {
+    wchar_t text[300] = L"";
+    ::GetWindowTextW(window, text, 300);
+    return text;
+}
 
 class BrowserObject : public testing::Test {
 protected:
@@ -59,6 +68,7 @@ protected:
 };
 
 TEST_F(BrowserObject, EveryFailingStepIsKeptAndRaised) {
+    const wchar_t* noProvider = L"Ошибка доступа к реализации интерфейса IServiceProvider";
     const wchar_t* noBrowser = L"Ошибка доступа к объекту браузера";
     const wchar_t* noDocument = L"Ошибка доступа к объекту документа";
     const wchar_t* noTop = L"Возникла ошибка при определении объекта браузера верхнего уровня";
@@ -67,10 +77,7 @@ TEST_F(BrowserObject, EveryFailingStepIsKeptAndRaised) {
         HRESULT answer;  // S_FALSE: success without a result
         Failure failure;
     } rows[] = {
-        {Step::serviceProvider,
-         E_NOINTERFACE,
-         {"SetSite.IServiceProvider", L"Ошибка доступа к реализации интерфейса IServiceProvider",
-          E_NOINTERFACE}},
+        {Step::serviceProvider, E_NOTIMPL, {"SetSite.IServiceProvider", noProvider, E_NOTIMPL}},
         {Step::browserService, E_ACCESSDENIED, {"SetSite.QueryService", noBrowser, E_ACCESSDENIED}},
         {Step::browserService, S_FALSE, {"SetSite.QueryService", noBrowser, S_OK}},
         {Step::topFrameService, E_NOINTERFACE, {"SetSite.getTopBrowser", noTop, S_OK}},
@@ -144,11 +151,19 @@ TEST_F(BrowserObject, EachKindOfHostHasItsAddress) {
 TEST_F(BrowserObject, UserIsAskedWithTheHostsNameAndOnlyWhereAskingMakesSense) {
     host_.window =
         ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
-    std::array<wchar_t, 200> text{};
-    HWND owner = nullptr;
     const DialogDriver driver([&](HWND dialog) {
-        ::GetDlgItemTextW(dialog, -1, text.data(), static_cast<int>(text.size()));
-        owner = ::GetWindow(dialog, GW_OWNER);
+        EXPECT_EQ(textOf(dialog), L"Внимание");
+        EXPECT_EQ(textOf(::GetDlgItem(dialog, -1)),
+                  L"Сайт www.name.example просит доступ к плагину Zim Vetrel.\n\n"
+                  L"Запретите доступ, если не доверяете этому сайту.");
+        EXPECT_EQ(textOf(::GetDlgItem(dialog, IDOK)), L"Разрешить доступ");
+        EXPECT_EQ(textOf(::GetDlgItem(dialog, IDCANCEL)), L"Запретить");
+        EXPECT_EQ(textOf(::GetDlgItem(dialog, rememberId)), L"Запомнить выбор");
+        EXPECT_TRUE(::GetWindowLongPtrW(dialog, GWL_EXSTYLE) & WS_EX_TOPMOST);
+        EXPECT_EQ(::GetWindow(dialog, GW_OWNER), host_.window);
+        EXPECT_FALSE(::IsWindowEnabled(host_.window));
+        ::SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_DOUBLECLICKED), 0);  // is no answer
+        ::SendDlgItemMessageW(dialog, rememberId, BM_CLICK, 0, 0);
         ::PostMessageW(dialog, WM_CLOSE, 0, 0);
     });
     EXPECT_FALSE(isAllowed(true)) << "before any site";
@@ -158,9 +173,7 @@ TEST_F(BrowserObject, UserIsAskedWithTheHostsNameAndOnlyWhereAskingMakesSense) {
     EXPECT_FALSE(isAllowed(false));
     EXPECT_EQ(driver.count(), 0);
     EXPECT_FALSE(isAllowed(true));
-    EXPECT_EQ(std::wstring(text.data()).rfind(L"Сайт www.name.example просит", 0), 0u);
-    EXPECT_EQ(owner, host_.window);
-    EXPECT_FALSE(isAllowed(true)) << "a refusal that is not remembered leaves no trace";
+    EXPECT_FALSE(isAllowed(true)) << "closing remembers nothing, though the box is checked";
     EXPECT_EQ(driver.count(), 2);
     ::DestroyWindow(host_.window);
 }
@@ -176,12 +189,13 @@ TEST_F(BrowserObject, AnswersAreRememberedAsTheDialogSays) {
         {L"https://once.example", IDOK, false, "", false},
         {L"https://always.example", IDOK, true, "", true},
         {L"https://never.example", IDCANCEL, true, "E_ACCESS_DENIED", false},
+        {L"https://asked.example", IDCANCEL, false, "E_ACCESS_DENIED", false},
         {L"file:///c:/page.html", IDOK, true, "E_INVALID_DOMAIN", false},  // can be no pattern
     };
     for (const auto& row : rows) {
         const DialogDriver driver([&](HWND dialog) {
             if (row.remember)
-                ::SendDlgItemMessageW(dialog, 1001, BM_CLICK, 0, 0);
+                ::SendDlgItemMessageW(dialog, rememberId, BM_CLICK, 0, 0);
             ::SendDlgItemMessageW(dialog, row.button, BM_CLICK, 0, 0);
         });
         visit(row.host + std::wstring(L":8080/page"));
@@ -191,6 +205,15 @@ TEST_F(BrowserObject, AnswersAreRememberedAsTheDialogSays) {
         EXPECT_EQ(RegTrustedSites().isTrusted(row.host), row.isInRegistry);
         EXPECT_EQ(SessionTrustedSites::instance().reject(row.host), row.host == rows[2].host);
     }
+}
+
+TEST(DialogWithCheckBox, DialogThatCannotBeShownIsAnError) {
+    const auto [code, number] = Corvane::Test::failureOf([] {
+        // A module without the dialog.
+        Gui::DialogWithCheckBox(L"example.org").get(::GetModuleHandleW(L"ntdll.dll"), nullptr);
+    });
+    EXPECT_EQ(code, E_COMMON_DLG_OPTIONS.code);
+    EXPECT_NE(number, 0u);
 }
 
 }  // namespace

@@ -17,15 +17,14 @@ using namespace Corvane::Test;
 namespace {
 
 TEST(Certificate, TellsWhatOpenSslTells) {
-    const std::vector<Facts> all = pkiFacts();
-    ASSERT_EQ(all.size(), 5u);
-    for (const Facts& facts : all) {
-        const Certificate certificate = pkiCertificate(facts.name);
-        EXPECT_EQ(certificate.getHash(), hexToBin(facts.hash)) << facts.name;
-        EXPECT_EQ(certificate.getSerialNumber(), hexToBin(facts.serial)) << facts.name;
-        EXPECT_EQ(certificate.getPublicKeyLength(), facts.bits) << facts.name;
-        EXPECT_EQ(certificate.getContent(), pkiFile(facts.name + ".der")) << facts.name;
-        EXPECT_EQ(certificate.getVersion(), facts.name == "legacy" ? 1u : 3u) << facts.name;
+    for (const auto& row : readTable("pki/facts.txt", 4)) {
+        SCOPED_TRACE(row[0]);
+        const Certificate certificate = pkiCertificate(row[0]);
+        EXPECT_EQ(certificate.getHash(), hexToBin(row[1]));
+        EXPECT_EQ(certificate.getSerialNumber(), hexToBin(row[2]));
+        EXPECT_EQ(std::to_string(certificate.getPublicKeyLength()), row[3]);
+        EXPECT_EQ(certificate.getContent(), pkiFile(row[0] + ".der"));
+        EXPECT_EQ(certificate.getVersion(), row[0] == "legacy" ? 1u : 3u);
     }
 }
 

@@ -128,16 +128,6 @@ TEST_F(FileTest, TemporaryFilesGoWhenClosedUnlessKept) {
     }
 }
 
-TEST_F(FileTest, DatesAreSetOneByOne) {
-    const auto file = File::open(path(L"a.bin"), writing);
-    const FILETIME accessed = file->times().access;
-    const FILETIME written{0xD53E8000, 0x019DB1DE};  // 1970-01-01 UTC
-    file->setTimes(nullptr, nullptr, &written);
-    const FileTimes after = file->times();
-    EXPECT_EQ(::CompareFileTime(&after.write, &written), 0);
-    EXPECT_EQ(::CompareFileTime(&after.access, &accessed), 0);
-}
-
 TEST_F(FileTest, DeletingAFolderDoesNotFollowLinks) {
     FileSystem::createFolder(path(L"outside"));
     writeFile(path(L"outside\\keep.txt"), Bytes{1});

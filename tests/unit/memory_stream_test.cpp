@@ -17,40 +17,27 @@ namespace {
 constexpr std::uint64_t chunk = 1'048'576;
 
 TEST(MemoryStream, SeekingStaysInsideTheStream) {
-    constexpr std::int64_t refused = -1;
     MemoryStream stream;
     stream.write(Bytes(100));
-    const struct {
-        std::int64_t offset;
-        Origin origin;
-        std::int64_t position;
-    } rows[] = {
-        // Each starts at position 40.
-        {0, Origin::beginning, 0},
-        {100, Origin::beginning, 100},
-        {101, Origin::beginning, refused},
-        {-1, Origin::beginning, refused},
-        {-40, Origin::current, 0},
-        {-41, Origin::current, refused},
-        {60, Origin::current, 100},
-        {61, Origin::current, refused},
-        {0, Origin::end, 100},
-        {-100, Origin::end, 0},
-        {-101, Origin::end, refused},
-        {1, Origin::end, refused},
-        {7, static_cast<Origin>(9), 7},
-        {std::numeric_limits<std::int64_t>::max(), Origin::current, refused},
-        {std::numeric_limits<std::int64_t>::min(), Origin::end, refused},
-    };
-    for (const auto& row : rows) {
+    const auto seek = [&](std::int64_t offset, Origin origin) {
         stream.seek(40, Origin::beginning);
-        const bool isRefused = row.position == refused;
-        EXPECT_EQ(errorCode([&] { stream.seek(row.offset, row.origin); }),
-                  isRefused ? E_OFFSET_OUT_OF_RANGE.code : 0)
-            << row.offset;
-        EXPECT_EQ(stream.state().position, isRefused ? 40u : static_cast<std::uint64_t>(row.position))
-            << row.offset;
+        return errorCode([&] { stream.seek(offset, origin); });
+    };
+    const std::pair<Origin, std::int64_t> origins[] = {
+        {Origin::beginning, 0}, {Origin::current, 40}, {Origin::end, 100}, {static_cast<Origin>(9), 0}};
+    for (const auto& [origin, base] : origins) {
+        for (const std::int64_t position : {0, 7, 40, 100}) {
+            EXPECT_EQ(seek(position - base, origin), 0u) << position << " from " << base;
+            EXPECT_EQ(stream.state().position, static_cast<std::uint64_t>(position));
+        }
+        for (const std::int64_t position : {-1, 101}) {
+            EXPECT_EQ(seek(position - base, origin), E_OFFSET_OUT_OF_RANGE.code)
+                << position << " from " << base;
+            EXPECT_EQ(stream.state().position, 40u) << "a refused move leaves the position";
+        }
     }
+    EXPECT_EQ(seek(std::numeric_limits<std::int64_t>::max(), Origin::current), E_OFFSET_OUT_OF_RANGE.code);
+    EXPECT_EQ(seek(std::numeric_limits<std::int64_t>::min(), Origin::end), E_OFFSET_OUT_OF_RANGE.code);
 }
 
 TEST(MemoryStream, DataCrossesChunks) {

@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 using namespace Corvane;
 using namespace Corvane::Compression;
 using namespace Corvane::Test;
