@@ -8,6 +8,12 @@
 namespace Corvane::Test {
 namespace {
 
+// One error for all that can fail here; the log tells which call it was.
+template <class Result>
+Result must(Result result, const wchar_t* call) {
+    return checkCrypto(result, E_CRYPTO, call);
+}
+
 // A PFX in the system's hands: its certificates, and its key, which is tied to any of them.
 struct OpenPfx {
     CertificateStoreHandle store;
@@ -15,15 +21,14 @@ struct OpenPfx {
 
     OpenPfx(Bytes pfx, const std::wstring& password) {
         CRYPT_DATA_BLOB blob{static_cast<DWORD>(pfx.size()), pfx.data()};
-        store.attach(
-            checkCrypto(::PFXImportCertStore(&blob, password.c_str(), CRYPT_EXPORTABLE | CRYPT_USER_KEYSET),
-                        E_CERT_STORE_OPEN, L"PFXImportCertStore"));
+        store.attach(must(::PFXImportCertStore(&blob, password.c_str(), CRYPT_EXPORTABLE | CRYPT_USER_KEYSET),
+                          L"PFXImportCertStore"));
         const CertificateContext any(::CertEnumCertificatesInStore(store.get(), nullptr));
         DWORD specification = 0;
         BOOL mustRelease = FALSE;
-        checkCrypto(::CryptAcquireCertificatePrivateKey(any.get(), 0, nullptr, provider.put(), &specification,
-                                                        &mustRelease),
-                    E_GET_PRIVATE_KEY, L"CryptAcquireCertificatePrivateKey");
+        must(::CryptAcquireCertificatePrivateKey(any.get(), 0, nullptr, provider.put(), &specification,
+                                                 &mustRelease),
+             L"CryptAcquireCertificatePrivateKey");
         if (!mustRelease)
             ::CryptContextAddRef(provider.get(), nullptr, 0);
     }
@@ -37,17 +42,16 @@ struct OpenPfx {
                                                   reinterpret_cast<CERT_PUBLIC_KEY_INFO*>(buffer), size);
             });
         const CertificateContext found(
-            checkCrypto(::CertFindCertificateInStore(store.get(), messageEncoding, 0, CERT_FIND_PUBLIC_KEY,
-                                                     key.data(), nullptr),
-                        E_GET_PRIVATE_KEY, L"CertFindCertificateInStore"));
+            must(::CertFindCertificateInStore(store.get(), messageEncoding, 0, CERT_FIND_PUBLIC_KEY,
+                                              key.data(), nullptr),
+                 L"CertFindCertificateInStore"));
         return certificateOf({found.get()->pbCertEncoded, found.get()->cbCertEncoded});
     }
 
     // PRIVATEKEYBLOB
     Bytes privateKey() const {
         CryptKey key;
-        checkCrypto(::CryptGetUserKey(provider.get(), AT_KEYEXCHANGE, key.put()), E_CRYPTO_GET_USER_KEY,
-                    L"CryptGetUserKey");
+        must(::CryptGetUserKey(provider.get(), AT_KEYEXCHANGE, key.put()), L"CryptGetUserKey");
         return twoPass<BYTE>(E_CRYPTO_EXPORT_KEY, L"CryptExportKey", [&](BYTE* buffer, DWORD* size) {
             return ::CryptExportKey(key.get(), 0, PRIVATEKEYBLOB, 0, buffer, size);
         });
@@ -57,9 +61,9 @@ struct OpenPfx {
 }  // namespace
 
 Certificate certificateOf(std::span<const BYTE> der) {
-    return Certificate(CertificateContext(checkCrypto(
-        ::CertCreateCertificateContext(messageEncoding, der.data(), static_cast<DWORD>(der.size())),
-        E_CERT_INVALID, L"CertCreateCertificateContext")));
+    return Certificate(CertificateContext(
+        must(::CertCreateCertificateContext(messageEncoding, der.data(), static_cast<DWORD>(der.size())),
+             L"CertCreateCertificateContext")));
 }
 
 Certificate importPfx(const Bytes& pfx, const std::wstring& password) {
@@ -71,14 +75,14 @@ Certificate importPfx(const Bytes& pfx, const std::wstring& password) {
     HCRYPTPROV deleted = 0;  // what is written on deletion is no handle
     ::CryptAcquireContextW(&deleted, container.c_str(), name.c_str(), PROV_RSA_AES, CRYPT_DELETEKEYSET);
     CryptProvider provider;
-    checkCrypto(::CryptAcquireContextW(provider.put(), container.c_str(), name.c_str(), PROV_RSA_AES,
-                                       CRYPT_NEWKEYSET),
-                E_CRYPTO_PROVIDER, L"CryptAcquireContext");
+    must(::CryptAcquireContextW(provider.put(), container.c_str(), name.c_str(), PROV_RSA_AES,
+                                CRYPT_NEWKEYSET),
+         L"CryptAcquireContext");
     Bytes key = open.privateKey();
     CryptKey imported;
-    checkCrypto(::CryptImportKey(provider.get(), key.data(), static_cast<DWORD>(key.size()), 0,
-                                 CRYPT_EXPORTABLE, imported.put()),
-                E_CRYPTO_IMPORT_KEY, L"CryptImportKey");
+    must(::CryptImportKey(provider.get(), key.data(), static_cast<DWORD>(key.size()), 0, CRYPT_EXPORTABLE,
+                          imported.put()),
+         L"CryptImportKey");
     ::SecureZeroMemory(key.data(), key.size());
 
     CRYPT_KEY_PROV_INFO info{};
@@ -86,9 +90,8 @@ Certificate importPfx(const Bytes& pfx, const std::wstring& password) {
     info.pwszProvName = name.data();
     info.dwProvType = PROV_RSA_AES;
     info.dwKeySpec = AT_KEYEXCHANGE;
-    checkCrypto(
-        ::CertSetCertificateContextProperty(certificate.context(), CERT_KEY_PROV_INFO_PROP_ID, 0, &info),
-        E_CRYPTO_BIND_CERTIFICATE_PRIVATE_KEY, L"CertSetCertificateContextProperty");
+    must(::CertSetCertificateContextProperty(certificate.context(), CERT_KEY_PROV_INFO_PROP_ID, 0, &info),
+         L"CertSetCertificateContextProperty");
     return certificate;
 }
 

@@ -78,16 +78,14 @@ using Failure = std::pair<std::uint32_t, std::uint32_t>;
 
 template <class Work>
 Failure failureOf(Work&& work) {
-    std::uint32_t number = 0;
-    const std::uint32_t code = errorCode([&] {
-        try {
-            work();
-        } catch (const Win32Exception& exception) {
-            number = exception.error();
-            throw;
-        }
-    });
-    return {code, number};
+    try {
+        work();
+    } catch (const Win32Exception& exception) {
+        return {exception.code(), exception.error()};
+    } catch (const Exception& exception) {
+        return {exception.code(), 0};
+    }
+    return {};
 }
 #endif
 
