@@ -15,7 +15,7 @@ class ImportPatch {
 public:
     template <class Function>
     ImportPatch(Function* function, Function* replacement)
-        : original_(reinterpret_cast<void*>(function)), slot_(find(original_)) {
+        : slot_(find(reinterpret_cast<void*>(function))), original_(*slot_) {
         put(reinterpret_cast<void*>(replacement));
     }
     ~ImportPatch() { put(original_); }
@@ -41,8 +41,8 @@ private:
         ::VirtualProtect(slot_, sizeof(*slot_), protection, &protection);
     }
 
-    void* original_;
     void** slot_;
+    void* original_;  // read from the slot: the compiler takes the function's address for a constant
 };
 
 }  // namespace Corvane::Test

@@ -14,11 +14,8 @@ namespace {
 using namespace Corvane;
 
 constexpr char help[] = R"(usage: pfximport [--password TEXT] FILE...
-
-Imports into the stores of the current user, in the place of equal certificates:
-  *.pfx        the certificate that has a key into "My", its RSA key into a container of its own
-  other files  certificates in PEM: those that are their own issuer into "Root", the others into "CA"
-Prints a line for each: store, SHA-1 thumbprint, name. --password counts for the PFX files after it.
+Imports for the current user: of *.pfx the certificate with a key into "My", its RSA key into a container of its own;
+of PEM files those that are their own issuer into "Root", the others into "CA". Prints a line for each.
 )";
 
 void add(const wchar_t* storeName, const Certificate& certificate) {
