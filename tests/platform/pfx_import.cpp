@@ -68,7 +68,7 @@ Certificate certificateOf(std::span<const BYTE> der) {
 
 Certificate importPfx(const Bytes& pfx, const std::wstring& password) {
     const OpenPfx open(pfx, password);
-    const Certificate certificate = open.certificate();
+    Certificate certificate = open.certificate();
 
     std::wstring name = L"Microsoft Enhanced RSA and AES Cryptographic Provider";
     std::wstring container = L"corvane-" + binToHex(certificate.getHash());

@@ -152,6 +152,7 @@ TEST(Log, LinesAreAppendedWholeInUtf8) {
     {
         FileLogger logger(path);
         std::vector<std::jthread> writers;
+        writers.reserve(4);
         for (int writer = 0; writer < 4; ++writer)
             writers.emplace_back([&] {
                 for (int line = 0; line < 100; ++line)

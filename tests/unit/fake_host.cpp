@@ -35,7 +35,7 @@ private:
     static ULONG STDMETHODCALLTYPE addRef(void*) { return static_cast<ULONG>(++host->references); }
     static ULONG STDMETHODCALLTYPE release(void*) { return static_cast<ULONG>(--host->references); }
 
-    void** table_ = methods_;
+    [[maybe_unused]] void** table_ = methods_;  // where callers look
     void* methods_[200] = {};
 };
 
