@@ -35,7 +35,7 @@ public:
     static void pluginThreadCall(std::unique_ptr<AsyncCallback> self, const std::exception_ptr& error,
                                  const T& result,
                                  const std::function<HRESULT(const T&, VARIANT*)>& converter) noexcept {
-        self->logStep(L"invoke callback async operation");
+        logStep(L"invoke callback async operation");
         self->error_ = error;
         if (!error && converter)
             self->convert([&](VARIANT* out) { return converter(result, out); });

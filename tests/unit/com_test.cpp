@@ -2,11 +2,13 @@
 #include "com/async.h"
 #include "com/frame.h"
 #include "core/system_exception.h"
+#include "platform/import_patch.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
+#include <optional>
 #include <thread>
 
 using namespace Corvane;
@@ -146,6 +148,29 @@ TEST(Async, OutcomesReachTheCallbackOnItsThreadOnce) {
         EXPECT_EQ(callback.references, 1u);
     }
     EXPECT_FALSE(Module::isIdle()) << "the thread's window";
+    ThreadWindow::releaseIdle();
+    EXPECT_TRUE(Module::isIdle());
+}
+
+BOOL WINAPI refusePost(HWND, UINT, WPARAM, LPARAM) {
+    ::SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+    return FALSE;
+}
+
+// More than one message delivers, and also where the thread's queue has no room for messages.
+TEST(Async, OfManyOutcomesNoneIsLost) {
+    const Apartment apartment;
+    for (const bool room : {true, false}) {
+        std::optional<Corvane::Test::ImportPatch> patch;
+        if (!room)
+            patch.emplace(&::PostMessageW, &refusePost);
+        Callback callback;
+        for (int i = 0; i < 100; ++i)
+            startAsync(&callback, [] { return 1u; });
+        pumpUntil([&] { return callback.calls == 100 && callback.references == 1; });
+        EXPECT_EQ(callback.calls, 100) << room;
+        EXPECT_EQ(callback.references, 1u) << room;
+    }
     ThreadWindow::releaseIdle();
     EXPECT_TRUE(Module::isIdle());
 }
