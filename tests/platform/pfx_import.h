@@ -2,19 +2,18 @@
 // Wine it puts the key into a provider that has no SHA-256 and ties the key to every certificate of the file.
 #pragma once
 
-#include "core/handles.h"
+#include "crypto/certificate.h"
 
 #include <span>
-#include <string>
 
 namespace Corvane::Test {
 
+// Of its DER encoding. Throws CryptoException E_CERT_INVALID.
+Certificate certificateOf(std::span<const BYTE> der);
+
 // Puts the RSA key of a PFX into a container of "Microsoft Enhanced RSA and AES Cryptographic Provider" that
 // is named after the certificate's thumbprint (one of that name is replaced), and returns the certificate
-// tied to it. Throws CryptoException, and Exception E_GET_PRIVATE_KEY where no certificate has a key.
-CertificateContext importPfx(std::span<const BYTE> pfx, const std::wstring& password);
-
-// SHA-1 thumbprint in hexadecimal.
-std::wstring thumbprint(PCCERT_CONTEXT certificate);
+// tied to it. Throws CryptoException.
+Certificate importPfx(const Bytes& pfx, const std::wstring& password);
 
 }  // namespace Corvane::Test

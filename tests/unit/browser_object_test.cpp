@@ -4,53 +4,28 @@
 #include "core/trusted_sites.h"
 #include "dialog_driver.h"
 #include "fake_host.h"
+#include "gui/dialog_with_check_box.h"
 #include "scratch_registry.h"
+#include "support.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <optional>
+#include <tuple>
 
 using namespace Corvane;
 using Com::BrowserSite;
 
 namespace {
 
-constexpr std::uint32_t accessDenied = 1001;
+// What checkAccess threw: the name of the descriptor, its message, and the HRESULT of a COM call.
+using Failure = std::tuple<std::string, std::wstring, HRESULT>;
 
-struct Failure {
-    std::uint32_t code = 0;
-    std::string name;
-    std::wstring message;
-    std::optional<HRESULT> hr;  // a ComException's
-};
+constexpr int rememberId = 1001;
 
-// What checkAccess throws; nothing when it allows.
-std::optional<Failure> failureOf(const BrowserSite& object, bool mayAsk) {
-    try {
-        object.checkAccess(mayAsk);
-    } catch (const ComException& exception) {
-        return Failure{exception.code(), exception.what(), exception.message(), exception.hr()};
-    } catch (const Exception& exception) {
-        return Failure{exception.code(), exception.what(), exception.message(), std::nullopt};
-    }
-    return std::nullopt;
-}
-
-bool isAllowed(const BrowserSite& object, bool mayAsk = false) {
-    const std::optional<Failure> failure = failureOf(object, mayAsk);
-    if (failure) {
-        EXPECT_EQ(failure->code, accessDenied) << failure->name;
-    }
-    return !failure;
-}
-
-std::wstring programUrl() {
-    std::array<wchar_t, 1024> path{};
-    auto size = static_cast<DWORD>(path.size());
-    EXPECT_TRUE(::QueryFullProcessImageNameW(::GetCurrentProcess(), 0, path.data(), &size));
-    const std::wstring text(path.data(), size);
-    return L"name://" + text.substr(text.find_last_of(L'\\') + 1);
+std::wstring textOf(HWND window) {
+    wchar_t text[300] = L"";
+    ::GetWindowTextW(window, text, 300);
+    return text;
 }
 
 class BrowserObject : public testing::Test {
@@ -69,14 +44,22 @@ protected:
         ASSERT_EQ(object_.setSite(host_.site()), S_OK);
     }
 
-    // Answers each dialog by a click on a button, the box checked before if `remember`.
-    static auto clicking(int button, bool remember) {
-        return [=](HWND dialog) {
-            if (remember) {
-                ::SendDlgItemMessageW(dialog, 1001, BM_CLICK, 0, 0);
-            }
-            ::SendDlgItemMessageW(dialog, button, BM_CLICK, 0, 0);
-        };
+    // Empty when access is given.
+    Failure failure(bool mayAsk = false) const {
+        try {
+            object_.checkAccess(mayAsk);
+        } catch (const ComException& exception) {
+            return {exception.what(), exception.message(), exception.hr()};
+        } catch (const Exception& exception) {
+            return {exception.what(), exception.message(), S_OK};
+        }
+        return {};
+    }
+
+    bool isAllowed(bool mayAsk = false) const {
+        const std::string name = std::get<0>(failure(mayAsk));
+        EXPECT_TRUE(name.empty() || name == "E_ACCESS_DENIED") << name;
+        return name.empty();
     }
 
     ScratchRegistry registry_;
@@ -84,55 +67,42 @@ protected:
     BrowserSite object_;
 };
 
-}  // namespace
-
 TEST_F(BrowserObject, EveryFailingStepIsKeptAndRaised) {
+    const wchar_t* noProvider = L"Ошибка доступа к реализации интерфейса IServiceProvider";
+    const wchar_t* noBrowser = L"Ошибка доступа к объекту браузера";
+    const wchar_t* noDocument = L"Ошибка доступа к объекту документа";
+    const wchar_t* noTop = L"Возникла ошибка при определении объекта браузера верхнего уровня";
     const struct {
         Step step;
         HRESULT answer;  // S_FALSE: success without a result
-        const char* name;
-        const wchar_t* message;
+        Failure failure;
     } rows[] = {
-        {Step::serviceProvider, E_NOINTERFACE, "SetSite.IServiceProvider",
-         L"Ошибка доступа к реализации интерфейса IServiceProvider"},
-        {Step::browserService, E_ACCESSDENIED, "SetSite.QueryService", L"Ошибка доступа к объекту браузера"},
-        {Step::browserService, S_FALSE, "SetSite.QueryService", L"Ошибка доступа к объекту браузера"},
-        {Step::window, E_FAIL, "SetSite.get_HWND", L"Ошибка доступа к хендлу главного окна IE"},
-        {Step::document, E_FAIL, "SetSite.get_Document", L"Ошибка доступа к объекту документа"},
-        {Step::document, S_FALSE, "SetSite.get_Document", L"Ошибка доступа к объекту документа"},
-        {Step::htmlDocument, E_NOINTERFACE, "SetSite.get_Document", L"Ошибка доступа к объекту документа"},
-        {Step::url, E_UNEXPECTED, "SetSite.get_URL", L"Ошибка доступа к URL текущего документа"},
+        {Step::serviceProvider, E_NOTIMPL, {"SetSite.IServiceProvider", noProvider, E_NOTIMPL}},
+        {Step::browserService, E_ACCESSDENIED, {"SetSite.QueryService", noBrowser, E_ACCESSDENIED}},
+        {Step::browserService, S_FALSE, {"SetSite.QueryService", noBrowser, S_OK}},
+        {Step::topFrameService, E_NOINTERFACE, {"SetSite.getTopBrowser", noTop, S_OK}},
+        {Step::topBrowserService, E_NOINTERFACE, {"SetSite.getTopBrowser", noTop, S_OK}},
+        {Step::window, E_FAIL, {"SetSite.get_HWND", L"Ошибка доступа к хендлу главного окна IE", E_FAIL}},
+        {Step::document, E_FAIL, {"SetSite.get_Document", noDocument, E_FAIL}},
+        {Step::document, S_FALSE, {"SetSite.get_Document", noDocument, S_OK}},
+        {Step::htmlDocument, E_NOINTERFACE, {"SetSite.get_Document", noDocument, E_NOINTERFACE}},
+        {Step::url, E_FAIL, {"SetSite.get_URL", L"Ошибка доступа к URL текущего документа", E_FAIL}},
     };
     trust(L"steps.example");
     for (const auto& row : rows) {
         host_.answers = {{row.step, row.answer}};
         visit(L"https://steps.example/");
-        for (int call = 0; call < 2; ++call) {
-            const std::optional<Failure> failure = failureOf(object_, true);
-            ASSERT_TRUE(failure) << row.name;
-            EXPECT_EQ(failure->code, 0u);
-            EXPECT_EQ(failure->name, row.name);
-            EXPECT_EQ(failure->message, row.message);
-            EXPECT_EQ(failure->hr, row.answer == S_FALSE ? std::nullopt : std::optional(row.answer));
-        }
+        EXPECT_EQ(failure(), row.failure);
+        EXPECT_EQ(failure(true), row.failure) << "once more";
         EXPECT_EQ(object_.mainWindow(), nullptr);
     }
     host_.answers.clear();
     visit(L"https://steps.example/");
-    EXPECT_TRUE(isAllowed(object_)) << "a site that resolves ends the error";
-}
+    EXPECT_TRUE(isAllowed()) << "a site that resolves ends the error";
 
-TEST_F(BrowserObject, NullSiteLetsGoAndLeavesNoAccess) {
-    trust(L"null.example");
-    visit(L"https://null.example/");
-    ASSERT_TRUE(isAllowed(object_));
     EXPECT_EQ(object_.setSite(nullptr), S_OK);
     EXPECT_EQ(host_.references, 0);
-    const std::optional<Failure> failure = failureOf(object_, true);
-    ASSERT_TRUE(failure);
-    EXPECT_EQ(failure->name, "SetSite");
-    EXPECT_EQ(failure->message, std::wstring(L"Ошибка доступа к реализации интерфейса IObjectWithSite"));
-    EXPECT_FALSE(failure->hr);
+    EXPECT_EQ(failure(), Failure("SetSite", L"Ошибка доступа к реализации интерфейса IObjectWithSite", S_OK));
 }
 
 TEST_F(BrowserObject, GetSiteHandsTheSiteBack) {
@@ -148,69 +118,64 @@ TEST_F(BrowserObject, GetSiteHandsTheSiteBack) {
     EXPECT_EQ(site, nullptr);
 }
 
-TEST_F(BrowserObject, TopLevelBrowserGivesAddressAndWindow) {
-    trust(L"top.example");
+TEST_F(BrowserObject, EachKindOfHostHasItsAddress) {
+    trust(L"page.example");
     host_.window = ::GetDesktopWindow();
-    visit(L"https://top.example/page");
-    EXPECT_TRUE(isAllowed(object_));
-    EXPECT_EQ(object_.mainWindow(), ::GetDesktopWindow());
+    visit(L"https://page.example/path");
+    EXPECT_TRUE(isAllowed());
+    EXPECT_EQ(object_.mainWindow(), host_.window);
 
-    // Without a frame around it, the page's browser counts only if it says that it is the outermost.
+    // Without a frame around it, the page's browser counts if it says that it is the outermost.
+    host_.isTopContainer = true;
     for (const Step missing : {Step::topFrameService, Step::topBrowserService}) {
         host_.answers = {{missing, E_NOINTERFACE}};
-        host_.isTopContainer = true;
-        visit(L"https://top.example/page");
-        EXPECT_TRUE(isAllowed(object_));
-
-        host_.isTopContainer = false;
-        visit(L"https://top.example/page");
-        const std::optional<Failure> failure = failureOf(object_, false);
-        ASSERT_TRUE(failure);
-        EXPECT_EQ(failure->name, "SetSite.getTopBrowser");
-        EXPECT_EQ(failure->message,
-                  std::wstring(L"Возникла ошибка при определении объекта браузера верхнего уровня"));
-        EXPECT_FALSE(failure->hr);
+        visit(L"https://page.example/path");
+        EXPECT_TRUE(isAllowed());
     }
-}
 
-TEST_F(BrowserObject, HostWithHtmlWindowHasItsAddress) {
-    trust(L"window.example");
+    host_.href = L"https://page.example/path";
     host_.answers = {{Step::browserService, E_NOINTERFACE}};
-    host_.href = L"https://window.example/page";
-    host_.window = ::GetDesktopWindow();
-    ASSERT_EQ(object_.setSite(host_.site()), S_OK);
-    EXPECT_TRUE(isAllowed(object_));
+    visit(L"");
+    EXPECT_TRUE(isAllowed()) << "an HTML window";
     EXPECT_EQ(object_.mainWindow(), nullptr);
-}
 
-TEST_F(BrowserObject, OtherHostHasTheNameOfItsProgram) {
-    host_.href = L"https://window.example/page";
     for (const Step missing : {Step::htmlWindowService, Step::htmlWindow, Step::location, Step::href}) {
         host_.answers = {{Step::browserService, E_NOINTERFACE}, {missing, E_NOTIMPL}};
-        ASSERT_EQ(object_.setSite(host_.site()), S_OK);
-        EXPECT_FALSE(isAllowed(object_));
+        visit(L"");
+        EXPECT_FALSE(isAllowed());
     }
-    trust(programUrl());
-    EXPECT_TRUE(isAllowed(object_));
+    trust(L"name://corvane_tests.exe");
+    EXPECT_TRUE(isAllowed()) << "the name of the program";
 }
 
-TEST_F(BrowserObject, NoAddressMeansNoAccess) {
-    const DialogDriver driver(clicking(IDOK, false));
-    EXPECT_FALSE(isAllowed(object_, true)) << "before any site";
+TEST_F(BrowserObject, UserIsAskedWithTheHostsNameAndOnlyWhereAskingMakesSense) {
+    host_.window =
+        ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+    const DialogDriver driver([&](HWND dialog) {
+        EXPECT_EQ(textOf(dialog), L"Внимание");
+        EXPECT_EQ(textOf(::GetDlgItem(dialog, -1)),
+                  L"Сайт www.name.example просит доступ к плагину Zim Vetrel.\n\n"
+                  L"Запретите доступ, если не доверяете этому сайту.");
+        EXPECT_EQ(textOf(::GetDlgItem(dialog, IDOK)), L"Разрешить доступ");
+        EXPECT_EQ(textOf(::GetDlgItem(dialog, IDCANCEL)), L"Запретить");
+        EXPECT_EQ(textOf(::GetDlgItem(dialog, rememberId)), L"Запомнить выбор");
+        EXPECT_TRUE(::GetWindowLongPtrW(dialog, GWL_EXSTYLE) & WS_EX_TOPMOST);
+        EXPECT_EQ(::GetWindow(dialog, GW_OWNER), host_.window);
+        EXPECT_FALSE(::IsWindowEnabled(host_.window));
+        ::SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_DOUBLECLICKED), 0);  // is no answer
+        ::SendDlgItemMessageW(dialog, rememberId, BM_CLICK, 0, 0);
+        ::PostMessageW(dialog, WM_CLOSE, 0, 0);
+    });
+    EXPECT_FALSE(isAllowed(true)) << "before any site";
     visit(L"");
-    EXPECT_FALSE(isAllowed(object_, true)) << "a document without an address";
+    EXPECT_FALSE(isAllowed(true)) << "a document without an address";
+    visit(L"https://WWW.Name.example:8080/page?x");
+    EXPECT_FALSE(isAllowed(false));
     EXPECT_EQ(driver.count(), 0);
-}
-
-TEST_F(BrowserObject, UserIsAskedOnlyWhereAskingIsAllowed) {
-    const DialogDriver driver(clicking(IDCANCEL, false));
-    visit(L"https://asking.example/");
-    EXPECT_FALSE(isAllowed(object_, false));
-    EXPECT_EQ(driver.count(), 0);
-    EXPECT_FALSE(isAllowed(object_, true));
-    EXPECT_EQ(driver.count(), 1);
-    EXPECT_FALSE(isAllowed(object_, true)) << "a refusal that is not remembered leaves no trace";
+    EXPECT_FALSE(isAllowed(true));
+    EXPECT_FALSE(isAllowed(true)) << "closing remembers nothing, though the box is checked";
     EXPECT_EQ(driver.count(), 2);
+    ::DestroyWindow(host_.window);
 }
 
 TEST_F(BrowserObject, AnswersAreRememberedAsTheDialogSays) {
@@ -218,54 +183,37 @@ TEST_F(BrowserObject, AnswersAreRememberedAsTheDialogSays) {
         const wchar_t* host;
         int button;
         bool remember;
-        bool allows;
+        const char* failure;
         bool isInRegistry;
     } rows[] = {
-        {L"once.example", IDOK, false, true, false},
-        {L"always.example", IDOK, true, true, true},
-        {L"never.example", IDCANCEL, true, false, false},
+        {L"https://once.example", IDOK, false, "", false},
+        {L"https://always.example", IDOK, true, "", true},
+        {L"https://never.example", IDCANCEL, true, "E_ACCESS_DENIED", false},
+        {L"https://asked.example", IDCANCEL, false, "E_ACCESS_DENIED", false},
+        {L"file:///c:/page.html", IDOK, true, "E_INVALID_DOMAIN", false},  // can be no pattern
     };
     for (const auto& row : rows) {
-        const std::wstring address = std::wstring(L"https://") + row.host;
-        visit(address + L":8080/page");
-        {
-            const DialogDriver driver(clicking(row.button, row.remember));
-            EXPECT_EQ(isAllowed(object_, true), row.allows);
-            EXPECT_EQ(driver.count(), 1);
-            EXPECT_EQ(isAllowed(object_, true), row.allows);
-            EXPECT_EQ(driver.count(), 1) << "asked again";
-        }
-        EXPECT_EQ(RegTrustedSites().isTrusted(address), row.isInRegistry);
-
-        visit(std::wstring(L"http://") + row.host);
-        const DialogDriver driver(clicking(IDCANCEL, false));
-        EXPECT_FALSE(isAllowed(object_, true));
-        EXPECT_EQ(driver.count(), 1) << "another scheme is another site";
+        const DialogDriver driver([&](HWND dialog) {
+            if (row.remember)
+                ::SendDlgItemMessageW(dialog, rememberId, BM_CLICK, 0, 0);
+            ::SendDlgItemMessageW(dialog, row.button, BM_CLICK, 0, 0);
+        });
+        visit(row.host + std::wstring(L":8080/page"));
+        EXPECT_EQ(std::get<0>(failure(true)), row.failure);
+        EXPECT_EQ(driver.count(), 1);
+        EXPECT_EQ(isAllowed(false), std::string_view(row.failure).empty());
+        EXPECT_EQ(RegTrustedSites().isTrusted(row.host), row.isInRegistry);
+        EXPECT_EQ(SessionTrustedSites::instance().reject(row.host), row.host == rows[2].host);
     }
 }
 
-TEST_F(BrowserObject, DialogNamesTheHostAndIsOwnedByTheBrowser) {
-    host_.window =
-        ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
-    std::array<wchar_t, 200> text{};
-    HWND owner = nullptr;
-    const DialogDriver driver([&](HWND dialog) {
-        ::GetDlgItemTextW(dialog, -1, text.data(), static_cast<int>(text.size()));
-        owner = ::GetWindow(dialog, GW_OWNER);
-        ::PostMessageW(dialog, WM_CLOSE, 0, 0);
+TEST(DialogWithCheckBox, DialogThatCannotBeShownIsAnError) {
+    const auto [code, number] = Corvane::Test::failureOf([] {
+        // A module without the dialog.
+        Gui::DialogWithCheckBox(L"example.org").get(::GetModuleHandleW(L"ntdll.dll"), nullptr);
     });
-    visit(L"https://WWW.Name.example:8080/page?x");
-    EXPECT_FALSE(isAllowed(object_, true));
-    EXPECT_EQ(std::wstring(text.data()).rfind(L"Сайт www.name.example просит", 0), 0u);
-    EXPECT_EQ(owner, host_.window);
-    ::DestroyWindow(host_.window);
+    EXPECT_EQ(code, E_COMMON_DLG_OPTIONS.code);
+    EXPECT_NE(number, 0u);
 }
 
-TEST_F(BrowserObject, SiteThatCannotBeAPatternIsNeverAllowed) {
-    const DialogDriver driver(clicking(IDOK, true));
-    visit(L"file:///c:/page.html");
-    const std::optional<Failure> failure = failureOf(object_, true);
-    ASSERT_TRUE(failure);
-    EXPECT_EQ(failure->code, E_INVALID_DOMAIN.code);
-    EXPECT_FALSE(isAllowed(object_, false));
-}
+}  // namespace

@@ -5,8 +5,6 @@
 
 #include <atomic>
 #include <functional>
-#include <iterator>
-#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -20,7 +18,8 @@ public:
           thread_([this, shower = ::GetCurrentThreadId()](const std::stop_token& stop) {
               HWND last = nullptr;
               for (; !stop.stop_requested(); ::Sleep(2)) {
-                  const HWND dialog = visibleDialog(shower);
+                  HWND dialog = nullptr;
+                  ::EnumThreadWindows(shower, findDialog, reinterpret_cast<LPARAM>(&dialog));
                   if (dialog && dialog != last) {
                       ++count_;
                       answer_(dialog);
@@ -33,18 +32,10 @@ public:
     int count() const noexcept { return count_; }
 
 private:
-    static HWND visibleDialog(DWORD thread) {
-        HWND dialog = nullptr;
-        ::EnumThreadWindows(thread, isVisibleDialog, reinterpret_cast<LPARAM>(&dialog));
-        return dialog;
-    }
-
-    static BOOL CALLBACK isVisibleDialog(HWND window, LPARAM found) {
-        wchar_t name[16] = L"";
-        ::GetClassNameW(window, name, static_cast<int>(std::size(name)));
-        if (!::IsWindowVisible(window) || std::wstring_view(name) != L"#32770") {
+    static BOOL CALLBACK findDialog(HWND window, LPARAM found) {
+        constexpr ULONG_PTR dialogClass = 32770;
+        if (!::IsWindowVisible(window) || ::GetClassLongPtrW(window, GCW_ATOM) != dialogClass)
             return TRUE;
-        }
         *reinterpret_cast<HWND*>(found) = window;
         return FALSE;
     }

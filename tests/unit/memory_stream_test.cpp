@@ -1,13 +1,14 @@
 #include "stream/memory_stream.h"
 
+#include "support.h"
+
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <limits>
-#include <random>
 #include <thread>
 
 using namespace Corvane;
+using namespace Corvane::Test;
 using Stream::MemoryStream;
 using Stream::Origin;
 
@@ -15,70 +16,38 @@ namespace {
 
 constexpr std::uint64_t chunk = 1'048'576;
 
-// The code of the Corvane::Exception that `action` throws; 0 when it throws none.
-template <class Action>
-std::uint32_t codeOf(Action&& action) {
-    try {
-        action();
-    } catch (const Exception& exception) {
-        return exception.code();
-    }
-    return 0;
-}
-
-Bytes pattern(std::size_t size) {
-    Bytes bytes(size);
-    for (std::size_t i = 0; i < size; ++i)
-        bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 251);
-    return bytes;
-}
-
 TEST(MemoryStream, SeekingStaysInsideTheStream) {
     MemoryStream stream;
     stream.write(Bytes(100));
-    struct Case {
-        std::int64_t offset;
-        Origin origin;
-        std::int64_t position;  // -1: refused
-    };
-    // Each starts at position 40.
-    const Case cases[] = {
-        {0, Origin::beginning, 0},
-        {100, Origin::beginning, 100},
-        {101, Origin::beginning, -1},
-        {-1, Origin::beginning, -1},
-        {-40, Origin::current, 0},
-        {-41, Origin::current, -1},
-        {60, Origin::current, 100},
-        {61, Origin::current, -1},
-        {0, Origin::end, 100},
-        {-100, Origin::end, 0},
-        {-101, Origin::end, -1},
-        {1, Origin::end, -1},
-        {7, static_cast<Origin>(9), 7},
-        {std::numeric_limits<std::int64_t>::max(), Origin::current, -1},
-        {std::numeric_limits<std::int64_t>::min(), Origin::end, -1},
-    };
-    for (const Case& c : cases) {
+    const auto seek = [&](std::int64_t offset, Origin origin) {
         stream.seek(40, Origin::beginning);
-        const auto move = [&] {
-            EXPECT_EQ(stream.seek(c.offset, c.origin), static_cast<std::uint64_t>(c.position));
-        };
-        EXPECT_EQ(codeOf(move), c.position < 0 ? E_OFFSET_OUT_OF_RANGE.code : 0) << c.offset;
-        if (c.position < 0) {
+        return errorCode([&] { stream.seek(offset, origin); });
+    };
+    const std::pair<Origin, std::int64_t> origins[] = {
+        {Origin::beginning, 0}, {Origin::current, 40}, {Origin::end, 100}, {static_cast<Origin>(9), 0}};
+    for (const auto& [origin, base] : origins) {
+        for (const std::int64_t position : {0, 7, 40, 100}) {
+            EXPECT_EQ(seek(position - base, origin), 0u) << position << " from " << base;
+            EXPECT_EQ(stream.state().position, static_cast<std::uint64_t>(position));
+        }
+        for (const std::int64_t position : {-1, 101}) {
+            EXPECT_EQ(seek(position - base, origin), E_OFFSET_OUT_OF_RANGE.code)
+                << position << " from " << base;
             EXPECT_EQ(stream.state().position, 40u) << "a refused move leaves the position";
         }
     }
+    EXPECT_EQ(seek(std::numeric_limits<std::int64_t>::max(), Origin::current), E_OFFSET_OUT_OF_RANGE.code);
+    EXPECT_EQ(seek(std::numeric_limits<std::int64_t>::min(), Origin::end), E_OFFSET_OUT_OF_RANGE.code);
 }
 
 TEST(MemoryStream, DataCrossesChunks) {
     MemoryStream stream;
-    const Bytes data = pattern(3 * chunk + 17);
+    const Bytes data = sampleBytes(3 * chunk + 17);
     stream.write(std::span(data).first(chunk - 1));
     stream.write(std::span(data).subspan(chunk - 1));
     EXPECT_EQ(stream.state().size, data.size());
 
-    stream.seek(static_cast<std::int64_t>(chunk) - 5, Origin::beginning);
+    EXPECT_EQ(stream.seek(static_cast<std::int64_t>(chunk) - 5, Origin::beginning), chunk - 5);
     EXPECT_EQ(*stream.read(std::size_t{10}), Bytes(data.begin() + chunk - 5, data.begin() + chunk + 5));
     EXPECT_EQ(stream.state().position, chunk + 5);
     EXPECT_EQ(*stream.seekAndRead(0, data.size() + 1), data);
@@ -96,17 +65,11 @@ TEST(MemoryStream, ResizingClearsWhatItUncovers) {
     stream.resize(5);
     EXPECT_EQ(stream.state().position, 5u) << "the position moves to the new end";
     stream.resize(chunk + 10);
-    Bytes expected(chunk + 10, 0);
-    std::fill_n(expected.begin(), 5, std::uint8_t{0xFF});
-    EXPECT_EQ(*stream.seekAndRead(0, expected.size()), expected);
-}
-
-TEST(MemoryStream, MoreThanMemoryCanHoldChangesNothing) {
-    MemoryStream stream;
-    stream.write(Bytes{1, 2, 3});
+    Bytes expected(5, 0xFF);
+    expected.resize(chunk + 10);
+    EXPECT_EQ(contentOf(stream), expected);
     EXPECT_THROW(stream.resize(std::numeric_limits<std::uint64_t>::max()), std::bad_alloc);
-    EXPECT_EQ(stream.state().size, 3u);
-    EXPECT_EQ(*stream.seekAndRead(0, 10), (Bytes{1, 2, 3}));
+    EXPECT_EQ(contentOf(stream), expected) << "more than memory can hold changes nothing";
 }
 
 TEST(MemoryStream, AClosedStreamSaysSo) {
@@ -114,35 +77,32 @@ TEST(MemoryStream, AClosedStreamSaysSo) {
     stream.write(Bytes{1});
     stream.close();
     stream.close();
-    EXPECT_EQ(codeOf([&] { stream.state(); }), E_FILE_SIZE.code);
-    EXPECT_EQ(codeOf([&] { stream.seek(0, Origin::beginning); }), E_SEEK_IN_FILE.code);
-    EXPECT_EQ(codeOf([&] { stream.read(std::size_t{1}); }), E_FILE_READ.code);
-    EXPECT_EQ(codeOf([&] { stream.write(Bytes{1}); }), E_FILE_WRITE.code);
-    EXPECT_EQ(codeOf([&] { stream.resize(1); }), E_FILE_WRITE.code);
+    EXPECT_EQ(errorCode([&] { stream.state(); }), E_FILE_SIZE.code);
+    EXPECT_EQ(errorCode([&] { stream.seek(0, Origin::beginning); }), E_SEEK_IN_FILE.code);
+    EXPECT_EQ(errorCode([&] { stream.read(std::size_t{1}); }), E_FILE_READ.code);
+    EXPECT_EQ(errorCode([&] { stream.write(Bytes{1}); }), E_FILE_WRITE.code);
+    EXPECT_EQ(errorCode([&] { stream.resize(1); }), E_FILE_WRITE.code);
 }
 
 TEST(MemoryStream, PositionedTransfersAreWhole) {
     MemoryStream stream;
     stream.resize(32768);
-    const auto work = [&](std::uint8_t writer) {
-        const std::int64_t place = std::int64_t{writer} * 4096;
-        for (int round = 0; round < 500; ++round) {
-            stream.seekAndWrite(place, Bytes(4096, writer));
-            EXPECT_EQ(*stream.seekAndRead(place, 4096), Bytes(4096, writer));
-        }
-    };
-    std::vector<std::thread> threads;
-    for (std::uint8_t writer = 0; writer < 8; ++writer)
-        threads.emplace_back(work, writer);
-    for (std::thread& thread : threads)
-        thread.join();
+    std::vector<std::jthread> threads;
+    for (std::uint8_t writer = 0; writer < 8; ++writer) {
+        threads.emplace_back([&stream, writer] {
+            for (int round = 0; round < 500; ++round) {
+                stream.seekAndWrite(writer * 4096, Bytes(4096, writer));
+                EXPECT_EQ(*stream.seekAndRead(writer * 4096, 4096), Bytes(4096, writer));
+            }
+        });
+    }
 }
 
 TEST(Stream, PartOfBytes) {
     const Bytes bytes{1, 2, 3};
     EXPECT_EQ(Stream::part(bytes, 1, 10).size(), 2u);
     EXPECT_EQ(Stream::part(bytes, 3, 1).size(), 0u);
-    EXPECT_EQ(codeOf([&] { Stream::part(bytes, 4, 0); }), E_OFFSET_OUT_OF_RANGE.code);
+    EXPECT_EQ(errorCode([&] { Stream::part(bytes, 4, 0); }), E_OFFSET_OUT_OF_RANGE.code);
 }
 
 }  // namespace

@@ -1,14 +1,8 @@
-// The certificates and messages of tests/data/pki, and a key to sign with.
+// The certificates and messages of tests/data/pki, and keys to sign with.
 #pragma once
 
-#include "core/check.h"
-#include "crypto/certificate.h"
 #include "platform/pfx_import.h"
-#include "test_data.h"
-
-#include <sstream>
-#include <string>
-#include <vector>
+#include "support.h"
 
 namespace Corvane::Test {
 
@@ -17,31 +11,21 @@ inline Bytes pkiFile(const std::string& name) {
 }
 
 inline Certificate pkiCertificate(const std::string& name) {
-    const Bytes der = pkiFile(name + ".der");
-    return Certificate(CertificateContext(checkCrypto(
-        ::CertCreateCertificateContext(X509_ASN_ENCODING, der.data(), static_cast<DWORD>(der.size())),
-        E_CERT_INVALID, L"CertCreateCertificateContext")));
+    return certificateOf(pkiFile(name + ".der"));
 }
 
 // The certificate of a PFX file, tied to its key.
 inline Certificate pkiSigner(const std::string& name) {
-    return Certificate(importPfx(pkiFile(name + ".pfx"), L"corvane"));
+    return importPfx(pkiFile(name + ".pfx"), L"corvane");
 }
 
-// What OpenSSL says about a certificate: a line of facts.txt.
-struct Facts {
-    std::string name;
-    std::string hash;
-    std::string serial;
-    unsigned bits = 0;
-};
+using Names = std::vector<std::wstring>;
 
-inline std::vector<Facts> pkiFacts() {
-    std::istringstream text(readTestText("pki/facts.txt"));
-    std::vector<Facts> all;
-    for (Facts facts; text >> facts.name >> facts.hash >> facts.serial >> facts.bits;)
-        all.push_back(facts);
-    return all;
+inline Names namesOf(const Certificates& certificates) {
+    Names names;
+    for (const SharedCertificate& certificate : certificates)
+        names.push_back(certificate->getName(false));
+    return names;
 }
 
 }  // namespace Corvane::Test

@@ -25,8 +25,7 @@ public:
 
     static void addValue(HKEY hive, const wchar_t* path, const std::wstring& name) {
         RegistryKey key;
-        ASSERT_EQ(::RegCreateKeyExW(hive, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.put(), nullptr),
-                  ERROR_SUCCESS);
+        ASSERT_EQ(::RegCreateKeyW(hive, path, key.put()), ERROR_SUCCESS);
         ASSERT_EQ(::RegSetValueExW(key.get(), name.c_str(), 0, REG_SZ, nullptr, 0), ERROR_SUCCESS);
     }
 
@@ -36,9 +35,7 @@ private:
     static void redirect(HKEY hive, const wchar_t* name) {
         RegistryKey key;
         const std::wstring path = root() + L"\\" + name;
-        ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                    key.put(), nullptr),
-                  ERROR_SUCCESS);
+        ASSERT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, path.c_str(), key.put()), ERROR_SUCCESS);
         ASSERT_EQ(::RegOverridePredefKey(hive, key.get()), ERROR_SUCCESS);
     }
 };

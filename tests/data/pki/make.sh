@@ -134,5 +134,5 @@ for name in root intermediate signer second legacy; do
     hash=$(openssl x509 -in "$work/$name.pem" -noout -fingerprint -sha1 | sed 's/.*=//; s/://g')
     serial=$(openssl x509 -in "$work/$name.pem" -noout -serial | sed 's/.*=//')
     bits=$(openssl x509 -in "$work/$name.pem" -noout -text | sed -n 's/.*Public-Key: (\([0-9]*\) bit).*/\1/p')
-    echo "$name $hash $serial $bits"
+    printf '%s\t%s\t%s\t%s\n' "$name" "$hash" "$serial" "$bits"
 done >facts.txt

@@ -38,7 +38,7 @@ zip -q -X -P secret "$out/info-zip-encrypted.zip" first.txt
 7z a -bd -psecret -mem=AES256 "$out/7-zip-aes.zip" first.txt >/dev/null
 
 python3 - "$out" <<'PYTHON'
-import sys, zipfile
+import io, os, sys, zipfile
 out = sys.argv[1]
 DATE = (2024, 2, 3, 4, 5, 6)
 
@@ -74,4 +74,24 @@ for number, name in enumerate(["../evil", "/evil", "C:/evil", "a/../../evil", "N
     with zipfile.ZipFile("%s/unsafe-%d.zip" % (out, number), "w") as archive:
         archive.writestr(entry("good.txt"), b"good\n")
         archive.writestr(entry(name), b"evil\n")
+
+# An entry of 4 GiB and a byte of zeros, stored: what stands before the zeros and what stands behind them.
+class Holes(io.FileIO):
+    def write(self, data):
+        if data.count(0) < len(data):
+            return super().write(data)
+        self.seek(len(data), os.SEEK_CUR)
+        return len(data)
+
+with Holes("large.zip", "w+") as file:
+    with zipfile.ZipFile(file, "w") as archive:
+        with archive.open(entry("zeros", zipfile.ZIP_STORED), "w", force_zip64=True) as content:
+            for _ in range(4096):
+                content.write(bytes(1 << 20))
+            content.write(bytes(1))
+    head = 30 + len("zeros") + 20
+    file.seek(0)
+    open(out + "/beyond-4-gib.head", "wb").write(file.read(head))
+    file.seek(head + (1 << 32) + 1)
+    open(out + "/beyond-4-gib.tail", "wb").write(file.read())
 PYTHON

@@ -1,7 +1,7 @@
+// The frame around methods, and asynchronous calls.
 #include "com/async.h"
-
 #include "com/frame.h"
-#include "core/exception.h"
+#include "core/system_exception.h"
 
 #include <gtest/gtest.h>
 
@@ -14,19 +14,56 @@ using namespace Corvane::Com;
 
 namespace {
 
+constexpr ErrorDescriptor contextOnly{0, "SetSite.Context", nullptr};
+
+// Description of the thread's error information, which is consumed.
+std::wstring takeDescription() {
+    ComPtr<IErrorInfo> info;
+    if (::GetErrorInfo(0, info.put()) != S_OK)
+        return L"none";
+    Bstr text;
+    info->GetDescription(text.put());
+    return std::wstring(text.view());
+}
+
+TEST(Frame, EveryRungOfTheLadder) {
+    const struct {
+        const char* name;
+        std::function<void()> body;
+        unsigned long hr;
+        const wchar_t* description;
+    } rows[] = {
+        {"success", [] {}, S_OK, L"earlier"},
+        {"own error", [] { throw Exception(E_BINARY_OUT_OF_RANGE); }, 0x80040212,
+         L"[18] Байта с указанным индексом не существует"},
+        {"own error without number", [] { throw Exception(contextOnly); }, 0x80040200, L"SetSite.Context"},
+        {"own error with a system number", [] { throw CommDlgException(E_COMMON_DLG, 0x3002); }, 0x800402C8,
+         L"[200] Ошибка при открытии диалога (0x3002)"},
+        {"failed COM call", [] { throw ComException(E_COM_INVOKE, E_NOTIMPL); }, 0x80004001,
+         L"Ошибка вызова метода класса COM компоненты"},
+        {"failed COM call without text", [] { throw ComException(contextOnly, E_NOTIMPL); }, 0x80004001, L""},
+        {"standard exception", [] { throw std::out_of_range("vector"); }, 0x800405E8, L"vector"},
+        {"anything else", [] { throw 42; }, 0x800405E8, L"Неизвестная ошибка ActiveX"},
+        {"out of memory", [] { throw std::bad_alloc(); }, 0x8007000E, L"earlier"},
+        {"silent", [] { throw SilentFailure{E_NOINTERFACE}; }, 0x80004002, L"earlier"},
+    };
+    for (const auto& row : rows) {
+        reportError(CLSID_NULL, L"earlier", E_FAIL);
+        EXPECT_EQ(static_cast<unsigned long>(frame(CLSID_NULL, L"CTest::Method", row.body)), row.hr)
+            << row.name;
+        EXPECT_EQ(takeDescription(), row.description) << row.name;
+    }
+}
+
 // What a host passes as a callback; counts its calls and keeps what it was given.
 class Callback : public IDispatch {
 public:
-    explicit Callback(HRESULT answer = S_OK) : answer_(answer) {}
     virtual ~Callback() = default;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
         *object = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
-        if (!*object) {
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
+        references += *object ? 1 : 0;
+        return *object ? S_OK : E_NOINTERFACE;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
     ULONG STDMETHODCALLTYPE Release() override { return --references; }
@@ -45,34 +82,31 @@ public:
         EXPECT_EQ(parameters->cNamedArgs, 1u);
         EXPECT_EQ(parameters->rgdispidNamedArgs[0], -613);  // DISPID_THIS
         EXPECT_EQ(V_DISPATCH(&parameters->rgvarg[0]), this);
-        error = V_VT(&parameters->rgvarg[1]) == VT_BSTR ? std::wstring(viewOf(V_BSTR(&parameters->rgvarg[1])))
-                                                        : std::wstring();
-        result = V_VT(&parameters->rgvarg[2]) == VT_I4 ? V_I4(&parameters->rgvarg[2]) : -1;
-        return answer_;
+        const VARIANT& text = parameters->rgvarg[1];
+        const VARIANT& number = parameters->rgvarg[2];
+        error = V_VT(&text) == VT_BSTR ? viewOf(V_BSTR(&text)) : std::wstring_view();
+        result = V_VT(&number) == VT_I4 ? V_I4(&number) : -1;
+        return answer;
     }
 
+    HRESULT answer = S_OK;
     std::atomic<ULONG> references{1};
     int calls = 0;
     DWORD thread = 0;
     std::wstring error;
     long result = -1;
-
-private:
-    HRESULT answer_;
 };
 
 // Delivers messages until `done` or for three seconds.
 void pumpUntil(const std::function<bool()>& done) {
     for (const ULONGLONG end = ::GetTickCount64() + 3000; !done() && ::GetTickCount64() < end;) {
         ::MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
-        for (MSG message; ::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);) {
+        for (MSG message; ::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);)
             ::DispatchMessageW(&message);
-        }
     }
 }
 
-class Apartment {
-public:
+struct Apartment {
     Apartment() { ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED); }
     ~Apartment() { ::CoUninitialize(); }
     Apartment(const Apartment&) = delete;
@@ -81,14 +115,13 @@ public:
 
 TEST(Async, OutcomesReachTheCallbackOnItsThreadOnce) {
     const Apartment apartment;
-    struct Case {
+    const struct {
         const char* name;
         std::function<std::uint32_t()> work;
         HRESULT answer;
         long result;
         const wchar_t* error;
-    };
-    const Case cases[] = {
+    } rows[] = {
         {"result", [] { return 42u; }, S_OK, 42, L""},
         {"a callback that fails", [] { return 42u; }, DISP_E_EXCEPTION, 42, L""},
         {"own error", []() -> std::uint32_t { throw Exception(E_CANCELED); }, S_OK, -1,
@@ -97,42 +130,41 @@ TEST(Async, OutcomesReachTheCallbackOnItsThreadOnce) {
          L"broken"},
         {"anything else", []() -> std::uint32_t { throw 1; }, S_OK, -1, L"Неизвестная ошибка ActiveX"},
     };
-    for (const Case& c : cases) {
-        Callback callback(c.answer);
-        startAsync(&callback, c.work);
-        EXPECT_EQ(callback.calls, 0) << c.name;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Callback callback;
+        callback.answer = row.answer;
+        startAsync(&callback, row.work);
+        EXPECT_EQ(callback.calls, 0);
         EXPECT_GT(callback.references, 1u) << "the operation keeps the callback";
         pumpUntil([&] { return callback.calls > 0 && callback.references == 1; });
         pumpUntil([end = ::GetTickCount64() + 30] { return ::GetTickCount64() > end; });
-        EXPECT_EQ(callback.calls, 1) << c.name;
-        EXPECT_EQ(callback.thread, ::GetCurrentThreadId()) << c.name;
-        EXPECT_EQ(callback.result, c.result) << c.name;
-        EXPECT_EQ(callback.error, c.error) << c.name;
-        EXPECT_EQ(callback.references, 1u) << c.name;
+        EXPECT_EQ(callback.calls, 1);
+        EXPECT_EQ(callback.thread, ::GetCurrentThreadId());
+        EXPECT_EQ(callback.result, row.result);
+        EXPECT_EQ(callback.error, row.error);
+        EXPECT_EQ(callback.references, 1u);
     }
+    EXPECT_FALSE(Module::isIdle()) << "the thread's window";
+    ThreadWindow::releaseIdle();
+    EXPECT_TRUE(Module::isIdle());
 }
 
 TEST(Async, NothingIsLeftOfAThreadThatEndedBeforeTheOutcome) {
-    ThreadWindow::releaseIdle();
-    ASSERT_TRUE(Module::isIdle());
     Callback callback;
     std::atomic<bool> finish{false};
-    std::atomic<int> finished{0};
-    std::thread script([&] {
+    std::atomic<bool> posted{false};
+    std::thread([&] {
         const Apartment apartment;
         // One outcome is posted and never fetched; the other comes when the thread is gone.
-        startAsync(&callback, [&]() -> std::uint32_t { return static_cast<std::uint32_t>(++finished); });
-        startAsync(&callback, [&]() -> std::uint32_t {
-            while (!finish) {
+        startAsync(&callback, [&] { posted = true; });
+        startAsync(&callback, [&] {
+            while (!finish)
                 ::Sleep(1);
-            }
-            return static_cast<std::uint32_t>(++finished);
         });
-        while (finished == 0) {
+        while (!posted)
             ::Sleep(1);
-        }
-    });
-    script.join();
+    }).join();
     EXPECT_FALSE(Module::isIdle()) << "an operation is under way";
     finish = true;
     for (int i = 0; i < 300 && !Module::isIdle(); ++i) {
@@ -141,16 +173,6 @@ TEST(Async, NothingIsLeftOfAThreadThatEndedBeforeTheOutcome) {
     }
     EXPECT_TRUE(Module::isIdle());
     EXPECT_EQ(callback.calls, 0);
-}
-
-TEST(Async, AnIdleWindowDoesNotKeepTheModule) {
-    const Apartment apartment;
-    Callback callback;
-    startAsync(&callback, [] { return 1u; });
-    pumpUntil([&] { return callback.calls == 1; });
-    EXPECT_FALSE(Module::isIdle()) << "the thread's window";
-    ThreadWindow::releaseIdle();
-    EXPECT_TRUE(Module::isIdle());
 }
 
 TEST(Async, ACallbackThatIsNoneFailsAtTheStart) {

@@ -1,0 +1,274 @@
+// Base64, hexadecimal, digests, and the encodings of text and XML documents.
+#include "binary/base64.h"
+#include "binary/crc32.h"
+#include "binary/encoding_names.h"
+#include "binary/hex.h"
+#include "binary/md5.h"
+#include "binary/sha256.h"
+#include "binary/text.h"
+#include "binary/utf.h"
+#include "binary/xml_encoding.h"
+#include "support.h"
+
+#include <gtest/gtest.h>
+
+#include <iomanip>
+
+using namespace Corvane;
+using namespace Corvane::Test;
+using namespace std::string_literals;
+
+namespace {
+
+std::string encodeNarrow(const Bytes& bytes, std::uint32_t flags) {
+    const std::size_t size = getBinToBase64RequiredSize(static_cast<std::int64_t>(bytes.size()), flags);
+    std::string text(size + 1, '#');
+    EXPECT_EQ(encodeBase64(bytes, flags, text.data()), text.data() + size);
+    EXPECT_EQ(text.back(), '#') << "written beyond the required size";
+    text.pop_back();
+    return text;
+}
+
+TEST(Base64, EncodesAndDecodesBack) {
+    const std::string line(76, 'A');  // 57 NUL bytes
+    const struct {
+        Bytes bytes;
+        std::uint32_t flags;
+        std::string text;
+    } rows[] = {
+        // RFC 4648, section 10
+        {{}, 0, ""},
+        {bytesOf("f"), 0, "Zg=="},
+        {bytesOf("fo"), 0, "Zm8="},
+        {bytesOf("foo"), 0, "Zm9v"},
+        {bytesOf("foob"), base64NoPadding, "Zm9vYg"},
+        {bytesOf("fooba"), base64NoPadding, "Zm9vYmE"},
+        {bytesOf("foobar"), base64NoPadding, "Zm9vYmFy"},
+        // A line that is full by whole groups is broken, and one that is full by its padding is not.
+        {Bytes(55), 0, line.substr(2) + "=="},
+        {Bytes(56), 0, line.substr(1) + "="},
+        {Bytes(57), 0, line + "\r\n"},
+        {Bytes(58), 0, line + "\r\nAA=="},
+        {Bytes(114), 0, line + "\r\n" + line + "\r\n"},
+        {Bytes(116), base64NoPadding, line + "\r\n" + line + "\r\nAAA"},
+        {Bytes(57), base64NoLineBreaks, line},
+        {Bytes(116), base64NoLineBreaks | base64NoPadding, line + line + "AAA"},
+        {readTestData("text/random.bin"), 0, readTestText("text/random.base64")},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        EXPECT_EQ(encodeNarrow(row.bytes, row.flags), row.text);
+        EXPECT_EQ(binToBase64(row.bytes, row.flags), wide(row.text));
+        EXPECT_EQ(base64ToBin(row.text), row.bytes);
+        EXPECT_EQ(base64ToBin(wide(row.text)), row.bytes);
+    }
+}
+
+TEST(Base64, SkipsWhatIsNotOfTheAlphabet) {
+    const struct {
+        const wchar_t* text;
+        const char* bytes;
+    } rows[] = {
+        {L"QUJD\r\nRA==", "ABCD"},
+        {L"Q", ""},
+        {L"@@@", ""},
+        {L" Q\tU\nJ D", "ABC"},
+        {L"QQ==QUJD", "A\x04\x14\x24"},  // padding ends nothing: the four characters QQQU are a group
+        // Letters of other scripts whose low byte, or low bytes saturated, would be in the alphabet.
+        {L"\x0141QUJD\x0142\x2041\xFF21\x8041", "ABC"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(base64ToBin(row.text), bytesOf(row.bytes)) << row.bytes;
+}
+
+TEST(Base64, FindsAForeignCharacterAtAnyPlaceOfALongText) {
+    const std::string text(64, '/');
+    for (std::size_t place = 0; place <= text.size(); ++place) {
+        for (const char foreign : {'\r', '=', ',', '.', ':', '@', '[', '`', '{', '\x7F', '\xC1'}) {
+            std::string broken = text;
+            broken.insert(place, 1, foreign);
+            ASSERT_EQ(base64ToBin(broken), Bytes(48, 0xFF)) << place << ' ' << int{foreign};
+            const std::wstring broad(broken.begin(), broken.end());
+            ASSERT_EQ(base64ToBin(broad), Bytes(48, 0xFF)) << place << ' ' << int{foreign};
+        }
+    }
+}
+
+TEST(Base64, KnowsTheSizeInAdvanceAndRefusesWhatIsTooLarge) {
+    EXPECT_EQ(errorCode([] { return getBinToBase64RequiredSize(-1, 0); }), E_STRING_MAX_SIZE.code);
+    EXPECT_EQ(errorCode([] { return getBinToBase64RequiredSize(0x40000000, 0); }), E_BINARY_MAX_SIZE.code);
+    // 357,913,941 groups of which 18,837,575 fill lines.
+    EXPECT_EQ(getBinToBase64RequiredSize(0x3FFFFFFF, 0), 357913941U * 4 + 18837575U * 2);
+}
+
+TEST(Hex, AgreesWithOtherTools) {
+    const Bytes bytes = readTestData("text/random.bin");
+    const std::string text = readTestText("text/random.hex");
+    std::string encoded(text.size(), '\0');
+    EXPECT_EQ(encodeHex(bytes, encoded.data()), encoded.data() + encoded.size());
+    EXPECT_EQ(encoded, text);
+    EXPECT_EQ(binToHex(bytes), wide(text));
+    EXPECT_EQ(hexToBin(text), bytes);
+    EXPECT_EQ(hexToBin(L"0a1BafAF"), (Bytes{0x0A, 0x1B, 0xAF, 0xAF}));
+    EXPECT_EQ(hexToBin(L"\x0130\x2041"), Bytes{0x0A}) << "only the low eight bits count";
+    EXPECT_EQ(hexToBin(L""), Bytes{});
+}
+
+TEST(Hex, RefusesWhatIsNotPairsOfDigits) {
+    const std::wstring twoBlocks(16384, L'0');
+    // The neighbours of the digits; an earlier pair comes first; in a block that is not the first.
+    for (const std::wstring& text :
+         {L"0g"s, L"0a 1b"s, L"/0"s, L":0"s, L"@0"s, L"G0"s, L"`0"s, L"g0"s, L"0g1"s, twoBlocks + L"z0"})
+        EXPECT_EQ(errorCode([&] { return hexToBin(text); }), E_HEX_STRING.code) << text;
+    // The missing partner is noticed before the wrong digit.
+    for (const std::wstring& text : {L"0a1"s, L"g"s, twoBlocks + L"z"})
+        EXPECT_EQ(errorCode([&] { return hexToBin(text); }), E_HEX_STRING_SIZE.code) << text;
+}
+
+std::string compute(const std::string& algorithm, const Bytes& message) {
+    std::ostringstream text;
+    text << std::hex << std::setfill('0');
+    if (algorithm == "crc32") {
+        text << std::setw(8) << Binary::getCrc32(message, 0);
+        return text.str();
+    }
+    for (const unsigned byte : algorithm == "md5" ? Binary::getMd5(message) : Binary::getSha256(message))
+        text << std::setw(2) << byte;
+    return text.str();
+}
+
+TEST(Digest, AgreesWithPublishedVectors) {
+    for (const auto& row : readTable("digests/published.txt", 3)) {
+        const bool quoted = row[1].front() == '"';
+        const Bytes message = quoted ? bytesOf(row[1].substr(1, row[1].size() - 2)) : hexToBin(row[1]);
+        EXPECT_EQ(compute(row[0], message), row[2]) << row[1];
+    }
+}
+
+TEST(Digest, AgreesWithOtherToolsOnLengthsAroundTheSizesOfBlocks) {
+    const Bytes pattern = readTestData("text/random.bin");
+    Bytes data;
+    for (int i = 0; i < 70; ++i)
+        data.insert(data.end(), pattern.begin(), pattern.end());
+    for (const auto& row : readTable("digests/prefixes.txt", 4)) {
+        const Bytes message(data.begin(), data.begin() + std::stol(row[0]));
+        EXPECT_EQ(compute("crc32", message), row[1]) << row[0];
+        EXPECT_EQ(compute("md5", message), row[2]) << row[0];
+        EXPECT_EQ(compute("sha256", message), row[3]) << row[0];
+    }
+}
+
+TEST(Digest, TakesInputInPieces) {
+    const Bytes data = readTestData("text/random.bin");
+    const std::span<const std::uint8_t> all(data);
+    for (std::size_t first = 0; first <= 130; ++first) {
+        for (const std::size_t second : {std::size_t{0}, std::size_t{1}, 64 - first % 64, std::size_t{200}}) {
+            SCOPED_TRACE(testing::Message() << first << '+' << second);
+            std::uint32_t crc32 = 0;
+            Binary::MD5 md5;
+            Binary::SHA256 sha256;
+            for (const auto piece :
+                 {all.first(first), all.subspan(first, second), all.subspan(first + second)}) {
+                crc32 = Binary::getCrc32(piece, crc32);
+                md5.update(piece);
+                sha256.update(piece);
+            }
+            ASSERT_EQ(crc32, Binary::getCrc32(data, 0));
+            ASSERT_TRUE(std::ranges::equal(md5.finish(), Binary::getMd5(data)));
+            ASSERT_TRUE(std::ranges::equal(sha256.finish(), Binary::getSha256(data)));
+        }
+    }
+}
+
+TEST(Utf, DecodesWhatIsWellFormed) {
+    for (const auto& row : readTable("text/utf.txt", 3)) {
+        SCOPED_TRACE(row[0] + ' ' + row[1]);
+        const Bytes bytes = hexToBin(row[1]);
+        const std::endian order = row[0].ends_with("le") ? std::endian::little : std::endian::big;
+        const auto text = row[0] == "utf-8"              ? utf8ToWide(bytes)
+                          : row[0].starts_with("utf-16") ? utf16ToWide(bytes, order)
+                                                         : utf32ToWide(bytes, order);
+        EXPECT_EQ(text.has_value(), row[2] != "refused");
+        EXPECT_TRUE(row[0] != "utf-8" || isUtf8(bytes) == text.has_value());
+        if (text) {
+            std::wstring units;
+            for (std::size_t i = 0; i < row[2].size(); i += 4)
+                units += static_cast<wchar_t>(std::stoul(row[2].substr(i, 4), nullptr, 16));
+            EXPECT_EQ(*text, units);
+        }
+    }
+}
+
+TEST(Utf, SwapsPairsOfBytes) {
+    EXPECT_EQ(Binary::detail::swapBytes(Bytes{1, 2, 3, 4, 5}), (Bytes{2, 1, 4, 3, 5}));
+    EXPECT_EQ(Binary::detail::swapBytes({}), Bytes{});
+}
+
+TEST(Text, TakesTheBytesFromAnOffset) {
+    const Bytes bytes{'a', 0, 0xFF};
+    EXPECT_EQ(Binary::detail::toString(bytes, 0), std::string("a\0\xFF", 3));
+    EXPECT_EQ(Binary::detail::toString(bytes, 2), "\xFF");
+    EXPECT_THROW(static_cast<void>(Binary::detail::toString(bytes, 3)), std::out_of_range);
+    EXPECT_EQ(Binary::detail::toString({}, 7), "");
+}
+
+// With a conversion of the system's that only says which code page was asked for.
+std::wstring decode(const Bytes& document) {
+    return decodeXml(document, [](std::uint32_t codePage, std::string_view) {
+        return L"code page " + std::to_wstring(codePage);
+    });
+}
+
+// Text of single bytes as units of a size and order such as "2le".
+std::string spread(const std::string& text, const std::string& units) {
+    std::string bytes;
+    for (const char character : text) {
+        std::string unit(static_cast<std::size_t>(units.front() - '0'), '\0');
+        (units.ends_with("le") ? unit.front() : unit.back()) = character;
+        bytes += unit;
+    }
+    return bytes;
+}
+
+TEST(XmlEncoding, IsFoundInTheBytesOrTheFaultIsNamed) {
+    for (const auto& row : readTable("text/xml_documents.txt", 5)) {
+        SCOPED_TRACE(row[1] + ' ' + row[2] + ' ' + row[3] + ' ' + row[4]);
+        Bytes document = hexToBin(row[1]);
+        for (const Bytes& part : {bytesOf(spread(row[3], row[2])), hexToBin(row[4])})
+            document.insert(document.end(), part.begin(), part.end());
+        try {
+            const XmlEncoding encoding = findXmlEncoding(document);
+            decode(document);
+            EXPECT_EQ(std::to_string(encoding.codePage), row[0]);
+            EXPECT_EQ(encoding.markSize, row[1].size() / 2);
+        } catch (const Exception& error) {
+            EXPECT_EQ(error.what(), row[0]);
+        }
+    }
+    const auto codePage = [](std::string_view text) { return findXmlEncoding(bytesOf(text)).codePage; };
+    EXPECT_EQ(codePage("<?xml\tversion = '1.1'\r\n encoding\n=\n\"KOI8-R\"\n?>\n<a/>"), 20866u);
+    EXPECT_EQ(codePage("\n <!-- no declaration --><a/>"), 65001u);
+}
+
+TEST(XmlEncoding, DecodesToTextWithoutTheMark) {
+    const std::wstring expected = utf8ToWide(readTestData("text/notice.xml")).value();
+    for (const std::string encoding : {"UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE"})
+        EXPECT_EQ(decode(readTestData("text/notice." + encoding + ".xml")), expected) << encoding;
+    EXPECT_EQ(decode(bytesOf("\xEF\xBB\xBF<a/>")), L"<a/>");
+    const std::string_view ascii = "<?xml version='1.0' encoding='ascii'?><a/>";
+    EXPECT_EQ(decode(bytesOf(ascii)), wide(ascii));
+    // Russian text that declares nothing
+    EXPECT_EQ(decode(readTestData("text/notice.WINDOWS-1251.xml")), L"code page 1251");
+    EXPECT_EQ(decode(readTestData("text/notice.KOI8-R.xml")), L"code page 20866");
+    EXPECT_EQ(decode(readTestData("text/notice.IBM866.xml")), L"code page 866");
+}
+
+TEST(EncodingNames, AreMappedToCodePagesOfWindows) {
+    for (const auto& row : readTable("text/encoding_names.txt", 2)) {
+        const auto encoding = findEncoding(row[0]);
+        EXPECT_EQ(std::to_string(encoding ? encoding->codePage : 0), row[1]) << row[0];
+    }
+    EXPECT_FALSE(findEncoding(""));
+}
+
+}  // namespace

@@ -1,0 +1,244 @@
+// gzip, and zip around one piece of data: what is written, and what is read of files that other programs made
+// (tests/data/zip/make.sh).
+#include "compression/gzip.h"
+#include "compression/zip.h"
+#include "support.h"
+
+#include <gtest/gtest.h>
+
+using namespace Corvane;
+using namespace Corvane::Compression;
+using namespace Corvane::Test;
+using namespace std::string_literals;
+
+namespace {
+
+using Stream::IBinaryStream;
+using Stream::MemoryStream;
+
+struct Format {
+    const char* name;
+    void (*pack)(std::span<const std::uint8_t>, Bytes&, int);
+    void (*unpack)(std::span<const std::uint8_t>, Bytes&, unsigned);
+    void (*packStream)(IBinaryStream&, IBinaryStream&, const SharedProgress&, int);
+    void (*unpackStream)(IBinaryStream&, IBinaryStream&, unsigned, const SharedProgress&);
+};
+
+void ungzipFirst(std::span<const std::uint8_t> input, Bytes& output, unsigned) {
+    ungzip(input, output);
+}
+
+void ungzipStream(IBinaryStream& input, IBinaryStream& output, unsigned, const SharedProgress& progress) {
+    ungzipFileAsync(input, output, progress);
+}
+
+const Format gzipFormat{"gzip", gzip, ungzipFirst, gzipFileAsync, ungzipStream};
+const Format zipFormat{"zip", zip, unzip, zipFileAsync, unzipFileAsync};
+const Format* const formats[] = {&gzipFormat, &zipFormat};
+
+Bytes packed(const Format& format, const Bytes& input, int mode = defaultMode) {
+    Bytes output;
+    format.pack(input, output, mode);
+    return output;
+}
+
+Bytes unpacked(const Format& format, const Bytes& input, unsigned number = 0) {
+    Bytes output;
+    format.unpack(input, output, number);
+    return output;
+}
+
+TEST(Compression, ModesAreLevelsOfZlib) {
+    const struct {
+        const Format& format;
+        std::size_t markAt;
+        std::uint8_t marks[3];
+    } rows[] = {
+        {gzipFormat,
+         8,
+         {4, 0, 2}},  // RFC 1952, 2.3.1: XFL is 4 for the fastest and 2 for the best compression
+        {zipFormat, 6, {6, 0, 2}},  // APPNOTE.TXT 4.4.4: bits 1 and 2 of the flags
+    };
+    for (const auto& row : rows) {
+        for (int mode = 0; mode < 3; ++mode)
+            EXPECT_EQ(packed(row.format, sampleBytes(1000), mode)[row.markAt], row.marks[mode])
+                << row.format.name;
+        for (const int other : {-1, 3, defaultMode})
+            EXPECT_EQ(packed(row.format, sampleBytes(1000), other), packed(row.format, sampleBytes(1000), 1));
+    }
+}
+
+TEST(Compression, RestoresAnySizeInMemoryAndFromStreams) {
+    for (const Format* format : formats) {
+        for (const std::size_t size : {0u, 1u, 65535u, 131071u, 131072u, 131073u, 3000000u}) {
+            SCOPED_TRACE(testing::Message() << format->name << ' ' << size);
+            const Bytes content = sampleBytes(size);
+            const Bytes whole = packed(*format, content);
+            EXPECT_EQ(unpacked(*format, whole), content);
+
+            SourceStream input(content);
+            SourceStream output(sampleBytes(4000000));  // an older, longer result
+            const auto progress = std::make_shared<Progress>();
+            format->packStream(input, output, progress, defaultMode);
+            EXPECT_EQ(contentOf(output), whole);
+            EXPECT_TRUE(size == 0 || progress->fraction() == 1.0);
+
+            MemoryStream restored;
+            output.seek(0, Stream::Origin::beginning);
+            format->unpackStream(output, restored, 1, progress);
+            EXPECT_EQ(contentOf(restored), content);
+            EXPECT_TRUE(size == 0 || progress->fraction() == 1.0);
+        }
+    }
+}
+
+TEST(Compression, ReadsWhatOtherProgramsPacked) {
+    for (const auto& row : readTable("zip/contents.txt", 3)) {
+        const Format& format = row[0].ends_with(".gz") ? gzipFormat : zipFormat;
+        const Bytes input = readTestData("zip/" + row[0]);
+        const auto number = static_cast<unsigned>(std::stoul(row[1]));
+        std::string content = row[2];
+        std::replace(content.begin(), content.end(), '$', '\n');
+        EXPECT_EQ(unpacked(format, input, number), bytesOf(content)) << row[0];
+        SourceStream slow(input, 1);
+        MemoryStream output;
+        format.unpackStream(slow, output, number, nullptr);
+        EXPECT_EQ(contentOf(output), bytesOf(content)) << row[0] << ", byte by byte";
+    }
+}
+
+// `bytes` with one bit changed, counted from the end where `place` is negative.
+Bytes changed(Bytes bytes, int place) {
+    bytes.at(place < 0 ? bytes.size() - static_cast<std::size_t>(-place) : static_cast<std::size_t>(place)) ^=
+        0x10;
+    return bytes;
+}
+
+TEST(Compression, RefusesBrokenInputAndLeavesTheOutput) {
+    const Bytes members = readTestData("zip/two-members.gz");
+    const Bytes good = packed(zipFormat, bytesOf("some data to be packed"));
+    const int directory = -(22 + 46 + 4);  // its end, its only entry, the name in it
+    const struct {
+        const char* what;
+        const Format& format;
+        Bytes input;
+        const ErrorDescriptor& error;
+    } rows[] = {
+        {"nothing", gzipFormat, {}, E_UNGZIP_BAD},
+        {"text", gzipFormat, bytesOf("first member\n"), E_UNGZIP_BAD},
+        {"half of a mark", gzipFormat, readTestData("zip/half-mark.gz"), E_UNGZIP_BAD},
+        {"a mark and garbage", gzipFormat, readTestData("zip/mark-and-garbage.gz"), E_UNGZIP_BAD},
+        {"second member cut off", gzipFormat, Bytes(members.begin(), members.end() - 1), E_UNGZIP_BAD},
+        {"first member cut off", gzipFormat, Bytes(members.begin(), members.begin() + 20), E_UNGZIP_BAD},
+        {"header cut off", gzipFormat, Bytes(members.begin(), members.begin() + 5), E_UNGZIP_BAD},
+        {"another length", gzipFormat, changed(members, -1), E_UNGZIP_BAD},
+        {"another checksum", gzipFormat, changed(members, -8), E_UNGZIP_BAD},
+        {"other data", gzipFormat, changed(members, -12), E_UNGZIP_BAD},
+        {"zlib instead of gzip", gzipFormat, {0x78, 0x9C, 0x03, 0, 0, 0, 0, 0x01}, E_UNGZIP_BAD},
+        {"nothing", zipFormat, {}, E_ZIP_OPEN},
+        {"text", zipFormat, bytesOf("this is no archive, and long enough to be one"), E_ZIP_OPEN},
+        {"cut off", zipFormat, Bytes(good.begin(), good.begin() + 50), E_ZIP_OPEN},
+        {"without its end", zipFormat, Bytes(good.begin(), good.end() - 22), E_ZIP_OPEN},
+        {"no entries", zipFormat, bytesOf("PK\5\6"s + std::string(18, '\0')), E_UNZIP_OUT_OF_RANGE},
+        {"local header", zipFormat, changed(good, 0), E_UNZIP_BAD},
+        {"local header's name length", zipFormat, changed(good, 26), E_UNZIP_BAD},
+        {"compressed data", zipFormat, changed(good, 36), E_UNZIP},
+        {"checksum", zipFormat, changed(changed(good, 14), directory + 16), E_UNZIP},
+        {"size", zipFormat, changed(changed(good, 22), directory + 24), E_UNZIP},
+        {"encrypted", zipFormat, readTestData("zip/info-zip-encrypted.zip"), E_UNZIP},
+        {"encrypted by another method", zipFormat, readTestData("zip/7-zip-aes.zip"), E_UNZIP},
+        {"another compression", zipFormat, readTestData("zip/7-zip-bzip2.zip"), E_UNZIP_BAD},
+        {"late in large data", zipFormat, changed(packed(zipFormat, sampleBytes(1000000)), 200000), E_UNZIP},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.format.name + ": "s + row.what);
+        Bytes output = bytesOf("as before");
+        EXPECT_EQ(errorCode([&] { row.format.unpack(row.input, output, 0); }), row.error.code);
+        EXPECT_EQ(output, bytesOf("as before"));
+        SourceStream slow(row.input, 100);
+        MemoryStream stream;
+        stream.write(bytesOf("before"));
+        EXPECT_EQ(errorCode([&] { row.format.unpackStream(slow, stream, 0, nullptr); }), row.error.code);
+        EXPECT_EQ(contentOf(stream), bytesOf("before"));
+    }
+}
+
+TEST(Compression, StopsWhenCanceledAndLeavesTheOutput) {
+    for (const Format* format : formats) {
+        for (const std::uint64_t behind : {0u, 500000u, 1000000u}) {
+            const auto progress = std::make_shared<Progress>();
+            SourceStream input(sampleBytes(1000000), ~std::size_t{0}, [&](std::uint64_t position) {
+                if (position >= behind)
+                    progress->cancel();
+            });
+            MemoryStream output;
+            output.write(bytesOf("before"));
+            EXPECT_EQ(errorCode([&] { format->packStream(input, output, progress, defaultMode); }),
+                      E_CANCELED.code)
+                << format->name << ' ' << behind;
+            EXPECT_EQ(contentOf(output), bytesOf("before")) << format->name << ' ' << behind;
+        }
+    }
+}
+
+TEST(Compression, PassesOnWhatAStreamThrowsAndRefusesOneStreamForBoth) {
+    MemoryStream closed;
+    closed.close();
+    for (const Format* format : formats) {
+        SourceStream input(sampleBytes(1000));
+        EXPECT_THROW(format->packStream(input, closed, nullptr, defaultMode), Stream::ClosedStreamException);
+        MemoryStream output;
+        EXPECT_THROW(format->unpackStream(closed, output, 0, nullptr), Stream::ClosedStreamException);
+        const bool isZip = format == &zipFormat;
+        EXPECT_EQ(errorCode([&] { format->packStream(input, input, nullptr, defaultMode); }),
+                  isZip ? E_ZIP_OPEN.code : E_GZIP_OPEN.code);
+        EXPECT_EQ(errorCode([&] { format->unpackStream(input, input, 0, nullptr); }),
+                  isZip ? E_ZIP_OPEN.code : E_UNGZIP.code);
+        EXPECT_EQ(input.state().size, 1000u);
+    }
+}
+
+TEST(Gzip, HeaderIsThePlainestOfRfc1952) {
+    const Bytes output = packed(gzipFormat, bytesOf("data"));
+    ASSERT_GE(output.size(), 18u);
+    // Magic, deflate, no flags, no time; then what deflate says of itself and the system.
+    EXPECT_EQ(Bytes(output.begin(), output.begin() + 8), (Bytes{0x1F, 0x8B, 8, 0, 0, 0, 0, 0}));
+    // CRC-32 of "data" and its length, both little-endian.
+    EXPECT_EQ(Bytes(output.end() - 8, output.end()), (Bytes{0x63, 0xF3, 0xF3, 0xAD, 4, 0, 0, 0}));
+}
+
+TEST(Zip, ArchiveHasTheOneEntryNamedFile) {
+    Bytes output = packed(zipFormat, bytesOf("data"));
+    ASSERT_GE(output.size(), 34u);
+    // Local header (APPNOTE.TXT 4.3.7): signature, deflate at 8, CRC-32 and length of "data", its name at 30.
+    EXPECT_EQ(Bytes(output.begin(), output.begin() + 4), bytesOf("PK\3\4"));
+    EXPECT_EQ(output[8], 8);
+    EXPECT_EQ(Bytes(output.begin() + 14, output.begin() + 18), (Bytes{0x63, 0xF3, 0xF3, 0xAD}));
+    EXPECT_EQ(output[22], 4);
+    EXPECT_EQ(Bytes(output.begin() + 26, output.begin() + 34), bytesOf("\4\0\0\0file"s));
+    EXPECT_EQ(packed(zipFormat, bytesOf("data")), output) << "equal input gives an equal archive";
+    EXPECT_EQ(errorCode([&] { unpacked(zipFormat, output, 2); }), E_UNZIP_OUT_OF_RANGE.code);
+
+    const Bytes program = bytesOf("#!/a/program\n");
+    output.insert(output.begin(), program.begin(), program.end());
+    EXPECT_EQ(unpacked(zipFormat, output, 1), bytesOf("data")) << "behind other data";
+}
+
+TEST(Zip, TellsWhyAnEntryCannotBeUnpacked) {
+    const std::pair<const char*, const wchar_t*> rows[] = {
+        {"info-zip-encrypted.zip", L"[102] Ошибка при распаковке ZIP (элемент архива зашифрован)"},
+        {"7-zip-bzip2.zip",
+         L"[103] Ошибка при распаковке ZIP: неверный формат входных данных (метод сжатия 12 не "
+         L"поддерживается)"},
+    };
+    for (const auto& [file, message] : rows) {
+        try {
+            unpacked(zipFormat, readTestData("zip/"s + file));
+            ADD_FAILURE() << file;
+        } catch (const Exception& exception) {
+            EXPECT_EQ(fullMessage(exception), message);
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,281 @@
+// Exceptions and their messages, checks of system calls, handles, text, settings, the log, trusted sites.
+#include "binary/utf.h"
+#include "binary/xml_text.h"
+#include "core/check.h"
+#include "core/handles.h"
+#include "core/log.h"
+#include "core/settings.h"
+#include "core/text.h"
+#include "core/trusted_sites.h"
+#include "scratch_registry.h"
+#include "stream/file_system.h"
+#include "support.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+using namespace Corvane;
+using namespace Corvane::Test;
+using namespace std::string_literals;
+using namespace Corvane::detail;
+
+namespace {
+
+TEST(Exception, FullMessageIsNumberTextAndDetails) {
+    const auto expect = [](const Exception& exception, const wchar_t* message, const char* what) {
+        EXPECT_EQ(fullMessage(exception), message);
+        EXPECT_STREQ(exception.what(), what);
+    };
+    constexpr ErrorDescriptor unnumbered{0, "no number", nullptr};
+    constexpr ErrorDescriptor namedOnly{12, "only a name", nullptr};
+    const JsonException detailed(E_CERT_JSON_FILTER, "line 1");
+    const JsonException plain(E_CERT_JSON_FILTER, "");
+    expect(Exception(E_HEX_STRING), L"[11] Строка содержит недопустимый HEX символ", "E_HEX_STRING");
+    expect(Exception(unnumbered), L"no number", "no number");
+    expect(Exception(namedOnly), L"[12] only a name", "only a name");
+    expect(detailed, L"[608] Неверный фильтр сертификатов (line 1)", "E_CERT_JSON_FILTER");
+    expect(plain, L"[608] Неверный фильтр сертификатов", "E_CERT_JSON_FILTER");
+}
+
+TEST(SystemException, DetailsAreTheNumberAndTheSystemsText) {
+    // FormatMessageW's own answer, asked for in another way than the code does, without its line end.
+    const auto systemsOwnText = [](HRESULT number) {
+        wchar_t text[1024] = L"";
+        const DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                              nullptr, static_cast<DWORD>(number), 0, text, 1024, nullptr);
+        EXPECT_EQ(std::wstring_view(text).find(L'\r'), length - 2);
+        return std::wstring(text, length - 2);
+    };
+    EXPECT_EQ(fullMessage(Win32Exception(E_CREATE_FILE, ERROR_ACCESS_DENIED)),
+              L"[28] Ошибка при открытии файла (0x5:" + systemsOwnText(ERROR_ACCESS_DENIED) + L")");
+    EXPECT_EQ(fullMessage(ComException(E_COM_INVOKE, E_INVALIDARG)),
+              L"[901] Ошибка вызова метода класса COM компоненты (0x80070057:" +
+                  systemsOwnText(E_INVALIDARG) + L")");
+    EXPECT_EQ(fullMessage(Win32Exception(E_CREATE_FILE, 0x2FFFFFFF)), L"[28] Ошибка при открытии файла")
+        << "a number without a text";
+    EXPECT_EQ(fullMessage(CommDlgException(E_COMMON_DLG, 0x3002)),
+              L"[200] Ошибка при открытии диалога (0x3002)");
+}
+
+TEST(Check, TakesTheLastErrorOfTheFailedCall) {
+    ::SetLastError(ERROR_DISK_FULL);
+    EXPECT_EQ(failureOf([] { checkWin32(FALSE, E_FILE_WRITE, L"WriteFile"); }),
+              Failure(E_FILE_WRITE.code, ERROR_DISK_FULL));
+    EXPECT_EQ(failureOf([] { checkStatus(ERROR_ACCESS_DENIED, E_REG_KEY_CREATE, L"RegCreateKeyExW"); }),
+              Failure(E_REG_KEY_CREATE.code, ERROR_ACCESS_DENIED));
+    EXPECT_THROW(checkCrypto(FALSE, E_CRYPTO_SIGN, L"CryptSignMessage"), CryptoException);
+    EXPECT_THROW(checkHresult(E_FAIL, E_COM_INVOKE, L"Invoke"), ComException);
+    EXPECT_NO_THROW(checkHresult(S_FALSE, E_COM_INVOKE, L"Invoke"));
+}
+
+TEST(Handle, IsClosedAndKeepsTheLastError) {
+    FileHandle file(::CreateFileW(L"NUL", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(file);
+    const HANDLE raw = file.get();
+    file.reset();
+    DWORD flags = 0;
+    EXPECT_FALSE(::GetHandleInformation(raw, &flags)) << "the handle is still open";
+    file.attach(raw);
+    ::SetLastError(ERROR_DISK_FULL);
+    file.reset();  // fails, for want of an open handle
+    EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_DISK_FULL));
+}
+
+TEST(Text, CodePages) {
+    const std::wstring text = L"Привет\0мир"s;
+    const std::string bytes = "\xCF\xF0\xE8\xE2\xE5\xF2\0\xEC\xE8\xF0"s;
+    EXPECT_EQ(wideToMulti(1251, text), bytes);
+    EXPECT_EQ(multiToWide(1251, bytes), text);
+    EXPECT_EQ(toUtf8(L"\xD83D\xDE00"), "\xF0\x9F\x98\x80");
+    EXPECT_EQ(multiToWide(99999, ""s), L"") << "an empty text does not reach the system";
+    EXPECT_EQ(errorCode([] { multiToWide(99999, "a"s); }), E_ANSI_TO_WIDE.code);
+    EXPECT_EQ(errorCode([] { wideToMulti(99999, L"a"s); }), E_WIDE_TO_ANSI.code);
+    EXPECT_THROW(multiToWide(1251, static_cast<const char*>(nullptr)), std::invalid_argument);
+}
+
+TEST(XmlText, ConvertsCodePagesWithTheSystem) {
+    const std::wstring expected = utf8ToWide(readTestData("text/notice.xml")).value();
+    for (const std::string encoding : {"WINDOWS-1251", "KOI8-R", "IBM866"}) {
+        const std::string text = readTestText("text/notice." + encoding + ".xml");
+        EXPECT_EQ(Binary::toXmlString(bytesOf(text)), expected) << encoding;
+        const std::string start = "<?xml version='1.0' encoding='" + encoding + "'?>";
+        EXPECT_EQ(Binary::toXmlString(bytesOf(start + text)), wide(start) + expected) << encoding;
+    }
+}
+
+void setNumber(HKEY hive, const wchar_t* name, DWORD value) {
+    ASSERT_EQ(::RegSetKeyValueW(hive, settingsKey, name, REG_DWORD, &value, sizeof(value)), ERROR_SUCCESS);
+}
+
+TEST(Log, LineLayout) {
+    const SYSTEMTIME morning{2019, 10, 4, 24, 9, 5, 3, 7};
+    EXPECT_EQ(formatLogLine(morning, 4242, 1, L"CBinaryObject::ToBase64", L"[11] x"),
+              L"2019-10-24T09:05:03.7 | 4242 | ERROR | CBinaryObject::ToBase64 | [11] x");
+    const SYSTEMTIME evening{2026, 1, 0, 2, 23, 59, 0, 120};
+    const std::pair<std::uint32_t, const wchar_t*> levels[] = {
+        {0, L""}, {1, L"ERROR"}, {2, L"WARN"}, {3, L"INFO"}, {4, L"DEBUG"}, {5, L""}, {4000, L""}};
+    for (const auto& [level, name] : levels)
+        EXPECT_EQ(formatLogLine(evening, 1, level, L"c", L"t"),
+                  L"2026-01-02T23:59:00.120 | 1 | " + std::wstring(name) + L" | c | t");
+}
+
+TEST(Log, LevelIsReadAgainAfterAMinute) {
+    constexpr std::uint64_t second = 10'000'000;
+    const ScratchRegistry registry;
+    LevelCache cache;
+    const std::uint64_t start = 1'000 * second;
+    EXPECT_FALSE(cache.isEnabled(LogLevel::error, start)) << "nothing is logged unless a level is set";
+    setNumber(HKEY_CURRENT_USER, L"LogLevel", 2);
+    EXPECT_FALSE(cache.isEnabled(LogLevel::error, start + 61 * second - 1)) << "still what was read first";
+    EXPECT_TRUE(cache.isEnabled(LogLevel::warning, start + 61 * second));
+    EXPECT_FALSE(cache.isEnabled(LogLevel::info, start + 61 * second));
+}
+
+TEST(Settings, TheUserComesBeforeTheMachine) {
+    const ScratchRegistry registry;
+    EXPECT_EQ(readNumberSetting(L"LogLevel"), std::nullopt);
+    setNumber(HKEY_LOCAL_MACHINE, L"LogLevel", 1);
+    EXPECT_EQ(readNumberSetting(L"LogLevel"), 1u);
+    setNumber(HKEY_CURRENT_USER, L"LogLevel", 4);
+    EXPECT_EQ(readNumberSetting(L"LogLevel"), 4u);
+    EXPECT_EQ(readTextSetting(L"LogLevel"), std::nullopt) << "a number is not a text";
+    const std::wstring path(3000, L'я');
+    ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, settingsKey, L"LogPath", REG_SZ, path.c_str(),
+                      static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t)));
+    EXPECT_EQ(readTextSetting(L"LogPath"), path);
+}
+
+TEST(Log, LinesAreAppendedWholeInUtf8) {
+    const std::wstring path = FileSystem::temporaryFolder() + L"corvane-журнал";
+    writeFile(path, Bytes{'x', '\n'});
+    {
+        FileLogger logger(path);
+        std::vector<std::jthread> writers;
+        writers.reserve(4);
+        for (int writer = 0; writer < 4; ++writer)
+            writers.emplace_back([&] {
+                for (int line = 0; line < 100; ++line)
+                    LogMessage(3, L"контекст", logger) << L"value: " << 1000 << L'.';
+            });
+    }
+    const Bytes content = readFile(path);
+    FileSystem::deleteFile(path);
+    std::istringstream lines(std::string(content.begin(), content.end()));
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "x") << "what was there";
+    int count = 0;
+    for (; std::getline(lines, line); ++count)
+        EXPECT_THAT(line, testing::EndsWith(toUtf8(L" | INFO | контекст | value: 1000.\r")));
+    EXPECT_EQ(count, 400);
+}
+
+TEST(Log, AFileThatCannotBeOpenedIsNoError) {
+    FileLogger logger(L"Z:\\no such folder\\Corvane2.log");
+    EXPECT_NO_THROW(LogMessage(1, L"c", logger) << L"t");
+}
+
+class TrustedSites : public testing::Test {
+protected:
+    static void addValue(HKEY hive, const std::wstring& name) {
+        ScratchRegistry::addValue(hive, trustedSitesKey, name);
+    }
+
+    ScratchRegistry registry_;
+};
+
+TEST_F(TrustedSites, LettersAreTheSystems) {
+    const SitePattern site = readSite(L"HTTPS://Почта.РФ/Ящик");
+    EXPECT_EQ(site.scheme, L"https");
+    EXPECT_EQ(siteHost(site), L"почта.рф");
+    EXPECT_EQ(site.rest, L"ящик");
+    EXPECT_EQ(readSite(L"http://a。b").rest, siteParseError) << "the ideographic stop is no letter";
+}
+
+TEST_F(TrustedSites, ValidPatternsOfBothHivesCount) {
+    EXPECT_FALSE(RegTrustedSites().isTrusted(L"https://example.org/")) << "without a key";
+    for (const wchar_t* name : {L"*.org", L"*", L"file://x", L"a.*.org", L"ex ample.org", L""})
+        addValue(HKEY_CURRENT_USER, name);
+    addValue(HKEY_CURRENT_USER, L"*.User.example");
+    addValue(HKEY_LOCAL_MACHINE, L"name://wscript.exe");
+    const RegTrustedSites sites;
+    EXPECT_TRUE(sites.isTrusted(L"HTTPS://a.USER.example:8080/x"));
+    EXPECT_TRUE(sites.isTrusted(L"name://WScript.exe"));
+    for (const wchar_t* address : {L"https://other.example/", L"", L"http://www.example.org", L"http://org",
+                                   L"file://x", L"http://a.b.org", L"file:///c:/x.html"})
+        EXPECT_FALSE(sites.isTrusted(address)) << testing::PrintToString(address);
+    // One name at the edge of the first buffer, one that needs it doubled several times; a short one after
+    // them.
+    for (const std::size_t length : {260u, 261u, 3000u, 5u}) {
+        const std::wstring host = std::wstring(length - 4, L'a') + L".org";
+        addValue(HKEY_CURRENT_USER, host);
+        EXPECT_TRUE(RegTrustedSites().isTrusted(L"http://" + host)) << length;
+    }
+}
+
+TEST_F(TrustedSites, SessionKeepsTrustedAndRefusedApart) {
+    SessionTrustedSites sites;
+    sites.add(L"https://Good.example:8080/path", false);
+    sites.add(L"https://bad.example/path", true);
+    EXPECT_TRUE(sites.isTrusted(L"https://good.example/"));
+    EXPECT_TRUE(sites.reject(L"https://BAD.example:1/"));
+    // Refused or trusted is not the other, the scheme counts, and so does each label.
+    for (const wchar_t* address :
+         {L"https://bad.example/", L"http://good.example/", L"https://www.good.example/", L""})
+        EXPECT_FALSE(sites.isTrusted(address)) << testing::PrintToString(address);
+    for (const wchar_t* address : {L"https://good.example/", L"http://bad.example/", L""})
+        EXPECT_FALSE(sites.reject(address)) << testing::PrintToString(address);
+    EXPECT_FALSE(RegTrustedSites().isTrusted(L"https://good.example/")) << "not remembered";
+}
+
+TEST_F(TrustedSites, RememberedSiteIsWrittenAsAPattern) {
+    SessionTrustedSites().addToRegistry(L"HTTPS://Good.example:8080/path");
+    EXPECT_EQ(::RegGetValueW(HKEY_CURRENT_USER, trustedSitesKey, L"https://good.example", RRF_RT_REG_DWORD,
+                             nullptr, nullptr, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_TRUE(RegTrustedSites().isTrusted(L"https://good.example/other"));
+    EXPECT_FALSE(RegTrustedSites().isTrusted(L"http://good.example/"));
+}
+
+TEST_F(TrustedSites, InvalidSitesAreNotAdded) {
+    SessionTrustedSites sites;
+    for (const wchar_t* url : {L"", L"file:///c:/x.html", L"http://*.org", L"http://a b", L"http://a:b@c/"}) {
+        EXPECT_EQ(errorCode([&] { sites.add(url, false); }), E_INVALID_DOMAIN.code);
+        EXPECT_EQ(errorCode([&] { sites.addToRegistry(url); }), E_INVALID_DOMAIN.code);
+    }
+    RegistryKey key;
+    EXPECT_EQ(::RegOpenKeyExW(HKEY_CURRENT_USER, trustedSitesKey, 0, KEY_READ, key.put()),
+              ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(TrustedSites, RegistryFailuresAreReported) {
+    const SessionTrustedSites sites;
+    // The registry takes no name of a value longer than 16,383 characters.
+    EXPECT_EQ(errorCode([&] { sites.addToRegistry(L"http://" + std::wstring(16400, L'a')); }),
+              E_REG_VALUE_SET.code);
+    // No key can be made below one that was deleted.
+    RegistryKey gone;
+    ASSERT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, L"gone", gone.put()), ERROR_SUCCESS);
+    ASSERT_EQ(::RegDeleteKeyW(HKEY_CURRENT_USER, L"gone"), ERROR_SUCCESS);
+    ASSERT_EQ(::RegOverridePredefKey(HKEY_CURRENT_USER, gone.get()), ERROR_SUCCESS);
+    EXPECT_EQ(failureOf([&] { sites.addToRegistry(L"http://a.example"); }),
+              Failure(E_REG_KEY_CREATE.code, ERROR_KEY_DELETED));
+}
+
+TEST_F(TrustedSites, SessionIsSharedByThreads) {
+    SessionTrustedSites& sites = SessionTrustedSites::instance();
+    const auto work = [&](const std::wstring& name) {
+        for (int i = 0; i < 500; ++i) {
+            const bool refused = i % 2 != 0;
+            const std::wstring url = L"http://" + name + std::to_wstring(i) + L".example/";
+            sites.add(url, refused);
+            EXPECT_EQ(sites.isTrusted(url), !refused);
+            EXPECT_EQ(sites.reject(url), refused);
+        }
+    };
+    std::jthread first(work, L"a");
+    work(L"b");
+}
+
+}  // namespace
