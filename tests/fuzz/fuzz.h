@@ -30,7 +30,7 @@ std::optional<std::uint32_t> errorOf(Action&& action) {
 // Each fuzzer defines this.
 void fuzz(Input input);
 
-extern "C" inline int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" [[gnu::used]] inline int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz({data, size});
     return 0;
 }

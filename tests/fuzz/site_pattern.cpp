@@ -22,12 +22,13 @@ void fuzz(Input input) {
         require(label == L"*" || label.find_first_of(L"*./:?#@ %\\") == std::wstring::npos);
     if (isValidSitePattern(pattern)) {
         // What is written to the registry is valid and means the same when it is read again.
-        SitePattern stored = pattern;
+        const SitePattern& page = pattern;
+        SitePattern stored = page;
         stored.rest.clear();
         stored = parse(sitePatternText(stored));
         require(isValidSitePattern(stored) && stored.scheme == pattern.scheme &&
                 stored.labels == pattern.labels);
-        require(pattern.scheme.empty() || matchesSite(stored, pattern));
+        require(page.scheme.empty() || matchesSite(stored, page));
     }
     if (matchesSite(pattern, address))
         require(!address.scheme.empty() && address.rest != siteParseError);

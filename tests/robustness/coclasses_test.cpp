@@ -142,36 +142,63 @@ TEST_F(CoclassesTest, DescribeThemselvesTheirErrorsAndTheirSafety) {
     });
 }
 
-// Arguments that the type library takes for the function's parameters.
-std::vector<VARIANT> argumentsFor(const FUNCDESC& function) {
-    std::vector<VARIANT> arguments;
-    for (SHORT i = 0; i < function.cParams; ++i) {
-        const VARTYPE type = function.lprgelemdescParam[i].tdesc.vt;
-        arguments.push_back(variantOf(type == VT_PTR || type == VT_DISPATCH ? VT_DISPATCH : VT_EMPTY));
+// Calls each member that a class of ours declares, late-bound, with arguments that the type library takes for
+// its parameters, `object` for those that are objects, and runs the check with its outcome.
+void forEachMember(const Made& made, IDispatch* object,
+                   const std::function<void(bool hasObjects, const LateCall&)>& check) {
+    const auto dispatch = made.object.query<IDispatch>();
+    FUNCDESC* function = nullptr;
+    for (UINT i = 0; made.defaultInterface->GetFuncDesc(i, &function) == S_OK; ++i) {
+        std::vector<VARIANT> arguments;
+        bool hasObjects = false;
+        for (SHORT parameter = 0; parameter < function->cParams; ++parameter) {
+            const bool isObject = function->lprgelemdescParam[parameter].tdesc.vt == VT_PTR;
+            const bool isCallback = function->lprgelemdescParam[parameter].tdesc.vt == VT_DISPATCH;
+            arguments.push_back(
+                variantTo(isObject || isCallback ? VT_DISPATCH : VT_EMPTY, isObject ? object : nullptr));
+            hasObjects = hasObjects || isObject;
+        }
+        SCOPED_TRACE(function->memid);
+        if (function->memid < 0x60000000)  // from there on, IUnknown's and IDispatch's own
+            check(hasObjects, LateCall(*dispatch.get(), function->memid, arguments));
+        made.defaultInterface->ReleaseFuncDesc(function);
     }
-    return arguments;
 }
 
 TEST_F(CoclassesTest, NoMemberOfAServiceWorksWithoutTrust) {
-    constexpr MEMBERID firstOfSystem = 0x60000000;  // IUnknown's and IDispatch's own
     int members = 0;
     forEach([&](const Made& made) {
         if (!made.isService() || made.name == L"About")
             return;
-        const auto dispatch = made.object.query<IDispatch>();
-        FUNCDESC* function = nullptr;
-        for (UINT i = 0; made.defaultInterface->GetFuncDesc(i, &function) == S_OK; ++i) {
-            if (function->memid < firstOfSystem) {
-                const LateCall call(*dispatch.get(), function->memid, argumentsFor(*function));
-                EXPECT_EQ(call.failure(), accessDenied) << function->memid;
-                EXPECT_EQ(viewOf(call.exception.bstrDescription),
-                          L"[1001] Доступ для текущего домена запрещен");
-                ++members;
-            }
-            made.defaultInterface->ReleaseFuncDesc(function);
-        }
+        forEachMember(made, nullptr, [&](bool, const LateCall& call) {
+            EXPECT_EQ(call.failure(), accessDenied);
+            EXPECT_EQ(viewOf(call.exception.bstrDescription), L"[1001] Доступ для текущего домена запрещен");
+            ++members;
+        });
     });
     EXPECT_EQ(members, 15 + 17 + 7 + 7 + 12);
+}
+
+TEST_F(CoclassesTest, ServicesTakeNullAndForeignObjectsForWhatTheyAre) {
+    ForeignObject foreign(E_NOINTERFACE);
+    int members = 0;
+    forEach([&](const Made& made) {
+        if (made.name.find(L"Service") == std::wstring::npos)
+            return;
+        host_.href = trustedPage;
+        ASSERT_EQ(made.object.query<IObjectWithSite>()->SetSite(host_.site()), S_OK);
+        for (IDispatch* const object :
+             {static_cast<IDispatch*>(nullptr), static_cast<IDispatch*>(&foreign)}) {
+            forEachMember(made, object, [&](bool hasObjects, const LateCall& call) {
+                if (!hasObjects)
+                    return;
+                EXPECT_EQ(call.failure(), object ? E_NOINTERFACE : E_POINTER);
+                ++members;
+            });
+        }
+    });
+    EXPECT_EQ(members, 2 * (9 + 12 + 5));
+    EXPECT_EQ(foreign.references(), 0U);
 }
 
 TEST_F(CoclassesTest, MethodsAskTheUserAndHasAccessNeverDoes) {

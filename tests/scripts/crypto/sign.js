@@ -25,6 +25,7 @@ expectSigner(service.VerifySignature(document, chain));
 var attached = service.AttachedSign(document, signer);
 attached.ToFile(folder + "attached.p7s");
 expectSigner(service.VerifyAttachedSignature(attached));
+check(attached.Size >= detached.Size + document.Size, "only one of them holds the document");
 
 // Arguments that are not what they should be
 var bare = service.CreateCertificateFromContent(binaryOf(signer.Content.ToBase64()));
