@@ -28,6 +28,11 @@ token.SetCanceled();
 equal(token.IsCanceled, true);
 equal(wait(function (done) { service.GetCrc32StreamAsync(service.CreateStream(), done, token); }),
     "[35] Операция отменена");
+var half = streamOf(hex("61626364"));
+half.Seek(2);
+token = create("OperationToken");
+wait(function (done) { service.GetCrc32StreamAsync(half, done, token); });
+equal(token.Progress, 0.5, "of the whole stream");
 throws(function () { service.GetCrc32StreamAsync(streamOf(abc), check, service); }, "0x80004002");
 throws(function () { service.GetCrc32StreamAsync(abc, check); }, "0x80004002");
 

@@ -47,6 +47,29 @@ try {
     equal(token.Progress, 1);
     equal(wait(function (done) { archive.ExtractAllAsync(folder, done); }).substr(0, 5), "[28] ");
 
+    // An old file, hidden too, stays until its successor is complete.
+    var packed = service.PKZip(binaryOf("new")).ToHexString();
+    var crcAt = packed.indexOf("504B0102") + 32; // APPNOTE.TXT 4.3.12
+    var old = work + "\\old\\file";
+    disk.CreateFolder(work + "\\old");
+    binaryOf("old").ToFile(old);
+    disk.SetAttributes(old, 2);
+    var damaged = service.OpenZipArchive(streamOf(hex(packed.substr(0, crcAt) + "00000000" + packed.substr(crcAt + 8))));
+    fails(function () { damaged.ExtractAll(work + "\\old", 0, true); }, "[102] ");
+    equal(textOf(bytes.BinaryObjectFromFile(old)), "old");
+    service.OpenZipArchive(streamOf(hex(packed))).ExtractAll(work + "\\old", 0, true);
+    equal(textOf(bytes.BinaryObjectFromFile(old)), "new");
+    equal(JSON.parse(disk.List(work + "\\old")).length, 1, "nothing temporary is left");
+
+    // Tokens of operations on bytes.
+    token = create("OperationToken");
+    wait(function (done) { archive.ExtractAsync(2, done, 0, token); });
+    equal(token.Progress, 1);
+    token.SetCanceled();
+    equal(wait(function (done) { archive.ExtractAsync(2, done, 0, token); }).substr(0, 5), "[35] ");
+    equal(wait(function (done) { archive.AddAsync("x", binaryOf("x"), done, token); }).substr(0, 5), "[35] ");
+    equal(archive.Count, 5);
+
     // Archives that would write elsewhere.
     for (var i = 0; i < 6; ++i) {
         var unsafe = archiveOf(data + "unsafe-" + i + ".zip");

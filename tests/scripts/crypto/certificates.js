@@ -91,4 +91,5 @@ equal(store.GetCertificates('{"name": "Corvane Test Root", "storeName": "My"}').
 store.Open(2, "CorvaneScripts");
 fails(function () { store.Install(root); }, "[611] ", "a store opened without a word is for reading");
 store.Close();
-fails(function () { store.Close(); }, "[604] ");
+store.Close();
+fails(function () { store.name; }, "[604] ", "closed");
