@@ -1,20 +1,15 @@
-// The trace of moved positions in the log, which the native build has not.
+// The trace of moved positions in the log, which only the builds for Windows have.
 #pragma once
 
 #include <cstdint>
 
-#ifdef _WIN32
-#include "core/log.h"
-#endif
-
 namespace Corvane::Stream {
 
-// `function` is what is about to move the position.
-inline void logSeek([[maybe_unused]] const wchar_t* function, [[maybe_unused]] std::uint64_t from,
-                    [[maybe_unused]] std::uint64_t to) {
+// `function` is about to move the position.
 #ifdef _WIN32
-    writeLog(LogLevel::debug, function, L"old position: ", from, L", new position: ", to);
+void logSeek(const wchar_t* function, std::uint64_t from, std::uint64_t to);
+#else
+inline void logSeek(const wchar_t*, std::uint64_t, std::uint64_t) noexcept {}
 #endif
-}
 
 }  // namespace Corvane::Stream
