@@ -12,8 +12,9 @@
 namespace Corvane::Binary::detail {
 
 // A running digest over `Algorithm`, which holds the chaining words and offers:
-//   wordCount, byteOrder     how many 32-bit words there are, and the order of bytes in the digest and the
-//   length words()                  the chaining words process(blocks, count)   takes in whole blocks
+//   - wordCount, byteOrder: how many 32-bit words there are, and the order of bytes in digest and length
+//   - words(): the chaining words
+//   - process(blocks, count): takes in whole blocks
 //
 // A copy continues independently of the original. Not for use by two threads at once.
 template <class Algorithm>

@@ -9,11 +9,11 @@ using namespace Corvane;
 using namespace Corvane::Com;
 
 HRESULT CAbout::get_Version(BSTR* version) {
-    return frame(L"CAbout::Version", [&] { give(version, versionText); });
+    return frame(L"CAbout::get_Version", [&] { give(version, versionText); });
 }
 
 HRESULT CAbout::get_RegVersion(BSTR* version) {
-    return frame(L"CAbout::RegVersion", [&] { give(version, registeredVersion()); });
+    return frame(L"CAbout::get_RegVersion", [&] { give(version, registeredVersion()); });
 }
 
 HRESULT CAbout::get_HasAccess(VARIANT_BOOL* access) {
@@ -24,9 +24,9 @@ HRESULT CAbout::get_HasAccess(VARIANT_BOOL* access) {
     } catch (...) {
         // Whatever the reason, the answer is no.
     }
-    return frame(L"CAbout::HasAccess", [&] { give(access, variantBool(allowed)); });
+    return frame(L"CAbout::get_HasAccess", [&] { give(access, variantBool(allowed)); });
 }
 
 HRESULT CAbout::get_WinVersion(BSTR* version) {
-    return frame(L"CAbout::WinVersion", [&] { give(version, windowsVersion()); });
+    return frame(L"CAbout::get_WinVersion", [&] { give(version, windowsVersion()); });
 }

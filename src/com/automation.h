@@ -1,6 +1,8 @@
 // Owners of automation's strings, variants and arrays. Running out of memory is std::bad_alloc.
 #pragma once
 
+#include "core/check.h"
+
 #include <windows.h>
 
 #include <oleauto.h>
@@ -121,6 +123,25 @@ public:
 
     SAFEARRAY* get() const noexcept { return array_; }
     [[nodiscard]] SAFEARRAY* detach() noexcept { return std::exchange(array_, nullptr); }
+
+    // The elements, of type T, as long as this lives.
+    template <class T>
+    class Elements {
+    public:
+        explicit Elements(const SafeArray& array) : array_(array.get()) {
+            checkHresult(::SafeArrayAccessData(array_, reinterpret_cast<void**>(&data_)), E_ACTIVEX,
+                         L"SafeArrayAccessData");
+        }
+        ~Elements() { ::SafeArrayUnaccessData(array_); }
+        Elements(const Elements&) = delete;
+        Elements& operator=(const Elements&) = delete;
+
+        T* data() const noexcept { return data_; }
+
+    private:
+        SAFEARRAY* array_;
+        T* data_ = nullptr;
+    };
 
 private:
     // The size in bytes is counted in 32 bits, and not every system refuses what they cannot hold. No element

@@ -47,13 +47,13 @@ public:
     Corvane::Com::SharedStream stream() const noexcept override { return stream_; }
 
     HRESULT STDMETHODCALLTYPE get_Position(double* position) override {
-        return this->frame(L"CBaseStream::Position", [&] {
+        return this->frame(L"CBaseStream::get_Position", [&] {
             Corvane::Com::give(position, static_cast<double>(stream_->state().position));
         });
     }
 
     HRESULT STDMETHODCALLTYPE get_Size(double* size) override {
-        return this->frame(L"CBaseStream::Size",
+        return this->frame(L"CBaseStream::get_Size",
                            [&] { Corvane::Com::give(size, static_cast<double>(stream_->state().size)); });
     }
 

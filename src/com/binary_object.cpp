@@ -23,15 +23,15 @@ namespace {
 // A one-dimensional array of bytes as scripts can index it: VARIANTs of VT_UI1.
 Variant byteArray(std::span<const std::uint8_t> bytes) {
     SafeArray array(VT_VARIANT, static_cast<ULONG>(bytes.size()));
-    VARIANT* element = nullptr;
-    checkHresult(::SafeArrayAccessData(array.get(), reinterpret_cast<void**>(&element)), E_ACTIVEX,
-                 L"SafeArrayAccessData");
-    for (const std::uint8_t byte : bytes) {
-        V_VT(element) = VT_UI1;
-        V_UI1(element) = byte;
-        ++element;
+    {
+        const SafeArray::Elements<VARIANT> elements(array);
+        VARIANT* element = elements.data();
+        for (const std::uint8_t byte : bytes) {
+            V_VT(element) = VT_UI1;
+            V_UI1(element) = byte;
+            ++element;
+        }
     }
-    ::SafeArrayUnaccessData(array.get());
     Variant result;
     V_VT(&result.get()) = VT_ARRAY | VT_VARIANT;
     V_ARRAY(&result.get()) = array.detach();

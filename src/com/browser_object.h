@@ -17,8 +17,8 @@ namespace Corvane::Com {
 class BrowserSite {
 public:
     // Keeps `site` and resolves the page. What fails on the way is logged and kept, for checkAccess() to
-    // raise until a later site is resolved; E_FAIL, which keeps nothing, is only for a host whose file name
-    // cannot be read. A null site lets go of the former one and leaves no access.
+    // raise until a later site is resolved; E_FAIL, which keeps the former page, is only for a host whose
+    // file name cannot be read. A null site lets go of the former one and leaves no access.
     HRESULT setSite(IUnknown* site) noexcept;
 
     // The site under the interface `iid`; E_FAIL when there is none.

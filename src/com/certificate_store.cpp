@@ -43,10 +43,8 @@ HRESULT CCertificateStore::Open(ULONG location, BSTR name, ULONG openMode) {
 HRESULT CCertificateStore::Close() {
     return serviceFrame(L"CCertificateStore::Close", [&] {
         const SharedStore closed = replace(nullptr);
-        if (!closed)
-            throw Exception(E_CERT_STORE_NOT_OPENED);
         // Another thread that works with the store right now closes it when it has finished.
-        if (closed.use_count() == 1)
+        if (closed && closed.use_count() == 1)
             closed->close();
     });
 }

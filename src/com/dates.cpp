@@ -1,7 +1,7 @@
 #include "com/dates.h"
 
+#include "core/check.h"
 #include "core/moment.h"
-#include "core/system_exception.h"
 
 #include <oleauto.h>
 
@@ -10,8 +10,9 @@ namespace Corvane::Com {
 DATE toDate(const FILETIME& time) {
     SYSTEMTIME local = toLocalTime(time);
     DATE date = 0;
+    // Neither of these calls leaves an error of its own.
     if (!::SystemTimeToVariantTime(&local, &date)) {
-        throw Win32Exception(E_SYSTEMTIME_TO_LOCAL_CAST, ERROR_INVALID_PARAMETER);
+        detail::failWin32(E_SYSTEMTIME_TO_LOCAL_CAST, L"SystemTimeToVariantTime", ERROR_INVALID_PARAMETER);
     }
     return date;
 }
@@ -19,7 +20,7 @@ DATE toDate(const FILETIME& time) {
 FILETIME fromDate(DATE date) {
     SYSTEMTIME local{};
     if (!::VariantTimeToSystemTime(date, &local)) {
-        throw Win32Exception(E_SYSTEMTIME_TO_LOCAL_CAST, ERROR_INVALID_PARAMETER);
+        detail::failWin32(E_SYSTEMTIME_TO_LOCAL_CAST, L"VariantTimeToSystemTime", ERROR_INVALID_PARAMETER);
     }
     return fromLocalTime(local);
 }

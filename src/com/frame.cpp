@@ -2,6 +2,7 @@
 
 #include "com/automation.h"
 #include "com/ptr.h"
+#include "core/handles.h"
 #include "core/log.h"
 #include "core/system_exception.h"
 #include "core/text.h"
@@ -62,11 +63,9 @@ HRESULT reportError(const CLSID& clsid, const wchar_t* description, HRESULT hr) 
     ComPtr<ICreateErrorInfo> creator;
     if (SUCCEEDED(::CreateErrorInfo(creator.put()))) {
         creator->SetGUID(GUID_NULL);
-        LPOLESTR progId = nullptr;
-        if (SUCCEEDED(::ProgIDFromCLSID(clsid, &progId))) {
-            creator->SetSource(progId);
-            ::CoTaskMemFree(progId);
-        }
+        CoTaskMemory<OLECHAR> progId;
+        if (SUCCEEDED(::ProgIDFromCLSID(clsid, progId.put())))
+            creator->SetSource(progId.get());
         // The interface takes a writable pointer and copies the text.
         creator->SetDescription(const_cast<LPOLESTR>(description));
         if (const auto info = creator.query<IErrorInfo>())

@@ -69,12 +69,12 @@ const CZipArchive::SharedArchive& CZipArchive::archive() const {
 }
 
 HRESULT CZipArchive::get_Count(ULONG* count) {
-    return frame(L"CZipArchive::Count",
+    return frame(L"CZipArchive::get_Count",
                  [&] { give(count, static_cast<ULONG>(archive()->entries()->size())); });
 }
 
 HRESULT CZipArchive::get_Entries(BSTR* json) {
-    return frame(L"CZipArchive::Entries",
+    return frame(L"CZipArchive::get_Entries",
                  [&] { give(json, writeJson(Compression::entriesJson(*archive()->entries()))); });
 }
 
@@ -90,13 +90,13 @@ HRESULT CZipArchive::Extract(VARIANT entry, VARIANT maxSize, IBinaryObject** bin
     });
 }
 
-HRESULT CZipArchive::ExtractAsync(VARIANT entry, IDispatch* pCallback, VARIANT maxSize) {
+HRESULT CZipArchive::ExtractAsync(VARIANT entry, IDispatch* pCallback, VARIANT maxSize, VARIANT token) {
     return frame(L"CZipArchive::ExtractAsync", [&] {
-        startAsync(pCallback,
-                   [zip = archive(), index = indexOf(*archive(), entry), limit = limitOf(maxSize)] {
-                       return namedCall(extractName,
-                                        [&] { return std::make_shared<Bytes>(zip->extract(index, limit)); });
-                   });
+        startOperation(extractName, pCallback, token,
+                       [zip = archive(), index = indexOf(*archive(), entry),
+                        limit = limitOf(maxSize)](const SharedProgress& progress) {
+                           return std::make_shared<Bytes>(zip->extract(index, limit, progress));
+                       });
     });
 }
 
@@ -141,11 +141,13 @@ HRESULT CZipArchive::Add(BSTR name, IBinaryObject* pData) {
                  [&] { archive()->add(toUtf8(viewOf(name)), Compression::zipDateNow(), *bytesOf(pData)); });
 }
 
-HRESULT CZipArchive::AddAsync(BSTR name, IBinaryObject* pData, IDispatch* pCallback) {
+HRESULT CZipArchive::AddAsync(BSTR name, IBinaryObject* pData, IDispatch* pCallback, VARIANT token) {
     return frame(L"CZipArchive::AddAsync", [&] {
-        startAsync(pCallback, [zip = archive(), entry = toUtf8(viewOf(name)), content = bytesOf(pData)] {
-            namedCall(addName, [&] { zip->add(entry, Compression::zipDateNow(), *content); });
-        });
+        startOperation(addName, pCallback, token,
+                       [zip = archive(), entry = toUtf8(viewOf(name)),
+                        content = bytesOf(pData)](const SharedProgress& progress) {
+                           zip->add(entry, Compression::zipDateNow(), *content, progress);
+                       });
     });
 }
 

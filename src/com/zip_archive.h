@@ -21,7 +21,8 @@ public:
     HRESULT STDMETHODCALLTYPE get_Entries(BSTR* json) override;
     HRESULT STDMETHODCALLTYPE Find(BSTR name, ULONG* index) override;
     HRESULT STDMETHODCALLTYPE Extract(VARIANT entry, VARIANT maxSize, IBinaryObject** binary) override;
-    HRESULT STDMETHODCALLTYPE ExtractAsync(VARIANT entry, IDispatch* pCallback, VARIANT maxSize) override;
+    HRESULT STDMETHODCALLTYPE ExtractAsync(VARIANT entry, IDispatch* pCallback, VARIANT maxSize,
+                                           VARIANT token) override;
     HRESULT STDMETHODCALLTYPE ExtractStream(VARIANT entry, ::IBinaryStream* output, VARIANT maxSize) override;
     HRESULT STDMETHODCALLTYPE ExtractStreamAsync(VARIANT entry, ::IBinaryStream* output, IDispatch* pCallback,
                                                  VARIANT maxSize, VARIANT token) override;
@@ -29,7 +30,8 @@ public:
     HRESULT STDMETHODCALLTYPE ExtractAllAsync(BSTR folder, IDispatch* pCallback, VARIANT maxSize,
                                               VARIANT_BOOL overwrite, VARIANT token) override;
     HRESULT STDMETHODCALLTYPE Add(BSTR name, IBinaryObject* pData) override;
-    HRESULT STDMETHODCALLTYPE AddAsync(BSTR name, IBinaryObject* pData, IDispatch* pCallback) override;
+    HRESULT STDMETHODCALLTYPE AddAsync(BSTR name, IBinaryObject* pData, IDispatch* pCallback,
+                                       VARIANT token) override;
     HRESULT STDMETHODCALLTYPE AddStream(BSTR name, ::IBinaryStream* input) override;
     HRESULT STDMETHODCALLTYPE AddStreamAsync(BSTR name, ::IBinaryStream* input, IDispatch* pCallback,
                                              VARIANT token) override;

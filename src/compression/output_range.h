@@ -1,17 +1,15 @@
-// What an operation writes into a stream: all of it or nothing.
+// What an operation writes into a stream: all of it, or nothing of it stays.
 #pragma once
 
 #include "stream/binary_stream.h"
 
-#include <cstdint>
-
 namespace Corvane::Compression::detail {
 
-// Begins at the stream's position. After commit() the stream ends behind what was written; without it the
-// stream ends where the range began. The stream must outlive it.
+// Begins at the stream's position. After commit() the stream ends behind what was written. Without it the
+// stream ends where the range began, or is as it was when nothing was written. The stream must outlive it.
 class OutputRange {
 public:
-    explicit OutputRange(Stream::IBinaryStream& stream) : stream_(stream), begin_(stream.state().position) {}
+    explicit OutputRange(Stream::IBinaryStream& stream) : stream_(stream), before_(stream.state()) {}
     OutputRange(const OutputRange&) = delete;
     OutputRange& operator=(const OutputRange&) = delete;
 
@@ -20,7 +18,11 @@ public:
             return;
         }
         try {
-            stream_.resize(begin_);
+            // Whatever was written moved the position.
+            const Stream::State now = stream_.state();
+            if (now.position != before_.position || now.size != before_.size) {
+                stream_.resize(before_.position);
+            }
         } catch (...) {
             // The failure that led here is the one to report.
         }
@@ -36,7 +38,7 @@ public:
 
 private:
     Stream::IBinaryStream& stream_;
-    std::uint64_t begin_;
+    Stream::State before_;
     bool committed_ = false;
 };
 

@@ -53,6 +53,7 @@ void zipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output, c
     if (&input == &output) {
         throw Exception(E_ZIP_OPEN);
     }
+    Stream::throwIfCanceled(progress);
     OutputRange range(output);
     ZipFile archive = ZipFile::open(output);
     const Stream::State state = input.state();

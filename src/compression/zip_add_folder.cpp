@@ -1,10 +1,8 @@
 #include "compression/zip_disk_date.h"
 #include "compression/zip_folder.h"
-#include "core/check.h"
-#include "core/errors.h"
-#include "core/handles.h"
 #include "core/text.h"
 #include "stream/file.h"
+#include "stream/file_system.h"
 #include "stream/stream_loop.h"
 
 #include <vector>
@@ -20,88 +18,54 @@ struct Source {
     ZipDate date;
 };
 
-std::uint64_t sizeOf(const WIN32_FIND_DATAW& found) noexcept {
-    return std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
-}
-
-// Other reparse points, of deduplicated files for example, are files and folders to everybody.
-bool isLink(const WIN32_FIND_DATAW& found) noexcept {
-    return (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
-           (found.dwReserved0 == IO_REPARSE_TAG_SYMLINK || found.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
-}
-
-bool isSelfOrParent(const wchar_t* name) noexcept {
-    return name[0] == L'.' && (name[1] == 0 || (name[1] == L'.' && name[2] == 0));
-}
-
-bool isFolder(const WIN32_FIND_DATAW& found) noexcept {
-    return (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
+// What is to be added, each folder before what lies in it.
 class SourceList {
 public:
-    void addBelow(const std::wstring& folder, const std::string& prefix, const SharedProgress& progress) {
-        WIN32_FIND_DATAW found{};
-        const FileSearch search(::FindFirstFileW(unlimitedPath(folder + L"\\*").c_str(), &found));
-        checkWin32(static_cast<bool>(search), E_DIRECTORY_PATH, L"FindFirstFileW");
-        do {
-            Stream::throwIfCanceled(progress);
-            if (!isSelfOrParent(found.cFileName) && !isLink(found)) {
-                add(folder + L"\\" + found.cFileName, prefix + toUtf8(found.cFileName), found, progress);
-            }
-        } while (::FindNextFileW(search.get(), &found));
-        if (::GetLastError() != ERROR_NO_MORE_FILES) {
-            throw Win32Exception(E_DIRECTORY_PATH);
+    SourceList(const std::wstring& path, const std::string& prefix, const SharedProgress& progress) {
+        const std::string folder = prefix.empty() || prefix.ends_with('/') ? prefix : prefix + '/';
+        if (!FileSystem::folderExists(path)) {
+            add(path, folder, FileSystem::find(path));
+            return;
         }
-    }
-
-    void addFile(const std::wstring& path, const std::string& prefix) {
-        WIN32_FIND_DATAW found{};
-        const FileSearch search(::FindFirstFileW(unlimitedPath(path).c_str(), &found));
-        checkWin32(static_cast<bool>(search), E_GET_FILE_ATTRIBUTES, L"FindFirstFileW");
-        add(path, prefix + toUtf8(found.cFileName), found, nullptr);
+        addContents(path, folder, progress);
+        for (std::size_t i = 0; i < sources_.size(); ++i) {
+            if (sources_[i].folder) {
+                // Copies: adding moves the sources.
+                addContents(std::wstring(sources_[i].path), std::string(sources_[i].name), progress);
+            }
+        }
     }
 
     const std::vector<Source>& sources() const noexcept { return sources_; }
     std::uint64_t size() const noexcept { return size_; }
 
 private:
-    void add(const std::wstring& path, const std::string& name, const WIN32_FIND_DATAW& found,
-             const SharedProgress& progress) {
-        const bool folder = isFolder(found);
-        const std::uint64_t size = folder ? 0 : sizeOf(found);
-        sources_.push_back(
-            {path, folder ? name + '/' : name, folder, size, zipDateOf(found.ftLastWriteTime)});
-        size_ += size;
-        if (folder) {
-            addBelow(path, name + '/', progress);
+    void addContents(const std::wstring& folder, const std::string& prefix, const SharedProgress& progress) {
+        for (const FileSystem::Entry& entry : FileSystem::list(folder, L"*")) {
+            Stream::throwIfCanceled(progress);
+            if (!entry.link) {
+                add(FileSystem::join(folder, entry.name), prefix, entry);
+            }
         }
+    }
+
+    void add(const std::wstring& path, const std::string& prefix, const FileSystem::Entry& entry) {
+        const bool folder = (entry.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        const std::uint64_t size = folder ? 0 : entry.size;
+        const std::string name = prefix + toUtf8(entry.name);
+        sources_.push_back({path, folder ? name + '/' : name, folder, size, zipDateOf(entry.written)});
+        size_ += size;
     }
 
     std::vector<Source> sources_;
     std::uint64_t size_ = 0;
 };
 
-SourceList listSources(const std::wstring& path, const std::string& prefix, const SharedProgress& progress) {
-    const DWORD attributes = ::GetFileAttributesW(unlimitedPath(path).c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) {
-        throw Win32Exception(E_GET_FILE_ATTRIBUTES);
-    }
-    SourceList list;
-    const std::string folder = prefix.empty() || prefix.ends_with('/') ? prefix : prefix + '/';
-    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        list.addBelow(path, folder, progress);
-    } else {
-        list.addFile(path, folder);
-    }
-    return list;
-}
-
 }  // namespace
 
 void addFromDisk(ZipArchive& archive, const std::wstring& path, const std::string& prefix,
                  const SharedProgress& progress) {
-    const SourceList list = listSources(path, prefix, progress);
+    const SourceList list(path, prefix, progress);
     if (progress) {
         progress->start(list.size());
     }

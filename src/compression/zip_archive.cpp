@@ -26,12 +26,6 @@ const ZipEntry& entryAt(const ZipEntries& entries, std::size_t index) {
     return entries[index];
 }
 
-void checkSize(const ZipEntry& entry, std::uint64_t maxSize) {
-    if (entry.size > maxSize) {
-        throw Exception(E_BINARY_MAX_SIZE);
-    }
-}
-
 ZipEntries readEntries(Stream::IBinaryStream& stream) {
     ZipEntries entries;
     if (stream.state().size == 0) {
@@ -93,30 +87,46 @@ std::size_t ZipArchive::find(std::string_view name) const {
     return static_cast<std::size_t>(found - list->begin());
 }
 
-Bytes ZipArchive::extract(std::size_t index, std::uint64_t maxSize) const {
-    const std::shared_lock lock(content_);
+void ZipArchive::start(std::size_t index, std::uint64_t maxSize, const SharedProgress& progress) const {
     const SharedZipEntries list = entries();
     const ZipEntry& entry = entryAt(*list, index);
-    checkSize(entry, maxSize);
+    if (entry.size > maxSize) {
+        throw Exception(E_BINARY_MAX_SIZE);
+    }
+    if (progress) {
+        progress->start(entry.size);
+    }
+}
+
+void ZipArchive::extractTo(std::size_t index, const Sink& sink, const SharedProgress& progress) const {
+    const std::shared_lock lock(content_);
     UnZipFile file = UnZipFile::open(*openStream());
-    file.select(entry);
+    // Looked up only now: adding entries moves the directory.
+    file.select(entryAt(*entries(), index));
+    file.extract([&](std::span<const std::uint8_t> piece) {
+        Stream::throwIfCanceled(progress);
+        sink(piece);
+        if (progress) {
+            progress->add(piece.size());
+        }
+    });
+    Stream::throwIfCanceled(progress);
+}
+
+Bytes ZipArchive::extract(std::size_t index, std::uint64_t maxSize, const SharedProgress& progress) const {
+    start(index, maxSize, progress);
     Bytes content;
-    file.extract(appendTo(content));
+    extractTo(index, appendTo(content), progress);
     return content;
 }
 
 void ZipArchive::extract(std::size_t index, Stream::IBinaryStream& output, std::uint64_t maxSize,
                          const SharedProgress& progress) const {
-    const SharedZipEntries list = entries();
-    const ZipEntry& entry = entryAt(*list, index);
-    checkSize(entry, maxSize);
     // Before the range, whose end would cut the archive.
     if (openStream().get() == &output) {
         throw Exception(E_ZIP_GET_ENTRY);
     }
-    if (progress) {
-        progress->start(entry.size);
-    }
+    start(index, maxSize, progress);
     OutputRange range(output);
     extractFurther(index, output, progress);
     range.commit();
@@ -124,18 +134,8 @@ void ZipArchive::extract(std::size_t index, Stream::IBinaryStream& output, std::
 
 void ZipArchive::extractFurther(std::size_t index, Stream::IBinaryStream& output,
                                 const SharedProgress& progress) const {
-    const std::shared_lock lock(content_);
-    UnZipFile file = UnZipFile::open(*openStream());
-    // Looked up only now: adding entries moves the directory.
-    file.select(entryAt(*entries(), index));
-    file.extract([&](std::span<const std::uint8_t> piece) {
-        Stream::throwIfCanceled(progress);
-        output.write(piece);
-        if (progress) {
-            progress->add(piece.size());
-        }
-    });
-    Stream::throwIfCanceled(progress);
+    extractTo(
+        index, [&](std::span<const std::uint8_t> piece) { output.write(piece); }, progress);
 }
 
 void ZipArchive::update(const std::function<void(ZipWriter&)>& work, int mode) {
@@ -152,8 +152,12 @@ void ZipArchive::update(const std::function<void(ZipWriter&)>& work, int mode) {
     rollback.commit(size);
 }
 
-void ZipArchive::add(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content) {
-    update([&](ZipWriter& writer) { writer.addFile(name, date, content); });
+void ZipArchive::add(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content,
+                     const SharedProgress& progress) {
+    if (progress) {
+        progress->start(content.size());
+    }
+    update([&](ZipWriter& writer) { writer.addFile(name, date, content, progress); });
 }
 
 void ZipArchive::add(std::string_view name, const ZipDate& date, Stream::IBinaryStream& input,
@@ -205,9 +209,19 @@ void ZipWriter::addFile(std::string_view name, const ZipDate& date, Stream::IBin
     file_.closeEntry();
 }
 
-void ZipWriter::addFile(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content) {
+void ZipWriter::addFile(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content,
+                        const SharedProgress& progress) {
     open(std::string(name), date, content.size());
-    file_.write(content);
+    while (!content.empty()) {
+        Stream::throwIfCanceled(progress);
+        const auto piece = content.first(std::min(content.size(), pieceSize));
+        file_.write(piece);
+        content = content.subspan(piece.size());
+        if (progress) {
+            progress->add(piece.size());
+        }
+    }
+    Stream::throwIfCanceled(progress);
     file_.closeEntry();
 }
 

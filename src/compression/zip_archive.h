@@ -43,7 +43,8 @@ public:
     // throw.
     void addFile(std::string_view name, const ZipDate& date, Stream::IBinaryStream& input,
                  const SharedProgress& progress);
-    void addFile(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content);
+    void addFile(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content,
+                 const SharedProgress& progress = nullptr);
 
     // An entry for a folder itself; files need none for theirs.
     void addFolder(std::string_view name, const ZipDate& date);
@@ -79,12 +80,13 @@ public:
     // Exception E_ZIP_GET_ENTRY when there is none.
     std::size_t find(std::string_view name) const;
 
-    // The content of one entry. Throws Exception E_UNZIP_OUT_OF_RANGE, E_BINARY_MAX_SIZE above `maxSize`, and
-    // what UnZipFile::extract throws; nothing is returned then.
-    Bytes extract(std::size_t index, std::uint64_t maxSize = unlimitedSize) const;
+    // The content of one entry. Throws Exception E_UNZIP_OUT_OF_RANGE, E_BINARY_MAX_SIZE above `maxSize`,
+    // E_CANCELED, and what UnZipFile::extract throws; nothing is returned then.
+    Bytes extract(std::size_t index, std::uint64_t maxSize = unlimitedSize,
+                  const SharedProgress& progress = nullptr) const;
 
-    // The same to the position of a stream, which then ends behind the content; on a failure it ends where
-    // that would have begun. Throws E_CANCELED as well.
+    // The same to the position of a stream, which then ends behind the content; a failure leaves it as
+    // OutputRange says.
     void extract(std::size_t index, Stream::IBinaryStream& output, std::uint64_t maxSize,
                  const SharedProgress& progress) const;
 
@@ -98,7 +100,8 @@ public:
     void update(const std::function<void(ZipWriter&)>& work, int mode = defaultMode);
 
     // One entry from bytes, or from a stream as ZipWriter::addFile takes it. `progress` is started here.
-    void add(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content);
+    void add(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content,
+             const SharedProgress& progress = nullptr);
     void add(std::string_view name, const ZipDate& date, Stream::IBinaryStream& input,
              const SharedProgress& progress);
 
@@ -107,6 +110,9 @@ public:
 
 private:
     std::shared_ptr<Stream::IBinaryStream> openStream() const;
+    void start(std::size_t index, std::uint64_t maxSize, const SharedProgress& progress) const;
+    void extractTo(std::size_t index, const std::function<void(std::span<const std::uint8_t>)>& sink,
+                   const SharedProgress& progress) const;
     void load(Stream::IBinaryStream& stream);
 
     mutable SharedMutex content_;  // shared by those who read the stream, owned by one who changes it

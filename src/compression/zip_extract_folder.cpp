@@ -17,16 +17,14 @@
 namespace Corvane::Compression {
 namespace {
 
+using FileSystem::join;
+
 struct Target {
     std::size_t index;
     std::vector<std::wstring> folders;  // below the root
     std::wstring file;                  // empty for a folder
     ZipDate date;
 };
-
-std::wstring join(const std::wstring& folder, const std::wstring& name) {
-    return folder.empty() || folder.back() == L'\\' ? folder + name : folder + L'\\' + name;
-}
 
 // As file systems compare names.
 std::wstring upperCase(std::wstring text) {
@@ -91,10 +89,6 @@ Plan planOf(const ZipEntries& entries, std::uint64_t maxSize) {
     return plan;
 }
 
-bool isLink(DWORD attributes) noexcept {
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-}
-
 // The folders of one extraction, made as they are needed.
 class FolderMaker {
 public:
@@ -123,8 +117,8 @@ private:
         const DWORD error = ::GetLastError();
         const DWORD attributes = ::GetFileAttributesW(path.c_str());
         if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0 ||
-            isLink(attributes)) {
-            throw Win32Exception(E_DIRECTORY_PATH, error);
+            FileSystem::isLink(path)) {
+            Corvane::detail::failWin32(E_DIRECTORY_PATH, L"CreateDirectoryW", error);
         }
     }
 
@@ -132,25 +126,47 @@ private:
     std::set<std::wstring> known_;
 };
 
-void extractFile(const ZipArchive& archive, const Target& target, const std::wstring& path, bool overwrite,
-                 const SharedProgress& progress) {
-    if (isLink(::GetFileAttributesW(path.c_str()))) {
-        throw Win32Exception(E_CREATE_FILE, ERROR_FILE_EXISTS);
+bool exists(const std::wstring& path) noexcept {
+    return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// No other thread takes the same one.
+std::wstring temporaryPath(const std::wstring& folder) {
+    const std::wstring begin = join(folder, L"~vtc" + std::to_wstring(::GetCurrentThreadId()) + L'-');
+    for (unsigned number = 0;; ++number) {
+        std::wstring path = begin + std::to_wstring(number) + L".tmp";
+        if (!exists(path)) {
+            return path;
+        }
     }
-    const DWORD disposition = overwrite ? CREATE_ALWAYS : CREATE_NEW;
+}
+
+// An old file stays until the new one is complete.
+void extractFile(const ZipArchive& archive, const Target& target, const std::wstring& folder, bool overwrite,
+                 const SharedProgress& progress) {
+    const std::wstring path = join(folder, target.file);
+    if (FileSystem::isLink(path)) {
+        Corvane::detail::failWin32(E_CREATE_FILE, L"CreateFileW", ERROR_FILE_EXISTS);
+    }
+    const bool replaces = overwrite && exists(path);
+    const std::wstring written = replaces ? temporaryPath(folder) : path;
     const std::shared_ptr<File> file =
-        File::open(path, {.access = GENERIC_WRITE, .share = 0, .disposition = disposition});
+        File::open(written, {.access = GENERIC_WRITE, .share = 0, .disposition = CREATE_NEW});
     try {
         archive.extractFurther(target.index, *file, progress);
         if (const auto time = fileTimeOf(target.date)) {
             file->setTimes(nullptr, nullptr, &*time);
         }
+        file->close();
+        if (replaces) {
+            checkWin32(::MoveFileExW(written.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING), E_CREATE_FILE,
+                       L"MoveFileExW");
+        }
     } catch (...) {
         file->close();
-        ::DeleteFileW(path.c_str());
+        ::DeleteFileW(written.c_str());
         throw;
     }
-    file->close();
 }
 
 }  // namespace
@@ -166,7 +182,7 @@ void extractToFolder(const ZipArchive& archive, const std::wstring& folder, cons
         Stream::throwIfCanceled(progress);
         const std::wstring path = folders.make(target.folders);
         if (!target.file.empty()) {
-            extractFile(archive, target, join(path, target.file), options.overwrite, progress);
+            extractFile(archive, target, path, options.overwrite, progress);
         }
     }
     Stream::throwIfCanceled(progress);

@@ -19,8 +19,8 @@ struct FolderExtraction {
 // the folder, has a name that Windows would take for something else, or meets another entry of the same name
 // in upper or lower case; E_BINARY_MAX_SIZE above the limit; E_UNZIP when an entry is encrypted. Files that
 // exist already are an error without `overwrite`; links below the folder always are. Later failures leave the
-// files that are complete: Win32Exception E_DIRECTORY_PATH, E_CREATE_FILE, E_FILE_WRITE, what
-// ZipArchive::extract throws, E_CANCELED.
+// files that are complete, and old ones that were to be replaced: Win32Exception E_DIRECTORY_PATH,
+// E_CREATE_FILE, E_FILE_WRITE, what ZipArchive::extract throws, E_CANCELED.
 void extractToFolder(const ZipArchive& archive, const std::wstring& folder, const FolderExtraction& options,
                      const SharedProgress& progress);
 

@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include <objbase.h>
 #include <wincrypt.h>
 
 namespace Corvane {
@@ -61,6 +62,11 @@ struct LocalMemoryTraits : NullTraits<T*> {
     static void close(T* memory) noexcept { ::LocalFree(memory); }
 };
 
+template <class T>
+struct CoTaskMemoryTraits : NullTraits<T*> {
+    static void close(T* memory) noexcept { ::CoTaskMemFree(memory); }
+};
+
 }  // namespace detail
 
 using ThreadHandle = UniqueHandle<detail::ThreadTraits>;
@@ -74,5 +80,7 @@ using CryptProvider = UniqueHandle<detail::CryptProviderTraits>;
 using CryptKey = UniqueHandle<detail::CryptKeyTraits>;
 template <class T>
 using LocalMemory = UniqueHandle<detail::LocalMemoryTraits<T>>;
+template <class T>
+using CoTaskMemory = UniqueHandle<detail::CoTaskMemoryTraits<T>>;
 
 }  // namespace Corvane

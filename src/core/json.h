@@ -8,8 +8,7 @@
 
 namespace Corvane {
 
-// The value of a JSON text, or a null value when it is not JSON. Throws Win32Exception when the text is
-// not valid UTF-16.
+// The value of a JSON text, or a null value when it is not JSON.
 Json::Value parseJson(std::wstring_view text);
 
 // The text of a value, laid out for reading.

@@ -5,6 +5,7 @@
 #include "core/settings.h"
 #include "core/text.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <iomanip>
@@ -64,8 +65,9 @@ void FileLogger::write(std::wstring_view line) {
     const std::string encoded = toUtf8(line);
     const std::lock_guard guard(mutex_);
     if (!std::exchange(opened_, true)) {
-        // Several processes may share the log, so nobody is kept from writing, renaming or deleting it.
-        file_.attach(::CreateFileW(path_.c_str(), GENERIC_WRITE,
+        // Several processes may share the log, so nobody is kept from writing, renaming or deleting it, and
+        // the system appends each line in one step.
+        file_.attach(::CreateFileW(path_.c_str(), FILE_APPEND_DATA | SYNCHRONIZE,
                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     }
@@ -75,6 +77,18 @@ void FileLogger::write(std::wstring_view line) {
     ::SetFilePointerEx(file_.get(), LARGE_INTEGER{}, nullptr, FILE_END);
     ::WriteFile(file_.get(), encoded.data(), static_cast<DWORD>(encoded.size()), &written, nullptr);
 }
+
+namespace {
+
+// A text from outside must not end the line and begin one of its own.
+std::wstring oneLine(std::wstring_view text) {
+    std::wstring line(text);
+    std::ranges::replace_if(
+        line, [](wchar_t c) { return c < L' '; }, L' ');
+    return line;
+}
+
+}  // namespace
 
 std::wstring formatLogLine(const SYSTEMTIME& time, DWORD thread, std::uint32_t level,
                            std::wstring_view context, std::wstring_view text) {
@@ -86,7 +100,7 @@ std::wstring formatLogLine(const SYSTEMTIME& time, DWORD thread, std::uint32_t l
          << L':' << two(time.wMinute) << L':' << two(time.wSecond) << L'.' << time.wMilliseconds << L" | "
          << thread << L" | " << names[level < names.size() ? level : names.size() - 1] << L" | " << context;
     if (!text.empty())
-        line << L" | " << text;
+        line << L" | " << oneLine(text);
     return std::move(line).str();
 }
 

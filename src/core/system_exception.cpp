@@ -6,15 +6,12 @@
 #include <charconv>
 
 namespace Corvane {
-namespace {
 
 std::wstring hexNumber(std::uint32_t number) {
     std::array<char, 8> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16).ptr;
     return L"0x" + std::wstring(digits.data(), end);
 }
-
-}  // namespace
 
 std::wstring systemText(std::uint32_t number) {
     LocalMemory<wchar_t> buffer;

@@ -7,7 +7,10 @@
 
 namespace Corvane {
 
-// "0x" + lower-case hexadecimal + ":" + the system's text; empty when the system has no text for it.
+// "0x" + lower-case hexadecimal.
+std::wstring hexNumber(std::uint32_t number);
+
+// hexNumber() + ":" + the system's text; empty when the system has no text for it.
 std::wstring systemText(std::uint32_t number);
 
 // A Win32 call failed. The one-argument form takes the thread's last error, so it must be the

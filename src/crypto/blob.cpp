@@ -13,7 +13,7 @@ Bytes toBigEndian(const CRYPT_INTEGER_BLOB& number) {
 
 std::wstring toText(const CERT_NAME_BLOB& name, DWORD flags) {
     CERT_NAME_BLOB blob = name;
-    return readName([&](wchar_t* buffer, DWORD size) {
+    return readName(L"CertNameToStrW", [&](wchar_t* buffer, DWORD size) {
         return ::CertNameToStrW(messageEncoding, &blob, flags, buffer, size);
     });
 }

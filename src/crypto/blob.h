@@ -2,7 +2,7 @@
 #pragma once
 
 #include "binary/bytes.h"
-#include "core/system_exception.h"
+#include "core/check.h"
 
 #include <windows.h>
 
@@ -15,14 +15,13 @@ namespace Corvane::detail {
 // A whole number with the most significant byte first, as DER has it. CryptoAPI keeps it the other way round.
 Bytes toBigEndian(const CRYPT_INTEGER_BLOB& number);
 
-// The text that a name function of the system gives. `call(buffer, size)` returns the length in characters,
+// The text that the system's function `name` gives. `call(buffer, size)` returns the length in characters,
 // terminator included. Throws CryptoException E_CERT_PROPERTY when two calls differ about it.
 template <class Call>
-std::wstring readName(Call call) {
+std::wstring readName(const wchar_t* name, Call call) {
     const DWORD length = call(nullptr, 0);
     std::wstring text(length, L'\0');
-    if (call(text.data(), length) != length || length == 0)
-        throw CryptoException(E_CERT_PROPERTY);
+    checkCrypto(call(text.data(), length) == length && length != 0, E_CERT_PROPERTY, name);
     text.pop_back();
     return text;
 }

@@ -53,7 +53,7 @@ Certificate Certificate::create(const Bytes& bytes) {
 std::wstring Certificate::getValue(DWORD type, DWORD flags, const void* typeParameter) const {
     writeLog(LogLevel::debug, L"Corvane::Certificate::getValue", L"[in] type: ", type, L" [in] flags: ",
              flags);
-    return detail::readName([&](wchar_t* buffer, DWORD size) {
+    return detail::readName(L"CertGetNameStringW", [&](wchar_t* buffer, DWORD size) {
         return ::CertGetNameStringW(context(), type, flags, const_cast<void*>(typeParameter), buffer, size);
     });
 }

@@ -17,9 +17,9 @@ constexpr ProviderRecord records[] = {
      L"1.2.643.2.2.21"},
     {L"Crypto-Pro GOST R 34.10-2012 Cryptographic Service Provider", 80, L"1.2.643.7.1.1.2.2",
      L"1.2.643.7.1.1.1.1", L"1.2.643.2.2.21"},
+    {L"Infotecs Cryptographic Service Provider", 2, L"1.2.643.2.2.9", L"1.2.643.2.2.19", L"1.2.643.2.2.21"},
     {L"Crypto-Pro GOST R 34.10-2012 Strong Cryptographic Service Provider", 81, L"1.2.643.7.1.1.2.3",
      L"1.2.643.7.1.1.1.2", L"1.2.643.2.2.21"},
-    {L"Infotecs Cryptographic Service Provider", 2, L"1.2.643.2.2.9", L"1.2.643.2.2.19", L"1.2.643.2.2.21"},
     {L"Microsoft Enhanced RSA and AES Cryptographic Provider", PROV_RSA_AES, L"2.16.840.1.101.3.4.2.1",
      L"1.2.840.113549.1.1.1", L"2.16.840.1.101.3.4.1.42"},
 };

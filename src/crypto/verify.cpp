@@ -6,6 +6,7 @@
 #include "crypto/encoding.h"
 #include "crypto/message_size.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Corvane {
@@ -65,13 +66,11 @@ public:
                                                      sizes, signer.put()) != FALSE;
     }
 
-    // Whether a failure only means that there is no such signer. The usual code says so itself; systems that
-    // answer with another one are asked how many signers there are.
-    bool isPastLastSigner(DWORD index, DWORD error) const {
-        if (error == static_cast<DWORD>(CRYPT_E_NO_SIGNER))
-            return true;
+    // How many signers there can be: as many as the message says or, where that cannot be read, fewer than it
+    // has bytes.
+    DWORD signerBound() const noexcept {
         const LONG count = ::CryptGetMessageSignerCount(messageEncoding, signature_.data(), size_);
-        return count >= 0 && index >= static_cast<DWORD>(count);
+        return count < 0 ? std::max<DWORD>(size_, 1) : static_cast<DWORD>(count);
     }
 
 private:
@@ -91,21 +90,19 @@ Certificates CryptoApiProvider::verifyMessageSignature(const Bytes& signature, c
     const CertificateStoreHandle suppliedStore = collect(supplied);
     SignedMessage message(signature, data, suppliedStore.get());
     Certificates signers;
-    // Every signer takes more than one byte of the message: the bound ends the loop where the system
-    // keeps failing without a code.
-    for (std::size_t index = 0; index <= signature.size(); ++index) {
-        const auto signerIndex = static_cast<DWORD>(index);
+    const DWORD bound = message.signerBound();
+    for (DWORD index = 0; index < bound; ++index) {
         CertificateContext signer;
-        if (message.verify(signerIndex, signer)) {
+        if (message.verify(index, signer)) {
             signers.push_back(std::make_shared<Certificate>(std::move(signer)));
             continue;
         }
         const DWORD error = ::GetLastError();
+        if (error == static_cast<DWORD>(CRYPT_E_NO_SIGNER))
+            break;
         // A failure without a code is passed over: that leniency is wanted.
         if (error == ERROR_SUCCESS)
             continue;
-        if (message.isPastLastSigner(signerIndex, error))
-            break;
         detail::failCrypto(E_CRYPTO_VERIFY, L"CryptVerifyMessageSignature", error);
     }
     return signers;

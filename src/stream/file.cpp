@@ -1,6 +1,7 @@
 #include "stream/file.h"
 
 #include "core/check.h"
+#include "stream/seek_log.h"
 
 #include <algorithm>
 #include <limits>
@@ -14,6 +15,16 @@ constexpr std::size_t transferLimit = std::size_t{1} << 26;
 
 DWORD transferSize(std::size_t wanted) noexcept {
     return static_cast<DWORD>(std::min(wanted, transferLimit));
+}
+
+// Takes back a growth, as far as that goes.
+void shrink(File& file, std::uint64_t size) noexcept {
+    try {
+        if (file.state().size > size)
+            file.resize(size);
+    } catch (...) {
+        // The failure that led here is the one to report.
+    }
 }
 
 std::wstring fullPath(const std::wstring& path) {
@@ -49,10 +60,12 @@ std::wstring unlimitedPath(const std::wstring& path) {
     return verbatim.size() < MAX_PATH ? path : verbatim;
 }
 
-std::shared_ptr<File> File::open(const std::wstring& path, const FileMode& mode) {
+std::shared_ptr<File> File::open(const std::wstring& path, const FileMode& mode, bool* existed) {
     FileHandle handle(::CreateFileW(unlimitedPath(path).c_str(), mode.access, mode.share, nullptr,
                                     mode.disposition, mode.attributes, nullptr));
     checkWin32(static_cast<bool>(handle), E_CREATE_FILE, L"CreateFileW");
+    if (existed)
+        *existed = ::GetLastError() == ERROR_ALREADY_EXISTS;
     return std::shared_ptr<File>(new File(std::move(handle), fullPath(path)));
 }
 
@@ -95,7 +108,9 @@ Stream::State File::state() const {
 std::uint64_t File::seekLocked(std::int64_t offset, Stream::Origin origin) {
     openHandle(E_SEEK_IN_FILE);
     const std::uint64_t size = sizeLocked();
-    const std::uint64_t position = Stream::target(offset, origin, {positionLocked(), size});
+    const std::uint64_t from = positionLocked();
+    const std::uint64_t position = Stream::target(offset, origin, {from, size});
+    Stream::logSeek(L"Corvane::File::seek", from, position);
     moveLocked(position);
     return position;
 }
@@ -205,7 +220,8 @@ void File::setTimes(const FILETIME* creation, const FILETIME* access, const FILE
 }
 
 Bytes readFile(const std::wstring& path) {
-    const auto file = File::open(path, {});
+    // Others may be writing it, as a log or a temporary file.
+    const auto file = File::open(path, {.share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE});
     const std::uint64_t size = file->state().size;
     Bytes bytes;
     if (size > bytes.max_size())
@@ -217,21 +233,22 @@ Bytes readFile(const std::wstring& path) {
 }
 
 void writeFile(const std::wstring& path, std::span<const std::uint8_t> bytes) {
-    const std::wstring fullName = unlimitedPath(path);
-    const bool existed = ::GetFileAttributesW(fullName.c_str()) != INVALID_FILE_ATTRIBUTES;
-    const auto file = File::open(path, {GENERIC_WRITE, 0, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL});
+    bool existed = false;
+    const auto file = File::open(path, {GENERIC_WRITE, 0, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL}, &existed);
+    const std::uint64_t oldSize = existed ? file->state().size : 0;
     try {
         // Room is made sure of before the old content is touched: a failed growth changes nothing.
-        const std::uint64_t oldSize = file->state().size;
         if (bytes.size() > oldSize)
             file->resize(bytes.size());
         file->write(bytes);
         if (bytes.size() < oldSize)
             file->resize(bytes.size());
     } catch (...) {
+        if (existed)
+            shrink(*file, oldSize);
         file->close();
         if (!existed)
-            ::DeleteFileW(fullName.c_str());
+            ::DeleteFileW(unlimitedPath(path).c_str());
         throw;
     }
 }

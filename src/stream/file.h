@@ -27,8 +27,9 @@ struct FileTimes {
 class File : public Stream::IBinaryStream {
 public:
     // `path` may be longer than MAX_PATH. Throws Win32Exception E_CREATE_FILE, and E_DIRECTORY_PATH for a
-    // text that is no path.
-    static std::shared_ptr<File> open(const std::wstring& path, const FileMode& mode);
+    // text that is no path. OPEN_ALWAYS and CREATE_ALWAYS tell in `existed` whether there was such a file.
+    static std::shared_ptr<File> open(const std::wstring& path, const FileMode& mode,
+                                      bool* existed = nullptr);
 
     // A file that is closed from the beginning.
     static std::shared_ptr<File> closed();

@@ -5,6 +5,7 @@
 #include "core/system_exception.h"
 
 #include <array>
+#include <utility>
 
 namespace Corvane::FileSystem {
 namespace {
@@ -19,13 +20,12 @@ bool isFolder(DWORD attributes) noexcept {
     return attributes != none && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-bool isLink(DWORD attributes) noexcept {
-    return attributes != none && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-}
-
+// Only for reparse points is the reserved word their tag.
 Entry entryFrom(const WIN32_FIND_DATAW& data) {
     return {data.cFileName, data.dwFileAttributes,
-            (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow, data.ftLastWriteTime};
+            (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow, data.ftLastWriteTime,
+            (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+                IsReparseTagNameSurrogate(data.dwReserved0)};
 }
 
 WIN32_FILE_ATTRIBUTE_DATA dataOf(const std::wstring& path) {
@@ -35,8 +35,13 @@ WIN32_FILE_ATTRIBUTE_DATA dataOf(const std::wstring& path) {
     return data;
 }
 
-std::wstring join(const std::wstring& folder, const std::wstring& name) {
-    return folder.ends_with(L'\\') ? folder + name : folder + L'\\' + name;
+// A folder's verbatim path without separators at its end, but for a drive's: through them the system would
+// go on to where a link leads.
+std::wstring folderPath(const std::wstring& path) {
+    std::wstring full = verbatimPath(path);
+    while (full.ends_with(L'\\') && !full.ends_with(L":\\"))
+        full.pop_back();
+    return full;
 }
 
 // A read-only file or folder is deleted all the same when its folder is deleted with its contents.
@@ -46,22 +51,49 @@ void makeDeletable(const std::wstring& path, DWORD attributes) noexcept {
     }
 }
 
+// A folder whose contents are being deleted. It is held open, so that nobody can put a link in its place.
+struct Level {
+    Level(std::wstring folder, DWORD folderAttributes)
+        : path(std::move(folder)),
+          attributes(folderAttributes),
+          held(::CreateFileW(path.c_str(), FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                             OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT,
+                             nullptr)) {
+        checkWin32(static_cast<bool>(held), E_DIRECTORY_DELETE, L"CreateFileW");
+        if (!isLink(path))
+            left = list(path, L"*");
+    }
+
+    std::wstring path;
+    DWORD attributes;
+    FileHandle held;
+    std::vector<Entry> left;
+};
+
 // `path` is verbatim: names inside that the system would read otherwise, such as ".. ", must not lead
 // elsewhere.
 void deleteTree(const std::wstring& path, DWORD attributes) {
-    if (!isLink(attributes)) {
-        for (const Entry& entry : list(path, L"*")) {
-            const std::wstring inner = join(path, entry.name);
-            if (isFolder(entry.attributes)) {
-                deleteTree(inner, entry.attributes);
-                continue;
-            }
-            makeDeletable(inner, entry.attributes);
+    std::vector<Level> levels;
+    levels.emplace_back(path, attributes);
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        if (level.left.empty()) {
+            level.held.reset();
+            makeDeletable(level.path, level.attributes);
+            checkWin32(::RemoveDirectoryW(level.path.c_str()), E_DIRECTORY_DELETE, L"RemoveDirectoryW");
+            levels.pop_back();
+            continue;
+        }
+        const DWORD innerAttributes = level.left.back().attributes;
+        std::wstring inner = join(level.path, level.left.back().name);
+        level.left.pop_back();
+        if (isFolder(innerAttributes)) {
+            levels.emplace_back(std::move(inner), innerAttributes);
+        } else {
+            makeDeletable(inner, innerAttributes);
             checkWin32(::DeleteFileW(inner.c_str()), E_DIRECTORY_DELETE, L"DeleteFileW");
         }
     }
-    makeDeletable(path, attributes);
-    checkWin32(::RemoveDirectoryW(path.c_str()), E_DIRECTORY_DELETE, L"RemoveDirectoryW");
 }
 
 // A folder that is there may be refused with any code: a drive, for one, denies access.
@@ -86,6 +118,10 @@ void makeFolders(const std::wstring& path) {
 }
 
 }  // namespace
+
+std::wstring join(const std::wstring& folder, const std::wstring& name) {
+    return folder.empty() || folder.ends_with(L'\\') ? folder + name : folder + L'\\' + name;
+}
 
 std::wstring temporaryFolder() {
     std::array<wchar_t, MAX_PATH + 1> folder{};
@@ -127,7 +163,21 @@ bool folderExists(const std::wstring& path) {
 Entry entryOf(const std::wstring& path) {
     const WIN32_FILE_ATTRIBUTE_DATA data = dataOf(path);
     return {path, data.dwFileAttributes, (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow,
-            data.ftLastWriteTime};
+            data.ftLastWriteTime, false};
+}
+
+Entry find(const std::wstring& path) {
+    // No mask: the system would search for one.
+    checkWin32(attributesOf(unlimitedPath(path)) != none, E_GET_FILE_ATTRIBUTES, L"GetFileAttributesW");
+    WIN32_FIND_DATAW data{};
+    const FileSearch search(::FindFirstFileW(unlimitedPath(path).c_str(), &data));
+    checkWin32(static_cast<bool>(search), E_GET_FILE_ATTRIBUTES, L"FindFirstFileW");
+    return entryFrom(data);
+}
+
+bool isLink(const std::wstring& path) {
+    const DWORD attributes = attributesOf(unlimitedPath(path));
+    return attributes != none && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && find(path).link;
 }
 
 FileTimes timesOf(const std::wstring& path) {
@@ -156,11 +206,11 @@ void deleteFile(const std::wstring& path) {
 }
 
 void createFolder(const std::wstring& path) {
-    makeFolders(verbatimPath(path));
+    makeFolders(folderPath(path));
 }
 
 void deleteFolder(const std::wstring& path, bool withContents) {
-    const std::wstring full = verbatimPath(path);
+    const std::wstring full = folderPath(path);
     const DWORD attributes = attributesOf(full);
     checkWin32(attributes != none, E_DIRECTORY_DELETE, L"GetFileAttributesW");
     if (withContents && isFolder(attributes)) {

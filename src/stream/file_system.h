@@ -18,7 +18,11 @@ struct Entry {
     DWORD attributes;
     std::uint64_t size;
     FILETIME written;
+    bool link;  // leads elsewhere; other reparse points, of deduplicated files for one, are what they seem
 };
+
+// The path of a name in a folder; a name alone when the folder's path is empty.
+std::wstring join(const std::wstring& folder, const std::wstring& name);
 
 // A new file with a name of its own in the temporary folder, open for reading and writing. It is deleted when
 // it is closed unless it is to be kept. Throws Win32Exception E_GET_TEMP_FOLDER_PATH, E_CREATE_FILE.
@@ -31,7 +35,15 @@ std::wstring temporaryFolder();
 bool fileExists(const std::wstring& path);
 bool folderExists(const std::wstring& path);
 
-// What the system keeps about a file or a folder. Throws Win32Exception E_GET_FILE_ATTRIBUTES.
+// A file or folder under the name that it has in its folder; a link is not followed. `path` is no drive.
+// Throws Win32Exception E_GET_FILE_ATTRIBUTES.
+Entry find(const std::wstring& path);
+
+// Whether there is a link of this path. Throws Win32Exception E_GET_FILE_ATTRIBUTES.
+bool isLink(const std::wstring& path);
+
+// What the system keeps about a file or a folder; a link is followed. Throws Win32Exception
+// E_GET_FILE_ATTRIBUTES.
 Entry entryOf(const std::wstring& path);
 FileTimes timesOf(const std::wstring& path);
 

@@ -1,5 +1,7 @@
 #include "stream/memory_stream.h"
 
+#include "stream/seek_log.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -30,8 +32,10 @@ State MemoryStream::state() const {
 
 std::uint64_t MemoryStream::seekLocked(std::int64_t offset, Origin origin) {
     checkOpen(E_SEEK_IN_FILE);
-    setPosition(target(offset, origin, {position(), size_}));
-    return position();
+    const std::uint64_t wanted = target(offset, origin, {position(), size_});
+    logSeek(L"Corvane::Stream::MemoryStream::seek", position(), wanted);
+    setPosition(wanted);
+    return wanted;
 }
 
 std::uint64_t MemoryStream::seek(std::int64_t offset, Origin origin) {

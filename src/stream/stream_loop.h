@@ -50,15 +50,13 @@ void forEachFurtherBlock(IBinaryStream& input, std::size_t size, const SharedPro
 
 // Hands what lies from the position of `input` to its end to `work`, a callable that takes a
 // std::span<const std::uint8_t> of at most `size` bytes, which is gone when it returns. Holds one block in
-// memory. Progress counts the whole stream, with what lies before the position as done. Cancellation is seen
-// before each block and once more after the last. Throws E_CANCELED, what the stream throws and what `work`
-// throws; the position is then behind the block last read.
+// memory. The work is the size of the whole stream, and done is what was read. Cancellation is seen before
+// each block and once more after the last. Throws E_CANCELED, what the stream throws and what `work` throws;
+// the position is then behind the block last read.
 template <class Work>
 void forEachBlock(IBinaryStream& input, std::size_t size, const SharedProgress& progress, Work&& work) {
     if (progress) {
-        const State state = input.state();
-        progress->start(state.size);
-        progress->add(state.position);
+        progress->start(input.state().size);
     }
     forEachFurtherBlock(input, size, progress, std::forward<Work>(work));
 }

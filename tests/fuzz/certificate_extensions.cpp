@@ -1,19 +1,25 @@
 // Extensions of a certificate, and their values, read from arbitrary bytes.
 #include "asn1/certificate_extensions.h"
+#include "fuzz.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const asn1::View input(data, size);
-    for (const auto read : {asn1::readKeyUsages, asn1::readExtendedKeyUsages, asn1::readPolicies}) {
-        try {
-            read(input);
-        } catch (const asn1::Asn1Exception&) {
-        }
-    }
+namespace {
+
+template <class Action>
+void tolerate(Action&& action) {
     try {
-        for (const asn1::Extension& extension : asn1::readExtensions(input)) {
-            asn1::readKeyUsages(extension.value);
-        }
+        action();
     } catch (const asn1::Asn1Exception&) {
+        // Not what was asked for.
     }
-    return 0;
+}
+
+}  // namespace
+
+void fuzz(Input input) {
+    for (const auto read : {asn1::readKeyUsages, asn1::readExtendedKeyUsages, asn1::readPolicies})
+        tolerate([&] { read(input); });
+    tolerate([&] {
+        for (const asn1::Extension& extension : asn1::readExtensions(input))
+            asn1::readKeyUsages(extension.value);
+    });
 }

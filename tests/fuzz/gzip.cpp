@@ -1,23 +1,14 @@
 // Ungzips arbitrary bytes, at once and in small pieces, and gzips them.
 #include "compression/gzip.h"
-
-#include "core/exception.h"
+#include "fuzz.h"
 #include "stream/memory_stream.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <optional>
 
 using namespace Corvane;
 using namespace Corvane::Compression;
 
 namespace {
-
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 class SmallPieces : public Stream::MemoryStream {
 public:
@@ -27,39 +18,26 @@ public:
     }
 };
 
-std::optional<Bytes> restored(std::span<const std::uint8_t> input) {
-    try {
-        Bytes output;
-        ungzip(input, output);
-        return output;
-    } catch (const Exception&) {
-        return std::nullopt;
-    }
+std::optional<Bytes> restored(Input input) {
+    Bytes output;
+    return errorOf([&] { ungzip(input, output); }) ? std::nullopt : std::optional(output);
 }
 
-std::optional<Bytes> restoredInPieces(std::span<const std::uint8_t> input) {
+std::optional<Bytes> restoredInPieces(Input input) {
     SmallPieces source;
     source.write(input);
     source.seek(0, Stream::Origin::beginning);
     Stream::MemoryStream output;
-    try {
-        ungzipFileAsync(source, output, nullptr);
-    } catch (const Exception&) {
-        require(output.state().size == 0);
-        return std::nullopt;
-    }
-    return *output.seekAndRead(0, static_cast<std::size_t>(output.state().size));
+    const bool failed = errorOf([&] { ungzipFileAsync(source, output, nullptr); }).has_value();
+    require(!failed || output.state().size == 0);
+    return failed ? std::nullopt : std::optional(*output.seekAndRead(0, output.state().size));
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::span<const std::uint8_t> input(data, size);
-    const std::optional<Bytes> output = restored(input);
-    require(output == restoredInPieces(input));
-
+void fuzz(Input input) {
+    require(restored(input) == restoredInPieces(input));
     Bytes packed;
     gzip(input, packed);
-    require(restored(packed) == Bytes(data, data + size));
-    return 0;
+    require(restored(packed) == Bytes(input.begin(), input.end()));
 }

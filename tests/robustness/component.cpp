@@ -7,36 +7,6 @@ namespace {
 
 constexpr wchar_t trustedSites[] = L"SOFTWARE\\ZimVetrel\\VetrelCorvane\\TrustedSites";
 
-std::wstring programPath() {
-    std::wstring path(MAX_PATH, L'\0');
-    path.resize(::GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
-    return path;
-}
-
-// The apartment of the tests, and the trust in this program's address.
-class Surroundings : public ::testing::Environment {
-public:
-    void SetUp() override {
-        ASSERT_EQ(::CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
-        const std::wstring path = programPath();
-        address_ = L"name://" + path.substr(path.find_last_of(L'\\') + 1);
-        const DWORD one = 1;
-        ASSERT_EQ(::RegSetKeyValueW(HKEY_CURRENT_USER, trustedSites, address_.c_str(), REG_DWORD, &one,
-                                    sizeof(one)),
-                  ERROR_SUCCESS);
-    }
-
-    void TearDown() override {
-        ::RegDeleteKeyValueW(HKEY_CURRENT_USER, trustedSites, address_.c_str());
-        ::CoUninitialize();
-    }
-
-private:
-    std::wstring address_;
-};
-
-[[maybe_unused]] const auto* const surroundings = ::testing::AddGlobalTestEnvironment(new Surroundings);
-
 template <class Function>
 Function exported(HMODULE module, const char* name) {
     const auto address = reinterpret_cast<void (*)()>(::GetProcAddress(module, name));
@@ -48,11 +18,11 @@ Function exported(HMODULE module, const char* name) {
 }  // namespace
 
 std::wstring componentPath() {
-    const std::wstring program = programPath();
-    const std::wstring relative = program.substr(0, program.find_last_of(L'\\') + 1) + CORVANE_COMPONENT;
-    std::wstring path(MAX_PATH, L'\0');
-    path.resize(::GetFullPathNameW(relative.c_str(), MAX_PATH, path.data(), nullptr));
-    return path;
+    wchar_t program[MAX_PATH];
+    const std::wstring_view own(program, ::GetModuleFileNameW(nullptr, program, MAX_PATH));
+    const auto relative = std::wstring(own.substr(0, own.find_last_of(L'\\') + 1)) + CORVANE_COMPONENT;
+    wchar_t path[MAX_PATH];
+    return {path, ::GetFullPathNameW(relative.c_str(), MAX_PATH, path, nullptr)};
 }
 
 Component::Component() : module_(::LoadLibraryW(componentPath().c_str())) {
@@ -60,12 +30,6 @@ Component::Component() : module_(::LoadLibraryW(componentPath().c_str())) {
         throw std::runtime_error("the DLL cannot be loaded");
     classObject_ = exported<decltype(classObject_)>(module_, "DllGetClassObject");
     canUnload_ = exported<decltype(canUnload_)>(module_, "DllCanUnloadNow");
-    register_ = exported<decltype(register_)>(module_, "DllRegisterServer");
-    unregister_ = exported<decltype(unregister_)>(module_, "DllUnregisterServer");
-}
-
-Component::~Component() {
-    ::FreeLibrary(module_);
 }
 
 ComPtr<IClassFactory> Component::factory(REFCLSID clsid) const {
@@ -74,36 +38,20 @@ ComPtr<IClassFactory> Component::factory(REFCLSID clsid) const {
     return factory;
 }
 
-HRESULT PlainSite::QueryInterface(REFIID iid, void** object) {
-    *object = nullptr;
-    if (iid != __uuidof(IServiceProvider) && iid != __uuidof(IUnknown))
-        return E_NOINTERFACE;
-    *object = static_cast<IServiceProvider*>(this);
-    AddRef();
-    return S_OK;
+ComponentTest::ComponentTest() {
+    ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, trustedSites, trustedPage, REG_SZ, L"", sizeof(L""));
+    host_.answers = {{Corvane::Step::browserService, E_NOINTERFACE}};
 }
 
-ULONG PlainSite::Release() {
-    const ULONG left = --references_;
-    if (left == 0)
-        delete this;
-    return left;
+ComponentTest::~ComponentTest() {
+    EXPECT_EQ(host_.references, 0) << "the host's objects are still held";
+    EXPECT_EQ(component_.canUnload(), S_OK) << "objects or locks are left";
+    ::RegDeleteKeyValueW(HKEY_CURRENT_USER, trustedSites, trustedPage);
+    ::CoUninitialize();
 }
 
-HRESULT PlainSite::QueryService(REFGUID, REFIID, void** object) {
-    *object = nullptr;
-    return E_NOINTERFACE;
-}
-
-ComPtr<IBinaryObjectService> ComponentTest::service() const {
-    auto service = component_.create<IBinaryObjectService>(__uuidof(BinaryObjectService));
-    EXPECT_TRUE(service);
-    const auto site = ComPtr<PlainSite>::adopt(new PlainSite);
-    EXPECT_EQ(service.query<IObjectWithSite>()->SetSite(site.get()), S_OK);
-    return service;
-}
-
-ComPtr<IBinaryObject> ComponentTest::bytes(std::wstring_view hex) const {
+ComPtr<IBinaryObject> ComponentTest::bytes(std::wstring_view hex) {
     ComPtr<IBinaryObject> object;
     EXPECT_EQ(service()->BinaryObjectFromHex(Bstr(hex).get(), object.put()), S_OK);
     return object;
@@ -112,6 +60,31 @@ ComPtr<IBinaryObject> ComponentTest::bytes(std::wstring_view hex) const {
 std::wstring hexOf(IBinaryObject& object) {
     Bstr text;
     return object.ToHexString(text.put()) == S_OK ? std::wstring(text.view()) : L"failed";
+}
+
+LateCall::LateCall(IDispatch& object, DISPID member, const std::vector<VARIANT>& arguments, WORD flags) {
+    std::vector<VARIANT> reversed(arguments.rbegin(), arguments.rend());
+    DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    UINT bad = 0;
+    hr = object.Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters, result.put(), &exception,
+                       &bad);
+    if (hr == DISP_E_EXCEPTION && exception.pfnDeferredFillIn)
+        exception.pfnDeferredFillIn(&exception);
+}
+
+LateCall::~LateCall() {
+    ::SysFreeString(exception.bstrSource);
+    ::SysFreeString(exception.bstrDescription);
+    ::SysFreeString(exception.bstrHelpFile);
+}
+
+HRESULT ForeignObject::QueryInterface(REFIID iid, void** object) {
+    const bool implementation = iid == GUID_NULL;
+    IUnknown* const answer = !implementation ? this : SUCCEEDED(hr_) ? answer_ : nullptr;
+    if (answer)
+        answer->AddRef();
+    *object = answer;
+    return implementation ? hr_ : S_OK;
 }
 
 }  // namespace robustness

@@ -1,14 +1,14 @@
 // The DLL as users get it, loaded by its path, so that neither the registry nor linked code stands in its
-// place.
+// place, and what tests do with its objects.
 #pragma once
 
+#include "../unit/fake_host.h"
 #include "com/automation.h"
 #include "com/ptr.h"
 
 #include <windows.h>
 
 #include <ocidl.h>
-#include <servprov.h>
 
 #include <VetrelCorvane2_h.h>
 #include <gtest/gtest.h>
@@ -16,6 +16,7 @@
 #include <atomic>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace robustness {
 
@@ -23,6 +24,8 @@ using Corvane::Com::Bstr;
 using Corvane::Com::ComPtr;
 using Corvane::Com::Variant;
 using Corvane::Com::viewOf;
+
+constexpr HRESULT accessDenied = static_cast<HRESULT>(0x800405E9);
 
 // Full path of the DLL under test.
 std::wstring componentPath();
@@ -33,14 +36,12 @@ public:
     Component();
     Component(const Component&) = delete;
     Component& operator=(const Component&) = delete;
-    ~Component();
+    ~Component() { ::FreeLibrary(module_); }
 
     HRESULT classObject(REFCLSID clsid, REFIID iid, void** object) const {
         return classObject_(clsid, iid, object);
     }
     HRESULT canUnload() const { return canUnload_(); }
-    HRESULT registerServer() const { return register_(); }
-    HRESULT unregisterServer() const { return unregister_(); }
 
     ComPtr<IClassFactory> factory(REFCLSID clsid) const;
 
@@ -57,33 +58,32 @@ private:
     HMODULE module_;
     decltype(&::DllGetClassObject) classObject_;
     decltype(&::DllCanUnloadNow) canUnload_;
-    HRESULT(WINAPI* register_)();
-    HRESULT(WINAPI* unregister_)();
 };
 
-// The site of a host without a browser. The component then takes name://<this program> for the address.
-class PlainSite final : public IServiceProvider {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-    ULONG STDMETHODCALLTYPE Release() override;
-    HRESULT STDMETHODCALLTYPE QueryService(REFGUID, REFIID, void** object) override;
-
-private:
-    std::atomic<ULONG> references_{1};
-};
-
-// Every test begins with the DLL loaded and this program's address trusted, and has to give back all it took.
+// Every test begins with the DLL loaded and in a trusted page, and has to give back all it took.
 class ComponentTest : public ::testing::Test {
 protected:
-    ~ComponentTest() override { EXPECT_EQ(component_.canUnload(), S_OK) << "objects or locks are left"; }
+    ComponentTest();
+    ~ComponentTest() override;
 
-    // A service of a trusted host.
-    ComPtr<IBinaryObjectService> service() const;
+    // A service of the page at `url`.
+    template <class Interface>
+    ComPtr<Interface> serviceOf(REFCLSID clsid, const wchar_t* url = trustedPage) {
+        host_.href = url;
+        auto service = component_.create<Interface>(clsid);
+        EXPECT_EQ(service.template query<IObjectWithSite>()->SetSite(host_.site()), S_OK);
+        return service;
+    }
+    ComPtr<IBinaryObjectService> service() {
+        return serviceOf<IBinaryObjectService>(__uuidof(BinaryObjectService));
+    }
     // An object that holds what the hexadecimal text says.
-    ComPtr<IBinaryObject> bytes(std::wstring_view hex) const;
+    ComPtr<IBinaryObject> bytes(std::wstring_view hex);
+
+    static constexpr wchar_t trustedPage[] = L"https://robustness.example";
 
     Component component_;
+    Corvane::FakeHost host_;
 };
 
 // The hexadecimal text of an object's bytes; "failed" when there is none.
@@ -95,5 +95,72 @@ ULONG referencesOf(Interface& object) {
     object.AddRef();
     return object.Release();
 }
+
+// Any interface pointer as another one, as no careful caller passes it.
+template <class Interface>
+Interface* mistakenFor(IUnknown* object) {
+    return static_cast<Interface*>(static_cast<void*>(object));
+}
+
+inline VARIANT variantOf(VARTYPE type, LONGLONG bits = 0) {
+    VARIANT value;
+    ::VariantInit(&value);
+    V_I8(&value) = bits;
+    V_VT(&value) = type;
+    return value;
+}
+
+inline VARIANT variantTo(VARTYPE type, void* pointer) {
+    return variantOf(type, static_cast<LONGLONG>(reinterpret_cast<INT_PTR>(pointer)));
+}
+
+// One call through IDispatch, as a script engine makes it: what Invoke returned, its result, and the
+// exception it described.
+class LateCall {
+public:
+    // `arguments` in the order of the script; they stay the caller's.
+    LateCall(IDispatch& object, DISPID member, const std::vector<VARIANT>& arguments = {},
+             WORD flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+    LateCall(const LateCall&) = delete;
+    LateCall& operator=(const LateCall&) = delete;
+    ~LateCall();
+
+    // What the member itself failed with; the failure of the call where there was none.
+    HRESULT failure() const { return hr == DISP_E_EXCEPTION ? exception.scode : hr; }
+
+    HRESULT hr = E_UNEXPECTED;
+    Variant result;
+    EXCEPINFO exception{};
+};
+
+// An object that says it is of the component and is not: answers every interface it is asked for with itself.
+// All that stands behind it are the methods of IDispatch: a component that called any further one would
+// crash.
+class ForeignObject final : public IDispatch {
+public:
+    // What QueryInterface(GUID_NULL) answers: `hr`, and when that is a success, `answer`.
+    explicit ForeignObject(HRESULT hr, IUnknown* answer = nullptr) : hr_(hr), answer_(answer) {}
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+    ULONG STDMETHODCALLTYPE Release() override { return --references_; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                     UINT*) override {
+        return E_NOTIMPL;
+    }
+
+    // References held by others.
+    ULONG references() const { return references_; }
+
+private:
+    HRESULT hr_;
+    IUnknown* answer_;
+    std::atomic<ULONG> references_{0};
+};
 
 }  // namespace robustness

@@ -1,10 +1,14 @@
-"""What the script tests share: running cases side by side and summing up."""
+"""What the script tests share: running programs and scripts, cases side by side, and summing up."""
 
 import concurrent.futures
+import os
 import pathlib
 import subprocess
+import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+BUILD = pathlib.Path(os.environ.get("CORVANE_BUILD", ROOT / "build"))
+PKI = ROOT / "tests/data/pki"
 BITNESSES = ("x64", "x86")
 JOBS = 2
 # The host ends a hung script itself; this is for the case that it cannot.
@@ -14,15 +18,11 @@ LAST_RESORT_SECONDS = 180
 class Outcome:
     """Exit status and output of one command, line ends unified."""
 
-    def __init__(self, command, cwd=None):
+    def __init__(self, *command, cwd=None):
+        words = [str(word) for word in command]
         try:
             done = subprocess.run(
-                [str(word) for word in command],
-                cwd=cwd,
-                stdin=subprocess.DEVNULL,
-                stdout=subprocess.PIPE,
-                stderr=subprocess.PIPE,
-                timeout=LAST_RESORT_SECONDS,
+                words, cwd=cwd, stdin=subprocess.DEVNULL, capture_output=True, timeout=LAST_RESORT_SECONDS
             )
             self.status, output, errors = done.returncode, done.stdout, done.stderr
         except subprocess.TimeoutExpired as expired:
@@ -35,14 +35,44 @@ class Outcome:
         parts += [f"{name}: {text.rstrip()}" for name, text in (("out", self.output), ("err", self.errors)) if text]
         return "; ".join(parts)
 
+    def fault(self, output=None):
+        """None when the command succeeded and, where `output` is given, printed just that; else the outcome."""
+        return None if self.status == 0 and output in (None, self.output) else self
 
-def run_cases(cases, words):
-    """Runs those of `cases`, pairs of a name and a function, whose name contains one of `words` (all without words).
 
-    A function returns None when its case passes, else what went wrong. Prints one line for each that fails and a
-    summary; returns the exit status, which is not 0 either when no case was run.
+def windows(path):
+    return "Z:" + str(path).replace("/", "\\")
+
+
+def wine(bitness, *command, cwd=None):
+    return Outcome(ROOT / "tools/wine-run", bitness, *command, cwd=cwd)
+
+
+def script(bitness, path, *arguments, options=(), cwd=None):
+    return Outcome(ROOT / "tools/run-script", bitness, "--timeout", "150", *options, path, *arguments, cwd=cwd)
+
+
+def test_script(bitness, path, *arguments, options=(), cwd=None):
+    """A script that uses the checks of lib.js or lib.vbs."""
+    library = pathlib.Path(__file__).with_name("lib" + path.suffix)
+    return script(bitness, path, *arguments, options=("--include", library, *options), cwd=cwd)
+
+
+def import_keys(bitness, *files):
+    """Puts the keys of tests/data/pki into the stores of the Wine prefix."""
+    fault = wine(bitness, BUILD / bitness / "pfximport.exe", "chain.pem", "--password", "corvane", *files, cwd=PKI).fault()
+    if fault:
+        sys.exit(f"the test keys could not be imported: {fault}")
+
+
+def main(cases_of):
+    """Runs the cases of both bitnesses, or those whose name contains a word of the command line, and ends the program.
+
+    `cases_of`(bitness) yields pairs of a name and a function, which returns None when its case passes, else what went
+    wrong. Prints a line for each that fails and a summary. The status is not 0 either when no case was run.
     """
-    wanted = [case for case in cases if not words or any(word in case[0] for word in words)]
+    cases = [(f"{name} {bitness}", function) for bitness in BITNESSES for name, function in cases_of(bitness)]
+    wanted = [case for case in cases if not sys.argv[1:] or any(word in case[0] for word in sys.argv[1:])]
     failed = 0
     with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
         running = [(name, pool.submit(function)) for name, function in wanted]
@@ -52,4 +82,4 @@ def run_cases(cases, words):
                 failed += 1
                 print(f"FAIL {name}: {problem}", flush=True)
     print(f"{len(wanted) - failed} passed, {failed} failed")
-    return 0 if wanted and failed == 0 else 1
+    sys.exit(0 if wanted and failed == 0 else 1)

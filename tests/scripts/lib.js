@@ -1,59 +1,98 @@
 // What every test script starts with. A check that does not hold throws, which ends the script with status 1.
 
-function fail(message) {
-    throw new Error(message);
+function create(name) {
+    return new ActiveXObject("VetrelCorvane2." + name);
 }
 
 function check(condition, message) {
     if (!condition) {
-        fail(message || "a condition does not hold");
+        throw new Error(message || "a condition does not hold");
     }
 }
 
-// Values of one type and equal; for anything but plain values compare their JSON.
+// Values of one type and equal.
 function equal(actual, expected, message) {
-    if (actual !== expected) {
-        fail((message ? message + ": " : "") + "expected " + show(expected) + ", got " + show(actual));
-    }
+    check(actual === expected, (message ? message + ": " : "") + "expected " + show(expected) + ", got " + show(actual));
 }
 
-// `action` must throw; `text`, when given, must be part of the description. Returns what was thrown.
-function throws(action, text, message) {
+function show(value) {
+    return typeof value === "string" ? JSON.stringify(value) : String(value) + " (" + typeof value + ")";
+}
+
+// What a script gets for an argument of another kind; Windows translates the code for the engine.
+var mismatch = "0x(80020005|800a000d)";
+
+// `action` must throw an error with that code, a pattern, and a description that begins with `text`.
+function throws(action, code, text, message) {
     var thrown = null;
     try {
         action();
     } catch (error) {
         thrown = error;
     }
-    var where = message ? message + ": " : "";
-    if (thrown === null) {
-        fail(where + "nothing was thrown");
-    }
-    if (text !== undefined && String(thrown.message).indexOf(text) < 0) {
-        fail(where + "expected an error with " + show(text) + ", got " + show(thrown.message));
-    }
-    return thrown;
+    check(thrown !== null, (message || text || code) + ": nothing was thrown");
+    var number = "0x" + (thrown.number >>> 0).toString(16);
+    check(new RegExp("^" + code + "$").test(number), (message || text || "") + ": expected " + code + ", got " + number);
+    equal(thrown.message.substr(0, (text || "").length), text || "", message);
 }
 
-// The unsigned code of an error, as in "0x800403e9".
-function codeOf(error) {
-    return "0x" + (error.number >>> 0).toString(16);
+// An error of the component's own: text "[n] ..." and code 0x80040200 + n.
+function fails(action, text, message) {
+    throws(action, "0x" + (0x80040200 + parseInt(text.substr(1), 10)).toString(16), text, message);
 }
 
-// Serves messages until `condition` holds; fails when that takes longer than `milliseconds` (10 s unless given).
-function waitUntil(condition, milliseconds, message) {
-    var end = new Date().getTime() + (milliseconds || 10000);
+// Rows of what the value is, the value expected, the value got.
+function equalAll(rows) {
+    for (var i = 0; i < rows.length; ++i) {
+        equal(rows[i][2], rows[i][1], rows[i][0]);
+    }
+}
+
+// Serves messages until `condition` holds, at most 10 seconds.
+function waitUntil(condition) {
+    var end = new Date().getTime() + 10000;
     while (!condition()) {
-        if (new Date().getTime() > end) {
-            fail(message || "waited in vain");
-        }
+        check(new Date().getTime() < end, "waited in vain");
         WScript.Sleep(10);
     }
 }
 
-function show(value) {
-    if (typeof value === "string") {
-        return JSON.stringify(value);
-    }
-    return String(value) + " (" + typeof value + ")";
+// Calls start(callback), waits for the callback and returns its error, or else its result.
+function wait(start) {
+    var outcome = null;
+    start(function (result, error) {
+        check(outcome === null, "the callback is called once");
+        check(this === arguments.callee, "this is the callback");
+        check(result === undefined || error === undefined, "a result and an error exclude each other");
+        outcome = { value: error === undefined ? result : error };
+    });
+    check(outcome === null, "the method returns first");
+    waitUntil(function () { return outcome !== null; });
+    return outcome.value;
+}
+
+function hex(digits) {
+    return create("BinaryObjectService").BinaryObjectFromHex(digits);
+}
+
+function binaryOf(text) {
+    return create("BinaryObjectService").BinaryObjectFromString(text, 65001);
+}
+
+function textOf(binary) {
+    return binary.ToString(65001);
+}
+
+// A stream with these bytes, at its beginning.
+function streamOf(binary) {
+    var stream = create("BinaryObjectService").CreateStream();
+    stream.Write(binary, 0, binary.Size);
+    stream.Seek(0);
+    return stream;
+}
+
+// All that a stream holds.
+function contentOf(stream) {
+    stream.Seek(0);
+    return stream.Read(stream.Size);
 }

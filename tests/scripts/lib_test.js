@@ -1,24 +1,24 @@
 // The checks of lib.js must fail when they should, or no test could.
-var failing = {
-    check: function () { check(false); },
-    equal: function () { equal(1, 2); },
-    "equal of other types": function () { equal("1", 1); },
-    "throws nothing": function () { throws(function () {}); },
-    "throws another text": function () { throws(function () { fail("abc"); }, "xyz"); },
-    waitUntil: function () { waitUntil(function () { return false; }, 30); }
-};
-for (var name in failing) {
-    var thrown = null;
+var canceled = { number: 0x80040223 | 0, message: "[35] canceled" };
+var failing = [
+    function () { check(false); },
+    function () { equal("1", 1); },
+    function () { equalAll([["same", 1, 1], ["different", 1, 2]]); },
+    function () { throws(function () {}, "0x80040223"); },
+    function () { throws(function () { throw canceled; }, "0x80040223", "[35] done"); },
+    function () { fails(function () { throw { number: 0, message: canceled.message }; }, "[35] "); },
+    function () { wait(function () { throw canceled; }); },
+    function () { wait(function (callback) { callback.call(callback, 1); }); }
+];
+for (var i = 0; i < failing.length; ++i) {
+    var thrown = false;
     try {
-        failing[name]();
+        failing[i]();
     } catch (error) {
-        thrown = error;
+        thrown = true;
     }
-    if (thrown === null) {
-        throw new Error("did not fail: " + name);
+    if (!thrown) {
+        throw new Error("did not fail: " + failing[i]);
     }
 }
-check(true);
-equal("ж", "ж");
-equal(throws(function () { fail("abc"); }, "b").message, "abc");
-equal(codeOf({ number: 0x800403e9 | 0 }), "0x800403e9");
+fails(function () { throw canceled; }, "[35] canceled");

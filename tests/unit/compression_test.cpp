@@ -181,6 +181,21 @@ TEST(Compression, StopsWhenCanceledAndLeavesTheOutput) {
     }
 }
 
+TEST(Compression, KeepsTheOutputWhereNothingWasWritten) {
+    const auto canceled = std::make_shared<Progress>();
+    canceled->cancel();
+    for (const Format* format : formats) {
+        MemoryStream output;
+        output.write(bytesOf("before and behind"));
+        output.seek(6, Stream::Origin::beginning);
+        SourceStream input(bytesOf("neither gzip nor zip"));
+        EXPECT_NE(errorCode([&] { format->unpackStream(input, output, 0, nullptr); }), 0u);
+        EXPECT_EQ(errorCode([&] { format->packStream(input, output, canceled, defaultMode); }),
+                  E_CANCELED.code);
+        EXPECT_EQ(contentOf(output), bytesOf("before and behind")) << format->name;
+    }
+}
+
 TEST(Compression, PassesOnWhatAStreamThrowsAndRefusesOneStreamForBoth) {
     MemoryStream closed;
     closed.close();

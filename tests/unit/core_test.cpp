@@ -110,8 +110,9 @@ void setNumber(HKEY hive, const wchar_t* name, DWORD value) {
 
 TEST(Log, LineLayout) {
     const SYSTEMTIME morning{2019, 10, 4, 24, 9, 5, 3, 7};
-    EXPECT_EQ(formatLogLine(morning, 4242, 1, L"CBinaryObject::ToBase64", L"[11] x"),
-              L"2019-10-24T09:05:03.7 | 4242 | ERROR | CBinaryObject::ToBase64 | [11] x");
+    EXPECT_EQ(formatLogLine(morning, 4242, 1, L"CBinaryObject::ToBase64", L"[11]\r\nx"),
+              L"2019-10-24T09:05:03.7 | 4242 | ERROR | CBinaryObject::ToBase64 | [11]  x")
+        << "one line, whatever the text";
     const SYSTEMTIME evening{2026, 1, 0, 2, 23, 59, 0, 120};
     const std::pair<std::uint32_t, const wchar_t*> levels[] = {
         {0, L""}, {1, L"ERROR"}, {2, L"WARN"}, {3, L"INFO"}, {4, L"DEBUG"}, {5, L""}, {4000, L""}};

@@ -117,11 +117,15 @@ TEST_F(FileTest, LongPathsWork) {
 }
 
 TEST_F(FileTest, TemporaryFilesMayBeKept) {
-    const auto file = FileSystem::createTemporaryFile(true);
-    file->write(Bytes{1, 2, 3});
-    file->close();
-    EXPECT_EQ(readFile(file->path()), (Bytes{1, 2, 3}));
-    FileSystem::deleteFile(file->path());
+    for (const bool keep : {false, true}) {
+        const auto file = FileSystem::createTemporaryFile(keep);
+        file->write(Bytes{1, 2, 3});
+        EXPECT_EQ(readFile(file->path()), (Bytes{1, 2, 3})) << "while it is open";
+        file->close();
+        EXPECT_EQ(FileSystem::fileExists(file->path()), keep);
+        if (keep)
+            FileSystem::deleteFile(file->path());
+    }
 }
 
 TEST_F(FileTest, DeletingAFolderDoesNotFollowLinks) {
@@ -133,7 +137,7 @@ TEST_F(FileTest, DeletingAFolderDoesNotFollowLinks) {
     constexpr DWORD asFolder = 1;  // SYMBOLIC_LINK_FLAG_DIRECTORY
     RecordProperty("linked",
                    ::CreateSymbolicLinkW(path(L"tree\\link").c_str(), path(L"outside").c_str(), asFolder));
-    FileSystem::deleteFolder(path(L"tree"), true);
+    FileSystem::deleteFolder(path(L"tree\\"), true);
     EXPECT_FALSE(FileSystem::folderExists(path(L"tree")));
     EXPECT_TRUE(FileSystem::fileExists(path(L"outside\\keep.txt")));
 }

@@ -1,0 +1,103 @@
+// Decodes anything as each kind of text, and holds the result, or the refusal, to what the input is; encodes
+// it and gets it back.
+#include "binary/base64.h"
+#include "binary/hex.h"
+#include "binary/utf.h"
+#include "binary/xml_encoding.h"
+#include "core/errors.h"
+#include "fuzz.h"
+
+#include <cctype>
+#include <string>
+
+using namespace Corvane;
+
+namespace {
+
+void fuzzHex(const std::string& text, const Bytes& bytes) {
+    const std::size_t wrong = text.find_first_not_of("0123456789ABCDEFabcdef");
+    std::optional<std::uint32_t> expected;
+    if (wrong != std::string::npos && (wrong | 1) < text.size())
+        expected = E_HEX_STRING.code;
+    else if (text.size() % 2 != 0)
+        expected = E_HEX_STRING_SIZE.code;
+    Bytes decoded;
+    require(errorOf([&] { decoded = hexToBin(text); }) == expected);
+    for (std::size_t i = 0; i < decoded.size(); ++i)
+        require(decoded[i] == std::stoul(text.substr(2 * i, 2), nullptr, 16));
+    require(hexToBin(binToHex(bytes)) == bytes);
+}
+
+// What is not of the alphabet is passed over, also where its low byte alone would be.
+void fuzzBase64(const std::string& text, const Bytes& bytes) {
+    std::wstring some;
+    std::wstring all;
+    for (const char character : text) {
+        const auto byte = static_cast<std::uint8_t>(character);
+        const bool isDigit = byte < 0x80 && (std::isalnum(byte) || byte == '+' || byte == '/');
+        all += static_cast<wchar_t>(isDigit ? byte : byte | 0x100);
+        if (isDigit)
+            some += static_cast<wchar_t>(byte);
+    }
+    require(base64ToBin(all) == base64ToBin(some) && base64ToBin(text) == base64ToBin(some));
+    for (std::uint32_t flags = 0; flags < 4; ++flags) {
+        const std::wstring encoded = binToBase64(bytes, flags);
+        require(base64ToBin(encoded) == bytes);
+        require((flags & base64NoLineBreaks) == 0 || encoded.find(L'\r') == std::wstring::npos);
+    }
+}
+
+// UTF-16 units, in pairs where they must be.
+Bytes unitsOf(const std::wstring& text) {
+    Bytes units;
+    for (const wchar_t unit : text) {
+        units.push_back(static_cast<std::uint8_t>(unit));
+        units.push_back(static_cast<std::uint8_t>(unit >> 8));
+    }
+    require(utf16ToWide(units, std::endian::little) == text);
+    return units;
+}
+
+void fuzzUtf(const Bytes& bytes) {
+    const auto fromUtf8 = utf8ToWide(bytes);
+    require(isUtf8(bytes) == fromUtf8.has_value());
+    const std::wstring units = fromUtf8.value_or(L"");
+    unitsOf(units);
+    std::size_t shortest = 0;
+    for (const wchar_t unit : units) {
+        const bool isHalf = unit >= 0xD800 && unit < 0xE000;
+        shortest += unit < 0x80 ? 1 : unit < 0x800 || isHalf ? 2 : 3;
+    }
+    require(!fromUtf8 || shortest == bytes.size());
+    const auto fromUtf16 = utf16ToWide(bytes, std::endian::little);
+    require(fromUtf16 == utf16ToWide(Binary::detail::swapBytes(bytes), std::endian::big));
+    require(!fromUtf16 || unitsOf(*fromUtf16) == bytes);
+    unitsOf(utf32ToWide(bytes, std::endian::big).value_or(L""));
+}
+
+std::wstring widen(std::uint32_t codePage, std::string_view text) {
+    require(codePage != 0 && codePage != 65001 && codePage != 1200 && codePage != 1201);
+    return {text.begin(), text.end()};
+}
+
+void fuzzXml(Input document) {
+    const auto error = errorOf([&] {
+        const XmlEncoding encoding = findXmlEncoding(document);
+        require(encoding.markSize <= 4 && encoding.markSize < document.size());
+        const std::wstring text = decodeXml(document, widen);
+        require(text.size() >= 2 && text.find_first_not_of(L" \t\r\n") == text.find(L'<'));
+    });
+    require(!error || error == E_XML_DECODE.code || error == E_XML_INVALID.code ||
+            error == E_XML_ENCODING.code);
+}
+
+}  // namespace
+
+void fuzz(Input input) {
+    const Bytes bytes(input.begin(), input.end());
+    const std::string text(input.begin(), input.end());
+    fuzzHex(text, bytes);
+    fuzzBase64(text, bytes);
+    fuzzUtf(bytes);
+    fuzzXml(input);
+}

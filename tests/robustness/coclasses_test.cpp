@@ -1,0 +1,224 @@
+// What holds of every coclass of the type library: the rules of COM, and that no page uses a service
+// untrusted.
+#include "../unit/dialog_driver.h"
+#include "component.h"
+
+#include <objsafe.h>
+
+#include <functional>
+
+namespace robustness {
+namespace {
+
+GUID guidOf(ITypeInfo& info) {
+    TYPEATTR* attributes = nullptr;
+    if (FAILED(info.GetTypeAttr(&attributes)))
+        return GUID_NULL;
+    const GUID guid = attributes->guid;
+    info.ReleaseTypeAttr(attributes);
+    return guid;
+}
+
+ComPtr<IUnknown> ask(IUnknown& object, REFIID iid) {
+    ComPtr<IUnknown> answer;
+    object.QueryInterface(iid, answer.putVoid());
+    return answer;
+}
+
+// A class, its default interface as scripts see it, and a new object of it.
+struct Made {
+    std::wstring name;
+    CLSID clsid;
+    ComPtr<ITypeInfo> defaultInterface;
+    ComPtr<IUnknown> object;
+
+    bool isService() const { return static_cast<bool>(ask(*object.get(), IID_IObjectWithSite)); }
+};
+
+class CoclassesTest : public ComponentTest {
+protected:
+    // Runs the check for each coclass that the DLL's own type library names.
+    void forEach(const std::function<void(const Made&)>& check) const {
+        ComPtr<ITypeLib> library;
+        ASSERT_EQ(::LoadTypeLibEx(componentPath().c_str(), REGKIND_NONE, library.put()), S_OK);
+        int count = 0;
+        for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
+            TYPEKIND kind = TKIND_MAX;
+            library->GetTypeInfoType(i, &kind);
+            if (kind != TKIND_COCLASS)
+                continue;
+            ComPtr<ITypeInfo> info;
+            Bstr name;
+            HREFTYPE reference = 0;
+            Made made;
+            ASSERT_EQ(library->GetTypeInfo(i, info.put()), S_OK);
+            library->GetDocumentation(static_cast<INT>(i), name.put(), nullptr, nullptr, nullptr);
+            made.name = name.view();
+            made.clsid = guidOf(*info.get());
+            ASSERT_EQ(info->GetRefTypeOfImplType(0, &reference), S_OK);
+            ASSERT_EQ(info->GetRefTypeInfo(reference, made.defaultInterface.put()), S_OK);
+            SCOPED_TRACE(::testing::PrintToString(made.name));
+            made.object = component_.create<IUnknown>(made.clsid);
+            ASSERT_TRUE(made.object);
+            check(made);
+            ++count;
+        }
+        EXPECT_EQ(count, 13);
+    }
+};
+
+TEST_F(CoclassesTest, EveryInterfaceLeadsToEveryOther) {
+    forEach([](const Made& made) {
+        const IID offered[] = {IID_IUnknown,      IID_IDispatch,         guidOf(*made.defaultInterface.get()),
+                               IID_IObjectSafety, IID_ISupportErrorInfo, IID_IProvideClassInfo};
+        for (const IID& from : offered) {
+            const auto first = ask(*made.object.get(), from);
+            ASSERT_TRUE(first);
+            for (const IID& to : offered)
+                EXPECT_TRUE(ask(*first.get(), to));
+            // One object has one IUnknown, whichever way it is asked for.
+            EXPECT_EQ(ask(*first.get(), IID_IUnknown).get(), made.object.get());
+        }
+        for (const IID& iid : {IID_IMarshal, IID_IPersist, IID_IClassFactory}) {
+            void* answer = made.object.get();
+            EXPECT_EQ(made.object->QueryInterface(iid, &answer), E_NOINTERFACE);
+            EXPECT_EQ(answer, nullptr);
+        }
+        EXPECT_EQ(made.object->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
+        EXPECT_EQ(made.isService(), made.name.find(L"Service") != std::wstring::npos ||
+                                        made.name == L"About" || made.name == L"CertificateStore");
+        EXPECT_EQ(referencesOf(*made.object.get()), 1U);
+    });
+}
+
+TEST_F(CoclassesTest, FactoriesGiveWhatIsAskedForOrNothing) {
+    void* answer = this;
+    const auto refused = [&](HRESULT hr) {
+        EXPECT_EQ(std::exchange(answer, this), nullptr);
+        return hr;
+    };
+    forEach([&](const Made& made) {
+        const auto factory = component_.factory(made.clsid);
+        EXPECT_EQ(refused(factory->CreateInstance(made.object.get(), IID_IUnknown, &answer)),
+                  CLASS_E_NOAGGREGATION);
+        EXPECT_EQ(refused(factory->CreateInstance(nullptr, IID_IMarshal, &answer)), E_NOINTERFACE);
+        EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
+    });
+    EXPECT_EQ(refused(component_.classObject(IID_IPersist, IID_IClassFactory, &answer)),
+              CLASS_E_CLASSNOTAVAILABLE);
+    EXPECT_EQ(refused(component_.classObject(__uuidof(About), IID_IDispatch, &answer)), E_NOINTERFACE);
+    EXPECT_EQ(component_.classObject(__uuidof(About), IID_IClassFactory, nullptr), E_POINTER);
+}
+
+TEST_F(CoclassesTest, DescribeThemselvesTheirErrorsAndTheirSafety) {
+    constexpr DWORD both = INTERFACESAFE_FOR_UNTRUSTED_CALLER | INTERFACESAFE_FOR_UNTRUSTED_DATA;
+    forEach([&](const Made& made) {
+        const GUID interfaceId = guidOf(*made.defaultInterface.get());
+        const auto errors = made.object.query<ISupportErrorInfo>();
+        EXPECT_EQ(errors->InterfaceSupportsErrorInfo(interfaceId), S_OK);
+        EXPECT_EQ(errors->InterfaceSupportsErrorInfo(IID_IObjectSafety), S_FALSE);
+
+        ComPtr<ITypeInfo> info;
+        ASSERT_EQ(made.object.query<IProvideClassInfo>()->GetClassInfo(info.put()), S_OK);
+        EXPECT_EQ(guidOf(*info.get()), made.clsid);
+        const auto dispatch = made.object.query<IDispatch>();
+        UINT count = 0;
+        EXPECT_EQ(dispatch->GetTypeInfoCount(&count), S_OK);
+        EXPECT_EQ(count, 1U);
+        EXPECT_EQ(dispatch->GetTypeInfo(1, LOCALE_USER_DEFAULT, info.put()), DISP_E_BADINDEX);
+        ASSERT_EQ(dispatch->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.put()), S_OK);
+        EXPECT_EQ(guidOf(*info.get()), interfaceId);
+
+        ComPtr<IObjectSafety> safety;  // MinGW's header has no __uuidof for it
+        ASSERT_EQ(made.object->QueryInterface(IID_IObjectSafety, safety.putVoid()), S_OK);
+        DWORD supported = 0;
+        DWORD enabled = 0;
+        EXPECT_EQ(safety->GetInterfaceSafetyOptions(IID_IDispatch, &supported, &enabled), S_OK);
+        EXPECT_EQ(supported & enabled, both);
+        EXPECT_EQ(safety->SetInterfaceSafetyOptions(IID_IDispatch, both, both), S_OK);
+        EXPECT_EQ(safety->SetInterfaceSafetyOptions(IID_IDispatch, 0x80, 0x80), E_FAIL);
+        EXPECT_EQ(safety->GetInterfaceSafetyOptions(IID_IPersist, &supported, &enabled), E_NOINTERFACE);
+        EXPECT_EQ(safety->SetInterfaceSafetyOptions(IID_IPersist, both, both), E_NOINTERFACE);
+    });
+}
+
+// Calls each member that a class of ours declares, late-bound, with arguments that the type library takes for
+// its parameters, `object` for those that are objects, and runs the check with its outcome.
+void forEachMember(const Made& made, IDispatch* object,
+                   const std::function<void(bool hasObjects, const LateCall&)>& check) {
+    const auto dispatch = made.object.query<IDispatch>();
+    FUNCDESC* function = nullptr;
+    for (UINT i = 0; made.defaultInterface->GetFuncDesc(i, &function) == S_OK; ++i) {
+        std::vector<VARIANT> arguments;
+        bool hasObjects = false;
+        for (SHORT parameter = 0; parameter < function->cParams; ++parameter) {
+            const bool isObject = function->lprgelemdescParam[parameter].tdesc.vt == VT_PTR;
+            const bool isCallback = function->lprgelemdescParam[parameter].tdesc.vt == VT_DISPATCH;
+            arguments.push_back(
+                variantTo(isObject || isCallback ? VT_DISPATCH : VT_EMPTY, isObject ? object : nullptr));
+            hasObjects = hasObjects || isObject;
+        }
+        SCOPED_TRACE(function->memid);
+        if (function->memid < 0x60000000)  // from there on, IUnknown's and IDispatch's own
+            check(hasObjects, LateCall(*dispatch.get(), function->memid, arguments));
+        made.defaultInterface->ReleaseFuncDesc(function);
+    }
+}
+
+TEST_F(CoclassesTest, NoMemberOfAServiceWorksWithoutTrust) {
+    int members = 0;
+    forEach([&](const Made& made) {
+        if (!made.isService() || made.name == L"About")
+            return;
+        forEachMember(made, nullptr, [&](bool, const LateCall& call) {
+            EXPECT_EQ(call.failure(), accessDenied);
+            EXPECT_EQ(viewOf(call.exception.bstrDescription), L"[1001] Доступ для текущего домена запрещен");
+            ++members;
+        });
+    });
+    EXPECT_EQ(members, 15 + 17 + 7 + 7 + 12);
+}
+
+TEST_F(CoclassesTest, ServicesTakeNullAndForeignObjectsForWhatTheyAre) {
+    ForeignObject foreign(E_NOINTERFACE);
+    int members = 0;
+    forEach([&](const Made& made) {
+        if (made.name.find(L"Service") == std::wstring::npos)
+            return;
+        host_.href = trustedPage;
+        ASSERT_EQ(made.object.query<IObjectWithSite>()->SetSite(host_.site()), S_OK);
+        for (IDispatch* const object :
+             {static_cast<IDispatch*>(nullptr), static_cast<IDispatch*>(&foreign)}) {
+            forEachMember(made, object, [&](bool hasObjects, const LateCall& call) {
+                if (!hasObjects)
+                    return;
+                EXPECT_EQ(call.failure(), object ? E_NOINTERFACE : E_POINTER);
+                ++members;
+            });
+        }
+    });
+    EXPECT_EQ(members, 2 * (9 + 12 + 5));
+    EXPECT_EQ(foreign.references(), 0U);
+}
+
+TEST_F(CoclassesTest, MethodsAskTheUserAndHasAccessNeverDoes) {
+    constexpr wchar_t page[] = L"https://asked.example/";
+    const Corvane::DialogDriver driver(
+        [](HWND dialog) { ::SendDlgItemMessageW(dialog, IDOK, BM_CLICK, 0, 0); });
+    const auto about = serviceOf<IAbout>(__uuidof(About), page);
+    const auto maker = serviceOf<IBinaryObjectService>(__uuidof(BinaryObjectService), page);
+    const auto hasAccess = [&] {
+        VARIANT_BOOL access = 1;
+        EXPECT_EQ(about->get_HasAccess(&access), S_OK);
+        return access;
+    };
+    EXPECT_EQ(hasAccess(), VARIANT_FALSE);
+    EXPECT_EQ(driver.count(), 0);
+    ComPtr<IBinaryObject> made;
+    EXPECT_EQ(maker->BinaryObjectFromHex(nullptr, made.put()), S_OK);
+    EXPECT_EQ(hasAccess(), VARIANT_TRUE);
+    EXPECT_EQ(driver.count(), 1);
+}
+
+}  // namespace
+}  // namespace robustness
