@@ -151,7 +151,8 @@ HRESULT DispatchTable::acquire(const IID& iid, const DispatchTable** table) noex
         {
             const std::shared_lock guard(cacheMutex);
             if (cache) {
-                if (const auto found = cache->tables.find(iid); found != cache->tables.end()) {
+                if (const auto found = cache->tables.find(iid);
+                    found != cache->tables.end() && found->second) {
                     found->second->addRef();
                     *table = found->second;
                     return S_OK;

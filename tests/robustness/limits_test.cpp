@@ -65,6 +65,29 @@ TEST_F(LimitsTest, AnArrayThatCannotExistIsRefused) {
     EXPECT_EQ(V_ARRAY(&array.get())->rgsabound[0].cElements, 2U);
 }
 
+// 64 bits hold it all; 32 bits run out of addresses on the way, and the stream is then as it was.
+TEST_F(LimitsTest, AStreamInMemoryOfThreeGibibytes) {
+    constexpr double wanted = 3.0 * (1 << 30);
+    const auto stream = component_.create<IBinaryStream>(__uuidof(BinaryStream));
+    ASSERT_EQ(stream->Write(bytes(L"0102").get(), 0, 2), S_OK);
+    const double end = sizeof(void*) == 8 ? wanted : 2;
+    EXPECT_EQ(stream->Resize(wanted), sizeof(void*) == 8 ? S_OK : E_OUTOFMEMORY);
+    double size = 0;
+    EXPECT_EQ(stream->get_Size(&size), S_OK);
+    EXPECT_EQ(size, end);
+    double position = 0;
+    EXPECT_EQ(stream->Seek(-1, 2, &position), S_OK);
+    EXPECT_EQ(position, end - 1);
+    EXPECT_EQ(stream->Write(bytes(L"FFEE").get(), 0, 2), S_OK);
+    EXPECT_EQ(stream->Seek(-2, 2, &position), S_OK);
+    ComPtr<IBinaryObject> tail;
+    EXPECT_EQ(stream->Read(10, tail.put()), S_OK);
+    EXPECT_EQ(hexOf(*tail.get()), L"FFEE");
+    EXPECT_EQ(stream->Seek(0, 0, &position), S_OK);
+    EXPECT_EQ(stream->Read(1, tail.put()), S_OK);
+    EXPECT_EQ(hexOf(*tail.get()), L"01");
+}
+
 TEST_F(LimitsTest, CutAndDamagedMessages) {
     const auto crypto = serviceOf<ICryptoService>(__uuidof(CryptoService));
     ComPtr<IBinaryObject> file;
