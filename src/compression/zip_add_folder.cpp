@@ -28,10 +28,12 @@ public:
             return;
         }
         addContents(path, folder, progress);
-        for (std::size_t i = 0; i < sources_.size(); ++i) {
-            if (sources_[i].folder) {
-                // Copies: adding moves the sources.
-                addContents(std::wstring(sources_[i].path), std::string(sources_[i].name), progress);
+        std::size_t next = 0;
+        while (next < sources_.size()) {
+            // A copy: adding moves the sources.
+            const Source source = sources_[next++];
+            if (source.folder) {
+                addContents(source.path, source.name, progress);
             }
         }
     }

@@ -43,7 +43,7 @@ TEST_F(ArgumentsTest, AnObjectOfAnotherClassIsNoBytes) {
     const auto maker = service();
     VARIANT_BOOL equal = VARIANT_FALSE;
     EXPECT_EQ(bytes(L"00")->Equals(mistakenFor<IBinaryObject>(maker.get()), &equal), E_NOINTERFACE);
-    EXPECT_EQ(referencesOf(*maker.get()), 1U);
+    EXPECT_EQ(referencesOf(*maker), 1U);
 }
 
 // One for each kind of output, and each of the getters that answer without a frame.
@@ -65,7 +65,7 @@ TEST_F(ArgumentsTest, NullOutputs) {
     EXPECT_EQ(object->GetIDsOfNames(IID_NULL, nullptr, 1, 0, nullptr), E_INVALIDARG);
     EXPECT_EQ(object->GetTypeInfoCount(nullptr), E_POINTER);
     EXPECT_EQ(object->GetTypeInfo(0, 0, nullptr), E_POINTER);
-    EXPECT_EQ(referencesOf(*object.get()), 1U);
+    EXPECT_EQ(referencesOf(*object), 1U);
 }
 
 TEST_F(ArgumentsTest, ANullTextIsAnEmptyOneAndZerosInsideAreKept) {
@@ -93,7 +93,7 @@ TEST_F(ArgumentsTest, ANullTextIsAnEmptyOneAndZerosInsideAreKept) {
         std::vector<VARIANT> arguments{variantTo(VT_BSTR, row.text.get())};
         if (row.from == fromString)
             arguments.push_back(variantOf(VT_I4, 1251));
-        const LateCall call(*maker.get(), row.from, arguments);
+        const LateCall call(*maker, row.from, arguments);
         ASSERT_EQ(call.hr == S_OK ? S_OK : call.failure(), row.expected);
         if (row.hex) {
             EXPECT_EQ(hexOf(static_cast<IBinaryObject&>(*V_DISPATCH(&call.result.get()))), row.hex);
@@ -135,7 +135,7 @@ TEST_F(ArgumentsTest, ConversionsOfLateBoundArguments) {
     };
     const auto object = bytes(L"0102");
     for (const auto& row : rows)
-        EXPECT_EQ(LateCall(*object.get(), row.member, row.arguments).hr == S_OK, row.accepted) << row.what;
+        EXPECT_EQ(LateCall(*object, row.member, row.arguments).hr == S_OK, row.accepted) << row.what;
 }
 
 // Numbers arrive signed, since VBScript knows no unsigned ones but bytes.
@@ -143,12 +143,12 @@ TEST_F(ArgumentsTest, TypesOfLateBoundResults) {
     const auto object = bytes(L"0102");
     const auto about = component_.create<IAbout>(__uuidof(About));
     for (const WORD flags : {WORD{DISPATCH_PROPERTYGET}, WORD{DISPATCH_METHOD}}) {
-        EXPECT_EQ(V_VT(&LateCall(*object.get(), 1, {}, flags).result.get()), VT_I4);
-        EXPECT_EQ(V_VT(&LateCall(*object.get(), 2, {variantOf(VT_I4, 1)}, flags).result.get()), VT_UI1);
-        const LateCall version(*about.get(), 1, {}, flags);
+        EXPECT_EQ(V_VT(&LateCall(*object, 1, {}, flags).result.get()), VT_I4);
+        EXPECT_EQ(V_VT(&LateCall(*object, 2, {variantOf(VT_I4, 1)}, flags).result.get()), VT_UI1);
+        const LateCall version(*about, 1, {}, flags);
         ASSERT_EQ(V_VT(&version.result.get()), VT_BSTR);
         EXPECT_EQ(viewOf(V_BSTR(&version.result.get())), L"2.9.9.41");
-        const LateCall access(*about.get(), 3, {}, flags);
+        const LateCall access(*about, 3, {}, flags);
         ASSERT_EQ(V_VT(&access.result.get()), VT_BOOL);
         EXPECT_EQ(V_BOOL(&access.result.get()), VARIANT_FALSE) << "there is no site";
     }
@@ -158,14 +158,14 @@ TEST_F(ArgumentsTest, AFailureIsAnExceptionOfItsOwnAndTouchesNoOutput) {
     const auto object = bytes(L"01");
     const auto store = serviceOf<ICertificateStore>(__uuidof(CertificateStore));
     for (const WORD flags : {WORD{DISPATCH_PROPERTYGET}, WORD{DISPATCH_METHOD}}) {
-        const LateCall name(*store.get(), 3, {}, flags);  // the property "name" of a store that is not open
+        const LateCall name(*store, 3, {}, flags);  // the property "name" of a store that is not open
         EXPECT_EQ(name.hr, DISP_E_EXCEPTION);
         EXPECT_EQ(static_cast<unsigned long>(name.failure()), 0x8004045C);
         EXPECT_EQ(viewOf(name.exception.bstrDescription), L"[604] Необходимо открыть хранилище сертификатов");
     }
     unsigned char byte = 0;
     EXPECT_EQ(object->GetByte(1, &byte), noSuchByte);
-    const LateCall silent(*object.get(), 3, {variantOf(VT_DISPATCH)});
+    const LateCall silent(*object, 3, {variantOf(VT_DISPATCH)});
     EXPECT_EQ(silent.failure(), E_POINTER);
     EXPECT_EQ(viewOf(silent.exception.bstrDescription), L"") << "the text of an earlier failure";
 
@@ -209,8 +209,8 @@ TEST_F(ArgumentsTest, EveryMemberTakesEveryKindOfArgument) {
          {static_cast<IDispatch*>(object.get()), static_cast<IDispatch*>(maker.get())}) {
         for (DISPID member = -5; member < 20; ++member) {
             for (const VARIANT& argument : arguments) {
-                LateCall(*target, member, {argument});
-                LateCall(*target, member, {argument, argument});
+                const LateCall one(*target, member, {argument});
+                const LateCall two(*target, member, {argument, argument});
                 const LateCall setter(*target, member, {argument}, DISPATCH_PROPERTYPUT);
                 EXPECT_NE(setter.hr, S_OK) << "nothing of these objects can be set";
             }

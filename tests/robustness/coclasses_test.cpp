@@ -32,7 +32,7 @@ struct Made {
     ComPtr<ITypeInfo> defaultInterface;
     ComPtr<IUnknown> object;
 
-    bool isService() const { return static_cast<bool>(ask(*object.get(), IID_IObjectWithSite)); }
+    bool isService() const { return static_cast<bool>(ask(*object, IID_IObjectWithSite)); }
 };
 
 class CoclassesTest : public ComponentTest {
@@ -54,7 +54,7 @@ protected:
             ASSERT_EQ(library->GetTypeInfo(i, info.put()), S_OK);
             library->GetDocumentation(static_cast<INT>(i), name.put(), nullptr, nullptr, nullptr);
             made.name = name.view();
-            made.clsid = guidOf(*info.get());
+            made.clsid = guidOf(*info);
             ASSERT_EQ(info->GetRefTypeOfImplType(0, &reference), S_OK);
             ASSERT_EQ(info->GetRefTypeInfo(reference, made.defaultInterface.put()), S_OK);
             SCOPED_TRACE(::testing::PrintToString(made.name));
@@ -69,15 +69,15 @@ protected:
 
 TEST_F(CoclassesTest, EveryInterfaceLeadsToEveryOther) {
     forEach([](const Made& made) {
-        const IID offered[] = {IID_IUnknown,      IID_IDispatch,         guidOf(*made.defaultInterface.get()),
+        const IID offered[] = {IID_IUnknown,      IID_IDispatch,         guidOf(*made.defaultInterface),
                                IID_IObjectSafety, IID_ISupportErrorInfo, IID_IProvideClassInfo};
         for (const IID& from : offered) {
-            const auto first = ask(*made.object.get(), from);
+            const auto first = ask(*made.object, from);
             ASSERT_TRUE(first);
             for (const IID& to : offered)
-                EXPECT_TRUE(ask(*first.get(), to));
+                EXPECT_TRUE(ask(*first, to));
             // One object has one IUnknown, whichever way it is asked for.
-            EXPECT_EQ(ask(*first.get(), IID_IUnknown).get(), made.object.get());
+            EXPECT_EQ(ask(*first, IID_IUnknown).get(), made.object.get());
         }
         for (const IID& iid : {IID_IMarshal, IID_IPersist, IID_IClassFactory}) {
             void* answer = made.object.get();
@@ -87,7 +87,7 @@ TEST_F(CoclassesTest, EveryInterfaceLeadsToEveryOther) {
         EXPECT_EQ(made.object->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
         EXPECT_EQ(made.isService(), made.name.find(L"Service") != std::wstring::npos ||
                                         made.name == L"About" || made.name == L"CertificateStore");
-        EXPECT_EQ(referencesOf(*made.object.get()), 1U);
+        EXPECT_EQ(referencesOf(*made.object), 1U);
     });
 }
 
@@ -113,21 +113,21 @@ TEST_F(CoclassesTest, FactoriesGiveWhatIsAskedForOrNothing) {
 TEST_F(CoclassesTest, DescribeThemselvesTheirErrorsAndTheirSafety) {
     constexpr DWORD both = INTERFACESAFE_FOR_UNTRUSTED_CALLER | INTERFACESAFE_FOR_UNTRUSTED_DATA;
     forEach([&](const Made& made) {
-        const GUID interfaceId = guidOf(*made.defaultInterface.get());
+        const GUID interfaceId = guidOf(*made.defaultInterface);
         const auto errors = made.object.query<ISupportErrorInfo>();
         EXPECT_EQ(errors->InterfaceSupportsErrorInfo(interfaceId), S_OK);
         EXPECT_EQ(errors->InterfaceSupportsErrorInfo(IID_IObjectSafety), S_FALSE);
 
         ComPtr<ITypeInfo> info;
         ASSERT_EQ(made.object.query<IProvideClassInfo>()->GetClassInfo(info.put()), S_OK);
-        EXPECT_EQ(guidOf(*info.get()), made.clsid);
+        EXPECT_EQ(guidOf(*info), made.clsid);
         const auto dispatch = made.object.query<IDispatch>();
         UINT count = 0;
         EXPECT_EQ(dispatch->GetTypeInfoCount(&count), S_OK);
         EXPECT_EQ(count, 1U);
         EXPECT_EQ(dispatch->GetTypeInfo(1, LOCALE_USER_DEFAULT, info.put()), DISP_E_BADINDEX);
         ASSERT_EQ(dispatch->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.put()), S_OK);
-        EXPECT_EQ(guidOf(*info.get()), interfaceId);
+        EXPECT_EQ(guidOf(*info), interfaceId);
 
         ComPtr<IObjectSafety> safety;  // MinGW's header has no __uuidof for it
         ASSERT_EQ(made.object->QueryInterface(IID_IObjectSafety, safety.putVoid()), S_OK);
@@ -160,7 +160,7 @@ void forEachMember(const Made& made, IDispatch* object,
         }
         SCOPED_TRACE(function->memid);
         if (function->memid < 0x60000000)  // from there on, IUnknown's and IDispatch's own
-            check(hasObjects, LateCall(*dispatch.get(), function->memid, arguments));
+            check(hasObjects, LateCall(*dispatch, function->memid, arguments));
         made.defaultInterface->ReleaseFuncDesc(function);
     }
 }

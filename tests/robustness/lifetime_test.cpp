@@ -69,7 +69,7 @@ void useOnce(const Component& component) {
     LPOLESTR names[] = {name};
     DISPID member = DISPID_UNKNOWN;
     EXPECT_EQ(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &member), S_OK);
-    EXPECT_EQ(LateCall(*object.get(), member, {variantOf(VT_I4, 0)}).hr, DISP_E_EXCEPTION);
+    EXPECT_EQ(LateCall(*object, member, {variantOf(VT_I4, 0)}).hr, DISP_E_EXCEPTION);
     const auto service = component.create<IBinaryObjectService>(__uuidof(BinaryObjectService));
     EXPECT_EQ(service.query<IObjectWithSite>()->SetSite(host.site()), S_OK);
 }
@@ -108,9 +108,9 @@ TEST_F(LifetimesTest, WhatKeepsTheComponent) {
 
     // A host may ask between any two calls.
     object = bytes(L"0102");
-    EXPECT_EQ(LateCall(*object.get(), 1).hr, S_OK);
+    EXPECT_EQ(LateCall(*object, 1).hr, S_OK);
     EXPECT_EQ(component_.canUnload(), S_FALSE);
-    EXPECT_EQ(LateCall(*object.get(), 1).hr, S_OK);
+    EXPECT_EQ(LateCall(*object, 1).hr, S_OK);
 }
 
 // Each way through a method, the failing ones included.
@@ -125,7 +125,7 @@ TEST_F(LifetimesTest, CallsKeepNothing) {
         EXPECT_EQ(made->Equals(object.get(), &equal), S_OK);
         EXPECT_EQ(made->ToBase64(text.put()), S_OK);
         EXPECT_EQ(made->ToString(CP_UTF8, text.put()), S_OK);
-        EXPECT_EQ(LateCall(*object.get(), 8, {variantOf(VT_I4, 0), variantOf(VT_I4, 3)}).hr, S_OK);
+        EXPECT_EQ(LateCall(*object, 8, {variantOf(VT_I4, 0), variantOf(VT_I4, 3)}).hr, S_OK);
         EXPECT_NE(object->ToString(99999, text.put()), S_OK);
         EXPECT_NE(object->Equals(nullptr, &equal), S_OK);
         EXPECT_EQ(made->Reset(), S_OK);
@@ -152,8 +152,8 @@ TEST_F(LifetimesTest, ReadsWhileAnotherThreadResets) {
     std::atomic<int> wrong{0};
     for (int round = 0; round < 400; ++round) {
         const auto object = bytes(hex);
-        const std::jthread first([&] { readUntilEmpty(*object.get(), hex, wrong); });
-        const std::jthread second([&] { readUntilEmpty(*object.get(), hex, wrong); });
+        const std::jthread first([&] { readUntilEmpty(*object, hex, wrong); });
+        const std::jthread second([&] { readUntilEmpty(*object, hex, wrong); });
         ::Sleep(round % 10 == 0 ? 1 : 0);
         EXPECT_EQ(object->Reset(), S_OK);
     }
@@ -164,6 +164,7 @@ TEST_F(LifetimesTest, ManyThreadsMakeUseAndLetGo) {
     const auto shared = bytes(L"00");
     std::atomic<int> wrong{0};
     std::vector<std::jthread> threads;
+    threads.reserve(8);
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&] {
             ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
@@ -171,8 +172,8 @@ TEST_F(LifetimesTest, ManyThreadsMakeUseAndLetGo) {
             for (int round = 0; round < 500; ++round) {
                 held.push_back(component_.create<IBinaryObject>(__uuidof(BinaryObject)));
                 held.push_back(shared);  // its references are counted by all threads at once
-                const LateCall failure(*held.front().get(), 2, {variantOf(VT_I4, 0)});
-                wrong += LateCall(*held.front().get(), 1).hr != S_OK || failure.hr != DISP_E_EXCEPTION ||
+                const LateCall failure(*held.front(), 2, {variantOf(VT_I4, 0)});
+                wrong += LateCall(*held.front(), 1).hr != S_OK || failure.hr != DISP_E_EXCEPTION ||
                          !failure.exception.bstrDescription;
             }
             held.clear();
@@ -181,7 +182,7 @@ TEST_F(LifetimesTest, ManyThreadsMakeUseAndLetGo) {
     }
     threads.clear();
     EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(referencesOf(*shared.get()), 1U);
+    EXPECT_EQ(referencesOf(*shared), 1U);
 }
 
 }  // namespace

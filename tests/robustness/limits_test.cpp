@@ -40,13 +40,13 @@ TEST_F(LimitsTest, AHundredMebibytesToTextAndBack) {
     ASSERT_EQ(object->ToHexString(text.put()), S_OK);
     expectText(text, big * 2, L"414242");
     ASSERT_EQ(maker->BinaryObjectFromHex(text.get(), back.put()), S_OK);
-    expectEqual(*object.get(), *back.get());
+    expectEqual(*object, *back);
     back.reset();
     ASSERT_EQ(object->ToBase64(text.put()), S_OK);
     // 104857600 = 1839607 * 57 + 1: that many lines of 76 characters with their ends, and 4 characters.
     expectText(text, std::size_t{1839607} * 78 + 4, L"\r\nQg==");
     ASSERT_EQ(maker->BinaryObjectFromBase64(text.get(), back.put()), S_OK);
-    expectEqual(*object.get(), *back.get());
+    expectEqual(*object, *back);
     back.reset();
     ASSERT_EQ(object->ToString(1251, text.put()), S_OK);
     expectText(text, big, L"ABB");
@@ -95,7 +95,7 @@ TEST_F(LimitsTest, CutAndDamagedMessages) {
                   Bstr(std::filesystem::path(CORVANE_TEST_DATA "/pki/attached-plain.p7s").wstring()).get(),
                   file.put()),
               S_OK);
-    const std::wstring message = hexOf(*file.get());
+    const std::wstring message = hexOf(*file);
     const auto verify = [&](std::wstring_view hex) {
         ComPtr<ICertificateCollection> signers;
         const HRESULT hr = crypto->VerifyAttachedSignature(bytes(hex).get(), VARIANT{}, signers.put());
