@@ -65,13 +65,16 @@ stream.Close();
 stream.Close();
 fails(function () { stream.Read(1); }, "[14] Ошибка при чтении файла (поток закрыт)");
 
-// Many at once; one callback starts another operation and pumps messages.
+// Many at once; one callback starts another operation and pumps messages, another one throws.
 var left = 300;
 var sum = 0;
 for (var n = 0; n < 300; ++n) {
     service.GetCrc32Async(abc, 0, function (each) {
         --left;
         sum += each;
+        if (left === 50) {
+            throw new Error("of the callback");
+        }
         if (left === 100) {
             ++left;
             service.GetCrc32Async(abc, 0, function () { --left; });
