@@ -32,6 +32,10 @@ Component::Component() : module_(::LoadLibraryW(componentPath().c_str())) {
     canUnload_ = exported<decltype(canUnload_)>(module_, "DllCanUnloadNow");
 }
 
+HRESULT Component::registerServer() const {
+    return exported<HRESULT(WINAPI*)()>(module_, "DllRegisterServer")();
+}
+
 ComPtr<IClassFactory> Component::factory(REFCLSID clsid) const {
     ComPtr<IClassFactory> factory;
     classObject_(clsid, __uuidof(IClassFactory), factory.putVoid());

@@ -42,6 +42,7 @@ public:
         return classObject_(clsid, iid, object);
     }
     HRESULT canUnload() const { return canUnload_(); }
+    HRESULT registerServer() const;
 
     ComPtr<IClassFactory> factory(REFCLSID clsid) const;
 
