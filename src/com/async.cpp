@@ -5,6 +5,7 @@
 #include "core/check.h"
 
 #include <memory>
+#include <tuple>
 
 namespace Corvane::Com {
 namespace detail {
@@ -30,7 +31,7 @@ void runOnWorker(std::function<void()> work) {
     ::DestroyThreadpoolEnvironment(&environment);
     if (!submitted)
         Corvane::detail::failWin32(E_ACTIVEX, L"TrySubmitThreadpoolCallback", error);
-    static_cast<void>(data.release());
+    std::ignore = data.release();
 }
 
 }  // namespace detail

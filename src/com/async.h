@@ -45,6 +45,7 @@ void startAsync(IDispatch* callback, Work work, Convert convert) {
     // std::function copies what it holds, so the callback travels in a shared box.
     auto box = std::make_shared<std::unique_ptr<AsyncCallback>>(AsyncCallback::create(callback));
     detail::runOnWorker([box, work = std::move(work), convert = std::move(convert)]() mutable {
+        [[maybe_unused]] const auto& converter = convert;
         if constexpr (std::is_void_v<Result>) {
             std::exception_ptr error;
             try {
@@ -61,7 +62,7 @@ void startAsync(IDispatch* callback, Work work, Convert convert) {
             } catch (...) {
                 error = std::current_exception();
             }
-            AsyncCallback::pluginThreadCall<Result>(std::move(*box), error, result, convert);
+            AsyncCallback::pluginThreadCall<Result>(std::move(*box), error, result, converter);
         }
     });
 }

@@ -22,6 +22,7 @@ public:
     HRESULT STDMETHODCALLTYPE Add(ICertificate* certificate) override;
     HRESULT STDMETHODCALLTYPE Remove(ULONG index) override;
     HRESULT STDMETHODCALLTYPE Clear() override;
+    // NOLINTNEXTLINE(bugprone-reserved-identifier): automation's name for the enumerator
     HRESULT STDMETHODCALLTYPE get__NewEnum(IUnknown** enumerator) override;
 
 private:

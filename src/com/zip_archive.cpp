@@ -42,7 +42,8 @@ std::size_t indexOf(const Compression::ZipArchive& archive, const VARIANT& entry
         return archive.find(toUtf8(viewOf(V_BSTR(&value.get()))));
     }
     const double index = numberIn(value);
-    if (!(index >= 0 && index < std::numeric_limits<std::uint32_t>::max()) || index != std::floor(index)) {
+    const bool within = index >= 0 && index < std::numeric_limits<std::uint32_t>::max();  // no for NaN
+    if (!within || index != std::floor(index)) {
         throw Exception(E_UNZIP_OUT_OF_RANGE);
     }
     return static_cast<std::size_t>(index);

@@ -85,7 +85,7 @@ bool isUnderstood(const SitePattern& site) {
 }
 
 bool namesHost(const SitePattern& site) {
-    return !site.labels.empty() && !(site.labels.size() == 1 && site.labels.front().empty());
+    return site.labels.size() > 1 || (site.labels.size() == 1 && !site.labels.front().empty());
 }
 
 bool acceptsScheme(const SitePattern& pattern, const std::wstring& scheme) {
