@@ -38,7 +38,7 @@ private:
 
 void logFailure(const wchar_t* text, HRESULT hr) noexcept {
     try {
-        writeLog(LogLevel::error, context, text, systemText(static_cast<std::uint32_t>(hr)));
+        writeLog(LogLevel::error, context, text, numberForLog(static_cast<std::uint32_t>(hr)));
     } catch (...) {
         // The failure has its effect all the same.
     }

@@ -5,12 +5,9 @@
 namespace Corvane::detail {
 namespace {
 
-// Many numbers, of vendors' providers above all, have no text.
 void logFailure(const wchar_t* call, std::uint32_t number) {
-    if (!isLogEnabled(LogLevel::error))
-        return;
-    const std::wstring text = systemText(number);
-    writeLog(LogLevel::error, call, text.empty() ? hexNumber(number) : text);
+    if (isLogEnabled(LogLevel::error))
+        writeLog(LogLevel::error, call, numberForLog(number));
 }
 
 }  // namespace

@@ -26,6 +26,11 @@ std::wstring systemText(std::uint32_t number) {
     return hexNumber(number) + L":" + std::wstring(text, length);
 }
 
+std::wstring numberForLog(std::uint32_t number) {
+    std::wstring text = systemText(number);
+    return text.empty() ? hexNumber(number) : text;
+}
+
 std::wstring Win32Exception::details() const {
     return systemText(error_);
 }

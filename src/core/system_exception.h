@@ -10,8 +10,12 @@ namespace Corvane {
 // "0x" + lower-case hexadecimal.
 std::wstring hexNumber(std::uint32_t number);
 
-// hexNumber() + ":" + the system's text; empty when the system has no text for it.
+// hexNumber() + ":" + the system's text; empty when the system has no text for it, as for many numbers of
+// vendors' providers.
 std::wstring systemText(std::uint32_t number);
+
+// The same for the log: the number alone when there is no text.
+std::wstring numberForLog(std::uint32_t number);
 
 // A Win32 call failed. The one-argument form takes the thread's last error, so it must be the
 // first thing done after the failing call.

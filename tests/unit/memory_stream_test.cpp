@@ -87,12 +87,13 @@ TEST(MemoryStream, AClosedStreamSaysSo) {
 TEST(MemoryStream, PositionedTransfersAreWhole) {
     MemoryStream stream;
     stream.resize(32768);
-    std::vector<std::jthread> threads;
-    for (std::uint8_t writer = 0; writer < 8; ++writer) {
-        threads.emplace_back([&stream, writer] {
+    std::vector<std::jthread> threads(8);
+    for (std::uint8_t writer = 0; writer < threads.size(); ++writer) {
+        threads[writer] = std::jthread([&stream, writer] {
             for (int round = 0; round < 500; ++round) {
-                stream.seekAndWrite(writer * 4096, Bytes(4096, writer));
-                EXPECT_EQ(*stream.seekAndRead(writer * 4096, 4096), Bytes(4096, writer));
+                const std::int64_t place = std::int64_t{writer} * 4096;
+                stream.seekAndWrite(place, Bytes(4096, writer));
+                EXPECT_EQ(*stream.seekAndRead(place, 4096), Bytes(4096, writer));
             }
         });
     }
