@@ -105,6 +105,10 @@ TEST_F(FileTest, LongPathsWork) {
         deep += L'\\' + std::wstring(50, static_cast<wchar_t>(L'а' + i));
     FileSystem::createFolder(deep);
     FileSystem::createFolder(deep);
+    for (const wchar_t* name : {L"a/b/c", L"d\\e\\", L"."}) {
+        FileSystem::createFolder(path(name));
+        EXPECT_TRUE(FileSystem::folderExists(path(name))) << name;
+    }
     EXPECT_TRUE(FileSystem::folderExists(deep));
     writeFile(deep + L"\\файл.txt", Bytes{1, 2, 3});
     FileSystem::copyFile(deep + L"\\файл.txt", deep + L"\\b.txt", false);

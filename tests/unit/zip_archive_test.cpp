@@ -94,6 +94,9 @@ TEST(ZipArchive, GrowsFromNothing) {
 
     const ZipArchive again(stream);
     EXPECT_EQ(namesIn(again), names);
+    stream->seek(0, Stream::Origin::beginning);
+    EXPECT_EQ(errorCode([&] { again.extract(0, *stream, 10, nullptr); }), E_ZIP_GET_ENTRY.code)
+        << "into the archive itself";
     EXPECT_EQ(again.extract(0), bytesOf("one"));
     EXPECT_EQ(again.extract(1), sampleBytes(300000));
     EXPECT_TRUE(again.entries()->at(2).directory);

@@ -3,6 +3,7 @@
 #include "console.h"
 
 #include <memory>
+#include <tuple>
 #include <utility>
 
 namespace ScriptHost {
@@ -37,7 +38,7 @@ void quitAfter(DWORD seconds, const std::wstring& script) {
         write(Stream::error, L"scripthost: the time limit cannot be watched\n");
         quit(failedStatus);
     }
-    static_cast<void>(limit.release());
+    std::ignore = limit.release();
     ::CloseHandle(thread);
 }
 
