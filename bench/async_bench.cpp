@@ -62,7 +62,8 @@ public:
 
 // Delivers messages until the callback has been called as often as it should.
 void pump(const Callback& callback) {
-    for (MSG message; callback.called<calls&& ::GetMessageW(&message, nullptr, 0, 0)> 0;)
+    MSG message;
+    while (callback.called < calls && ::GetMessageW(&message, nullptr, 0, 0))
         ::DispatchMessageW(&message);
 }
 

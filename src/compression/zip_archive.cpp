@@ -134,8 +134,8 @@ void ZipArchive::extract(std::size_t index, Stream::IBinaryStream& output, std::
 
 void ZipArchive::extractFurther(std::size_t index, Stream::IBinaryStream& output,
                                 const SharedProgress& progress) const {
-    extractTo(
-        index, [&](std::span<const std::uint8_t> piece) { output.write(piece); }, progress);
+    const auto write = [&](std::span<const std::uint8_t> piece) { output.write(piece); };
+    extractTo(index, write, progress);
 }
 
 void ZipArchive::update(const std::function<void(ZipWriter&)>& work, int mode) {

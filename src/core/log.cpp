@@ -83,8 +83,8 @@ namespace {
 // A text from outside must not end the line and begin one of its own.
 std::wstring oneLine(std::wstring_view text) {
     std::wstring line(text);
-    std::ranges::replace_if(
-        line, [](wchar_t c) { return c < L' '; }, L' ');
+    const auto isControl = [](wchar_t c) { return c < L' '; };
+    std::ranges::replace_if(line, isControl, L' ');
     return line;
 }
 
