@@ -88,12 +88,13 @@ TEST(MemoryStream, PositionedTransfersAreWhole) {
     MemoryStream stream;
     stream.resize(32768);
     std::vector<std::jthread> threads(8);
-    for (std::uint8_t writer = 0; writer < threads.size(); ++writer) {
+    for (std::size_t writer = 0; writer < threads.size(); ++writer) {
         threads[writer] = std::jthread([&stream, writer] {
+            const Bytes own(4096, static_cast<std::uint8_t>(writer));
+            const auto place = static_cast<std::int64_t>(writer * own.size());
             for (int round = 0; round < 500; ++round) {
-                const std::int64_t place = std::int64_t{writer} * 4096;
-                stream.seekAndWrite(place, Bytes(4096, writer));
-                EXPECT_EQ(*stream.seekAndRead(place, 4096), Bytes(4096, writer));
+                stream.seekAndWrite(place, own);
+                EXPECT_EQ(*stream.seekAndRead(place, own.size()), own);
             }
         });
     }
