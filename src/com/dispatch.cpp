@@ -295,6 +295,10 @@ HRESULT DispatchTable::invoke(void* object, DISPID id, WORD flags, DISPPARAMS* p
         flags |= DISPATCH_PROPERTYGET;
     else if (flags == DISPATCH_PROPERTYGET && (member.kinds & INVOKE_FUNC) != 0)
         flags |= DISPATCH_METHOD;
+    // The system's releases differ in how they refuse to set what can only be read.
+    static_assert(INVOKE_FUNC == DISPATCH_METHOD && INVOKE_PROPERTYPUT == DISPATCH_PROPERTYPUT);
+    if ((flags & member.kinds) == 0)
+        return DISP_E_MEMBERNOTFOUND;
     // A method may fail without error information; the caller must not get that of an earlier failure.
     ::SetErrorInfo(0, nullptr);
     const bool plainRead = member.getterSlot != 0 && (flags & DISPATCH_PROPERTYGET) != 0 && result &&
