@@ -58,7 +58,8 @@ void expectKept(std::size_t rounds, std::size_t blocks, std::size_t heapBytes,
     EXPECT_LE(after.handles, before.handles + 2);
     EXPECT_EQ(after.slot, before.slot);
     EXPECT_LE(after.blocks, before.blocks + rounds * blocks + rounds / 2);
-    EXPECT_LE(after.heapBytes, before.heapBytes + rounds * (heapBytes + 16));
+    // A cache may grow once; what is lost each time shows in the blocks.
+    EXPECT_LE(after.heapBytes, before.heapBytes + rounds * (heapBytes + 16) + 0x8000);
 }
 
 // A little of everything that loads something: type information, error information, a site.
