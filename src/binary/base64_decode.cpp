@@ -138,7 +138,7 @@ constexpr std::size_t blockGroups = 16384;
 template <typename Char>
 Bytes decode(std::basic_string_view<Char> text) {
     Bytes bytes;
-    bytes.reserve(text.size());
+    bytes.reserve((text.size() / groupCharacters + 1) * groupBytes);
     // Groups go through a block that stays in the cache: growing the vector first would fill it with zeros.
     std::array<std::uint8_t, blockGroups * groupBytes + 1> block;
     const Char* in = text.data();
