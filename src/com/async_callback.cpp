@@ -6,8 +6,6 @@
 
 #include <dispex.h>
 
-#include <array>
-
 using namespace Corvane;
 using namespace Corvane::Com;
 
@@ -71,10 +69,9 @@ std::wstring textOf(const std::exception_ptr& error) {
 }  // namespace
 
 AsyncCallback::AsyncCallback(ThreadWindow window, IDispatch* callback) : window_(std::move(window)) {
-    HRESULT hr = ::CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
-                                    IID_IGlobalInterfaceTable, table_.putVoid());
-    if (SUCCEEDED(hr))
-        hr = callback ? table_->RegisterInterfaceInGlobal(callback, IID_IDispatch, &cookie_) : E_POINTER;
+    const HRESULT hr = callback
+                           ? window_.interfaces().RegisterInterfaceInGlobal(callback, IID_IDispatch, &cookie_)
+                           : E_POINTER;
     if (FAILED(hr)) {
         logFailure(L"RegisterInterfaceInGlobal error: ", hr);
         throw ComException(E_ACTIVEX, hr);
@@ -88,7 +85,7 @@ std::unique_ptr<AsyncCallback> AsyncCallback::create(IDispatch* callback) {
 AsyncCallback::~AsyncCallback() {
     // Whoever finds the script's thread gone may be a worker without an apartment.
     const Apartment apartment(COINIT_MULTITHREADED);
-    if (const HRESULT hr = table_->RevokeInterfaceFromGlobal(cookie_); FAILED(hr))
+    if (const HRESULT hr = window_.interfaces().RevokeInterfaceFromGlobal(cookie_); FAILED(hr))
         logFailure(L"RevokeInterfaceFromGlobal error: ", hr);
 }
 
@@ -163,7 +160,8 @@ void AsyncCallback::invoke() noexcept {
     const Apartment apartment(COINIT_APARTMENTTHREADED);
     try {
         ComPtr<IDispatch> callback;
-        const HRESULT hr = table_->GetInterfaceFromGlobal(cookie_, IID_IDispatch, callback.putVoid());
+        const HRESULT hr =
+            window_.interfaces().GetInterfaceFromGlobal(cookie_, IID_IDispatch, callback.putVoid());
         if (FAILED(hr))
             return logFailure(L"GetInterfaceFromGlobal error: ", hr);
         call(*callback);

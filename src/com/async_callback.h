@@ -9,12 +9,10 @@
 
 #include <windows.h>
 
-#include <objidl.h>
-
+#include <array>
 #include <exception>
 #include <functional>
 #include <memory>
-#include <vector>
 
 // One per started operation. Lives from the method call until the script function has been called; it keeps
 // the module. Destroyed on the script's thread, or by whoever finds that this thread has ended.
@@ -57,8 +55,7 @@ private:
     Corvane::Com::ModuleReference module_;
     Corvane::Com::ThreadWindow window_;
     // In the order in which a call passes them: `this`, the error text, the result.
-    std::vector<Corvane::Com::Variant> arguments_{3};
+    std::array<Corvane::Com::Variant, 3> arguments_;
     std::exception_ptr error_;
-    Corvane::Com::ComPtr<IGlobalInterfaceTable> table_;
     DWORD cookie_ = 0;
 };

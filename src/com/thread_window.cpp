@@ -17,6 +17,7 @@ namespace detail {
 struct WindowRecord {
     ModuleReference module;  // the window's procedure is our code
     HWND window = nullptr;
+    ComPtr<IGlobalInterfaceTable> interfaces;
     ThreadHandle thread;  // tells whether the thread has ended; until it is closed nobody gets its number
     DWORD threadId = ::GetCurrentThreadId();
     std::size_t users = 0;  // operations under way
@@ -207,6 +208,9 @@ SharedRecord create() {
     checkWin32(::DuplicateHandle(::GetCurrentProcess(), ::GetCurrentThread(), ::GetCurrentProcess(),
                                  record->thread.put(), SYNCHRONIZE, FALSE, 0),
                E_CREATE_WINDOW, L"DuplicateHandle");
+    checkHresult(::CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
+                                    IID_IGlobalInterfaceTable, record->interfaces.putVoid()),
+                 E_ACTIVEX, L"CoCreateInstance");
     const ClassUse use;
     record->window = checkWin32(::CreateWindowExW(0, className, windowName().c_str(), 0, 0, 0, 0, 0,
                                                   HWND_MESSAGE, nullptr, Module::instance(), nullptr),
@@ -253,6 +257,10 @@ ThreadWindow::~ThreadWindow() {
         return;
     const std::lock_guard guard(tableMutex);
     --record_->users;
+}
+
+IGlobalInterfaceTable& ThreadWindow::interfaces() const noexcept {
+    return *record_->interfaces;
 }
 
 void ThreadWindow::post(ThreadWindow& window, std::unique_ptr<AsyncCallback> callback) noexcept {

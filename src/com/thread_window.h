@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <objidl.h>
+
 #include <list>
 #include <memory>
 
@@ -21,12 +23,15 @@ using CallbackQueue = std::list<std::unique_ptr<AsyncCallback>>;
 class ThreadWindow {
 public:
     // The window of the calling thread, created at the thread's first call. Throws Win32Exception
-    // E_REGISTER_WINDOW_CLASS, E_CREATE_WINDOW.
+    // E_REGISTER_WINDOW_CLASS, E_CREATE_WINDOW; ComException E_ACTIVEX when the thread is in no apartment.
     static ThreadWindow ofThisThread();
 
     ThreadWindow(ThreadWindow&&) noexcept = default;
     ThreadWindow& operator=(ThreadWindow&&) = delete;
     ~ThreadWindow();
+
+    // The process's table of interfaces, looked up once with the window. Lives as long as the share.
+    IGlobalInterfaceTable& interfaces() const noexcept;
 
     // Has `callback`, which holds `window`, invoked by the window's thread and destroyed afterwards. When the
     // thread ends before that, it is destroyed without being invoked, at the latest when the module is asked
