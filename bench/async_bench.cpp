@@ -168,7 +168,7 @@ void compareAsync() {
     const auto peer = [&] { loop.start(callback.get()); };
     constexpr const char* peerName = "register, post, fetch, revoke";
     compareCalls("asynchronous CRC-32, 1 KiB", peerName, 0.7, calls, repeat(bare), repeat(peer));
-    // A service looks at the lists of trusted sites in the registry at each call.
+    // A service asks at each call whether the list of trusted sites in the registry changed.
     compareCalls("the same with the site's check", peerName, 0.7, calls, repeat(ours), repeat(peer));
 }
 

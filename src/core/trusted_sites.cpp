@@ -2,10 +2,12 @@
 
 #include "core/check.h"
 #include "core/handles.h"
+#include "core/key_watch.h"
 #include "core/log.h"
 
 #include <algorithm>
-#include <iterator>
+#include <array>
+#include <memory>
 #include <mutex>
 #include <shared_mutex>
 
@@ -21,7 +23,9 @@ bool isLetter(wchar_t c) {
     return ::IsCharAlphaNumericW(c) != FALSE;
 }
 
-bool covers(const std::vector<SitePattern>& patterns, const std::wstring& address) {
+using SitePatterns = std::vector<SitePattern>;
+
+bool covers(const SitePatterns& patterns, const std::wstring& address) {
     if (address.empty()) {
         return false;
     }
@@ -53,17 +57,13 @@ LSTATUS valueName(HKEY key, DWORD index, std::wstring& name, DWORD& length) {
     }
 }
 
-// The valid patterns of one hive; none when it cannot be read to its end.
-std::vector<SitePattern> readHive(HKEY hive) {
-    RegistryKey key;
-    if (::RegOpenKeyExW(hive, trustedSitesKey, 0, KEY_READ, key.put()) != ERROR_SUCCESS) {
-        return {};
-    }
-    std::vector<SitePattern> patterns;
+// The valid patterns among the names of the key's values; none when they cannot be read to their end.
+SitePatterns readPatterns(HKEY key) {
+    SitePatterns patterns;
     std::wstring name(firstNameBuffer, L'\0');
     DWORD length = 0;
     LSTATUS status = ERROR_SUCCESS;
-    for (DWORD index = 0; (status = valueName(key.get(), index, name, length)) == ERROR_SUCCESS; ++index) {
+    for (DWORD index = 0; (status = valueName(key, index, name, length)) == ERROR_SUCCESS; ++index) {
         SitePattern pattern = readSite(name.substr(0, length));
         if (isValidSitePattern(pattern)) {
             patterns.push_back(std::move(pattern));
@@ -74,6 +74,29 @@ std::vector<SitePattern> readHive(HKEY hive) {
     }
     return patterns;
 }
+
+// The patterns of one hive, read anew only when its key has changed.
+class HivePatterns {
+public:
+    explicit HivePatterns(HKEY hive) : watch_(hive, trustedSitesKey) {}
+
+    std::shared_ptr<const SitePatterns> current() {
+        const std::lock_guard lock(mutex_);
+        if (watch_.changed()) {
+            patterns_ = nullptr;
+        }
+        if (!patterns_) {
+            patterns_ =
+                std::make_shared<SitePatterns>(watch_.key() ? readPatterns(watch_.key()) : SitePatterns{});
+        }
+        return patterns_;
+    }
+
+private:
+    SharedMutex mutex_;
+    KeyWatch watch_;
+    std::shared_ptr<const SitePatterns> patterns_;
+};
 
 }  // namespace
 
@@ -86,11 +109,10 @@ bool TrustedSitesBase::isTrusted(const std::wstring& address) const {
     return covers(trusted_, address);
 }
 
-RegTrustedSites::RegTrustedSites() {
-    for (const HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
-        std::vector<SitePattern> patterns = readHive(hive);
-        std::move(patterns.begin(), patterns.end(), std::back_inserter(trusted_));
-    }
+bool RegTrustedSites::isTrusted(const std::wstring& address) const {
+    static std::array hives{HivePatterns(HKEY_CURRENT_USER), HivePatterns(HKEY_LOCAL_MACHINE)};
+    return std::any_of(hives.begin(), hives.end(),
+                       [&](HivePatterns& hive) { return covers(*hive.current(), address); });
 }
 
 SessionTrustedSites& SessionTrustedSites::instance() {

@@ -7,6 +7,8 @@
 #include "core/lock.h"
 #include "core/site_pattern.h"
 
+#include <vector>
+
 namespace Corvane {
 
 inline constexpr wchar_t trustedSitesKey[] = L"SOFTWARE\\ZimVetrel\\VetrelCorvane\\TrustedSites";
@@ -31,12 +33,13 @@ protected:
     std::vector<SitePattern> trusted_;
 };
 
-// The permanent list: the current user's values, then the machine's. It is read when the object is made, so
-// that an edit of the registry counts from the next check on. Values that are no valid pattern, and keys
-// that cannot be read, are passed over silently.
+// The permanent list: the current user's values, then the machine's if those do not cover the page. Each test
+// sees the registry as it is then, so that an edit counts from the next check on; an unchanged key is not
+// read again. Values that are no valid pattern, and keys that cannot be read, are passed over silently. Any
+// thread.
 class RegTrustedSites : public TrustedSitesBase {
 public:
-    RegTrustedSites();
+    bool isTrusted(const std::wstring& address) const override;
 };
 
 // The lists of this process, trusted and refused; they only grow. Any thread.

@@ -3,6 +3,7 @@
 #include "binary/xml_text.h"
 #include "core/check.h"
 #include "core/handles.h"
+#include "core/key_watch.h"
 #include "core/log.h"
 #include "core/settings.h"
 #include "core/text.h"
@@ -213,6 +214,49 @@ TEST_F(TrustedSites, ValidPatternsOfBothHivesCount) {
         addValue(HKEY_CURRENT_USER, host);
         EXPECT_TRUE(RegTrustedSites().isTrusted(L"http://" + host)) << length;
     }
+}
+
+TEST_F(TrustedSites, AnEditOfTheRegistryCountsFromTheNextCheck) {
+    KeyWatch watch(HKEY_CURRENT_USER, trustedSitesKey);
+    EXPECT_TRUE(watch.changed());
+    EXPECT_FALSE(watch.key());
+
+    const auto isTrusted = [] { return RegTrustedSites().isTrusted(L"http://a.example/"); };
+    addValue(HKEY_CURRENT_USER, L"a.example");
+    const auto remove = [] {
+        ASSERT_EQ(::RegDeleteKeyValueW(HKEY_CURRENT_USER, trustedSitesKey, L"a.example"), ERROR_SUCCESS);
+    };
+    // Many within one step of the clock, then after a rest, in which the key's date becomes certain.
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_TRUE(watch.changed()) << "a change as young as this";
+        EXPECT_TRUE(isTrusted());
+        remove();
+        EXPECT_FALSE(isTrusted());
+        addValue(HKEY_CURRENT_USER, L"a.example");
+    }
+    const auto rest = [&] {
+        ::Sleep(2100);
+        EXPECT_TRUE(watch.changed());
+        EXPECT_FALSE(watch.changed()) << "nobody touched it";
+        EXPECT_TRUE(isTrusted());
+    };
+    rest();
+    remove();
+    EXPECT_FALSE(isTrusted());
+    EXPECT_TRUE(watch.changed());
+    addValue(HKEY_CURRENT_USER, L"a.example");
+    rest();
+    ASSERT_EQ(::RegDeleteKeyW(HKEY_CURRENT_USER, trustedSitesKey), ERROR_SUCCESS);
+    EXPECT_FALSE(isTrusted());
+    EXPECT_TRUE(watch.changed());
+    addValue(HKEY_CURRENT_USER, L"a.example");
+    rest();
+    // As if the key had been renamed: what was opened lives on.
+    RegistryKey other;
+    ASSERT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, L"other", other.put()), ERROR_SUCCESS);
+    ASSERT_EQ(::RegOverridePredefKey(HKEY_CURRENT_USER, other.get()), ERROR_SUCCESS);
+    ::Sleep(static_cast<DWORD>(KeyWatch::reopenMilliseconds) + 50);
+    EXPECT_FALSE(isTrusted());
 }
 
 TEST_F(TrustedSites, SessionKeepsTrustedAndRefusedApart) {
