@@ -185,7 +185,7 @@ TEST_F(CoclassesTest, ServicesTakeNullAndForeignObjectsForWhatTheyAre) {
     forEach([&](const Made& made) {
         if (made.name.find(L"Service") == std::wstring::npos)
             return;
-        host_.href = trustedPage;
+        host_.href = TrustedPage::address;
         ASSERT_EQ(made.object.query<IObjectWithSite>()->SetSite(host_.site()), S_OK);
         for (IDispatch* const object :
              {static_cast<IDispatch*>(nullptr), static_cast<IDispatch*>(&foreign)}) {

@@ -42,16 +42,22 @@ ComPtr<IClassFactory> Component::factory(REFCLSID clsid) const {
     return factory;
 }
 
+TrustedPage::TrustedPage() {
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, trustedSites, address, REG_SZ, L"", sizeof(L""));
+}
+
+TrustedPage::~TrustedPage() {
+    ::RegDeleteKeyValueW(HKEY_CURRENT_USER, trustedSites, address);
+}
+
 ComponentTest::ComponentTest() {
     ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    ::RegSetKeyValueW(HKEY_CURRENT_USER, trustedSites, trustedPage, REG_SZ, L"", sizeof(L""));
     host_.answers = {{Corvane::Step::browserService, E_NOINTERFACE}};
 }
 
 ComponentTest::~ComponentTest() {
     EXPECT_EQ(host_.references, 0) << "the host's objects are still held";
     EXPECT_EQ(component_.canUnload(), S_OK) << "objects or locks are left";
-    ::RegDeleteKeyValueW(HKEY_CURRENT_USER, trustedSites, trustedPage);
     ::CoUninitialize();
 }
 

@@ -61,6 +61,17 @@ private:
     decltype(&::DllCanUnloadNow) canUnload_;
 };
 
+// A site that the user trusts for as long as it lives.
+class TrustedPage {
+public:
+    TrustedPage();
+    TrustedPage(const TrustedPage&) = delete;
+    TrustedPage& operator=(const TrustedPage&) = delete;
+    ~TrustedPage();
+
+    static constexpr wchar_t address[] = L"https://robustness.example";
+};
+
 // Every test begins with the DLL loaded and in a trusted page, and has to give back all it took.
 class ComponentTest : public ::testing::Test {
 protected:
@@ -69,7 +80,7 @@ protected:
 
     // A service of the page at `url`.
     template <class Interface>
-    ComPtr<Interface> serviceOf(REFCLSID clsid, const wchar_t* url = trustedPage) {
+    ComPtr<Interface> serviceOf(REFCLSID clsid, const wchar_t* url = TrustedPage::address) {
         host_.href = url;
         auto service = component_.create<Interface>(clsid);
         EXPECT_EQ(service.template query<IObjectWithSite>()->SetSite(host_.site()), S_OK);
@@ -81,8 +92,7 @@ protected:
     // An object that holds what the hexadecimal text says.
     ComPtr<IBinaryObject> bytes(std::wstring_view hex);
 
-    static constexpr wchar_t trustedPage[] = L"https://robustness.example";
-
+    TrustedPage trustedPage_;
     Component component_;
     Corvane::FakeHost host_;
 };

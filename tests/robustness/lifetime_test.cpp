@@ -62,9 +62,23 @@ void expectKept(std::size_t rounds, std::size_t blocks, std::size_t heapBytes,
     EXPECT_LE(after.heapBytes, before.heapBytes + rounds * (heapBytes + 16) + 0x8000);
 }
 
-// A little of everything that loads something: type information, error information, a site.
+// A call that ends on another thread. The object that is called back has no use for that, and is let go of.
+void callBackOnce(IBinaryObjectService& service) {
+    ComPtr<IBinaryObject> object;
+    EXPECT_EQ(service.BinaryObjectFromHex(Bstr(L"00").get(), object.put()), S_OK);
+    EXPECT_EQ(service.GetCrc32Async(object.get(), 0, object.get()), S_OK);
+    EXPECT_GT(referencesOf(*object), 1U) << "held until it is called";
+    MSG message;
+    while (referencesOf(*object) > 1 && ::GetMessageW(&message, nullptr, 0, 0))
+        ::DispatchMessageW(&message);
+}
+
+// A little of everything that loads something: type information, error information, a site, the list of
+// trusted sites, a thread.
 void useOnce(const Component& component) {
     Corvane::FakeHost host;
+    host.answers = {{Corvane::Step::browserService, E_NOINTERFACE}};
+    host.href = TrustedPage::address;
     const auto object = component.create<IBinaryObject>(__uuidof(BinaryObject));
     wchar_t name[] = L"GetByte";
     LPOLESTR names[] = {name};
@@ -73,6 +87,7 @@ void useOnce(const Component& component) {
     EXPECT_EQ(LateCall(*object, member, {variantOf(VT_I4, 0)}).hr, DISP_E_EXCEPTION);
     const auto service = component.create<IBinaryObjectService>(__uuidof(BinaryObjectService));
     EXPECT_EQ(service.query<IObjectWithSite>()->SetSite(host.site()), S_OK);
+    callBackOnce(*service);
 }
 
 // A C++ runtime that is linked into a DLL keeps a few small blocks of its streams and mutexes at each
@@ -80,6 +95,8 @@ void useOnce(const Component& component) {
 TEST(LifetimeTest, LoadedAndFreedAHundredTimes) {
     // Stays loaded with all that it needs, so that what the system's libraries keep does not count.
     ASSERT_TRUE(::LoadLibraryW(L"cryptui.dll"));
+    ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    const TrustedPage page;
     // Failures ask for the ProgID, and Wine's 32-bit half loses a handle where there is none.
     ASSERT_EQ(Component().registerServer(), S_OK);
     expectKept(100, 20, 3000, [] {
@@ -87,7 +104,11 @@ TEST(LifetimeTest, LoadedAndFreedAHundredTimes) {
         useOnce(component);
         EXPECT_EQ(component.canUnload(), S_OK);
     });
+    // The pool lets go of it after the last callback has returned.
+    for (int i = 0; i < 100 && ::GetModuleHandleW(L"VetrelCorvane2.dll"); ++i)
+        ::Sleep(20);
     EXPECT_EQ(::GetModuleHandleW(L"VetrelCorvane2.dll"), nullptr);
+    ::CoUninitialize();
 }
 
 class LifetimesTest : public ComponentTest {};
