@@ -15,7 +15,8 @@ JOBS = 2
 # The host ends a hung script itself; this is for the case that it cannot.
 LAST_RESORT_SECONDS = 180
 # What Wine itself says when a process ends while one of its threads is only starting; the process ends as it should.
-DYING_THREAD = re.compile(r"^wine client error:[0-9a-f]+: sendmsg: .*\n", re.MULTILINE)
+# The end may cut its words short.
+DYING_THREAD = re.compile(r"^wine client error:[0-9a-f]+:(?: sendmsg: .*)?\n?", re.MULTILINE)
 
 
 class Outcome:
