@@ -7,7 +7,7 @@
 #include "com/async.h"
 #include "com/automation.h"
 #include "com/ptr.h"
-#include "tools/scripthost/com_object.h"
+#include "tools/scripthost/unscriptable.h"
 
 #include <windows.h>
 
@@ -23,8 +23,8 @@ namespace bench {
 namespace {
 
 using Corvane::Com::ComPtr;
-using ScriptHost::ComObject;
-using ScriptHost::make;
+using Corvane::Com::makeObject;
+using Corvane::Com::PlainObject;
 
 constexpr int calls = 10'000;
 constexpr UINT posted = WM_USER + 1;
@@ -37,22 +37,17 @@ void must(bool succeeded, const char* what) {
 }
 
 // A host without a browser.
-class Site final : public ComObject<IServiceProvider> {
+class Site final : public PlainObject<IServiceProvider> {
     HRESULT STDMETHODCALLTYPE QueryService(REFGUID, REFIID, void** object) override {
         *object = nullptr;
         return E_NOINTERFACE;
     }
 };
 
-class Callback final : public ComObject<IDispatch> {
+class Callback final : public ScriptHost::Unscriptable<IDispatch> {
 public:
     int called = 0;
 
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-        return E_NOTIMPL;
-    }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
                                      UINT*) override {
         ++called;
@@ -90,7 +85,7 @@ ComPtr<IBinaryObjectService> trustedService() {
     must(SUCCEEDED(::CoCreateInstance(__uuidof(BinaryObjectService), nullptr, CLSCTX_INPROC_SERVER,
                                       __uuidof(IBinaryObjectService), service.putVoid())),
          "CoCreateInstance");
-    must(SUCCEEDED(service.query<IObjectWithSite>()->SetSite(make<Site>().get())), "SetSite");
+    must(SUCCEEDED(service.query<IObjectWithSite>()->SetSite(makeObject<Site>().get())), "SetSite");
     return service;
 }
 
@@ -149,7 +144,7 @@ void compareAsync() {
     const Corvane::Com::Bstr text(std::wstring(2048, L'0'));
     must(SUCCEEDED(service->BinaryObjectFromHex(text.get(), data.put())), "BinaryObjectFromHex");
     BareLoop loop;
-    const auto callback = make<Callback>();
+    const auto callback = makeObject<Callback>();
     const auto repeat = [&callback](const auto& start) {
         return [&callback, &start] {
             callback->called = 0;

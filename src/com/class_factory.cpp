@@ -1,38 +1,18 @@
 #include "com/class_factory.h"
 
 #include "com/module.h"
+#include "com/plain_object.h"
 #include "com/ptr.h"
 
 #include <algorithm>
-#include <atomic>
 #include <new>
 
 namespace Corvane::Com {
 namespace {
 
-class ClassFactory final : public IClassFactory {
+class ClassFactory final : public PlainObject<IClassFactory> {
 public:
     explicit ClassFactory(const Coclass& coclass) noexcept : coclass_(coclass) {}
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (!object)
-            return E_POINTER;
-        *object = nullptr;
-        if (iid != __uuidof(IClassFactory) && iid != __uuidof(IUnknown))
-            return E_NOINTERFACE;
-        *object = static_cast<IClassFactory*>(this);
-        AddRef();
-        return S_OK;
-    }
-
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --references_;
-        if (left == 0)
-            delete this;
-        return left;
-    }
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
         if (!object)
@@ -60,7 +40,6 @@ public:
 private:
     const Coclass& coclass_;
     ModuleReference module_;
-    std::atomic<ULONG> references_{1};
 };
 
 }  // namespace

@@ -1,9 +1,9 @@
 #include "com/enum_variant.h"
 
 #include "com/module.h"
+#include "com/plain_object.h"
 
 #include <algorithm>
-#include <atomic>
 #include <memory>
 #include <new>
 
@@ -12,32 +12,10 @@ namespace {
 
 using Items = std::vector<ComPtr<IDispatch>>;
 
-class EnumVariant final : public IEnumVARIANT {
+class EnumVariant final : public PlainObject<IEnumVARIANT> {
 public:
     EnumVariant(std::shared_ptr<const Items> items, std::size_t position) noexcept
         : items_(std::move(items)), position_(position) {}
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (!object)
-            return E_POINTER;
-        const bool known = iid == __uuidof(IUnknown) || iid == __uuidof(IEnumVARIANT);
-        *object = known ? static_cast<IEnumVARIANT*>(this) : nullptr;
-        if (!known)
-            return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-
-    ULONG STDMETHODCALLTYPE AddRef() override {
-        return references_.fetch_add(1, std::memory_order_relaxed) + 1;
-    }
-
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
-        if (left == 0)
-            delete this;
-        return left;
-    }
 
     HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* variants, ULONG* fetched) override {
         // Without `fetched` only one element may be asked for, as the caller could not tell how many it got.
@@ -72,12 +50,9 @@ public:
     }
 
 private:
-    ~EnumVariant() = default;
-
     ModuleReference module_;
     std::shared_ptr<const Items> items_;
     std::size_t position_;
-    std::atomic<ULONG> references_{1};
 };
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "com/dispatch.h"
 #include "com/frame.h"
 #include "com/module.h"
+#include "com/plain_object.h"
 #include "com/ptr.h"
 
 #include <windows.h>
@@ -61,12 +62,10 @@ public:
         return S_OK;
     }
 
-    ULONG STDMETHODCALLTYPE AddRef() override {
-        return references_.fetch_add(1, std::memory_order_relaxed) + 1;
-    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return references_.add(); }
 
     ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+        const ULONG left = references_.drop();
         if (left == 0)
             delete static_cast<T*>(this);
         return left;
@@ -189,14 +188,8 @@ private:
         return S_OK;
     }
 
-    std::atomic<ULONG> references_{1};
+    ReferenceCount references_;
     std::atomic<const DispatchTable*> table_{nullptr};
 };
-
-// A new object of class T; the caller's pointer is its only reference.
-template <class T, class... Arguments>
-ComPtr<T> makeObject(Arguments&&... arguments) {
-    return ComPtr<T>::adopt(new T(std::forward<Arguments>(arguments)...));
-}
 
 }  // namespace Corvane::Com

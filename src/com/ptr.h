@@ -65,4 +65,10 @@ private:
     Interface* object_ = nullptr;
 };
 
+// A new object of class T; the caller's pointer is its only reference.
+template <class T, class... Arguments>
+ComPtr<T> makeObject(Arguments&&... arguments) {
+    return ComPtr<T>::adopt(new T(std::forward<Arguments>(arguments)...));
+}
+
 }  // namespace Corvane::Com

@@ -16,7 +16,7 @@ JOBS = 2
 LAST_RESORT_SECONDS = 180
 # What Wine itself says when a process ends while one of its threads is only starting; the process ends as it should.
 # The end may cut its words short.
-DYING_THREAD = re.compile(r"^wine client error:[0-9a-f]+:(?: sendmsg: .*)?\n?", re.MULTILINE)
+DYING_THREAD = re.compile(r"^wine client error:.*\n?", re.MULTILINE)
 
 
 class Outcome:

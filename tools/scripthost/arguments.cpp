@@ -7,7 +7,7 @@ namespace {
 
 using Words = std::shared_ptr<const std::vector<std::wstring>>;
 
-class WordEnumerator final : public ComObject<IEnumVARIANT> {
+class WordEnumerator final : public PlainObject<IEnumVARIANT> {
 public:
     WordEnumerator(Words words, std::size_t position) : words_(std::move(words)), position_(position) {}
 
@@ -32,7 +32,7 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT** copy) override {
-        *copy = make<WordEnumerator>(words_, position_).detach();
+        *copy = makeObject<WordEnumerator>(words_, position_).detach();
         return S_OK;
     }
 
@@ -58,7 +58,7 @@ Arguments::Arguments(std::vector<std::wstring> words) {
     addProperty(L"length", count);
     addMethod(L"Count", [count](const CallArguments&, VARIANT& result) { count(result); });
     addEnumerator([shared](VARIANT& result) {
-        result.punkVal = make<WordEnumerator>(shared, 0U).detach();
+        result.punkVal = makeObject<WordEnumerator>(shared, 0U).detach();
         result.vt = VT_UNKNOWN;
     });
 }

@@ -2,13 +2,17 @@
 #pragma once
 
 #include "com/automation.h"
-#include "com_object.h"
+#include "com/plain_object.h"
 
 #include <functional>
 #include <string>
 #include <vector>
 
 namespace ScriptHost {
+
+using Corvane::Com::ComPtr;
+using Corvane::Com::makeObject;
+using Corvane::Com::PlainObject;
 
 // A failure that the script sees as an exception with this description.
 struct CallError {
@@ -31,7 +35,7 @@ private:
     std::vector<Corvane::Com::Variant> values_;
 };
 
-class DispatchObject : public ComObject<IDispatch> {
+class DispatchObject : public PlainObject<IDispatch> {
 public:
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override;
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override;

@@ -22,7 +22,7 @@ private:
 
 class HtmlWindow final : public PartialHtmlWindow {
 public:
-    explicit HtmlWindow(std::wstring address) : location_(make<HtmlLocation>(std::move(address))) {}
+    explicit HtmlWindow(std::wstring address) : location_(makeObject<HtmlLocation>(std::move(address))) {}
 
     HRESULT STDMETHODCALLTYPE get_location(IHTMLLocation** location) override {
         if (!location)
@@ -38,7 +38,7 @@ private:
 }  // namespace
 
 ComPtr<IHTMLWindow2> makeHtmlWindow(std::wstring address) {
-    return ComPtr<IHTMLWindow2>::adopt(make<HtmlWindow>(std::move(address)).detach());
+    return ComPtr<IHTMLWindow2>::adopt(makeObject<HtmlWindow>(std::move(address)).detach());
 }
 
 }  // namespace ScriptHost

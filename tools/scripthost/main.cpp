@@ -40,9 +40,9 @@ std::wstring fullPath(const std::wstring& path) {
 bool runScripts(const Options& options, std::wstring& current) {
     const std::wstring script = fullPath(options.script);
     const Language& language = languageOf(script);
-    const auto site = make<Site>(options.url);
+    const auto site = makeObject<Site>(options.url);
     const auto host =
-        make<WScript>(options, script, *static_cast<IActiveScriptSite*>(site.get()), language.unset);
+        makeObject<WScript>(options, script, *static_cast<IActiveScriptSite*>(site.get()), language.unset);
     site->setHostObject(host.get());
 
     Engine engine(language, *site);

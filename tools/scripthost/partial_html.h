@@ -2,25 +2,15 @@
 // lists follow the interfaces' declarations.
 #pragma once
 
-#include "com_object.h"
+#include "unscriptable.h"
 
 #include <mshtml.h>
 
 namespace ScriptHost {
 
 // All of a window but its location.
-class PartialHtmlWindow : public ComObject<IHTMLWindow2> {
+class PartialHtmlWindow : public Unscriptable<IHTMLWindow2> {
 public:
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                     UINT*) override {
-        return E_NOTIMPL;
-    }
-
     HRESULT STDMETHODCALLTYPE item(VARIANT*, VARIANT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_length(LONG*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_frames(IHTMLFramesCollection2**) override { return E_NOTIMPL; }
@@ -97,18 +87,8 @@ public:
 };
 
 // All of a location but its address.
-class PartialHtmlLocation : public ComObject<IHTMLLocation> {
+class PartialHtmlLocation : public Unscriptable<IHTMLLocation> {
 public:
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                     UINT*) override {
-        return E_NOTIMPL;
-    }
-
     HRESULT STDMETHODCALLTYPE put_href(BSTR) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE put_protocol(BSTR) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_protocol(BSTR*) override { return E_NOTIMPL; }

@@ -1,7 +1,7 @@
 // What the script engine, and through it every object that a script creates, sees of the host.
 #pragma once
 
-#include "com_object.h"
+#include "com/plain_object.h"
 
 #include <activscp.h>
 #include <mshtml.h>
@@ -12,7 +12,11 @@
 
 namespace ScriptHost {
 
-class Site final : public ComObject<IActiveScriptSite, IActiveScriptSiteWindow, IServiceProvider> {
+using Corvane::Com::ComPtr;
+using Corvane::Com::makeObject;
+using Corvane::Com::PlainObject;
+
+class Site final : public PlainObject<IActiveScriptSite, IActiveScriptSiteWindow, IServiceProvider> {
 public:
     // With an empty `url` the site is a plain host's; otherwise it offers an HTML window at that address.
     explicit Site(const std::wstring& url);

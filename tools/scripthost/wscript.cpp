@@ -42,14 +42,14 @@ void WScript::addOutput(const wchar_t* unset) {
             line += (i == 0 ? L"" : L" ") + valueText(arguments.at(i), unset);
         write(Stream::output, line + L'\n');
     });
-    const auto output = make<OutputStream>(Stream::output);
-    const auto error = make<OutputStream>(Stream::error);
+    const auto output = makeObject<OutputStream>(Stream::output);
+    const auto error = makeObject<OutputStream>(Stream::error);
     addProperty(L"StdOut", [output](VARIANT& result) { setObject(result, output.get()); });
     addProperty(L"StdErr", [error](VARIANT& result) { setObject(result, error.get()); });
 }
 
 void WScript::addInformation(const Options& options, const std::wstring& scriptPath) {
-    const auto arguments = make<Arguments>(options.arguments);
+    const auto arguments = makeObject<Arguments>(options.arguments);
     const std::wstring name = scriptPath.substr(scriptPath.find_last_of(L'\\') + 1);
     addProperty(L"Arguments", [arguments](VARIANT& result) { setObject(result, arguments.get()); });
     addProperty(L"ScriptName", [name](VARIANT& result) { setText(result, name); });
