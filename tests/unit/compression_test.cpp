@@ -181,21 +181,6 @@ TEST(Compression, StopsWhenCanceledAndLeavesTheOutput) {
     }
 }
 
-TEST(Compression, KeepsTheOutputWhereNothingWasWritten) {
-    const auto canceled = std::make_shared<Progress>();
-    canceled->cancel();
-    for (const Format* format : formats) {
-        MemoryStream output;
-        output.write(bytesOf("before and behind"));
-        output.seek(6, Stream::Origin::beginning);
-        SourceStream input(bytesOf("neither gzip nor zip"));
-        EXPECT_NE(errorCode([&] { format->unpackStream(input, output, 0, nullptr); }), 0u);
-        EXPECT_EQ(errorCode([&] { format->packStream(input, output, canceled, defaultMode); }),
-                  E_CANCELED.code);
-        EXPECT_EQ(contentOf(output), bytesOf("before and behind")) << format->name;
-    }
-}
-
 TEST(Compression, PassesOnWhatAStreamThrowsAndRefusesOneStreamForBoth) {
     MemoryStream closed;
     closed.close();
@@ -210,49 +195,6 @@ TEST(Compression, PassesOnWhatAStreamThrowsAndRefusesOneStreamForBoth) {
         EXPECT_EQ(errorCode([&] { format->unpackStream(input, input, 0, nullptr); }),
                   isZip ? E_ZIP_OPEN.code : E_UNGZIP.code);
         EXPECT_EQ(input.state().size, 1000u);
-    }
-}
-
-TEST(Gzip, HeaderIsThePlainestOfRfc1952) {
-    const Bytes output = packed(gzipFormat, bytesOf("data"));
-    ASSERT_GE(output.size(), 18u);
-    // Magic, deflate, no flags, no time; then what deflate says of itself and the system.
-    EXPECT_EQ(Bytes(output.begin(), output.begin() + 8), (Bytes{0x1F, 0x8B, 8, 0, 0, 0, 0, 0}));
-    // CRC-32 of "data" and its length, both little-endian.
-    EXPECT_EQ(Bytes(output.end() - 8, output.end()), (Bytes{0x63, 0xF3, 0xF3, 0xAD, 4, 0, 0, 0}));
-}
-
-TEST(Zip, ArchiveHasTheOneEntryNamedFile) {
-    Bytes output = packed(zipFormat, bytesOf("data"));
-    ASSERT_GE(output.size(), 34u);
-    // Local header (APPNOTE.TXT 4.3.7): signature, deflate at 8, CRC-32 and length of "data", its name at 30.
-    EXPECT_EQ(Bytes(output.begin(), output.begin() + 4), bytesOf("PK\3\4"));
-    EXPECT_EQ(output[8], 8);
-    EXPECT_EQ(Bytes(output.begin() + 14, output.begin() + 18), (Bytes{0x63, 0xF3, 0xF3, 0xAD}));
-    EXPECT_EQ(output[22], 4);
-    EXPECT_EQ(Bytes(output.begin() + 26, output.begin() + 34), bytesOf("\4\0\0\0file"s));
-    EXPECT_EQ(packed(zipFormat, bytesOf("data")), output) << "equal input gives an equal archive";
-    EXPECT_EQ(errorCode([&] { unpacked(zipFormat, output, 2); }), E_UNZIP_OUT_OF_RANGE.code);
-
-    const Bytes program = bytesOf("#!/a/program\n");
-    output.insert(output.begin(), program.begin(), program.end());
-    EXPECT_EQ(unpacked(zipFormat, output, 1), bytesOf("data")) << "behind other data";
-}
-
-TEST(Zip, TellsWhyAnEntryCannotBeUnpacked) {
-    const std::pair<const char*, const wchar_t*> rows[] = {
-        {"info-zip-encrypted.zip", L"[102] Ошибка при распаковке ZIP (элемент архива зашифрован)"},
-        {"7-zip-bzip2.zip",
-         L"[103] Ошибка при распаковке ZIP: неверный формат входных данных (метод сжатия 12 не "
-         L"поддерживается)"},
-    };
-    for (const auto& [file, message] : rows) {
-        try {
-            unpacked(zipFormat, readTestData("zip/"s + file));
-            ADD_FAILURE() << file;
-        } catch (const Exception& exception) {
-            EXPECT_EQ(fullMessage(exception), message);
-        }
     }
 }
 
