@@ -13,7 +13,6 @@
 #include "crypto/crypto_api_provider.h"
 #include "dialog_driver.h"
 #include "platform/import_patch.h"
-#include "platform/pfx_import.h"
 #include "support.h"
 
 #include <commctrl.h>
@@ -31,7 +30,9 @@ Bytes pkiFile(const std::string& name) {
 }
 
 Certificate pkiCertificate(const std::string& name) {
-    return certificateOf(pkiFile(name + ".der"));
+    const Bytes der = pkiFile(name + ".der");
+    return Certificate(CertificateContext(
+        ::CertCreateCertificateContext(X509_ASN_ENCODING, der.data(), static_cast<DWORD>(der.size()))));
 }
 
 using Names = std::vector<std::wstring>;
