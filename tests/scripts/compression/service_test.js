@@ -18,8 +18,8 @@ equalAll([
     ["PKUnzipN, 0 is the first", true, service.PKUnzipN(tree, 0).Equals(service.PKUnzipN(tree, 1))],
     ["GZip, GUnzip", "some text", textOf(service.GUnzip(service.GZip(text)))],
     ["GZip (RFC 1952, section 2.3)", "1F8B080000000000", service.GZip(text).ToHexString().substr(0, 16)],
-    ["PKZip: version 2.0, deflate, no date (APPNOTE.TXT 4.3.7)", "504B03041400000008000000",
-        service.PKZip(text).ToHexString().substr(0, 24)],
+    ["PKZip: version 2.0, deflate, 1980-01-01 (APPNOTE.TXT 4.3.7)", "504B030414000000080000002100",
+        service.PKZip(text).ToHexString().substr(0, 28)],
     ["GUnzip", "first member\nsecond member\n",
         textOf(service.GUnzip(files.BinaryObjectFromFile(data + "two-members.gz")))]
 ]);

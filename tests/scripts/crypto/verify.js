@@ -1,4 +1,4 @@
-// Verifies a detached signature that does not hold its signer's certificate, which may be handed over in many ways.
+// Verifies what OpenSSL signed, and a signature without its signer's certificate, which is handed over in many ways.
 // arguments: tests/data/pki
 var service = create("CryptoService");
 
@@ -10,11 +10,22 @@ var document = file("document.bin");
 var signature = file("detached-no-certificate.p7s");
 var signer = service.CreateCertificateFromContent(file("signer.pem"));
 var second = service.CreateCertificateFromContent(binaryOf(file("second.der").ToBase64()));
+var signed = { detached: ["plain", "attributes", "chain"], attached: ["plain", "attributes", "ber"] };
+for (var kind in signed) {
+    for (var i = 0; i < signed[kind].length; ++i) {
+        var message = file(kind + "-" + signed[kind][i] + ".p7s");
+        var signers = kind === "detached"
+            ? service.VerifySignature(document, message) : service.VerifyAttachedSignature(message);
+        equal(signers.count, 1, kind + ", " + signed[kind][i]);
+        equal(signers.Item(0).CommonName, "Иванов Иван");
+    }
+}
+
 var list = create("CertificateCollection");
 list.Add(signer);
 
 var ways = [signer, list, [signer], [second, signer]];
-for (var i = 0; i < ways.length; ++i) {
+for (i = 0; i < ways.length; ++i) {
     equal(service.VerifySignature(document, signature, ways[i]).count, 1, "way " + i);
 }
 
