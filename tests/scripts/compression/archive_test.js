@@ -37,6 +37,7 @@ try {
     fails(function () { archive.Extract(-1); }, "[104] ");
     equal(archive.Extract(2, 5000).Size, 5000);
     fails(function () { archive.Extract(2, 4999); }, "[10] ");
+    fails(function () { archive.ExtractStream(2, bytes.CreateStream(), 4999); }, "[10] ");
     equal(wait(function (done) { archive.ExtractAsync(2, done, 4999); }).substr(0, 5), "[10] ");
 
     // Everything into a folder that is not there yet; once more only when told to write over it.

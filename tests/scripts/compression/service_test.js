@@ -13,6 +13,8 @@ function emptyStream() {
 equalAll([
     ["PKZip, PKUnzip", "some text", textOf(service.PKUnzip(service.PKZip(text)))],
     ["PKZip of nothing", 0, service.PKUnzip(service.PKZip(hex(""))).Size],
+    ["PKUnzip behind other data", "some text",
+        textOf(service.PKUnzip(hex("23212F610A" + service.PKZip(text).ToHexString())))],
     ["PKUnzipN, the third entry", 5000, service.PKUnzipN(tree, 3).Size],
     ["PKUnzipN, the last entry", "Привет\n", textOf(service.PKUnzipN(tree, 5))],
     ["PKUnzipN, 0 is the first", true, service.PKUnzipN(tree, 0).Equals(service.PKUnzipN(tree, 1))],

@@ -43,6 +43,7 @@ equalAll([
     ["GetRdnValue that is not there", "", signer.GetRdnValue("2.5.4.11", false)],
     ["GetRdnValue of no identifier", "", signer.GetRdnValue("no identifier", true)],
     ["Subject", "O=Corvane, CN=Corvane Test Root", root.Subject.replace(/"/g, "")],
+    ["Issuer of its own", "O=Corvane, CN=Corvane Test Root", root.Issuer.replace(/"/g, "")],
     ["Issuer", true, /CN=Corvane Test Intermediate/.test(signer.Issuer.replace(/"/g, ""))],
     ["GetContainerInfo", '{"containerName":"corvane-' + signer.Hash.ToHexString() +
         '","providerName":"Microsoft Enhanced RSA and AES Cryptographic Provider","providerType":24}',
