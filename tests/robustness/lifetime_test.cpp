@@ -157,6 +157,7 @@ TEST_F(LifetimesTest, CallsKeepNothing) {
         EXPECT_EQ(LateCall(*object, 8, {variantOf(VT_I4, 0), variantOf(VT_I4, 3)}).hr, S_OK);
         EXPECT_NE(object->ToString(99999, text.put()), S_OK);
         EXPECT_NE(object->Equals(nullptr, &equal), S_OK);
+        EXPECT_EQ(object->Equals(mistakenFor<IBinaryObject>(maker.get()), &equal), E_NOINTERFACE);
         EXPECT_EQ(made->Reset(), S_OK);
         EXPECT_NE(maker->BinaryObjectFromHex(Bstr(L"xy").get(), made.put()), S_OK);
         EXPECT_NE(maker->BinaryObjectFromFile(Bstr(L"no such file").get(), made.put()), S_OK);

@@ -199,11 +199,6 @@ TEST(Utf, DecodesWhatIsWellFormed) {
     }
 }
 
-TEST(Utf, SwapsPairsOfBytes) {
-    EXPECT_EQ(Binary::detail::swapBytes(Bytes{1, 2, 3, 4, 5}), (Bytes{2, 1, 4, 3, 5}));
-    EXPECT_EQ(Binary::detail::swapBytes({}), Bytes{});
-}
-
 TEST(Text, TakesTheBytesFromAnOffset) {
     const Bytes bytes{'a', 0, 0xFF};
     EXPECT_EQ(Binary::detail::toString(bytes, 0), std::string("a\0\xFF", 3));

@@ -2,11 +2,8 @@
 #include "compression/zip_archive.h"
 
 #include "binary/hex.h"
-#include "compression/zip_entries_json.h"
 #include "compression/zip_name.h"
 #include "support.h"
-
-#include <json/writer.h>
 
 #include <gtest/gtest.h>
 
@@ -25,55 +22,35 @@ std::shared_ptr<Stream::MemoryStream> streamOf(const Bytes& bytes) {
     return std::make_shared<SourceStream>(bytes);
 }
 
-ZipArchive archiveIn(const std::string& file) {
-    return ZipArchive(streamOf(readTestData("zip/" + file)));
-}
-
-// What the entries are called; each must also come out as long as the directory says.
-Names namesIn(const ZipArchive& archive) {
-    Names names;
+// What the entries are called, each with a bar behind it; each must also come out as long as the directory
+// says.
+std::string namesIn(const ZipArchive& archive) {
+    std::string names;
+    std::size_t index = 0;
     for (const ZipEntry& entry : *archive.entries()) {
-        EXPECT_EQ(archive.extract(names.size()).size(), entry.size) << entry.name;
-        names.push_back(entry.name);
+        EXPECT_EQ(archive.extract(index++).size(), entry.size) << entry.name;
+        names += entry.name + '|';
     }
     return names;
 }
 
-TEST(ZipArchive, ListsWhatOtherProgramsPacked) {
+void expectListedAndGrown(const Bytes& bytes, const std::string& names) {
+    const auto stream = streamOf(bytes);
+    ZipArchive archive(stream);
+    EXPECT_EQ(namesIn(archive), names);
+    archive.add("added.txt", date, bytesOf("added"));
+    const ZipArchive again(stream);
+    EXPECT_EQ(namesIn(again), names + "added.txt|");
+    EXPECT_EQ(again.extract(again.entries()->size() - 1), bytesOf("added"));
+}
+
+TEST(ZipArchive, ListsAndGrowsWhatOtherProgramsPacked) {
     for (const auto& row : readTable("zip/names.txt", 2)) {
-        std::string names;
-        for (const std::string& name : namesIn(archiveIn(row[0])))
-            names += name + '|';
-        EXPECT_EQ(names, row[1]) << row[0];
+        SCOPED_TRACE(row[0]);
+        expectListedAndGrown(readTestData("zip/" + row[0]), row[1]);
     }
-}
-
-TEST(ZipArchive, DescribesEntriesInJson) {
-    const Json::Value list = entriesJson(*archiveIn("python.zip").entries());
-    ASSERT_EQ(list.size(), 4u);
-    EXPECT_EQ(list[0]["directory"], true);
-    Json::StreamWriterBuilder inOneLine;
-    inOneLine["indentation"] = "";
-    EXPECT_EQ(Json::writeString(inOneLine, list[2]),
-              R"({"crc":4154817985,"date":"2024-02-03T04:05:06","directory":false,"encrypted":false,)"
-              R"("index":2,"name":"deflated.txt","packedSize":20,"size":900})");
-    EXPECT_EQ(entriesJson(*archiveIn("info-zip-encrypted.zip").entries())[0]["encrypted"], true);
-}
-
-TEST(ZipArchive, FindsEntriesAndGivesNoMoreThanAllowed) {
-    const ZipArchive archive = archiveIn("info-zip.zip");
-    EXPECT_EQ(archive.find("дерево/папка/привет.txt"), 4u);
-    EXPECT_EQ(archive.find("дерево\\папка\\привет.txt"), 4u);
-    EXPECT_EQ(archive.find("дерево/папка"), 3u);
-    EXPECT_EQ(archive.extract(4), bytesOf("Привет\n"));
-    for (const char* name : {"", "привет.txt", "Дерево/", "дерево/пуст"})
-        EXPECT_EQ(errorCode([&] { archive.find(name); }), E_ZIP_GET_ENTRY.code) << name;
-    EXPECT_EQ(errorCode([&] { archive.extract(5); }), E_UNZIP_OUT_OF_RANGE.code);
-    Stream::MemoryStream output;
-    EXPECT_EQ(errorCode([&] { archive.extract(2, output, 4999, nullptr); }), E_BINARY_MAX_SIZE.code);
-    EXPECT_EQ(output.state().size, 0u);
-    archive.extract(2, output, 5000, nullptr);
-    EXPECT_EQ(contentOf(output), Bytes(5000));
+    expectListedAndGrown(readTestData("zip/info-zip-zip64.zip"), "first.txt|");
+    expectListedAndGrown(bytesOf("PK\5\6"s + std::string(18, '\0')), "");
 }
 
 TEST(ZipArchive, GrowsFromNothing) {
@@ -89,7 +66,7 @@ TEST(ZipArchive, GrowsFromNothing) {
         writer.addFolder("empty", date);
         writer.addFile("three.txt", date, bytesOf("three"));
     });
-    const Names names{"one.txt", "папка/два.bin", "empty/", "three.txt"};
+    const std::string names = "one.txt|папка/два.bin|empty/|three.txt|";
     EXPECT_EQ(namesIn(archive), names);
 
     const ZipArchive again(stream);
@@ -101,26 +78,6 @@ TEST(ZipArchive, GrowsFromNothing) {
     EXPECT_EQ(again.extract(1), sampleBytes(300000));
     EXPECT_TRUE(again.entries()->at(2).directory);
     EXPECT_EQ(again.entries()->at(3).date.pack(), date.pack());
-    // APPNOTE.TXT 4.4.4: bit 11 of the flags, at 6 of the local header, marks the name that is not ASCII.
-    const Bytes bytes = contentOf(*stream);
-    EXPECT_EQ(bytes[7], 0);
-    const Bytes second = bytesOf("PK\3\4\x14\0\0\x08"s);
-    EXPECT_NE(std::search(bytes.begin(), bytes.end(), second.begin(), second.end()), bytes.end());
-}
-
-TEST(ZipArchive, AddsToArchivesOfOtherPrograms) {
-    const Bytes empty = bytesOf("PK\5\6"s + std::string(18, '\0'));
-    for (const Bytes& bytes : {readTestData("zip/info-zip.zip"), readTestData("zip/info-zip-zip64.zip"),
-                               readTestData("zip/7-zip.zip"), readTestData("zip/python.zip"), empty}) {
-        const auto stream = streamOf(bytes);
-        ZipArchive archive(stream);
-        Names names = namesIn(archive);
-        archive.add("added.txt", date, bytesOf("added"));
-        const ZipArchive again(stream);
-        names.emplace_back("added.txt");
-        EXPECT_EQ(namesIn(again), names);
-        EXPECT_EQ(again.extract(names.size() - 1), bytesOf("added"));
-    }
 }
 
 // Fails when it is written beyond a certain size.
@@ -164,35 +121,11 @@ TEST(ZipArchive, AFailedChangeLeavesTheArchiveAsItWas) {
     EXPECT_EQ(ZipArchive(stream).extract(5), content);
 }
 
-TEST(ZipArchive, TakesNoNameItWouldNotGiveBack) {
-    const auto stream = std::make_shared<Stream::MemoryStream>();
-    ZipArchive archive(stream);
-    archive.add("a/b", date, {});
-    const Bytes before = contentOf(*stream);
-    for (const std::string& name : {""s, "/"s, "a/b"s, "a\\b"s, "../a"s, "C:a"s, "nul"s, "a\0b"s})
-        EXPECT_EQ(errorCode([&] { archive.add(name, date, {}); }), E_ZIP_OPEN_NEW_FILE.code) << name;
-    EXPECT_EQ(contentOf(*stream), before);
-}
-
 TEST(ZipArchive, RefusesWhatIsNoArchive) {
     EXPECT_EQ(errorCode([] { ZipArchive(streamOf(bytesOf("no archive, but some text"))); }), E_ZIP_OPEN.code);
     std::string bytes = readTestText("zip/info-zip.zip");
     bytes[bytes.find("PK\1\2", bytes.find("PK\1\2") + 1)] = 'X';  // the directory's second entry
     EXPECT_EQ(errorCode([&] { ZipArchive(streamOf(bytesOf(bytes))); }), E_ZIP_NEXT_FILE.code);
-}
-
-TEST(ZipArchive, SaysThatItsStreamIsGone) {
-    const auto stream = streamOf(readTestData("zip/info-zip.zip"));
-    ZipArchive archive(stream);
-    ZipArchive other(stream);
-    archive.close();
-    archive.close();
-    EXPECT_EQ(errorCode([&] { archive.entries(); }), E_ZIP_ARCHIVE_STREAM_DISPOSE.code);
-    EXPECT_EQ(errorCode([&] { archive.extract(0); }), E_ZIP_ARCHIVE_STREAM_DISPOSE.code);
-    EXPECT_EQ(other.extract(4), bytesOf("Привет\n"));
-    stream->close();
-    EXPECT_EQ(errorCode([&] { other.add("a", date, {}); }), E_ZIP_ARCHIVE_STREAM_DISPOSE.code);
-    EXPECT_EQ(errorCode([&] { ZipArchive{stream}; }), E_ZIP_ARCHIVE_STREAM_DISPOSE.code);
 }
 
 TEST(ZipName, IsReadAsItsArchiveSays) {

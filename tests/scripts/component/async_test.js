@@ -41,14 +41,14 @@ var stream = streamOf(abc);
 equal(stream.Seek(1), 1);
 equal(textOf(stream.Read(10)), "bc");
 equal(stream.Read(10).Size, 0);
-equal(stream.Seek(-3, 2), 0);
-equal(stream.Seek(1, 1), 1);
+stream.Seek(1);
 var badOffsets = [0.5, NaN, Infinity, -1, 4, 9007199254740994, -9007199254740994];
 for (var i = 0; i < badOffsets.length; ++i) {
     fails(function () { stream.Seek(badOffsets[i]); }, "[23]", "Seek(" + badOffsets[i] + ")");
 }
 fails(function () { stream.Resize(-1); }, "[23]");
 fails(function () { stream.Write(abc, 4, 1); }, "[23]");
+stream.Write(abc, 3, 1);
 equal(stream.Position, 1, "after failures");
 equal(textOf(wait(function (done) { stream.ReadAsync(1, done); })), "b");
 equal(textOf(wait(function (done) { stream.SeekAndReadAsync(0, 2, done); })), "ab");
@@ -64,6 +64,27 @@ equal(stream.Position, 2);
 stream.Close();
 stream.Close();
 fails(function () { stream.Read(1); }, "[14] Ошибка при чтении файла (поток закрыт)");
+fails(function () { stream.Size; }, "[15] ");
+fails(function () { stream.Position; }, "[15] ");
+fails(function () { stream.Seek(0); }, "[26] ");
+fails(function () { stream.Write(abc, 0, 1); }, "[17] ");
+fails(function () { stream.Resize(1); }, "[17] ");
+
+// Seeking from the beginning, the position, the end, and what is none of them, stays inside.
+stream = service.CreateStream();
+stream.Resize(100);
+var bases = [0, 40, 100, 0, 0];
+for (var origin = 0; origin < bases.length; ++origin) {
+    var inside = [0, 7, 40, 100];
+    for (i = 0; i < inside.length; ++i) {
+        stream.Seek(40);
+        equal(stream.Seek(inside[i] - bases[origin], origin), inside[i], "from " + origin);
+    }
+    stream.Seek(40);
+    fails(function () { stream.Seek(-1 - bases[origin], origin); }, "[23]", "from " + origin);
+    fails(function () { stream.Seek(101 - bases[origin], origin); }, "[23]", "from " + origin);
+    equal(stream.Position, 40, "a refused move leaves the position");
+}
 
 // Many at once; one callback starts another operation and pumps messages, another one throws.
 var left = 300;

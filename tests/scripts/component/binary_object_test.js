@@ -24,12 +24,20 @@ equalAll([
     ["ToBase64 (RFC 4648, section 10)", "Zm9vYmE=", binaryOf("fooba").ToBase64()],
     ["BinaryObjectFromBase64", "ABCD", textOf(service.BinaryObjectFromBase64("QUJD\r\nRA=="))],
     ["BinaryObjectFromBase64 of undefined", 0, service.BinaryObjectFromBase64(undefined).Size],
+    ["BinaryObjectFromString of nothing", 0, service.BinaryObjectFromString("", 1251).Size],
     ["BinaryObjectFromString", "FF", service.BinaryObjectFromString("\u044F", 1251).ToHexString()],
     ["ToString", "\u044F", hex("FF").ToString(1251)],
     ["BinaryObjectFromUnicodeString", "4F04", service.BinaryObjectFromUnicodeString("\u044F").ToHexString()],
     ["ToUnicodeString, an odd byte dropped", "\u044F", hex("4F0461").ToUnicodeString()],
     ["ToXmlString, by the encoding it names", cyrillicXml,
         service.BinaryObjectFromString(cyrillicXml, 1251).ToXmlString()],
+    // Zeros inside are kept.
+    ["BinaryObjectFromBase64, a zero", "414243", service.BinaryObjectFromBase64("QU\0JD").ToHexString()],
+    ["BinaryObjectFromString, zeros", "00FF00", service.BinaryObjectFromString("\0\u044F\0", 1251).ToHexString()],
+    ["ToString, zeros", "\0\u044F\0", hex("00FF00").ToString(1251)],
+    ["BinaryObjectFromUnicodeString, a zero", "610000006200",
+        service.BinaryObjectFromUnicodeString("a\0b").ToHexString()],
+    ["ToUnicodeString, a zero", "a\0b", hex("610000006200").ToUnicodeString()],
     ["ToArray", "2 255", listOf(hex("0102FF").ToArray(1, 2))],
     ["ToArray, less than asked for", "3 4", listOf(hex("01020304").ToArray(2, 10))],
     ["ToArray from the end", "", listOf(hex("01020304").ToArray(4, 1))],
@@ -59,9 +67,14 @@ fails(function () { service.BinaryObjectFromString("a", 99999); },
     "[8] Ошибка при конвертировании Unicode в ANSI (0x57:");
 fails(function () { service.BinaryObjectFromFile("no such file"); }, "[28] Ошибка при открытии файла (0x2:");
 fails(function () { hex("41").ToFile("no such folder\\file"); }, "[28] Ошибка при открытии файла (0x3:");
+fails(function () { hex("0a\0\0"); }, "[11] ");
+fails(function () { service.BinaryObjectFromFile(""); }, "[40] Указан некорректный путь");
+fails(function () { service.BinaryObjectFromFile("robust\0ness"); }, "[40] ");
 fails(function () { hex("41").ToFile(""); }, "[40] Указан некорректный путь");
+fails(function () { hex("41").ToFile("robust\0ness"); }, "[40] ");
 fails(function () { nothing.ToXmlString(); }, "[701] Неверная структура XML");
 throws(function () { abc.Equals(service); }, "0x80004002");
 throws(function () { abc.Equals(null); }, mismatch);
+throws(function () { abc.GetByte("word"); }, mismatch);
 throws(function () { abc.Equals({ Size: 0 }); }, "0x80004002");
 throws(function () { abc.Size = 2; }, "0x(80020003|800a01b6)");

@@ -14,22 +14,30 @@ disk.CreateFolder(work);
 try {
     // What another program packed.
     var archive = archiveOf(data + "info-zip.zip");
-    var entries = JSON.parse(archive.Entries);
+    var python = JSON.parse(archiveOf(data + "python.zip").Entries);
     equalAll([
         ["Count", 5, archive.Count],
-        ["a name", greeting, entries[4].name],
-        ["a size", 13, entries[4].size],
-        ["a CRC", 0xbbacc7c2, entries[4].crc],
-        ["a folder", true, entries[3].directory],
+        ["Entries, a file",
+            '{"crc":4154817985,"date":"2024-02-03T04:05:06","directory":false,"encrypted":false,' +
+                '"index":2,"name":"deflated.txt","packedSize":20,"size":900}', JSON.stringify(python[2])],
+        ["Entries, a folder", true, python[0].directory],
+        ["Entries, encrypted", true,
+            JSON.parse(archiveOf(data + "info-zip-encrypted.zip").Entries)[0].encrypted],
         ["Find", 4, archive.Find(greeting)],
+        ["Find a folder", 3, archive.Find("дерево/папка")],
         ["Extract by index", "Привет\n", textOf(archive.Extract(4))],
         ["Extract by name", "Привет\n", textOf(archive.Extract("дерево\\папка\\привет.txt"))],
         ["ExtractAsync", "Привет\n", textOf(wait(function (done) { archive.ExtractAsync(4, done); }))]
     ]);
-    fails(function () { archive.Extract("нет такого"); }, "[114] ");
+    var absent = ["нет такого", "", "привет.txt", "Дерево/", "дерево/пуст"];
+    for (var i = 0; i < absent.length; ++i) {
+        fails(function () { archive.Extract(absent[i]); }, "[114] ", absent[i]);
+    }
     fails(function () { archive.Extract(5); }, "[104] ");
     fails(function () { archive.Extract(-1); }, "[104] ");
+    equal(archive.Extract(2, 5000).Size, 5000);
     fails(function () { archive.Extract(2, 4999); }, "[10] ");
+    fails(function () { archive.ExtractStream(2, bytes.CreateStream(), 4999); }, "[10] ");
     equal(wait(function (done) { archive.ExtractAsync(2, done, 4999); }).substr(0, 5), "[10] ");
 
     // Everything into a folder that is not there yet; once more only when told to write over it.
@@ -71,7 +79,7 @@ try {
     equal(archive.Count, 5);
 
     // Archives that would write elsewhere.
-    for (var i = 0; i < 6; ++i) {
+    for (i = 0; i < 6; ++i) {
         var unsafe = archiveOf(data + "unsafe-" + i + ".zip");
         fails(function () { unsafe.ExtractAll(work + "\\unsafe"); }, "[103] ", "unsafe-" + i);
         equal(disk.FolderExists(work + "\\unsafe"), false, "nothing is written");
@@ -91,8 +99,10 @@ try {
 
     // Adding.
     again.Add("added.txt", binaryOf("added"));
-    fails(function () { again.Add("added.txt", binaryOf("again")); }, "[113] ");
-    fails(function () { again.Add("../added.txt", binaryOf("again")); }, "[113] ");
+    var refused = ["added.txt", "", "/", "дерево\\пусто", "../a", "C:a", "nul", "a\0b"];
+    for (i = 0; i < refused.length; ++i) {
+        fails(function () { again.Add(refused[i], binaryOf("again")); }, "[113] ", refused[i]);
+    }
     wait(function (done) { again.AddAsync("later.txt", binaryOf("later"), done); });
     again.AddStream("stream.txt", streamOf(binaryOf("from a stream")));
     token = create("OperationToken");
@@ -113,11 +123,17 @@ try {
         ["ExtractStream, ExtractStreamAsync", "addedlater", textOf(contentOf(output))]
     ]);
 
-    // Closed, and never opened.
+    // Closed, and never opened; the stream stays open, and then is gone.
+    var other = service.OpenZipArchive(stream);
+    again.Close();
     again.Close();
     fails(function () { again.Extract(0); }, "[112] ");
-    check(stream.Size > 0, "the stream stays open");
+    fails(function () { again.Count; }, "[112] ");
     fails(function () { create("ZipArchive").Entries; }, "[112] ");
+    equal(textOf(other.Extract("added.txt")), "added");
+    stream.Close();
+    fails(function () { other.Add("a", binaryOf("a")); }, "[112] ");
+    fails(function () { service.OpenZipArchive(stream); }, "[112] ");
 } finally {
     disk.DeleteFolder(work, true);
 }

@@ -1,11 +1,16 @@
 // Certificates, collections and stores as a script sees them; the test keys are in the user's stores.
-// arguments: the folder of the test data
+// arguments: tests/data/pki
 var service = create("CryptoService");
 var my = '{"storeName": "My", "storeLocation": "user", "hasPrivateKeyOnly": true, "name": ';
 var day = 86400000; // the host's clock decides how a moment reads; a day is more than any offset
 
 function file(name) {
-    return create("BinaryObjectService").BinaryObjectFromFile(WScript.Arguments(0) + "/pki/" + name);
+    return create("BinaryObjectService").BinaryObjectFromFile(WScript.Arguments(0) + "/" + name);
+}
+
+// From the certificate's encoding in hexadecimal, by way of Base64.
+function fromHex(digits) {
+    return service.CreateCertificateFromContent(binaryOf(hex(digits).ToBase64()));
 }
 
 function namesOf(certificates) {
@@ -19,7 +24,7 @@ function namesOf(certificates) {
 
 // The certificate and its members
 var signer = service.FindCertificate(my + '"Иванов Иван"}');
-var root = service.CreateCertificateFromContent(binaryOf(file("root.der").ToBase64()));
+var root = fromHex(file("root.der").ToHexString());
 equalAll([
     ["CommonName", "Иванов Иван", signer.CommonName],
     ["IssuerName", "Corvane Test Intermediate", signer.IssuerName],
@@ -36,18 +41,30 @@ equalAll([
     ["GetRdnValue", "Иванов", signer.GetRdnValue("2.5.4.4")],
     ["GetRdnValue of the issuer", "Corvane", signer.GetRdnValue("2.5.4.10", true)],
     ["GetRdnValue that is not there", "", signer.GetRdnValue("2.5.4.11", false)],
+    ["GetRdnValue of no identifier", "", signer.GetRdnValue("no identifier", true)],
     ["Subject", "O=Corvane, CN=Corvane Test Root", root.Subject.replace(/"/g, "")],
+    ["Issuer of its own", "O=Corvane, CN=Corvane Test Root", root.Issuer.replace(/"/g, "")],
     ["Issuer", true, /CN=Corvane Test Intermediate/.test(signer.Issuer.replace(/"/g, ""))],
-    ["GetContainerInfo", 24, JSON.parse(signer.GetContainerInfo()).providerType],
+    ["GetContainerInfo", '{"containerName":"corvane-' + signer.Hash.ToHexString() +
+        '","providerName":"Microsoft Enhanced RSA and AES Cryptographic Provider","providerType":24}',
+        JSON.stringify(JSON.parse(signer.GetContainerInfo()))],
     ["GetExtensions", "1.2.643.100.113.2", JSON.parse(signer.GetExtensions()).policies[1]],
     ["GetOnlineCertificateStatusProtocol", "http://ocsp.example/first", signer.GetOnlineCertificateStatusProtocol()],
+    ["GetOnlineCertificateStatusProtocol without one", "",
+        fromHex(file("second.der").ToHexString()).GetOnlineCertificateStatusProtocol()],
+    ["GetOnlineCertificateStatusProtocol of version 1", "",
+        fromHex(file("legacy.der").ToHexString()).GetOnlineCertificateStatusProtocol()],
     ["ValidFrom", true, Math.abs(new Date(signer.ValidFrom) - Date.UTC(2020, 0, 1)) < day],
     ["ValidTo", true, Math.abs(new Date(signer.ValidTo) - Date.UTC(2049, 11, 31, 23, 59, 59)) < day],
     ["CreateCertificateFromContent in PEM", "Иванов Иван",
         service.CreateCertificateFromContent(file("signer.pem")).CommonName]
 ]);
 fails(function () { root.GetContainerInfo(); }, "[502] ");
-fails(function () { service.CreateCertificateFromContent(file("root.der")); }, "[326] ");
+fails(function () { service.CreateCertificateFromContent(file("root.der")); }, "[326] ", "DER is taken for text");
+fails(function () { service.CreateCertificateFromContent(binaryOf("@@@@")); }, "[326] ");
+fails(function () { fromHex("0102"); }, "[606] ");
+fails(function () { fromHex(file("root.der").ToHexString().slice(0, -2)); }, "[606] ");
+fails(function () { service.CreateCertificateFromContent(hex("1E00")); }, "[606] ", "0x1E is passed on as encoded");
 throws(function () { service.CreateCertificateFromContent(hex("")); }, "0x800405e8");
 fails(function () { create("Certificate").CommonName; }, "[606] ");
 
@@ -93,3 +110,5 @@ fails(function () { store.Install(root); }, "[611] ", "a store opened without a 
 store.Close();
 store.Close();
 fails(function () { store.name; }, "[604] ", "closed");
+fails(function () { store.Install(root); }, "[604] ", "closed");
+fails(function () { store.GetCertificates(); }, "[604] ", "closed");

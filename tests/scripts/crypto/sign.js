@@ -3,7 +3,6 @@
 var service = create("CryptoService");
 var bytes = create("BinaryObjectService");
 var document = bytes.BinaryObjectFromFile(WScript.Arguments(0));
-var other = hex(document.ToHexString() + "00");
 var folder = WScript.Arguments(1) + "/";
 var signer = service.FindCertificate('{"name": "Иванов Иван", "storeName": "My", "hasPrivateKeyOnly": true}');
 
@@ -15,8 +14,18 @@ function expectSigner(signers) {
 var detached = service.Sign(document, signer);
 detached.ToFile(folder + "detached.p7s");
 expectSigner(service.VerifySignature(document, detached));
-fails(function () { service.VerifySignature(other, detached); }, "[305] ");
-fails(function () { service.VerifySignature(document, hex("")); }, "[305] ");
+
+// Detached signatures hold for their data only, and do not hold them.
+var large = bytes.CreateStream();
+large.Resize(3000000);
+var documents = [hex(""), hex("00"), document, contentOf(large)];
+for (var i = 0; i < documents.length; ++i) {
+    var signature = service.Sign(documents[i], signer);
+    check(signature.Size < 3000, "the size of the signature of document " + i);
+    expectSigner(service.VerifySignature(documents[i], signature));
+    var other = hex(documents[i].ToHexString() + "01");
+    fails(function () { service.VerifySignature(other, signature); }, "[305] ", "document " + i);
+}
 
 var chain = service.Sign(document, signer, true);
 chain.ToFile(folder + "chain.p7s");
@@ -25,7 +34,9 @@ expectSigner(service.VerifySignature(document, chain));
 var attached = service.AttachedSign(document, signer);
 attached.ToFile(folder + "attached.p7s");
 expectSigner(service.VerifyAttachedSignature(attached));
-check(attached.Size >= detached.Size + document.Size, "only one of them holds the document");
+var digits = document.ToHexString();
+var changed = attached.ToHexString().replace(digits, "FF" + digits.substr(2));
+fails(function () { service.VerifyAttachedSignature(hex(changed)); }, "[305] ");
 
 // Arguments that are not what they should be
 var bare = service.CreateCertificateFromContent(binaryOf(signer.Content.ToBase64()));

@@ -1,11 +1,11 @@
 ' The same with VBScript's arrays and references.
-' arguments: the document, the signature, the signer's certificate in PEM
+' arguments: tests/data/pki
 Dim service, bytes, document, signature, signer, one(0), failures
 Set service = CreateObject("VetrelCorvane2.CryptoService")
 Set bytes = CreateObject("VetrelCorvane2.BinaryObjectService")
-Set document = bytes.BinaryObjectFromFile(WScript.Arguments(0))
-Set signature = bytes.BinaryObjectFromFile(WScript.Arguments(1))
-Set signer = service.CreateCertificateFromContent(bytes.BinaryObjectFromFile(WScript.Arguments(2)))
+Set document = bytes.BinaryObjectFromFile(WScript.Arguments(0) & "/document.bin")
+Set signature = bytes.BinaryObjectFromFile(WScript.Arguments(0) & "/detached-no-certificate.p7s")
+Set signer = service.CreateCertificateFromContent(bytes.BinaryObjectFromFile(WScript.Arguments(0) & "/signer.pem"))
 Set one(0) = signer
 Equal service.VerifySignature(document, signature, signer).count, CLng(1), "a certificate"
 Equal service.VerifySignature(document, signature, one).count, CLng(1), "an array"
