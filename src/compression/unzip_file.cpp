@@ -21,12 +21,17 @@ constexpr std::uint16_t stored = 0;
 // With this number of entries minizip cannot tell 65535 from more of them.
 constexpr std::uint64_t uncertainCount = 0xFFFF;
 
-// The end record of an archive without entries (APPNOTE.TXT 4.3.16), which minizip may fail to find at offset
-// 0.
+// Whether there is nothing but the end record of an archive without entries (APPNOTE.TXT 4.3.16), which
+// minizip may fail to find at offset 0. More may stand behind such a record than its comment: another archive
+// then.
 bool isWithoutEntries(ZipStorage& storage) {
-    constexpr std::array<std::uint8_t, 12> begin{'P', 'K', 5, 6};
-    std::array<std::uint8_t, begin.size()> bytes{};
-    return storage.read(0, bytes) == bytes.size() && bytes == begin;
+    constexpr std::array<std::uint8_t, 20> record{'P', 'K', 5, 6};
+    std::array<std::uint8_t, record.size() + 2> bytes{};
+    if (storage.read(0, bytes) != bytes.size() || !std::equal(record.begin(), record.end(), bytes.begin())) {
+        return false;
+    }
+    const std::size_t commentSize = bytes[record.size()] | std::size_t{bytes[record.size() + 1]} << 8;
+    return storage.size() == bytes.size() + commentSize;
 }
 
 constexpr std::uint64_t inZip64Field = 0xFFFFFFFF;

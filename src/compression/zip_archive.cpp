@@ -26,13 +26,13 @@ const ZipEntry& entryAt(const ZipEntries& entries, std::size_t index) {
     return entries[index];
 }
 
-ZipEntries readEntries(Stream::IBinaryStream& stream) {
-    ZipEntries entries;
+SharedZipEntries readEntries(Stream::IBinaryStream& stream) {
+    auto entries = std::make_shared<ZipEntries>();
     if (stream.state().size == 0) {
         return entries;
     }
     for (UnZipFile file = UnZipFile::open(stream); file.hasEntry(); file.next()) {
-        entries.push_back(file.entry());
+        entries->push_back(file.entry());
     }
     return entries;
 }
@@ -40,7 +40,7 @@ ZipEntries readEntries(Stream::IBinaryStream& stream) {
 }  // namespace
 
 ZipArchive::ZipArchive(std::shared_ptr<Stream::IBinaryStream> stream) : stream_(std::move(stream)) {
-    load(*openStream());
+    entries_ = readEntries(*openStream());
 }
 
 ZipArchive::~ZipArchive() = default;
@@ -60,12 +60,6 @@ std::shared_ptr<Stream::IBinaryStream> ZipArchive::openStream() const {
         throw Exception(E_ZIP_ARCHIVE_STREAM_DISPOSE);
     }
     return stream;
-}
-
-void ZipArchive::load(Stream::IBinaryStream& stream) {
-    auto entries = std::make_shared<const ZipEntries>(readEntries(stream));
-    const std::lock_guard lock(state_);
-    entries_ = std::move(entries);
 }
 
 SharedZipEntries ZipArchive::entries() const {
@@ -148,8 +142,14 @@ void ZipArchive::update(const std::function<void(ZipWriter&)>& work, int mode) {
     ZipWriter writer(file, *present, zlibLevel(mode));
     work(writer);
     const std::uint64_t size = file.close();
-    load(*stream);
+    SharedZipEntries grown = readEntries(*stream);
+    // Whatever the archive is like: what was added must be found in it, or nothing was.
+    if (grown->size() != present->size() + writer.added()) {
+        throw Exception(E_ZIP);
+    }
     rollback.commit(size);
+    const std::lock_guard stateLock(state_);
+    entries_ = std::move(grown);
 }
 
 void ZipArchive::add(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content,
@@ -198,6 +198,7 @@ void ZipWriter::open(std::string name, const ZipDate& date, std::uint64_t size) 
     }
     file_.openEntry({.name = std::move(name), .date = date, .size = size, .level = level_},
                     E_ZIP_OPEN_NEW_FILE);
+    ++added_;
 }
 
 void ZipWriter::addFile(std::string_view name, const ZipDate& date, Stream::IBinaryStream& input,

@@ -53,10 +53,12 @@ private:
     friend class ZipArchive;
     ZipWriter(detail::ZipFile& file, const ZipEntries& present, int level);
 
+    std::size_t added() const noexcept { return added_; }
     void open(std::string name, const ZipDate& date, std::uint64_t size);
 
     detail::ZipFile& file_;
     std::unordered_set<std::string> names_;
+    std::size_t added_ = 0;
     int level_;
 };
 
@@ -113,7 +115,6 @@ private:
     void start(std::size_t index, std::uint64_t maxSize, const SharedProgress& progress) const;
     void extractTo(std::size_t index, const std::function<void(std::span<const std::uint8_t>)>& sink,
                    const SharedProgress& progress) const;
-    void load(Stream::IBinaryStream& stream);
 
     mutable SharedMutex content_;  // shared by those who read the stream, owned by one who changes it
     mutable SharedMutex state_;    // guards what follows
