@@ -6,6 +6,7 @@
 #include "binary/crc32.h"
 #include "com/async.h"
 #include "com/automation.h"
+#include "com/plain_object.h"
 #include "com/ptr.h"
 #include "tools/scripthost/unscriptable.h"
 
@@ -44,7 +45,7 @@ class Site final : public PlainObject<IServiceProvider> {
     }
 };
 
-class Callback final : public ScriptHost::Unscriptable<IDispatch> {
+class Callback final : public ScriptHost::Unscriptable<PlainObject<IDispatch>> {
 public:
     int called = 0;
 

@@ -38,38 +38,10 @@ inline constexpr DWORD supportedSafety =
 // T: the class itself, final. Coclass, Interface: the type library's. MixIns: further bases that implement
 // one COM interface each, named by their member type `ComInterface`.
 template <class T, class Coclass, class Interface, class... MixIns>
-class Object : public Implementation,
-               public Interface,
-               public IObjectSafety,
-               public ISupportErrorInfo,
-               public IProvideClassInfo,
-               public MixIns... {
+class Object : public Counted<Implementation, Interface, IObjectSafety, ISupportErrorInfo, IProvideClassInfo,
+                              MixIns...> {
 public:
-    Object() = default;
-    Object(const Object&) = delete;
-    Object& operator=(const Object&) = delete;
-
     static const CLSID& classId() noexcept { return __uuidof(Coclass); }
-
-    // IUnknown
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (!object)
-            return E_POINTER;
-        *object = find(iid);
-        if (!*object)
-            return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-
-    ULONG STDMETHODCALLTYPE AddRef() override { return references_.add(); }
-
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = references_.drop();
-        if (left == 0)
-            delete static_cast<T*>(this);
-        return left;
-    }
 
     // IDispatch
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
@@ -112,13 +84,13 @@ public:
                                                         DWORD* enabled) override {
         if (!supported || !enabled)
             return E_POINTER;
-        const bool known = find(iid) != nullptr;
+        const bool known = findInterface(iid) != nullptr;
         *supported = *enabled = known ? supportedSafety : 0;
         return known ? S_OK : E_NOINTERFACE;
     }
 
     HRESULT STDMETHODCALLTYPE SetInterfaceSafetyOptions(REFIID iid, DWORD mask, DWORD enabled) override {
-        if (!find(iid))
+        if (!findInterface(iid))
             return E_NOINTERFACE;
         return (enabled & mask & ~supportedSafety) == 0 ? S_OK : E_FAIL;
     }
@@ -137,7 +109,7 @@ public:
     }
 
 protected:
-    ~Object() {
+    ~Object() override {
         if (const DispatchTable* table = table_.load(std::memory_order_relaxed))
             table->release();
     }
@@ -147,9 +119,8 @@ protected:
         return Com::frame(classId(), method, std::forward<Body>(body));
     }
 
-private:
-    // The interface's address in this object, or null. GUID_NULL is not an interface: see Implementation.
-    void* find(REFIID iid) noexcept {
+    // GUID_NULL is not an interface: see Implementation.
+    void* findInterface(REFIID iid) noexcept override {
         if (iid == __uuidof(Interface) || iid == __uuidof(IDispatch) || iid == __uuidof(IUnknown))
             return static_cast<Interface*>(this);
         if constexpr (requires { typename T::BaseInterface; }) {
@@ -173,6 +144,7 @@ private:
         return found;
     }
 
+private:
     // The class's table, fetched at the first late-bound call; two threads may both fetch it.
     HRESULT dispatchTable(const DispatchTable*& table) noexcept {
         table = table_.load(std::memory_order_acquire);
@@ -188,7 +160,6 @@ private:
         return S_OK;
     }
 
-    ReferenceCount references_;
     std::atomic<const DispatchTable*> table_{nullptr};
 };
 

@@ -1,5 +1,4 @@
-// COM objects that are no more than their interfaces: what Object is for coclasses, without late binding and
-// all the rest that scripts ask for.
+// How every object counts its references and hands out its interfaces.
 #pragma once
 
 #include "com/ptr.h"
@@ -12,57 +11,64 @@
 
 namespace Corvane::Com {
 
-// The references held on an object, of which its maker has the first one. Any thread.
-class ReferenceCount {
+// Implements IUnknown for `Bases`, each a COM interface or made from one. The maker holds the first
+// reference; any thread may take and drop others, and the last one to drop deletes the object.
+template <class... Bases>
+class Counted : public Bases... {
 public:
-    // Both return how many there are then.
-    ULONG add() noexcept { return count_.fetch_add(1, std::memory_order_relaxed) + 1; }
-    ULONG drop() noexcept { return count_.fetch_sub(1, std::memory_order_acq_rel) - 1; }
-
-private:
-    std::atomic<ULONG> count_{1};
-};
-
-// Implements IUnknown. `First`, `Others`: the interfaces that QueryInterface answers besides; the first one
-// is the object's identity.
-template <class First, class... Others>
-class PlainObject : public First, public Others... {
-public:
-    PlainObject() = default;
-    PlainObject(const PlainObject&) = delete;
-    PlainObject& operator=(const PlainObject&) = delete;
-    virtual ~PlainObject() = default;
+    Counted() = default;
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
         if (!object)
             return E_POINTER;
-        *object = iid == __uuidof(IUnknown) ? static_cast<First*>(this) : find<First, Others...>(iid);
+        *object = findInterface(iid);
         if (!*object)
             return E_NOINTERFACE;
         AddRef();
         return S_OK;
     }
 
-    ULONG STDMETHODCALLTYPE AddRef() override { return references_.add(); }
+    ULONG STDMETHODCALLTYPE AddRef() override {
+        return references_.fetch_add(1, std::memory_order_relaxed) + 1;
+    }
 
     ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = references_.drop();
+        const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
         if (left == 0)
             delete this;
         return left;
     }
 
+protected:
+    virtual ~Counted() = default;
+
+    // The interface's address in this object, or null.
+    virtual void* findInterface(REFIID iid) noexcept = 0;
+
+private:
+    std::atomic<ULONG> references_{1};
+};
+
+// An object that is no more than its interfaces: what Object is for coclasses, without late binding and all
+// the rest that scripts ask for. `First` is the object's identity.
+template <class First, class... Others>
+class PlainObject : public Counted<First, Others...> {
+protected:
+    void* findInterface(REFIID iid) noexcept override {
+        return iid == __uuidof(IUnknown) ? static_cast<First*>(this) : findAmong<First, Others...>(iid);
+    }
+
 private:
     template <class Interface, class... Rest>
-    void* find(REFIID iid) noexcept {
+    void* findAmong(REFIID iid) noexcept {
         if (iid == __uuidof(Interface))
             return static_cast<Interface*>(this);
         if constexpr (sizeof...(Rest) > 0)
-            return find<Rest...>(iid);
+            return findAmong<Rest...>(iid);
         return nullptr;
     }
-
-    ReferenceCount references_;
 };
 
 }  // namespace Corvane::Com

@@ -2,6 +2,7 @@
 // place, and what tests do with its objects.
 #pragma once
 
+#include "../../tools/scripthost/unscriptable.h"
 #include "../unit/fake_host.h"
 #include "com/automation.h"
 #include "com/ptr.h"
@@ -147,7 +148,7 @@ public:
 // An object that says it is of the component and is not: answers every interface it is asked for with itself.
 // All that stands behind it are the methods of IDispatch: a component that called any further one would
 // crash.
-class ForeignObject final : public IDispatch {
+class ForeignObject final : public ScriptHost::Unscriptable<IDispatch> {
 public:
     // What QueryInterface(GUID_NULL) answers: `hr`, and when that is a success, `answer`.
     explicit ForeignObject(HRESULT hr, IUnknown* answer = nullptr) : hr_(hr), answer_(answer) {}
@@ -155,15 +156,6 @@ public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
     ULONG STDMETHODCALLTYPE Release() override { return --references_; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                     UINT*) override {
-        return E_NOTIMPL;
-    }
 
     // References held by others.
     ULONG references() const { return references_; }

@@ -14,6 +14,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <thread>
 
 using namespace Corvane;
@@ -222,35 +223,36 @@ TEST_F(TrustedSites, AnEditOfTheRegistryCountsFromTheNextCheck) {
     EXPECT_FALSE(watch.key());
 
     const auto isTrusted = [] { return RegTrustedSites().isTrusted(L"http://a.example/"); };
-    addValue(HKEY_CURRENT_USER, L"a.example");
+    const auto add = [] { addValue(HKEY_CURRENT_USER, L"a.example"); };
     const auto remove = [] {
         ASSERT_EQ(::RegDeleteKeyValueW(HKEY_CURRENT_USER, trustedSitesKey, L"a.example"), ERROR_SUCCESS);
     };
-    // Many within one step of the clock, then after a rest, in which the key's date becomes certain.
+    const auto removeKey = [] {
+        ASSERT_EQ(::RegDeleteKeyW(HKEY_CURRENT_USER, trustedSitesKey), ERROR_SUCCESS);
+    };
+    // Many within one step of the clock, then after rests, in which the key's date becomes certain.
     for (int i = 0; i < 100; ++i) {
+        add();
         EXPECT_TRUE(watch.changed()) << "a change as young as this";
         EXPECT_TRUE(isTrusted());
         remove();
         EXPECT_FALSE(isTrusted());
-        addValue(HKEY_CURRENT_USER, L"a.example");
     }
-    const auto rest = [&] {
+    const auto addAndRest = [&] {
+        add();
         ::Sleep(2100);
         EXPECT_TRUE(watch.changed());
         EXPECT_FALSE(watch.changed()) << "nobody touched it";
         EXPECT_TRUE(isTrusted());
     };
-    rest();
-    remove();
-    EXPECT_FALSE(isTrusted());
-    EXPECT_TRUE(watch.changed());
-    addValue(HKEY_CURRENT_USER, L"a.example");
-    rest();
-    ASSERT_EQ(::RegDeleteKeyW(HKEY_CURRENT_USER, trustedSitesKey), ERROR_SUCCESS);
-    EXPECT_FALSE(isTrusted());
-    EXPECT_TRUE(watch.changed());
-    addValue(HKEY_CURRENT_USER, L"a.example");
-    rest();
+    for (const std::function<void()>& edit :
+         {std::function<void()>(remove), std::function<void()>(removeKey)}) {
+        addAndRest();
+        edit();
+        EXPECT_FALSE(isTrusted());
+        EXPECT_TRUE(watch.changed());
+    }
+    addAndRest();
     // As if the key had been renamed: what was opened lives on.
     RegistryKey other;
     ASSERT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, L"other", other.put()), ERROR_SUCCESS);

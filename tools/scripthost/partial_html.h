@@ -2,6 +2,7 @@
 // lists follow the interfaces' declarations.
 #pragma once
 
+#include "com/plain_object.h"
 #include "unscriptable.h"
 
 #include <mshtml.h>
@@ -9,7 +10,7 @@
 namespace ScriptHost {
 
 // All of a window but its location.
-class PartialHtmlWindow : public Unscriptable<IHTMLWindow2> {
+class PartialHtmlWindow : public Unscriptable<Corvane::Com::PlainObject<IHTMLWindow2>> {
 public:
     HRESULT STDMETHODCALLTYPE item(VARIANT*, VARIANT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_length(LONG*) override { return E_NOTIMPL; }
@@ -87,7 +88,7 @@ public:
 };
 
 // All of a location but its address.
-class PartialHtmlLocation : public Unscriptable<IHTMLLocation> {
+class PartialHtmlLocation : public Unscriptable<Corvane::Com::PlainObject<IHTMLLocation>> {
 public:
     HRESULT STDMETHODCALLTYPE put_href(BSTR) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE put_protocol(BSTR) override { return E_NOTIMPL; }

@@ -1,13 +1,15 @@
 // IDispatch of an object that answers no script.
 #pragma once
 
-#include "com/plain_object.h"
+#include <windows.h>
+
+#include <oaidl.h>
 
 namespace ScriptHost {
 
-// `Interface` is IDispatch or made from it. A class that wants calls overrides Invoke.
-template <class Interface>
-class Unscriptable : public Corvane::Com::PlainObject<Interface> {
+// `Base` is IDispatch or made from it. A class that wants calls overrides Invoke.
+template <class Base>
+class Unscriptable : public Base {
 public:
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
