@@ -264,15 +264,17 @@ IGlobalInterfaceTable& ThreadWindow::interfaces() const noexcept {
 }
 
 void ThreadWindow::post(ThreadWindow& window, std::unique_ptr<AsyncCallback> callback) noexcept {
-    const SharedRecord record = window.record_;
+    // No share of our own: it might outlast the window, and keep the module when all is done. The callback
+    // has one for as long as the lock keeps it here.
+    WindowRecord& record = *window.record_;
     // What cannot be delivered any more is destroyed with `place`, without the lock.
     auto place = std::move(window.place_);
     place.front() = std::move(callback);
     const std::lock_guard guard(tableMutex);
-    if (record->threadEnded)
+    if (record.threadEnded)
         return;
-    record->queued.splice(record->queued.end(), place);
-    announceLocked(*record);
+    record.queued.splice(record.queued.end(), place);
+    announceLocked(record);
 }
 
 void ThreadWindow::releaseIdle() noexcept {
