@@ -134,7 +134,7 @@ public:
     }
 
 protected:
-    ~CBaseStream() = default;
+    ~CBaseStream() override = default;
 
 private:
     const Corvane::Com::SharedStream stream_;
