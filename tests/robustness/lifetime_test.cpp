@@ -1,4 +1,5 @@
 // The component comes, works and goes, on one thread and on many, and leaves nothing behind.
+#include "../unit/soon.h"
 #include "component.h"
 
 #include <array>
@@ -7,6 +8,8 @@
 
 namespace robustness {
 namespace {
+
+using Corvane::Test::soon;
 
 // What this process holds of what the system gives out.
 struct Usage {
@@ -60,13 +63,6 @@ void expectKept(std::size_t rounds, std::size_t blocks, std::size_t heapBytes,
     EXPECT_LE(after.blocks, before.blocks + rounds * blocks + rounds / 2);
     // A cache may grow once; what is lost each time shows in the blocks.
     EXPECT_LE(after.heapBytes, before.heapBytes + rounds * (heapBytes + 16) + 0x8000);
-}
-
-// Whether it comes true at once, or a little later: the thread that called back may still be on its way out.
-bool soon(const std::function<bool()>& condition) {
-    for (int i = 0; i < 500 && !condition(); ++i)
-        ::Sleep(5);
-    return condition();
 }
 
 // A call that ends on another thread. The object that is called back has no use for that, and is let go of.

@@ -9,6 +9,7 @@
 #include "core/text.h"
 #include "core/trusted_sites.h"
 #include "scratch_registry.h"
+#include "soon.h"
 #include "stream/file_system.h"
 #include "support.h"
 
@@ -240,10 +241,10 @@ TEST_F(TrustedSites, AnEditOfTheRegistryCountsFromTheNextCheck) {
     }
     const auto addAndRest = [&] {
         add();
-        ::Sleep(2100);
-        EXPECT_TRUE(watch.changed());
-        EXPECT_FALSE(watch.changed()) << "nobody touched it";
-        EXPECT_TRUE(isTrusted());
+        EXPECT_TRUE(soon([&] {
+            EXPECT_TRUE(isTrusted());
+            return !watch.changed();
+        })) << "nobody touched it";
     };
     for (const std::function<void()>& edit :
          {std::function<void()>(remove), std::function<void()>(removeKey)}) {
@@ -257,8 +258,7 @@ TEST_F(TrustedSites, AnEditOfTheRegistryCountsFromTheNextCheck) {
     RegistryKey other;
     ASSERT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, L"other", other.put()), ERROR_SUCCESS);
     ASSERT_EQ(::RegOverridePredefKey(HKEY_CURRENT_USER, other.get()), ERROR_SUCCESS);
-    ::Sleep(static_cast<DWORD>(KeyWatch::reopenMilliseconds) + 50);
-    EXPECT_FALSE(isTrusted());
+    EXPECT_TRUE(soon([&] { return !isTrusted(); }));
 }
 
 TEST_F(TrustedSites, SessionKeepsTrustedAndRefusedApart) {

@@ -1,0 +1,23 @@
+// Waiting for what another thread or the clock brings about.
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+
+namespace Corvane::Test {
+
+// Whether `condition` comes true: at once, or within the minute that a busy machine may need. The thread's
+// messages are delivered meanwhile.
+inline bool soon(const std::function<bool()>& condition) {
+    for (const ULONGLONG end = ::GetTickCount64() + 60'000; !condition();) {
+        if (::GetTickCount64() > end)
+            return false;
+        ::MsgWaitForMultipleObjects(0, nullptr, FALSE, 5, QS_ALLINPUT);
+        for (MSG message; ::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);)
+            ::DispatchMessageW(&message);
+    }
+    return true;
+}
+
+}  // namespace Corvane::Test
