@@ -120,17 +120,17 @@ void UnZipFile::select(const ZipEntry& entry) {
 ZipEntry UnZipFile::entry() {
     unz_file_info64 info{};
     constexpr uLong longest = 0xFFFF;  // both lengths have 16 bits
-    std::string name(longest, '\0');
-    Bytes extra(longest);
+    name_.resize(longest);
+    extra_.resize(longest);
     const int status =
-        unzGetCurrentFileInfo64(handle_, &info, name.data(), longest, extra.data(), longest, nullptr, 0);
+        unzGetCurrentFileInfo64(handle_, &info, name_.data(), longest, extra_.data(), longest, nullptr, 0);
     io_->rethrow();
     unz64_file_pos position{};
     if (status != UNZ_OK || unzGetFilePos64(handle_, &position) != UNZ_OK) {
         throw Exception(E_ZIP_FILE_INFO);
     }
-    name.resize(info.size_filename);
-    extra.resize(info.size_file_extra);
+    const auto name = std::string_view(name_).substr(0, info.size_filename);
+    const auto extra = std::span<const std::uint8_t>(extra_).first(info.size_file_extra);
 
     ZipEntry entry;
     entry.name = decodeZipName(

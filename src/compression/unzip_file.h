@@ -70,6 +70,9 @@ private:
     std::unique_ptr<ZipIo> io_;
     void* handle_;  // null for an archive without entries
     bool hasEntry_ = false;
+    // Room for those of one entry, made once: there may be very many entries.
+    std::string name_;
+    Bytes extra_;
 };
 
 }  // namespace Corvane::Compression::detail

@@ -138,7 +138,8 @@ void ZipArchive::update(const std::function<void(ZipWriter&)>& work, int mode) {
     const SharedZipEntries present = entries();
     ZipRollback rollback(*stream);
     const bool isNew = stream->state().size == 0;
-    ZipFile file = ZipFile::open(rollback.storage(), isNew ? ZipFile::Mode::create : ZipFile::Mode::append);
+    ZipFile file = ZipFile::open(rollback.storage(), isNew ? ZipFile::Mode::create : ZipFile::Mode::append,
+                                 present->size());
     ZipWriter writer(file, *present, zlibLevel(mode));
     work(writer);
     const std::uint64_t size = file.close();
@@ -184,14 +185,9 @@ ZipWriter::ZipWriter(ZipFile& file, const ZipEntries& present, int level) : file
 }
 
 void ZipWriter::open(std::string name, const ZipDate& date, std::uint64_t size) {
-    // minizip writes the number of entries with 16 bits.
-    constexpr std::size_t maxEntries = 0xFFFE;
     std::replace(name.begin(), name.end(), '\\', '/');
     if (!isSafeZipName(name)) {
         throw ZipException(E_ZIP_OPEN_NEW_FILE, L"недопустимое имя элемента архива");
-    }
-    if (names_.size() >= maxEntries) {
-        throw ZipException(E_ZIP_OPEN_NEW_FILE, L"слишком много элементов в архиве");
     }
     if (!names_.insert(name).second) {
         throw ZipException(E_ZIP_OPEN_NEW_FILE, L"элемент с таким именем уже есть в архиве");

@@ -1,5 +1,6 @@
 #include "compression/zip_file.h"
 
+#include "compression/zip_end.h"
 #include "core/exception.h"
 
 #include <minizip/zip.h>
@@ -30,7 +31,8 @@ bool isAscii(const std::string& text) noexcept {
 
 }  // namespace
 
-ZipFile ZipFile::open(std::unique_ptr<ZipStorage> storage, Mode mode) {
+ZipFile ZipFile::open(std::unique_ptr<ZipStorage> storage, Mode mode, std::uint64_t present) {
+    Bytes comment = mode == Mode::create ? Bytes() : archiveComment(*storage);
     auto io = std::make_unique<ZipIo>(std::move(storage));
     zlib_filefunc64_def functions = io->functions();
     void* handle = zipOpen2_64("", mode == Mode::create ? APPEND_STATUS_CREATE : APPEND_STATUS_ADDINZIP,
@@ -39,7 +41,7 @@ ZipFile ZipFile::open(std::unique_ptr<ZipStorage> storage, Mode mode) {
         io->rethrow();
         throw Exception(E_ZIP_OPEN);
     }
-    return ZipFile(std::move(io), handle);
+    return ZipFile(std::move(io), handle, present, std::move(comment));
 }
 
 ZipFile ZipFile::open(Stream::IBinaryStream& stream) {
@@ -74,6 +76,7 @@ void ZipFile::openEntry(const Entry& entry, const ErrorDescriptor& failure) {
                                 Z_DEFLATED, entry.level, 0, -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY,
                                 nullptr, 0, versionMadeBy, isAscii(entry.name) ? 0 : utf8Name, zip64 ? 1 : 0);
     check(status, failure);
+    ++entries_;
     room_ = zip64 ? std::numeric_limits<std::uint64_t>::max() : zip64Size;
 }
 
@@ -96,7 +99,8 @@ void ZipFile::closeEntry() {
 
 std::uint64_t ZipFile::close() {
     void* handle = std::exchange(handle_, nullptr);
-    check(zipClose(handle, nullptr), E_ZIP);
+    check(zipClose(handle, ""), E_ZIP);
+    completeEnd(*io_, entries_, comment_);
     return io_->position();
 }
 

@@ -26,8 +26,10 @@ public:
         int level = -1;          // of zlib
     };
 
-    // Throws Exception E_ZIP_OPEN and what the storage throws.
-    static ZipFile open(std::unique_ptr<ZipStorage> storage, Mode mode = Mode::create);
+    // Of an archive to be grown `present` tells the number of entries. Throws Exception E_ZIP_OPEN and what
+    // the storage throws.
+    static ZipFile open(std::unique_ptr<ZipStorage> storage, Mode mode = Mode::create,
+                        std::uint64_t present = 0);
 
     // An archive that begins at the position of the stream, which must outlive it.
     static ZipFile open(Stream::IBinaryStream& stream);
@@ -44,16 +46,19 @@ public:
     void write(std::span<const std::uint8_t> bytes);
     void closeEntry();
 
-    // Writes the directory; returns the size of the archive.
+    // Writes the directory, and the comment that was there; returns the size of the archive.
     std::uint64_t close();
 
 private:
-    ZipFile(std::unique_ptr<ZipIo> io, void* handle) noexcept : io_(std::move(io)), handle_(handle) {}
+    ZipFile(std::unique_ptr<ZipIo> io, void* handle, std::uint64_t entries, Bytes comment) noexcept
+        : io_(std::move(io)), handle_(handle), entries_(entries), comment_(std::move(comment)) {}
 
     void check(int status, const ErrorDescriptor& failure) const;
 
     std::unique_ptr<ZipIo> io_;
     void* handle_;
+    std::uint64_t entries_;
+    Bytes comment_;
     std::uint64_t room_ = 0;  // what the current entry can still take
 };
 
