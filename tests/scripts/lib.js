@@ -48,9 +48,9 @@ function equalAll(rows) {
     }
 }
 
-// Serves messages until `condition` holds, at most 10 seconds.
+// Serves messages until `condition` holds, at most 100 seconds.
 function waitUntil(condition) {
-    var end = new Date().getTime() + 10000;
+    var end = new Date().getTime() + 100000;
     while (!condition()) {
         check(new Date().getTime() < end, "waited in vain");
         WScript.Sleep(10);
