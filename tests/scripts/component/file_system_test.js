@@ -29,6 +29,8 @@ try {
         ["Name", "файл.txt", file.Name],
         ["Path", there, file.Path],
         ["Size", 5000000000, file.Size],
+        ["GetLength", 5000000000, disk.GetLength(there)],
+        ["List", 5000000000, JSON.parse(disk.List(path("a"), "*.txt"))[0].size],
         ["Seek", 4999999999, file.Seek(-1, 2)]
     ]);
     fails(function () { file.Seek(5000000001); }, "[23] ");
