@@ -5,6 +5,7 @@
 #   make demo     signs and verifies a document from a script, from an empty Wine prefix to the end
 #   make bench    the benchmark's table, both bitnesses
 #   make fuzz     the fuzzers, FUZZ_SECONDS each
+#   make native   what is independent of Windows, with its tests and the sanitizers, for Linux
 #   make format   formats the sources      make lint   runs the linter
 #   make clean    removes what was built, but for the pinned libraries and the Wine prefix
 
@@ -42,9 +43,10 @@ format: setup
 	@tools/format
 
 lint: setup
+	@cmake --preset native --log-level=WARNING
 	@cmake --preset x64-release --log-level=WARNING
 	@cmake --build build/x64-release --target corvane_idl
 	@tools/lint
 
 clean:
-	rm -rf build/x64 build/x86 build/*-release build/*-debug build/native build/check build/lint
+	rm -rf build/x64 build/x86 build/*-release build/*-debug build/native build/check build/lint build/demo build/fuzz build/bench.txt

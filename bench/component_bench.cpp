@@ -71,7 +71,7 @@ void compareDecoding(const char* work, double wanted, DWORD format, const std::w
     const auto ours = [&] { keep(decode(text).data()); };
     DWORD size = 0;
     if (!systemDecode(nullptr, &size)) {
-        std::printf("%-30s the system has no such conversion\n", work);
+        bench::compareWithoutPeer(work, "no such function here", text.size(), ours);
         return;
     }
     compare(work, "CryptStringToBinaryW", wanted, text.size(), ours, [&] {

@@ -75,6 +75,12 @@ inline void compareRates(const char* work, const char* peerName, double wanted, 
     std::fflush(stdout);
 }
 
+// The line of a work for which this system has no peer.
+inline void compareWithoutPeer(const char* work, const char* reason, std::size_t bytes, const Work& ours) {
+    std::printf("%-30s %9.0f MB/s  %s\n", work, measure(bytes, ours, [] {}).ours, reason);
+    std::fflush(stdout);
+}
+
 inline void compare(const char* work, const char* peerName, double wanted, std::size_t bytes,
                     const Work& ours, const Work& peer) {
     compareRates(work, peerName, wanted, bytes, "MB/s", 0, ours, peer);

@@ -28,8 +28,6 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         -Wno-restrict
         -Wduplicated-branches
         -Wlogical-op
-        # GCC 12 reports overlapping copies inside of std::string that cannot happen.
-        -Wno-restrict
     )
 endif()
 

@@ -24,13 +24,13 @@ function run(title, from, to, start) {
         WScript.StdErr.Write("\r" + title + ": " + Math.floor(token.Progress * 100) + " %");
         WScript.Sleep(20);
     }
+    if (outcome.error !== undefined) {
+        WScript.Echo(title + ": " + outcome.error);
+        WScript.Quit(1);
+    }
     WScript.Echo(title + ": " + input.Size + " bytes to " + output.Size + " bytes");
     input.Close();
     output.Close();
-    if (outcome.error !== undefined) {
-        WScript.Echo(outcome.error);
-        WScript.Quit(1);
-    }
 }
 
 var source = WScript.Arguments(0);

@@ -22,13 +22,14 @@ struct XmlEncoding {
 //   5. what the bytes look like: documents of old programs that declare nothing.
 //
 // Throws `Exception`:
-//   E_XML_DECODE    the encoding cannot be determined: EBCDIC, an unusual byte order of UTF-32, or neither of
-//   the
-//                   last two steps helped;
-//   E_XML_INVALID   the document does not start as XML does, see `readXmlEncodingName`; an empty one
-//   included; E_XML_ENCODING  the declared name is malformed or unknown, or contradicts the byte-order mark
-//   or the size of the
-//                   characters ("UTF-16" in a text of single bytes, "windows-1251" behind a mark).
+//
+// E_XML_DECODE: the encoding cannot be determined. It is EBCDIC or an unusual byte order of UTF-32, or
+// neither of the last two steps helped.
+//
+// E_XML_INVALID: the document does not start as XML does, see `readXmlEncodingName`; an empty one included.
+//
+// E_XML_ENCODING: the declared name is malformed or unknown, or contradicts the byte-order mark or the size
+// of the characters ("UTF-16" in a text of single bytes, "windows-1251" behind a mark).
 [[nodiscard]] XmlEncoding findXmlEncoding(std::span<const std::uint8_t> document);
 
 // Decodes text in a code page that is not one of Unicode; may throw anything.

@@ -59,7 +59,10 @@ HRESULT CCertificateStore::get_location(ULONG* location) {
 
 HRESULT CCertificateStore::GetCertificates(BSTR filter, ICertificateCollection** certificates) {
     return serviceFrame(L"CCertificateStore::GetCertificates", [&] {
-        const auto accepts = detail::CertCustomFilterFn::parse(viewOf(filter));
+        const std::wstring_view text = viewOf(filter);
+        CertificateFilter accepts = detail::CertSelectAllFn();
+        if (!text.empty())
+            accepts = detail::CertCustomFilterFn::parse(text);
         give(certificates, makeCollection(store()->getCertificates(accepts, false)));
     });
 }

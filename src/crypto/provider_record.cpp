@@ -10,8 +10,8 @@ namespace {
 // Identifiers: GOST R 34.11-94, GOST R 34.10-2001 and GOST 28147-89 from RFC 4357 and RFC 4490; GOST
 // R 34.11-2012 and GOST R 34.10-2012 from RFC 9215; RSA from RFC 8017; SHA-256 from RFC 5754; AES-256-CBC
 // from RFC 3565. Messages with GOST R 34.10-2012 keys are encrypted with GOST 28147-89 too, as RFC 4490 says
-// it for the older keys. The types are the providers' own registrations: 75, 80 and 81 of one vendor, 2 of
-// the other.
+// it for the older keys. The last of the GOST records is for keys of 512 bits. The types are the providers'
+// own registrations: 75, 80 and 81 of one vendor, 2 of the other.
 constexpr ProviderRecord records[] = {
     {L"Crypto-Pro GOST R 34.10-2001 Cryptographic Service Provider", 75, L"1.2.643.2.2.9", L"1.2.643.2.2.19",
      L"1.2.643.2.2.21"},

@@ -103,7 +103,9 @@ Certificates CryptoApiProvider::verifyMessageSignature(const Bytes& signature, c
         // A failure without a code is passed over: that leniency is wanted.
         if (error == ERROR_SUCCESS)
             continue;
-        detail::failCrypto(E_CRYPTO_VERIFY, L"CryptVerifyMessageSignature", error);
+        detail::failCrypto(E_CRYPTO_VERIFY,
+                           data ? L"CryptVerifyDetachedMessageSignature" : L"CryptVerifyMessageSignature",
+                           error);
     }
     return signers;
 }

@@ -130,6 +130,13 @@ TEST_F(LifetimesTest, WhatKeepsTheComponent) {
     object.reset();
     EXPECT_EQ(component_.canUnload(), S_OK) << "type information is the system's";
 
+    std::vector<ComPtr<IBinaryObject>> many;
+    for (int i = 0; i < 10'000; ++i)
+        many.push_back(component_.create<IBinaryObject>(__uuidof(BinaryObject)));
+    EXPECT_EQ(component_.canUnload(), S_FALSE);
+    many.clear();
+    EXPECT_EQ(component_.canUnload(), S_OK);
+
     // A host may ask between any two calls.
     object = bytes(L"0102");
     EXPECT_EQ(LateCall(*object, 1).hr, S_OK);

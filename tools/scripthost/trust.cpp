@@ -1,5 +1,7 @@
 #include "trust.h"
 
+#include "core/trusted_sites.h"
+
 #include <windows.h>
 
 #include <stdexcept>
@@ -7,13 +9,13 @@
 namespace ScriptHost {
 
 void trustSite(const std::wstring& address) {
-    const std::size_t colon = address.find(L"://");
-    if (colon == std::wstring::npos)
-        return;
-    const std::wstring site = address.substr(0, address.find_first_of(L"/?#:", colon + 3));
+    Corvane::SitePattern site = Corvane::readSite(address);
+    if (site.scheme.empty() || !Corvane::isValidSitePattern(site))
+        throw std::runtime_error("no list of trusted sites can hold this address");
+    site.rest.clear();
     const DWORD value = 1;  // the name is what counts
-    if (::RegSetKeyValueW(HKEY_CURRENT_USER, L"SOFTWARE\\ZimVetrel\\VetrelCorvane\\TrustedSites",
-                          site.c_str(), REG_DWORD, &value, sizeof value) != ERROR_SUCCESS)
+    if (::RegSetKeyValueW(HKEY_CURRENT_USER, Corvane::trustedSitesKey, sitePatternText(site).c_str(),
+                          REG_DWORD, &value, sizeof value) != ERROR_SUCCESS)
         throw std::runtime_error("the address cannot be added to the trusted sites");
 }
 

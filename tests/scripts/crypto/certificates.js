@@ -103,6 +103,7 @@ store.Open(2, "CorvaneScripts", 1);
 equal(store.name, "CorvaneScripts");
 equal(store.location, 2);
 equal(store.Install(root).Hash.Equals(root.Hash), true);
+throws(function () { store.Install(create("OperationToken")); }, "0x80004002", "", "no certificate");
 check(store.GetCertificates().count >= 1, "GetCertificates");
 equal(store.GetCertificates('{"name": "Corvane Test Root", "storeName": "My"}').Item(0).CommonName, "Corvane Test Root");
 store.Open(2, "CorvaneScripts");
