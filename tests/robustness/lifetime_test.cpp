@@ -130,9 +130,9 @@ TEST_F(LifetimesTest, WhatKeepsTheComponent) {
     object.reset();
     EXPECT_EQ(component_.canUnload(), S_OK) << "type information is the system's";
 
-    std::vector<ComPtr<IBinaryObject>> many;
-    for (int i = 0; i < 10'000; ++i)
-        many.push_back(component_.create<IBinaryObject>(__uuidof(BinaryObject)));
+    std::vector<ComPtr<IBinaryObject>> many(10'000);
+    for (ComPtr<IBinaryObject>& each : many)
+        each = component_.create<IBinaryObject>(__uuidof(BinaryObject));
     EXPECT_EQ(component_.canUnload(), S_FALSE);
     many.clear();
     EXPECT_EQ(component_.canUnload(), S_OK);
