@@ -43,20 +43,10 @@ HRESULT toVariant(std::uint32_t number, VARIANT* out) {
     return S_OK;
 }
 
-HRESULT toVariant(std::wstring_view text, VARIANT* out) {
-    V_BSTR(out) = Bstr(text).detach();
-    V_VT(out) = VT_BSTR;
-    return S_OK;
-}
-
-HRESULT toVariant(IDispatch* object, VARIANT* out) {
-    V_DISPATCH(out) = ComPtr<IDispatch>(object).detach();
+HRESULT toVariant(const SharedBytes& bytes, VARIANT* out) {
+    V_DISPATCH(out) = static_cast<IBinaryObject*>(makeObject<CBinaryObject>(bytes).detach());
     V_VT(out) = VT_DISPATCH;
     return S_OK;
-}
-
-HRESULT toVariant(const SharedBytes& bytes, VARIANT* out) {
-    return toVariant(static_cast<IBinaryObject*>(makeObject<CBinaryObject>(bytes).get()), out);
 }
 
 HRESULT toVariant(Bytes bytes, VARIANT* out) {

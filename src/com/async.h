@@ -22,55 +22,42 @@ void runOnWorker(std::function<void()> work);
 
 // The results of operations as a script gets them. A conversion may create objects: it runs on the worker.
 HRESULT toVariant(std::uint32_t number, VARIANT* out);
-HRESULT toVariant(std::wstring_view text, VARIANT* out);
-HRESULT toVariant(IDispatch* object, VARIANT* out);         // takes a reference of its own
 HRESULT toVariant(const SharedBytes& bytes, VARIANT* out);  // as a BinaryObject
 HRESULT toVariant(Bytes bytes, VARIANT* out);               // likewise
 
-// The conversion that suits the type of a result.
-struct AsVariant {
-    template <class Result>
-    HRESULT operator()(const Result& result, VARIANT* out) const {
-        return toVariant(result, out);
-    }
-};
-
 // Runs `work` on a worker thread and returns at once; later `callback`(result, error) is called on this
-// thread. `work` returns the result, or nothing, and may throw anything. `convert`(result, VARIANT*) turns
-// the result into what the script gets. For use inside a frame: a failure to start is thrown, and there is no
-// callback.
-template <class Work, class Convert>
-void startAsync(IDispatch* callback, Work work, Convert convert) {
+// thread. `work` returns the result, or nothing, and may throw anything; what it holds is let go of before
+// the callback. For use inside a frame: a failure to start is thrown, and there is no callback.
+template <class Work>
+void startAsync(IDispatch* callback, Work work) {
     using Result = std::invoke_result_t<Work&>;
     // std::function copies what it holds, so the callback travels in a shared box.
     auto box = std::make_shared<std::unique_ptr<AsyncCallback>>(AsyncCallback::create(callback));
-    detail::runOnWorker([box, work = std::move(work), convert = std::move(convert)]() mutable {
-        [[maybe_unused]] const auto& converter = convert;
+    detail::runOnWorker([box, work = std::move(work)]() mutable {
+        std::exception_ptr error;
+        const auto run = [&] {
+            Work once = std::move(work);
+            return once();
+        };
         if constexpr (std::is_void_v<Result>) {
-            std::exception_ptr error;
             try {
-                work();
+                run();
             } catch (...) {
                 error = std::current_exception();
             }
             AsyncCallback::pluginThreadCall<void*>(std::move(*box), error, nullptr, nullptr);
         } else {
-            std::exception_ptr error;
             Result result{};
             try {
-                result = work();
+                result = run();
             } catch (...) {
                 error = std::current_exception();
             }
-            AsyncCallback::pluginThreadCall<Result>(std::move(*box), error, result, converter);
+            AsyncCallback::pluginThreadCall<Result>(
+                std::move(*box), error, result,
+                [](const Result& value, VARIANT* out) { return toVariant(value, out); });
         }
     });
-}
-
-// The same with the conversion that suits the result's type.
-template <class Work>
-void startAsync(IDispatch* callback, Work work) {
-    startAsync(callback, std::move(work), AsVariant{});
 }
 
 }  // namespace Corvane::Com

@@ -40,6 +40,11 @@ Variant byteArray(std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
+CBinaryObject::CBinaryObject(SharedBytes bytes) : bytes_(std::move(bytes)) {
+    if (std::uint64_t{bytes_->size()} > largestBinary)
+        throw Exception(E_BINARY_MAX_SIZE);
+}
+
 SharedBytes CBinaryObject::bytes() const {
     const std::shared_lock guard(mutex_);
     return bytes_;

@@ -10,7 +10,8 @@
 class CBinaryObject final : public Corvane::Com::Object<CBinaryObject, BinaryObject, IBinaryObject> {
 public:
     CBinaryObject() = default;
-    explicit CBinaryObject(Corvane::SharedBytes bytes) noexcept : bytes_(std::move(bytes)) {}
+    // Throws Exception E_BINARY_MAX_SIZE for 4 GiB and more, which no script could tell the size of.
+    explicit CBinaryObject(Corvane::SharedBytes bytes);
 
     // The bytes, shared; null when the object holds none. Any thread.
     Corvane::SharedBytes bytes() const;
@@ -34,6 +35,9 @@ private:
 };
 
 namespace Corvane::Com {
+
+// The most bytes that a BinaryObject holds.
+inline constexpr std::uint64_t largestBinary = 0xFFFFFFFF;
 
 // The bytes behind an IBinaryObject argument, never null. Fails as resolve() does.
 SharedBytes bytesOf(IBinaryObject* object);

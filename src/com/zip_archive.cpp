@@ -11,6 +11,7 @@
 #include "core/json.h"
 #include "core/text.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -56,6 +57,11 @@ std::uint64_t limitOf(const VARIANT& maxSize) {
     return size == 0 ? Compression::unlimitedSize : size;
 }
 
+// The same for content that becomes a BinaryObject.
+std::uint64_t binaryLimitOf(const VARIANT& maxSize) {
+    return std::min(limitOf(maxSize), largestBinary);
+}
+
 Compression::FolderExtraction optionsOf(const VARIANT& maxSize, VARIANT_BOOL overwrite) {
     return {.maxSize = limitOf(maxSize), .overwrite = overwrite != VARIANT_FALSE};
 }
@@ -87,7 +93,7 @@ HRESULT CZipArchive::Find(BSTR name, ULONG* index) {
 HRESULT CZipArchive::Extract(VARIANT entry, VARIANT maxSize, IBinaryObject** binary) {
     return frame(L"CZipArchive::Extract", [&] {
         const std::size_t index = indexOf(*archive(), entry);
-        give(binary, makeBinary(archive()->extract(index, limitOf(maxSize))));
+        give(binary, makeBinary(archive()->extract(index, binaryLimitOf(maxSize))));
     });
 }
 
@@ -95,7 +101,7 @@ HRESULT CZipArchive::ExtractAsync(VARIANT entry, IDispatch* pCallback, VARIANT m
     return frame(L"CZipArchive::ExtractAsync", [&] {
         startOperation(extractName, pCallback, token,
                        [zip = archive(), index = indexOf(*archive(), entry),
-                        limit = limitOf(maxSize)](const SharedProgress& progress) {
+                        limit = binaryLimitOf(maxSize)](const SharedProgress& progress) {
                            return std::make_shared<Bytes>(zip->extract(index, limit, progress));
                        });
     });

@@ -63,6 +63,15 @@ void checkSupported(const ZipEntry& entry) {
     }
 }
 
+Bytes roomFor(const ZipEntry& entry) {
+    // zlib's technical details: deflate restores 1032 bytes from one at the most.
+    constexpr std::uint64_t mostFromOne = 1032;
+    const bool isPossible = entry.size / mostFromOne <= entry.packedSize;
+    Bytes bytes;
+    makeRoom(bytes, isPossible ? entry.size : 0);
+    return bytes;
+}
+
 UnZipFile::UnZipFile(std::unique_ptr<ZipIo> io, void* handle)
     : io_(std::move(io)), handle_(handle), hasEntry_(handle && entryCount() > 0) {}
 

@@ -30,6 +30,10 @@ private:
 // method than deflate.
 void checkSupported(const ZipEntry& entry);
 
+// No bytes yet, with room for the content of an entry as far as its packed size can yield that: the room is
+// not what a small archive claims. Throws std::bad_alloc.
+Bytes roomFor(const ZipEntry& entry);
+
 // There is a current entry as long as hasEntry() says so; the first one after opening. What the storage
 // throws passes through all functions.
 class UnZipFile {
@@ -52,7 +56,7 @@ public:
     // Moves to an entry of this archive. Throws Exception E_ZIP_FILE_INFO.
     void select(const ZipEntry& entry);
 
-    // What the directory says. Throws Exception E_ZIP_GLOBAL_INFO or E_ZIP_FILE_INFO.
+    // What the directory says. Throws Exception E_ZIP_FILE_INFO.
     ZipEntry entry();
 
     // Restores the content, not more than the directory says. Throws Exception E_UNZIP_BAD when it cannot be

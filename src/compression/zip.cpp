@@ -41,9 +41,9 @@ void zip(std::span<const std::uint8_t> input, Bytes& output, int mode) {
 }
 
 void unzip(std::span<const std::uint8_t> input, Bytes& output, unsigned numFile) {
-    Bytes result;
     UnZipFile archive = UnZipFile::open(spanStorage(input));
     selectNumber(archive, numFile);
+    Bytes result = roomFor(archive.entry());
     archive.extract(appendTo(result));
     output = std::move(result);
 }

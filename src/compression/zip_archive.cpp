@@ -94,7 +94,8 @@ void ZipArchive::start(std::size_t index, std::uint64_t maxSize, const SharedPro
 
 void ZipArchive::extractTo(std::size_t index, const Sink& sink, const SharedProgress& progress) const {
     const std::shared_lock lock(content_);
-    UnZipFile file = UnZipFile::open(*openStream());
+    const auto stream = openStream();  // stays, whoever closes the archive meanwhile
+    UnZipFile file = UnZipFile::open(*stream);
     // Looked up only now: adding entries moves the directory.
     file.select(entryAt(*entries(), index));
     file.extract([&](std::span<const std::uint8_t> piece) {
@@ -109,7 +110,7 @@ void ZipArchive::extractTo(std::size_t index, const Sink& sink, const SharedProg
 
 Bytes ZipArchive::extract(std::size_t index, std::uint64_t maxSize, const SharedProgress& progress) const {
     start(index, maxSize, progress);
-    Bytes content;
+    Bytes content = roomFor(entryAt(*entries(), index));
     extractTo(index, appendTo(content), progress);
     return content;
 }

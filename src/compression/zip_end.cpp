@@ -73,6 +73,10 @@ Bytes archiveComment(ZipStorage& storage) {
 }
 
 void completeEnd(ZipIo& io, std::uint64_t entries, const Bytes& comment) {
+    // The rest need not be read, which not every output can be.
+    if (entries < countInZip64 && comment.empty()) {
+        return;
+    }
     std::array<std::uint8_t, endSize> record{};
     const std::uint64_t position = io.position() - endSize;
     if (!io.seek(position, ZLIB_FILEFUNC_SEEK_SET) || io.read(record) != record.size() ||

@@ -28,7 +28,11 @@ private:
 };
 
 ZipRollback::ZipRollback(Stream::IBinaryStream& stream)
-    : stream_(stream), whole_(streamStorage(stream, 0)), size_(stream.state().size), savedBegin_(size_) {}
+    : stream_(stream),
+      duplicate_(stream.duplicate()),
+      whole_(streamStorage(stream, 0)),
+      size_(stream.state().size),
+      savedBegin_(size_) {}
 
 ZipRollback::~ZipRollback() {
     if (committed_ || !written_) {
@@ -78,10 +82,11 @@ void ZipRollback::save(std::uint64_t begin, std::uint64_t end) {
 }
 
 void ZipRollback::restore() {
+    Stream::IBinaryStream& stream = duplicate_ ? *duplicate_ : stream_;
     if (!saved_.empty()) {
-        whole_->write(savedBegin_, saved_);
+        stream.seekAndWrite(static_cast<std::int64_t>(savedBegin_), saved_);
     }
-    stream_.resize(size_);
+    stream.resize(size_);
 }
 
 }  // namespace Corvane::Compression::detail

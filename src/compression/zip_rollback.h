@@ -12,7 +12,7 @@ namespace Corvane::Compression::detail {
 
 // Keeps in memory what is overwritten: of an archive that is appended to that is its directory. Without
 // commit() the destructor puts it back and cuts off what was added, which needs no more room than there was
-// before. The stream must outlive it.
+// before, and is done even when somebody has closed the file meanwhile. The stream must outlive it.
 class ZipRollback {
 public:
     explicit ZipRollback(Stream::IBinaryStream& stream);
@@ -33,6 +33,7 @@ private:
     void restore();
 
     Stream::IBinaryStream& stream_;
+    std::shared_ptr<Stream::IBinaryStream> duplicate_;
     std::unique_ptr<ZipStorage> whole_;
     std::uint64_t size_;        // before anything was written
     std::uint64_t savedBegin_;  // saved_ lies here; everything from here to its end may have changed

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -50,6 +51,10 @@ public:
 
     // Releases the data or the file. Never fails twice; a second call does nothing.
     virtual void close() = 0;
+
+    // Another stream over the same bytes, which stays open when this one is closed, with the same position;
+    // null where closing lets go of the bytes themselves.
+    virtual std::shared_ptr<IBinaryStream> duplicate() const { return nullptr; }
 
     // Fills `buffer` from the position on as far as the stream goes and moves behind what was read; returns
     // how much that was, 0 at the end only.

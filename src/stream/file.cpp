@@ -139,6 +139,15 @@ void File::close() {
     handle_.reset();
 }
 
+std::shared_ptr<Stream::IBinaryStream> File::duplicate() const {
+    const std::lock_guard guard(mutex_);
+    FileHandle handle;
+    checkWin32(::DuplicateHandle(::GetCurrentProcess(), openHandle(E_CREATE_FILE), ::GetCurrentProcess(),
+                                 handle.put(), 0, FALSE, DUPLICATE_SAME_ACCESS),
+               E_CREATE_FILE, L"DuplicateHandle");
+    return std::shared_ptr<File>(new File(std::move(handle), path_));
+}
+
 std::size_t File::readLocked(std::span<std::uint8_t> buffer) {
     const HANDLE file = openHandle(E_FILE_READ);
     std::size_t total = 0;
@@ -158,7 +167,10 @@ SharedBytes File::readLocked(std::size_t count) {
     openHandle(E_FILE_READ);
     const std::uint64_t size = sizeLocked();
     const std::uint64_t left = size - std::min(size, positionLocked());
-    auto bytes = std::make_shared<Bytes>(static_cast<std::size_t>(std::min<std::uint64_t>(count, left)));
+    const std::uint64_t wanted = std::min<std::uint64_t>(count, left);
+    auto bytes = std::make_shared<Bytes>();
+    makeRoom(*bytes, wanted);
+    bytes->resize(static_cast<std::size_t>(wanted));
     bytes->resize(readLocked(std::span(*bytes)));
     return bytes;
 }

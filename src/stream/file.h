@@ -42,6 +42,8 @@ public:
     std::uint64_t seek(std::int64_t offset, Stream::Origin origin) override;
     void resize(std::uint64_t size) override;
     void close() override;
+    // Throws Win32Exception E_CREATE_FILE.
+    std::shared_ptr<Stream::IBinaryStream> duplicate() const override;
     std::size_t read(std::span<std::uint8_t> buffer) override;
     void write(std::span<const std::uint8_t> bytes) override;
     SharedBytes read(std::size_t count) override;

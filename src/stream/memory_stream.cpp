@@ -112,7 +112,7 @@ std::size_t MemoryStream::read(std::span<std::uint8_t> buffer) {
 SharedBytes MemoryStream::readLocked(std::size_t count) {
     checkOpen(E_FILE_READ);
     auto bytes = std::make_shared<Bytes>();
-    bytes->reserve(static_cast<std::size_t>(std::min<std::uint64_t>(count, size_ - position())));
+    makeRoom(*bytes, std::min<std::uint64_t>(count, size_ - position()));
     take(count, [&](std::span<const std::uint8_t> piece) {
         bytes->insert(bytes->end(), piece.begin(), piece.end());
     });

@@ -88,6 +88,21 @@ TEST_F(LimitsTest, AStreamInMemoryOfThreeGibibytes) {
     EXPECT_EQ(hexOf(*tail.get()), L"01");
 }
 
+#ifndef _WIN64
+TEST_F(LimitsTest, MoreOfAFileThanMemoryHolds) {
+    ComPtr<IFileObject> file;
+    const auto disk = serviceOf<IFileSystemService>(__uuidof(FileSystemService));
+    ASSERT_EQ(disk->CreateTempFile(VARIANT_FALSE, file.put()), S_OK);
+    ASSERT_EQ(file->Resize(5e9), S_OK);
+    double position = 0;
+    EXPECT_EQ(file->Seek(0, 0, &position), S_OK);
+    ComPtr<IBinaryObject> content;
+    EXPECT_EQ(file->Read(3'000'000'000, content.put()), E_OUTOFMEMORY);
+    EXPECT_FALSE(content);
+    EXPECT_EQ(file->Close(), S_OK);
+}
+#endif
+
 TEST_F(LimitsTest, CutAndDamagedMessages) {
     const auto crypto = serviceOf<ICryptoService>(__uuidof(CryptoService));
     ComPtr<IBinaryObject> file;

@@ -1,5 +1,5 @@
-// Archives and entries above 4 GiB. For Windows alone: minizip 1.1 reads zip64 offsets only where a long has
-// 32 bits.
+// Archives and entries above 4 GiB, and archives in files. For Windows alone: minizip 1.1 reads zip64 offsets
+// only where a long has 32 bits.
 #include "compression/zip.h"
 #include "compression/zip_archive.h"
 #include "stream/file_system.h"
@@ -61,6 +61,20 @@ TEST(Zip64, EntriesBehindFourGiBAreAddedAndFound) {
     EXPECT_EQ(again.entries()->at(0).packedSize, fourGiB + 1);
     EXPECT_EQ(again.extract(1), bytesOf("added"));
     EXPECT_EQ(again.extract(2), bytesOf("more"));
+}
+
+TEST(ZipFiles, AnArchiveThatIsClosedWhileItGrowsIsWhatItWas) {
+    const Bytes before = readTestData("zip/info-zip.zip");
+    const auto file = FileSystem::createTemporaryFile(true);
+    file->write(before);
+    const Bytes content = sampleBytes(1000000);
+    SourceStream input(content, 100000, [&](std::uint64_t position) {
+        if (position > 500000)
+            file->close();
+    });
+    EXPECT_EQ(errorCode([&] { ZipArchive(file).add("added", {}, input, nullptr); }), E_SEEK_IN_FILE.code);
+    EXPECT_EQ(readFile(file->path()), before);
+    FileSystem::deleteFile(file->path());
 }
 
 }  // namespace

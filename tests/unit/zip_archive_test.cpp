@@ -126,6 +126,30 @@ TEST(ZipArchive, AFailedChangeLeavesTheArchiveAsItWas) {
     EXPECT_EQ(ZipArchive(stream).extract(5), content);
 }
 
+// Does something at each writing.
+class NoticingStream : public Stream::MemoryStream {
+public:
+    explicit NoticingStream(std::function<void()> notice) : notice_(std::move(notice)) {}
+    using MemoryStream::write;
+    void write(std::span<const std::uint8_t> bytes) override {
+        notice_();
+        MemoryStream::write(bytes);
+    }
+
+private:
+    std::function<void()> notice_;
+};
+
+TEST(ZipArchive, AnExtractionOutlivesClosing) {
+    const auto packed = std::make_shared<Stream::MemoryStream>();
+    ZipArchive(packed).add("a", date, sampleBytes(1000000));
+    ZipArchive archive(streamOf(contentOf(*packed)));
+    NoticingStream output([&] { archive.close(); });
+    archive.extract(0, output, unlimitedSize, nullptr);
+    EXPECT_EQ(contentOf(output), sampleBytes(1000000));
+    EXPECT_EQ(errorCode([&] { archive.extract(0); }), E_ZIP_ARCHIVE_STREAM_DISPOSE.code);
+}
+
 TEST(ZipArchive, RefusesWhatIsNoArchive) {
     EXPECT_EQ(errorCode([] { ZipArchive(streamOf(bytesOf("no archive, but some text"))); }), E_ZIP_OPEN.code);
     std::string bytes = readTestText("zip/info-zip.zip");

@@ -52,6 +52,15 @@ equal(token.Progress, 1);
 equal(textOf(contentOf(restored)), "some text");
 equal(wait(function (done) { service.PKUnzipNStreamAsync(packed, restored, done, 2); }).substr(0, 6), "[104] ");
 
+// Output to which can only be written.
+var disk = create("FileSystemService");
+var path = disk.GetTempFolder() + "packed" + new Date().getTime() + Math.random();
+var file = disk.OpenFile(path, 0x40000000, 1, 0);
+equal(wait(function (done) { service.PKZipStreamAsync(streamOf(text), file, done); }), undefined);
+file.Close();
+equal(textOf(service.PKUnzip(files.BinaryObjectFromFile(path))), "some text");
+disk.Delete(path);
+
 // A token that is canceled before the work begins, and one stream for both sides.
 token.SetCanceled();
 packed = streamOf(text);
