@@ -1,8 +1,9 @@
 // Packs a file as gzip and unpacks it again, with a progress line; neither file is ever in memory as a whole.
 //
-//     tools/run-script x64 examples/gzip_file.js FILE PACKED UNPACKED
+//     tools/run-script x64 examples/gzip_file.js FILE PACKED UNPACKED [PERCENT]
 //
-// The three are Windows paths; the second and the third are made anew.
+// The three are Windows paths; the second and the third are made anew. With PERCENT the script changes its mind when that
+// much of the packing is done; PACKED is then empty.
 
 var GENERIC_READ = 0x80000000;
 var GENERIC_WRITE = 0x40000000;
@@ -13,6 +14,8 @@ var FILE_SHARE_READ = 1;
 var files = new ActiveXObject("VetrelCorvane2.FileSystemService");
 var compression = new ActiveXObject("VetrelCorvane2.CompressionService");
 
+var stopAt = WScript.Arguments.length > 3 ? Number(WScript.Arguments(3)) : 101;
+
 // Starts an operation with start(input, output, callback, token) and waits for it.
 function run(title, from, to, start) {
     var input = files.OpenFile(from, GENERIC_READ, OPEN_EXISTING, FILE_SHARE_READ);
@@ -21,16 +24,20 @@ function run(title, from, to, start) {
     var outcome = null;
     start(input, output, function (result, error) { outcome = { error: error }; }, token);
     while (outcome === null) {
-        WScript.StdErr.Write("\r" + title + ": " + Math.floor(token.Progress * 100) + " %");
-        WScript.Sleep(20);
+        var percent = Math.floor(token.Progress * 100);
+        WScript.StdErr.Write("\r" + title + ": " + percent + " %");
+        if (percent >= stopAt) {
+            token.SetCanceled();
+        }
+        WScript.Sleep(1);
     }
-    if (outcome.error !== undefined) {
-        WScript.Echo(title + ": " + outcome.error);
-        WScript.Quit(1);
-    }
-    WScript.Echo(title + ": " + input.Size + " bytes to " + output.Size + " bytes");
+    var done = title + ": " + input.Size + " bytes to " + output.Size + " bytes";
+    WScript.Echo(outcome.error === undefined ? done : "Stopped: " + outcome.error);
     input.Close();
     output.Close();
+    if (outcome.error !== undefined) {
+        WScript.Quit(1);
+    }
 }
 
 var source = WScript.Arguments(0);

@@ -1,8 +1,9 @@
 // Packs a folder into a zip archive, lists it and unpacks it into another folder.
 //
-//     tools/run-script x64 examples/zip_folder.js FOLDER ARCHIVE TARGET
+//     tools/run-script x64 examples/zip_folder.js FOLDER ARCHIVE TARGET [PERCENT]
 //
-// The three are Windows paths; the second and the third are made anew.
+// The three are Windows paths; the second and the third are made anew. With PERCENT the script changes its mind when that
+// much of the packing is done; ARCHIVE is then empty.
 
 var GENERIC_READ = 0x80000000;
 var GENERIC_WRITE = 0x40000000;
@@ -14,16 +15,23 @@ var files = new ActiveXObject("VetrelCorvane2.FileSystemService");
 var compression = new ActiveXObject("VetrelCorvane2.CompressionService");
 var token = new ActiveXObject("VetrelCorvane2.OperationToken");
 
+var stopAt = WScript.Arguments.length > 3 ? Number(WScript.Arguments(3)) : 101;
+
 // Waits for an operation that start(callback) starts.
 function run(title, start) {
     var outcome = null;
     start(function (result, error) { outcome = { error: error }; });
     while (outcome === null) {
-        WScript.StdErr.Write("\r" + title + ": " + Math.floor(token.Progress * 100) + " %");
-        WScript.Sleep(20);
+        var percent = Math.floor(token.Progress * 100);
+        WScript.StdErr.Write("\r" + title + ": " + percent + " %");
+        if (percent >= stopAt) {
+            token.SetCanceled();
+        }
+        WScript.Sleep(1);
     }
     if (outcome.error !== undefined) {
-        WScript.Echo(title + ": " + outcome.error);
+        WScript.Echo("Stopped: " + outcome.error);
+        file.Close();
         WScript.Quit(1);
     }
 }

@@ -1,6 +1,10 @@
 #include "com/base_stream.h"
 
+#include "core/log.h"
+#include "stream/file.h"
+
 #include <cmath>
+#include <string>
 
 namespace Corvane::Com {
 
@@ -10,6 +14,20 @@ SharedStream streamOf(::IBinaryStream* argument) {
     if (!holder)
         throw SilentFailure{E_NOINTERFACE};
     return holder->stream();
+}
+
+void logStream(const wchar_t* function, const wchar_t* name, const Stream::IBinaryStream& stream) {
+    if (!isLogEnabled(LogLevel::debug))
+        return;
+    const auto* file = dynamic_cast<const File*>(&stream);
+    const std::wstring path = file ? L", " + file->path() : L"";
+    try {
+        const Stream::State state = stream.state();
+        writeLog(LogLevel::debug, function, L"[in] ", name, L": ", state.position, L" of ", state.size, path);
+    } catch (const Exception&) {
+        // A closed stream, for one. What uses it will fail, in its own words.
+        writeLog(LogLevel::debug, function, L"[in] ", name, L": of unknown size", path);
+    }
 }
 
 std::int64_t offsetOf(double number) {

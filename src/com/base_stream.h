@@ -28,6 +28,10 @@ protected:
 // The internal stream behind an argument. Fails as resolve() does. For use inside a frame.
 SharedStream streamOf(::IBinaryStream* argument);
 
+// A line in the log about an argument of `function`, of that name: the position and size of a stream and, of
+// a file, the path; not what it holds.
+void logStream(const wchar_t* function, const wchar_t* name, const Stream::IBinaryStream& stream);
+
 // A number from a script as an offset or a size: whole, and of at most 53 bits, beyond which doubles have
 // gaps. Throws Exception E_OFFSET_OUT_OF_RANGE; a size must not be negative either.
 std::int64_t offsetOf(double number);

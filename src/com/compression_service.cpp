@@ -19,6 +19,8 @@ using namespace Corvane::Com;
 
 namespace {
 
+constexpr wchar_t addFromDiskName[] = L"Corvane::Compression::addFromDisk";
+
 // The result of `convert`(input, output), a function of that name.
 template <class Convert>
 ComPtr<CBinaryObject> converted(const wchar_t* name, IBinaryObject* argument, Convert&& convert) {
@@ -33,13 +35,17 @@ ComPtr<CBinaryObject> converted(const wchar_t* name, IBinaryObject* argument, Co
 template <class Work>
 void startConversion(const wchar_t* name, ::IBinaryStream* input, ::IBinaryStream* output,
                      IDispatch* callback, const VARIANT& token, Work work) {
+    const SharedStream from = streamOf(input);
+    const SharedStream to = streamOf(output);
+    logStream(name, L"input", *from);
+    logStream(name, L"output", *to);
     startOperation(name, callback, token,
-                   [from = streamOf(input), to = streamOf(output), work](const SharedProgress& progress) {
-                       work(*from, *to, progress);
-                   });
+                   [from, to, work](const SharedProgress& progress) { work(*from, *to, progress); });
 }
 
 void compress(const std::wstring& path, const SharedStream& output, const SharedProgress& progress) {
+    writeLog(LogLevel::debug, addFromDiskName, L"[in] path: ", path);
+    logStream(addFromDiskName, L"output", *output);
     // An archive of its own, even where the stream already holds one.
     if (output->state().size != 0) {
         throw Exception(E_ZIP_OPEN);
@@ -124,8 +130,10 @@ HRESULT CCompressionService::GUnzipStreamAsync(::IBinaryStream* input, ::IBinary
 
 HRESULT CCompressionService::OpenZipArchive(::IBinaryStream* stream, IZipArchive** archive) {
     return serviceFrame(L"CCompressionService::OpenZipArchive", [&] {
+        constexpr wchar_t name[] = L"Corvane::Compression::ZipArchive";
         SharedStream source = streamOf(stream);
-        give(archive, makeObject<CZipArchive>(namedCall(L"Corvane::Compression::ZipArchive", [&] {
+        logStream(name, L"stream", *source);
+        give(archive, makeObject<CZipArchive>(namedCall(name, [&] {
                  return std::make_shared<Compression::ZipArchive>(std::move(source));
              })));
     });
@@ -133,15 +141,14 @@ HRESULT CCompressionService::OpenZipArchive(::IBinaryStream* stream, IZipArchive
 
 HRESULT CCompressionService::Compress(BSTR path, ::IBinaryStream* output) {
     return serviceFrame(L"CCompressionService::Compress", [&] {
-        namedCall(L"Corvane::Compression::addFromDisk",
-                  [&] { compress(std::wstring(viewOf(path)), streamOf(output), nullptr); });
+        namedCall(addFromDiskName, [&] { compress(std::wstring(viewOf(path)), streamOf(output), nullptr); });
     });
 }
 
 HRESULT CCompressionService::CompressAsync(BSTR path, ::IBinaryStream* output, IDispatch* pCallback,
                                            VARIANT token) {
     return serviceFrame(L"CCompressionService::CompressAsync", [&] {
-        startOperation(L"Corvane::Compression::addFromDisk", pCallback, token,
+        startOperation(addFromDiskName, pCallback, token,
                        [source = std::wstring(viewOf(path)), to = streamOf(output)](
                            const SharedProgress& progress) { compress(source, to, progress); });
     });

@@ -28,9 +28,9 @@ namespace Corvane::Com {
 
 SharedProgress progressOf(const VARIANT& token) {
     const Variant value = plainValue(token);
-    if (isLeftOut(value))
-        return nullptr;
     const ComPtr<IUnknown> object = objectIn(value);
+    if (isLeftOut(value) || (V_VT(&value.get()) == VT_DISPATCH && !object))
+        return nullptr;
     if (!object)
         throw SilentFailure{DISP_E_TYPEMISMATCH};
     return resolve<COperationToken>(object.get())->progress();

@@ -21,8 +21,9 @@ private:
 
 namespace Corvane::Com {
 
-// The progress record behind an optional token argument; null when the argument was left out, or is undefined
-// or null. Anything but a token of ours ends the method: DISP_E_TYPEMISMATCH, or as resolve() does.
+// The progress record behind an optional token argument; null when the argument was left out, or is
+// undefined, null or VBScript's Nothing. Anything but a token of ours ends the method: DISP_E_TYPEMISMATCH,
+// or as resolve() does.
 SharedProgress progressOf(const VARIANT& token);
 
 }  // namespace Corvane::Com

@@ -22,6 +22,7 @@ void startOperation(const wchar_t* name, IDispatch* callback, const VARIANT& tok
 template <class Work>
 void startStreamOperation(const wchar_t* name, IDispatch* callback, SharedStream stream, const VARIANT& token,
                           Work work) {
+    logStream(name, L"stream", *stream);
     startOperation(name, callback, token,
                    [stream = std::move(stream), work = std::move(work)](const SharedProgress& progress) {
                        return work(*stream, progress);

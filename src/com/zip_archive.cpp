@@ -9,10 +9,12 @@
 #include "compression/zip_folder.h"
 #include "core/errors.h"
 #include "core/json.h"
+#include "core/log.h"
 #include "core/text.h"
 
 #include <algorithm>
 #include <cmath>
+#include <iomanip>
 #include <limits>
 #include <string>
 #include <utility>
@@ -36,13 +38,31 @@ double numberIn(const Variant& value) {
     return V_R8(&number.get());
 }
 
+// Arguments of `function`, which are told in the log.
+std::wstring folderPath(const wchar_t* function, BSTR path) {
+    writeLog(LogLevel::debug, function, L"[in] path: ", viewOf(path));
+    return std::wstring(viewOf(path));
+}
+
+std::string entryName(const wchar_t* function, BSTR name) {
+    writeLog(LogLevel::debug, function, L"[in] name: ", viewOf(name));
+    return toUtf8(viewOf(name));
+}
+
+SharedStream entryStream(const wchar_t* function, ::IBinaryStream* argument) {
+    SharedStream stream = streamOf(argument);
+    logStream(function, L"stream", *stream);
+    return stream;
+}
+
 // An entry as scripts name it: by its name, or by its index as any kind of number.
 std::size_t indexOf(const Compression::ZipArchive& archive, const VARIANT& entry) {
     const Variant value = plainValue(entry);
     if (V_VT(&value.get()) == VT_BSTR) {
-        return archive.find(toUtf8(viewOf(V_BSTR(&value.get()))));
+        return archive.find(entryName(extractName, V_BSTR(&value.get())));
     }
     const double index = numberIn(value);
+    writeLog(LogLevel::debug, extractName, L"[in] index: ", std::setprecision(17), index);
     const bool within = index >= 0 && index < std::numeric_limits<std::uint32_t>::max();  // no for NaN
     if (!within || index != std::floor(index)) {
         throw Exception(E_UNZIP_OUT_OF_RANGE);
@@ -110,7 +130,7 @@ HRESULT CZipArchive::ExtractAsync(VARIANT entry, IDispatch* pCallback, VARIANT m
 HRESULT CZipArchive::ExtractStream(VARIANT entry, ::IBinaryStream* output, VARIANT maxSize) {
     return frame(L"CZipArchive::ExtractStream", [&] {
         const std::size_t index = indexOf(*archive(), entry);
-        archive()->extract(index, *streamOf(output), limitOf(maxSize), nullptr);
+        archive()->extract(index, *entryStream(extractName, output), limitOf(maxSize), nullptr);
     });
 }
 
@@ -118,17 +138,16 @@ HRESULT CZipArchive::ExtractStreamAsync(VARIANT entry, ::IBinaryStream* output, 
                                         VARIANT maxSize, VARIANT token) {
     return frame(L"CZipArchive::ExtractStreamAsync", [&] {
         startOperation(extractName, pCallback, token,
-                       [zip = archive(), index = indexOf(*archive(), entry), to = streamOf(output),
-                        limit = limitOf(maxSize)](const SharedProgress& progress) {
-                           zip->extract(index, *to, limit, progress);
-                       });
+                       [zip = archive(), index = indexOf(*archive(), entry),
+                        to = entryStream(extractName, output), limit = limitOf(maxSize)](
+                           const SharedProgress& progress) { zip->extract(index, *to, limit, progress); });
     });
 }
 
 HRESULT CZipArchive::ExtractAll(BSTR folder, VARIANT maxSize, VARIANT_BOOL overwrite) {
     return frame(L"CZipArchive::ExtractAll", [&] {
-        Compression::extractToFolder(*archive(), std::wstring(viewOf(folder)), optionsOf(maxSize, overwrite),
-                                     nullptr);
+        Compression::extractToFolder(*archive(), folderPath(extractAllName, folder),
+                                     optionsOf(maxSize, overwrite), nullptr);
     });
 }
 
@@ -136,7 +155,7 @@ HRESULT CZipArchive::ExtractAllAsync(BSTR folder, IDispatch* pCallback, VARIANT 
                                      VARIANT_BOOL overwrite, VARIANT token) {
     return frame(L"CZipArchive::ExtractAllAsync", [&] {
         startOperation(extractAllName, pCallback, token,
-                       [zip = archive(), to = std::wstring(viewOf(folder)),
+                       [zip = archive(), to = folderPath(extractAllName, folder),
                         options = optionsOf(maxSize, overwrite)](const SharedProgress& progress) {
                            Compression::extractToFolder(*zip, to, options, progress);
                        });
@@ -144,14 +163,15 @@ HRESULT CZipArchive::ExtractAllAsync(BSTR folder, IDispatch* pCallback, VARIANT 
 }
 
 HRESULT CZipArchive::Add(BSTR name, IBinaryObject* pData) {
-    return frame(L"CZipArchive::Add",
-                 [&] { archive()->add(toUtf8(viewOf(name)), Compression::zipDateNow(), *bytesOf(pData)); });
+    return frame(L"CZipArchive::Add", [&] {
+        archive()->add(entryName(addName, name), Compression::zipDateNow(), *bytesOf(pData));
+    });
 }
 
 HRESULT CZipArchive::AddAsync(BSTR name, IBinaryObject* pData, IDispatch* pCallback, VARIANT token) {
     return frame(L"CZipArchive::AddAsync", [&] {
         startOperation(addName, pCallback, token,
-                       [zip = archive(), entry = toUtf8(viewOf(name)),
+                       [zip = archive(), entry = entryName(addName, name),
                         content = bytesOf(pData)](const SharedProgress& progress) {
                            zip->add(entry, Compression::zipDateNow(), *content, progress);
                        });
@@ -160,15 +180,16 @@ HRESULT CZipArchive::AddAsync(BSTR name, IBinaryObject* pData, IDispatch* pCallb
 
 HRESULT CZipArchive::AddStream(BSTR name, ::IBinaryStream* input) {
     return frame(L"CZipArchive::AddStream", [&] {
-        archive()->add(toUtf8(viewOf(name)), Compression::zipDateNow(), *streamOf(input), nullptr);
+        archive()->add(entryName(addName, name), Compression::zipDateNow(), *entryStream(addName, input),
+                       nullptr);
     });
 }
 
 HRESULT CZipArchive::AddStreamAsync(BSTR name, ::IBinaryStream* input, IDispatch* pCallback, VARIANT token) {
     return frame(L"CZipArchive::AddStreamAsync", [&] {
         startOperation(addName, pCallback, token,
-                       [zip = archive(), entry = toUtf8(viewOf(name)),
-                        from = streamOf(input)](const SharedProgress& progress) {
+                       [zip = archive(), entry = entryName(addName, name),
+                        from = entryStream(addName, input)](const SharedProgress& progress) {
                            zip->add(entry, Compression::zipDateNow(), *from, progress);
                        });
     });
@@ -176,7 +197,8 @@ HRESULT CZipArchive::AddStreamAsync(BSTR name, ::IBinaryStream* input, IDispatch
 
 HRESULT CZipArchive::AddFolder(BSTR path, BSTR prefix) {
     return frame(L"CZipArchive::AddFolder", [&] {
-        Compression::addFromDisk(*archive(), std::wstring(viewOf(path)), toUtf8(viewOf(prefix)), nullptr);
+        Compression::addFromDisk(*archive(), folderPath(addFolderName, path), toUtf8(viewOf(prefix)),
+                                 nullptr);
     });
 }
 
@@ -184,7 +206,7 @@ HRESULT CZipArchive::AddFolderAsync(BSTR path, IDispatch* pCallback, BSTR prefix
     return frame(L"CZipArchive::AddFolderAsync", [&] {
         startOperation(
             addFolderName, pCallback, token,
-            [zip = archive(), from = std::wstring(viewOf(path)), under = toUtf8(viewOf(prefix))](
+            [zip = archive(), from = folderPath(addFolderName, path), under = toUtf8(viewOf(prefix))](
                 const SharedProgress& progress) { Compression::addFromDisk(*zip, from, under, progress); });
     });
 }

@@ -1,6 +1,7 @@
 #include "stream/file.h"
 
 #include "core/check.h"
+#include "core/log.h"
 #include "stream/seek_log.h"
 
 #include <algorithm>
@@ -61,6 +62,9 @@ std::wstring unlimitedPath(const std::wstring& path) {
 }
 
 std::shared_ptr<File> File::open(const std::wstring& path, const FileMode& mode, bool* existed) {
+    writeLog(LogLevel::debug, L"Corvane::File::open", L"[in] path: ", path, L" [in] access: ", mode.access,
+             L" [in] share: ", mode.share, L" [in] disposition: ", mode.disposition, L" [in] attributes: ",
+             mode.attributes);
     FileHandle handle(::CreateFileW(unlimitedPath(path).c_str(), mode.access, mode.share, nullptr,
                                     mode.disposition, mode.attributes, nullptr));
     checkWin32(static_cast<bool>(handle), E_CREATE_FILE, L"CreateFileW");

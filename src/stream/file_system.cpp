@@ -2,6 +2,7 @@
 
 #include "core/check.h"
 #include "core/handles.h"
+#include "core/log.h"
 #include "core/system_exception.h"
 
 #include <array>
@@ -11,6 +12,16 @@ namespace Corvane::FileSystem {
 namespace {
 
 constexpr DWORD none = INVALID_FILE_ATTRIBUTES;
+
+void logPath(const wchar_t* function, const std::wstring& path) {
+    writeLog(LogLevel::debug, function, L"[in] path: ", path);
+}
+
+void logTransfer(const wchar_t* function, const std::wstring& source, const std::wstring& target,
+                 bool overwrite) {
+    writeLog(LogLevel::debug, function, L"[in] source: ", source, L" [in] target: ", target,
+             L" [in] overwrite: ", overwrite);
+}
 
 DWORD attributesOf(const std::wstring& path) noexcept {
     return ::GetFileAttributesW(path.c_str());
@@ -70,6 +81,10 @@ struct Level {
     std::vector<Entry> left;
 };
 
+void logDeleting(const std::wstring& path) {
+    writeLog(LogLevel::debug, L"Corvane::FileSystem::deleteFolder", L"deleting: ", path);
+}
+
 // `path` is verbatim: names inside that the system would read otherwise, such as ".. ", must not lead
 // elsewhere.
 void deleteTree(const std::wstring& path, DWORD attributes) {
@@ -78,6 +93,7 @@ void deleteTree(const std::wstring& path, DWORD attributes) {
     while (!levels.empty()) {
         Level& level = levels.back();
         if (level.left.empty()) {
+            logDeleting(level.path);
             level.held.reset();
             makeDeletable(level.path, level.attributes);
             checkWin32(::RemoveDirectoryW(level.path.c_str()), E_DIRECTORY_DELETE, L"RemoveDirectoryW");
@@ -90,6 +106,7 @@ void deleteTree(const std::wstring& path, DWORD attributes) {
         if (isFolder(innerAttributes)) {
             levels.emplace_back(std::move(inner), innerAttributes);
         } else {
+            logDeleting(inner);
             makeDeletable(inner, innerAttributes);
             checkWin32(::DeleteFileW(inner.c_str()), E_DIRECTORY_DELETE, L"DeleteFileW");
         }
@@ -131,6 +148,7 @@ std::wstring temporaryFolder() {
 }
 
 std::shared_ptr<File> createTemporaryFile(bool keep) {
+    writeLog(LogLevel::debug, L"Corvane::FileSystem::createTemporaryFile", L"[in] keep: ", keep);
     std::array<wchar_t, MAX_PATH> name{};
     // Creates the file, so that nobody else gets its name.
     checkWin32(::GetTempFileNameW(temporaryFolder().c_str(), L"vtc", 0, name.data()), E_CREATE_FILE,
@@ -152,21 +170,25 @@ std::shared_ptr<File> createTemporaryFile(bool keep) {
 }
 
 bool fileExists(const std::wstring& path) {
+    logPath(L"Corvane::FileSystem::fileExists", path);
     const DWORD attributes = attributesOf(unlimitedPath(path));
     return attributes != none && !isFolder(attributes);
 }
 
 bool folderExists(const std::wstring& path) {
+    logPath(L"Corvane::FileSystem::folderExists", path);
     return isFolder(attributesOf(unlimitedPath(path)));
 }
 
 Entry entryOf(const std::wstring& path) {
+    logPath(L"Corvane::FileSystem::entryOf", path);
     const WIN32_FILE_ATTRIBUTE_DATA data = dataOf(path);
     return {path, data.dwFileAttributes, (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow,
             data.ftLastWriteTime, false};
 }
 
 Entry find(const std::wstring& path) {
+    logPath(L"Corvane::FileSystem::find", path);
     // No mask: the system would search for one.
     checkWin32(attributesOf(unlimitedPath(path)) != none, E_GET_FILE_ATTRIBUTES, L"GetFileAttributesW");
     WIN32_FIND_DATAW data{};
@@ -181,35 +203,44 @@ bool isLink(const std::wstring& path) {
 }
 
 FileTimes timesOf(const std::wstring& path) {
+    logPath(L"Corvane::FileSystem::timesOf", path);
     const WIN32_FILE_ATTRIBUTE_DATA data = dataOf(path);
     return {data.ftCreationTime, data.ftLastAccessTime, data.ftLastWriteTime};
 }
 
 void setAttributes(const std::wstring& path, DWORD attributes) {
+    writeLog(LogLevel::debug, L"Corvane::FileSystem::setAttributes", L"[in] path: ", path,
+             L" [in] attributes: ", attributes);
     checkWin32(::SetFileAttributesW(unlimitedPath(path).c_str(), attributes), E_FILE_WRITE,
                L"SetFileAttributesW");
 }
 
 void copyFile(const std::wstring& source, const std::wstring& target, bool overwrite) {
+    logTransfer(L"Corvane::FileSystem::copyFile", source, target, overwrite);
     checkWin32(::CopyFileW(unlimitedPath(source).c_str(), unlimitedPath(target).c_str(), !overwrite),
                E_FILE_WRITE, L"CopyFileW");
 }
 
 void moveFile(const std::wstring& source, const std::wstring& target, bool overwrite) {
+    logTransfer(L"Corvane::FileSystem::moveFile", source, target, overwrite);
     const DWORD flags = MOVEFILE_COPY_ALLOWED | (overwrite ? DWORD{MOVEFILE_REPLACE_EXISTING} : 0);
     checkWin32(::MoveFileExW(unlimitedPath(source).c_str(), unlimitedPath(target).c_str(), flags),
                E_FILE_MOVE, L"MoveFileExW");
 }
 
 void deleteFile(const std::wstring& path) {
+    logPath(L"Corvane::FileSystem::deleteFile", path);
     checkWin32(::DeleteFileW(unlimitedPath(path).c_str()), E_FILE_DELETE, L"DeleteFileW");
 }
 
 void createFolder(const std::wstring& path) {
+    logPath(L"Corvane::FileSystem::createFolder", path);
     makeFolders(folderPath(path));
 }
 
 void deleteFolder(const std::wstring& path, bool withContents) {
+    writeLog(LogLevel::debug, L"Corvane::FileSystem::deleteFolder", L"[in] path: ", path,
+             L" [in] with contents: ", withContents);
     const std::wstring full = folderPath(path);
     const DWORD attributes = attributesOf(full);
     checkWin32(attributes != none, E_DIRECTORY_DELETE, L"GetFileAttributesW");
@@ -221,6 +252,7 @@ void deleteFolder(const std::wstring& path, bool withContents) {
 }
 
 std::vector<Entry> list(const std::wstring& folder, const std::wstring& mask) {
+    writeLog(LogLevel::debug, L"Corvane::FileSystem::list", L"[in] folder: ", folder, L" [in] mask: ", mask);
     // A mask names files of this folder only.
     if (mask.empty() || mask.find_first_of(std::wstring_view(L"\\/:\0", 4)) != std::wstring::npos) {
         throw Win32Exception(E_DIRECTORY_PATH, ERROR_INVALID_NAME);

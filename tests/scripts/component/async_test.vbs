@@ -1,0 +1,45 @@
+' Asynchronous calls answer to an object whose default member is a method, and Nothing is no token.
+Option Explicit
+
+Class Answer
+    Public Done
+    Public Value
+    Public Failure
+
+    Public Default Sub Callback(result, error)
+        Check Not Done, "the callback is called once"
+        If IsObject(result) Then Set Value = result
+        Failure = error
+        Done = True
+    End Sub
+
+    Public Sub Wait()
+        Dim left
+        For left = 1 To 10000
+            If Done Then Exit Sub
+            WScript.Sleep 10
+        Next
+        Check False, "waited in vain"
+    End Sub
+End Class
+
+Dim service, stream, token, good, bad
+Set service = CreateObject("VetrelCorvane2.BinaryObjectService")
+Set token = CreateObject("VetrelCorvane2.OperationToken")
+Set stream = service.CreateStream()
+stream.Write service.BinaryObjectFromHex("616263"), 0, 3
+stream.Seek 0
+
+Set good = New Answer
+service.GetMd5StreamAsync stream, good, token
+good.Wait
+Equal good.Value.ToHexString(), "900150983CD24FB0D6963F7D28E17F72", "the digest of abc"
+Check IsEmpty(good.Failure), "no error comes with a result"
+Equal token.Progress, 1.0, "Progress"
+
+stream.Close
+Set bad = New Answer
+service.GetMd5StreamAsync stream, bad, Nothing
+bad.Wait
+Check IsEmpty(bad.Value), "no result comes with an error"
+Equal bad.Failure, "[15] Ошибка при определении размера файла (поток закрыт)", "the error"
