@@ -63,10 +63,10 @@ void checkSupported(const ZipEntry& entry) {
     }
 }
 
-Bytes roomFor(const ZipEntry& entry) {
+Bytes roomFor(const ZipEntry& entry, std::uint64_t archiveSize) {
     // zlib's technical details: deflate restores 1032 bytes from one at the most.
     constexpr std::uint64_t mostFromOne = 1032;
-    const bool isPossible = entry.size / mostFromOne <= entry.packedSize;
+    const bool isPossible = entry.size / mostFromOne <= std::min(entry.packedSize, archiveSize);
     Bytes bytes;
     makeRoom(bytes, isPossible ? entry.size : 0);
     return bytes;

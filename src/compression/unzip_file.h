@@ -30,9 +30,9 @@ private:
 // method than deflate.
 void checkSupported(const ZipEntry& entry);
 
-// No bytes yet, with room for the content of an entry as far as its packed size can yield that: the room is
-// not what a small archive claims. Throws std::bad_alloc.
-Bytes roomFor(const ZipEntry& entry);
+// No bytes yet, with room for the content of an entry if an archive of that size can hold so much: the room
+// is not what a small one claims. Throws std::bad_alloc.
+Bytes roomFor(const ZipEntry& entry, std::uint64_t archiveSize);
 
 // There is a current entry as long as hasEntry() says so; the first one after opening. What the storage
 // throws passes through all functions.

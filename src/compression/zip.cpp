@@ -43,7 +43,7 @@ void zip(std::span<const std::uint8_t> input, Bytes& output, int mode) {
 void unzip(std::span<const std::uint8_t> input, Bytes& output, unsigned numFile) {
     UnZipFile archive = UnZipFile::open(spanStorage(input));
     selectNumber(archive, numFile);
-    Bytes result = roomFor(archive.entry());
+    Bytes result = roomFor(archive.entry(), input.size());
     archive.extract(appendTo(result));
     output = std::move(result);
 }

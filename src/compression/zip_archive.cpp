@@ -110,7 +110,7 @@ void ZipArchive::extractTo(std::size_t index, const Sink& sink, const SharedProg
 
 Bytes ZipArchive::extract(std::size_t index, std::uint64_t maxSize, const SharedProgress& progress) const {
     start(index, maxSize, progress);
-    Bytes content = roomFor(entryAt(*entries(), index));
+    Bytes content = roomFor(entryAt(*entries(), index), openStream()->state().size);
     extractTo(index, appendTo(content), progress);
     return content;
 }
