@@ -12,6 +12,7 @@
 FUZZ_SECONDS ?= 60
 BUILDS := x64-release x86-release
 
+.NOTPARALLEL:
 .PHONY: build native setup check demo bench fuzz format lint clean
 .DEFAULT_GOAL := build
 

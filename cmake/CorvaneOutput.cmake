@@ -10,9 +10,16 @@ function(corvane_hand_out target)
     if(NOT CMAKE_BUILD_TYPE STREQUAL "Release")
         return()
     endif()
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "EXECUTABLE")
+        set(output ${CORVANE_OUTPUT}/${target}.exe)
+    else()
+        set(output ${CORVANE_OUTPUT}/${target}.dll)
+    endif()
     add_custom_command(TARGET ${target} POST_BUILD
+        BYPRODUCTS ${output}
         COMMAND ${CMAKE_COMMAND} -E make_directory ${CORVANE_OUTPUT}
-        COMMAND ${CMAKE_STRIP} --strip-all -o ${CORVANE_OUTPUT}/$<TARGET_FILE_NAME:${target}> $<TARGET_FILE:${target}>
+        COMMAND ${CMAKE_STRIP} --strip-all -o ${output} $<TARGET_FILE:${target}>
         VERBATIM
     )
 endfunction()

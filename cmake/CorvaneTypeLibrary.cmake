@@ -1,4 +1,4 @@
-# corvane_add_type_library(<target> <idl file>)
+# corvane_add_type_library(<target> <idl file> [<imported idl file>...])
 # Compiles an IDL file with the toolchain's widl, for the bitness that is being built. <target> is a library that holds
 # the GUIDs and brings the include folder of <name>_h.h; its property TYPE_LIBRARY is the path of <name>.tlb.
 function(corvane_add_type_library target idl)
@@ -10,7 +10,7 @@ function(corvane_add_type_library target idl)
     set(header ${folder}/${name}_h.h)
     set(guids ${folder}/${name}_i.c)
     set(library ${folder}/${name}.tlb)
-    # widl takes one kind of output per run when they are named; the dependency file lets included IDL files count.
+    # widl takes one kind of output per run when they are named.
     # The type library refers to automation's own one, which comes with Windows, or with Wine on other systems.
     find_path(CORVANE_AUTOMATION_FOLDER stdole2.tlb
         PATHS
@@ -29,7 +29,7 @@ function(corvane_add_type_library target idl)
         COMMAND ${widl} -h -o ${header} ${idl}
         COMMAND ${widl} -u -o ${guids} ${idl}
         COMMAND ${widl} -t -o ${library} ${idl}
-        DEPENDS ${idl} ${CMAKE_BINARY_DIR}/generated/core/version.h
+        DEPENDS ${idl} ${ARGN} ${CMAKE_BINARY_DIR}/generated/core/version.h
         COMMENT "Compiling the type library ${name}.tlb"
         VERBATIM
     )

@@ -1,6 +1,7 @@
 // Packs a file as gzip and unpacks it again, with a progress line; neither file is ever in memory as a whole.
 //
-//     tools/run-script x64 examples/gzip_file.js FILE PACKED UNPACKED [PERCENT]
+//     cscript //nologo gzip_file.js FILE PACKED UNPACKED [PERCENT]
+//     tools/run-script x64 examples/gzip_file.js FILE PACKED UNPACKED [PERCENT]      (here, under Wine)
 //
 // The three are Windows paths; the second and the third are made anew. With PERCENT the script changes its mind when that
 // much of the packing is done; PACKED is then empty.

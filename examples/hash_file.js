@@ -1,6 +1,7 @@
 // The SHA-256 digest of a file of any size, with a progress line; the file is never in memory as a whole.
 //
-//     tools/run-script x64 examples/hash_file.js FILE [PERCENT]
+//     cscript //nologo hash_file.js FILE [PERCENT]
+//     tools/run-script x64 examples/hash_file.js FILE [PERCENT]      (here, under Wine)
 //
 // FILE is a Windows path. With PERCENT the script changes its mind when that much is done.
 

@@ -1,6 +1,7 @@
 // Packs a folder into a zip archive, lists it and unpacks it into another folder.
 //
-//     tools/run-script x64 examples/zip_folder.js FOLDER ARCHIVE TARGET [PERCENT]
+//     cscript //nologo zip_folder.js FOLDER ARCHIVE TARGET [PERCENT]
+//     tools/run-script x64 examples/zip_folder.js FOLDER ARCHIVE TARGET [PERCENT]      (here, under Wine)
 //
 // The three are Windows paths; the second and the third are made anew. With PERCENT the script changes its mind when that
 // much of the packing is done; ARCHIVE is then empty.
