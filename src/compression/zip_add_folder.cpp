@@ -1,10 +1,14 @@
+#include "compression/named_exception.h"
 #include "compression/zip_disk_date.h"
 #include "compression/zip_folder.h"
+#include "core/errors.h"
 #include "core/text.h"
 #include "stream/file.h"
 #include "stream/file_system.h"
 #include "stream/stream_loop.h"
 
+#include <algorithm>
+#include <optional>
 #include <vector>
 
 namespace Corvane::Compression {
@@ -18,16 +22,48 @@ struct Source {
     ZipDate date;
 };
 
+// Others may be writing the file.
+constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// The file that an archive lies in, if it is one: it cannot be packed into itself.
+class OwnFile {
+public:
+    explicit OwnFile(const ZipArchive& archive) {
+        const auto stream = archive.openStream();
+        if (const auto* file = dynamic_cast<const File*>(stream.get())) {
+            identity_ = file->identity();
+        }
+    }
+
+    // Asks for no access, which no other handle can refuse.
+    bool isAt(const std::wstring& path) const {
+        return identity_ && File::open(path, {.access = 0, .share = shareAll})->identity() == *identity_;
+    }
+
+private:
+    std::optional<FileIdentity> identity_;
+};
+
+std::string folderPrefix(std::string prefix) {
+    std::replace(prefix.begin(), prefix.end(), '\\', '/');
+    return prefix.empty() || prefix.ends_with('/') ? prefix : prefix + '/';
+}
+
 // What is to be added, each folder before what lies in it.
 class SourceList {
 public:
-    SourceList(const std::wstring& path, const std::string& prefix, const SharedProgress& progress) {
-        const std::string folder = prefix.empty() || prefix.ends_with('/') ? prefix : prefix + '/';
+    SourceList(const OwnFile& own, const std::wstring& path, const std::string& prefix,
+               const SharedProgress& progress)
+        : own_(own) {
         if (!FileSystem::folderExists(path)) {
-            add(path, folder, FileSystem::find(path));
+            const FileSystem::Entry entry = FileSystem::find(path);
+            if (own_.isAt(path)) {
+                throw Exception(E_ZIP_OPEN_NEW_FILE);
+            }
+            add(path, prefix, entry);
             return;
         }
-        addContents(path, folder, progress);
+        addContents(path, prefix, progress);
         std::size_t next = 0;
         while (next < sources_.size()) {
             // A copy: adding moves the sources.
@@ -43,12 +79,18 @@ public:
 
 private:
     void addContents(const std::wstring& folder, const std::string& prefix, const SharedProgress& progress) {
-        for (const FileSystem::Entry& entry : FileSystem::list(folder, L"*")) {
+        const auto entries = naming(folder, [&] { return FileSystem::list(folder, L"*"); });
+        for (const FileSystem::Entry& entry : entries) {
             Stream::throwIfCanceled(progress);
-            if (!entry.link) {
-                add(FileSystem::join(folder, entry.name), prefix, entry);
+            const std::wstring path = FileSystem::join(folder, entry.name);
+            if (!entry.link && !naming(path, [&] { return isOwn(path, entry); })) {
+                add(path, prefix, entry);
             }
         }
+    }
+
+    bool isOwn(const std::wstring& path, const FileSystem::Entry& entry) const {
+        return (entry.attributes & FILE_ATTRIBUTE_DIRECTORY) == 0 && own_.isAt(path);
     }
 
     void add(const std::wstring& path, const std::string& prefix, const FileSystem::Entry& entry) {
@@ -59,26 +101,33 @@ private:
         size_ += size;
     }
 
+    OwnFile own_;
     std::vector<Source> sources_;
     std::uint64_t size_ = 0;
 };
+
+void addSource(ZipWriter& writer, const Source& source, const SharedProgress& progress) {
+    if (source.folder) {
+        writer.addFolder(source.name, source.date);
+    } else {
+        writer.addFile(source.name, source.date, *File::open(source.path, {.share = shareAll}), progress);
+    }
+}
 
 }  // namespace
 
 void addFromDisk(ZipArchive& archive, const std::wstring& path, const std::string& prefix,
                  const SharedProgress& progress) {
-    const SourceList list(path, prefix, progress);
+    const SourceList list(OwnFile(archive), path, folderPrefix(prefix), progress);
     if (progress) {
         progress->start(list.size());
     }
     archive.update([&](ZipWriter& writer) {
         for (const Source& source : list.sources()) {
             Stream::throwIfCanceled(progress);
-            if (source.folder) {
-                writer.addFolder(source.name, source.date);
-            } else {
-                writer.addFile(source.name, source.date, *File::open(source.path, {}), progress);
-            }
+            // Only the archive is written.
+            naming(
+                source.path, [&] { addSource(writer, source, progress); }, E_FILE_WRITE.code);
         }
         Stream::throwIfCanceled(progress);
     });

@@ -26,6 +26,21 @@ const ZipEntry& entryAt(const ZipEntries& entries, std::size_t index) {
     return entries[index];
 }
 
+// 16 bits hold it (APPNOTE.TXT 4.4.10).
+constexpr std::size_t longestEntryName = 0xFFFF;
+
+std::string joined(const std::vector<std::string>& parts, bool directory) {
+    std::string name;
+    for (const std::string& part : parts) {
+        name += part;
+        name += '/';
+    }
+    if (!directory) {
+        name.pop_back();
+    }
+    return name;
+}
+
 SharedZipEntries readEntries(Stream::IBinaryStream& stream) {
     auto entries = std::make_shared<ZipEntries>();
     if (stream.state().size == 0) {
@@ -180,18 +195,27 @@ void ZipArchive::close() {
 }
 
 ZipWriter::ZipWriter(ZipFile& file, const ZipEntries& present, int level) : file_(file), level_(level) {
+    // Those of other programs may be in each other's way, or have names that nothing added can meet.
     for (const ZipEntry& entry : present) {
-        names_.insert(entry.name);
+        if (const auto parts = zipNameParts(entry.name)) {
+            places_.put(*parts, entry.directory);
+        }
     }
 }
 
 void ZipWriter::open(std::string name, const ZipDate& date, std::uint64_t size) {
     std::replace(name.begin(), name.end(), '\\', '/');
-    if (!isSafeZipName(name)) {
-        throw ZipException(E_ZIP_OPEN_NEW_FILE, L"недопустимое имя элемента архива");
+    const bool directory = name.ends_with('/');
+    const auto parts = zipNameParts(name);
+    if (!parts || parts->empty() || (directory && size != 0)) {
+        throw ZipException(E_ZIP_OPEN_NEW_FILE, badName);
     }
-    if (!names_.insert(name).second) {
-        throw ZipException(E_ZIP_OPEN_NEW_FILE, L"элемент с таким именем уже есть в архиве");
+    name = joined(*parts, directory);
+    if (name.size() > longestEntryName) {
+        throw ZipException(E_ZIP_OPEN_NEW_FILE, badName);
+    }
+    if (places_.put(*parts, directory) != ZipPlaces::Meeting::nothing) {
+        throw ZipException(E_ZIP_OPEN_NEW_FILE, takenName);
     }
     file_.openEntry({.name = std::move(name), .date = date, .size = size, .level = level_},
                     E_ZIP_OPEN_NEW_FILE);

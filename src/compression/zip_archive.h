@@ -8,6 +8,7 @@
 #include "binary/bytes.h"
 #include "compression/mode.h"
 #include "compression/zip_entry.h"
+#include "compression/zip_places.h"
 #include "core/lock.h"
 #include "core/progress.h"
 #include "stream/binary_stream.h"
@@ -19,7 +20,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 namespace Corvane::Compression {
@@ -38,9 +38,10 @@ inline constexpr std::uint64_t unlimitedSize = ~std::uint64_t{0};
 class ZipWriter {
 public:
     // The content is what lies from the position of `input` to its end, read on as `progress`, already
-    // started, says. `name` may have "\" between folders. Throws Exception E_ZIP_OPEN_NEW_FILE for a name
-    // that could not be extracted again or that the archive has already; E_ZIP, E_CANCELED, what the streams
-    // throw.
+    // started, says. `name` may have "\" between folders, and "." for one. Throws Exception
+    // E_ZIP_OPEN_NEW_FILE for a name that could not be extracted again, alone or beside those that the
+    // archive has, in whatever case; for content under the name of a folder; E_ZIP, E_CANCELED, what the
+    // streams throw.
     void addFile(std::string_view name, const ZipDate& date, Stream::IBinaryStream& input,
                  const SharedProgress& progress);
     void addFile(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content,
@@ -57,7 +58,7 @@ private:
     void open(std::string name, const ZipDate& date, std::uint64_t size);
 
     detail::ZipFile& file_;
-    std::unordered_set<std::string> names_;
+    detail::ZipPlaces places_;
     std::size_t added_ = 0;
     int level_;
 };
@@ -107,11 +108,13 @@ public:
     void add(std::string_view name, const ZipDate& date, Stream::IBinaryStream& input,
              const SharedProgress& progress);
 
+    // Where the archive lies.
+    std::shared_ptr<Stream::IBinaryStream> openStream() const;
+
     // Lets go of the stream, which stays open.
     void close();
 
 private:
-    std::shared_ptr<Stream::IBinaryStream> openStream() const;
     void start(std::size_t index, std::uint64_t maxSize, const SharedProgress& progress) const;
     void extractTo(std::size_t index, const std::function<void(std::span<const std::uint8_t>)>& sink,
                    const SharedProgress& progress) const;

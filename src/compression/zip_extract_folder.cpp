@@ -1,7 +1,9 @@
+#include "compression/named_exception.h"
 #include "compression/unzip_file.h"
 #include "compression/zip_disk_date.h"
 #include "compression/zip_folder.h"
 #include "compression/zip_name.h"
+#include "compression/zip_places.h"
 #include "core/check.h"
 #include "core/errors.h"
 #include "core/text.h"
@@ -9,8 +11,6 @@
 #include "stream/file_system.h"
 #include "stream/stream_loop.h"
 
-#include <map>
-#include <set>
 #include <utility>
 #include <vector>
 
@@ -26,67 +26,46 @@ struct Target {
     ZipDate date;
 };
 
-// As file systems compare names.
-std::wstring upperCase(std::wstring text) {
-    ::CharUpperBuffW(text.data(), static_cast<DWORD>(text.size()));
-    return text;
-}
-
-// Refuses a second file of one name, and files that are folders elsewhere in the archive.
-class Places {
-public:
-    void claim(const Target& target) {
-        std::wstring path;
-        for (const std::wstring& folder : target.folders) {
-            path = join(path, upperCase(folder));
-            if (!isFolder_.try_emplace(path, true).first->second) {
-                throw Exception(E_UNZIP_BAD);
-            }
-        }
-        if (!target.file.empty() &&
-            !isFolder_.try_emplace(join(path, upperCase(target.file)), false).second) {
-            throw Exception(E_UNZIP_BAD);
-        }
+std::vector<std::string> partsOf(const ZipEntry& entry) {
+    auto parts = detail::zipNameParts(entry.name);
+    if (!parts || (parts->empty() && !entry.directory)) {
+        throw detail::ZipException(E_UNZIP_BAD, detail::badName);
     }
-
-private:
-    std::map<std::wstring, bool> isFolder_;
-};
+    return *std::move(parts);
+}
 
 Target targetOf(const ZipEntry& entry, std::size_t index) {
     Target target{index, {}, {}, entry.date};
-    for (const std::string& part : detail::zipNameParts(entry.name)) {
+    for (const std::string& part : partsOf(entry)) {
         target.folders.push_back(fromUtf8(part));
     }
     if (!entry.directory) {
-        if (target.folders.empty()) {
-            throw Exception(E_UNZIP_BAD);
-        }
         target.file = std::move(target.folders.back());
         target.folders.pop_back();
     }
     return target;
 }
 
-struct Plan {
-    std::vector<Target> targets;
-    std::uint64_t size = 0;
-};
+void checkEntry(const ZipEntry& entry, detail::ZipPlaces& places) {
+    if (places.put(partsOf(entry), entry.directory) == detail::ZipPlaces::Meeting::obstacle) {
+        throw detail::ZipException(E_UNZIP_BAD, detail::takenName);
+    }
+    detail::checkSupported(entry);
+}
 
-Plan planOf(const ZipEntries& entries, std::uint64_t maxSize) {
-    Plan plan;
-    Places places;
-    for (std::size_t index = 0; index < entries.size(); ++index) {
-        const ZipEntry& entry = entries[index];
-        plan.targets.push_back(targetOf(entry, index));
-        places.claim(plan.targets.back());
-        detail::checkSupported(entry);
-        if (entry.size > maxSize - plan.size) {
+// The size of all contents together, when all entries can be restored beside each other.
+std::uint64_t checkedSize(const ZipEntries& entries, std::uint64_t maxSize, const SharedProgress& progress) {
+    detail::ZipPlaces places;
+    std::uint64_t size = 0;
+    for (const ZipEntry& entry : entries) {
+        Stream::throwIfCanceled(progress);
+        naming(fromUtf8(entry.name), [&] { checkEntry(entry, places); });
+        if (entry.size > maxSize - size) {
             throw Exception(E_BINARY_MAX_SIZE);
         }
-        plan.size += entry.size;
+        size += entry.size;
     }
-    return plan;
+    return size;
 }
 
 // The folders of one extraction, made as they are needed.
@@ -100,11 +79,14 @@ public:
     // The path of folders below the root.
     std::wstring make(const std::vector<std::wstring>& folders) {
         std::wstring path = root_;
+        std::size_t folder = detail::PathTree::root;
         for (const std::wstring& name : folders) {
             path = join(path, name);
-            if (known_.insert(path).second) {
+            const auto [number, isNew] = known_.add(folder, name);
+            if (isNew) {
                 makeOne(path);
             }
+            folder = number;
         }
         return path;
     }
@@ -123,7 +105,7 @@ private:
     }
 
     std::wstring root_;
-    std::set<std::wstring> known_;
+    detail::PathTree known_;
 };
 
 bool exists(const std::wstring& path) noexcept {
@@ -173,17 +155,22 @@ void extractFile(const ZipArchive& archive, const Target& target, const std::wst
 
 void extractToFolder(const ZipArchive& archive, const std::wstring& folder, const FolderExtraction& options,
                      const SharedProgress& progress) {
-    const Plan plan = planOf(*archive.entries(), options.maxSize);
+    const SharedZipEntries entries = archive.entries();
+    const std::uint64_t size = checkedSize(*entries, options.maxSize, progress);
     if (progress) {
-        progress->start(plan.size);
+        progress->start(size);
     }
     FolderMaker folders(folder);
-    for (const Target& target : plan.targets) {
+    for (std::size_t index = 0; index < entries->size(); ++index) {
         Stream::throwIfCanceled(progress);
-        const std::wstring path = folders.make(target.folders);
-        if (!target.file.empty()) {
-            extractFile(archive, target, path, options.overwrite, progress);
-        }
+        const ZipEntry& entry = (*entries)[index];
+        naming(fromUtf8(entry.name), [&] {
+            const Target target = targetOf(entry, index);
+            const std::wstring path = folders.make(target.folders);
+            if (!target.file.empty()) {
+                extractFile(archive, target, path, options.overwrite, progress);
+            }
+        });
     }
     Stream::throwIfCanceled(progress);
 }

@@ -2,14 +2,12 @@
 
 #include "binary/utf.h"
 #include "compression/oem_tables.h"
-#include "core/errors.h"
-#include "core/exception.h"
 
 #include <zlib.h>
 
 #include <algorithm>
 #include <array>
-#include <optional>
+#include <numeric>
 
 namespace Corvane::Compression::detail {
 namespace {
@@ -19,6 +17,11 @@ constexpr std::uint16_t unicodePathField = 0x7075;
 // "Version made by" (APPNOTE.TXT 4.4.2.2).
 constexpr int madeOnUnix = 3;
 constexpr int madeOnMacOs = 19;
+
+// In UTF-16, as Windows counts: what file systems take for one name, and what the system takes for a path
+// (32,767), less some room for the folder.
+constexpr std::size_t longestPart = 255;
+constexpr std::size_t longestName = 32000;
 
 std::span<const std::uint8_t> bytesOf(std::string_view text) noexcept {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
@@ -118,12 +121,23 @@ bool isDevice(std::string_view part) {
            number == "\u00B2" || number == "\u00B3";
 }
 
+// Of well-formed UTF-8.
+std::size_t utf16Size(std::string_view text) noexcept {
+    const auto units = [](std::size_t sum, char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool follows = (byte & 0xC0) == 0x80;
+        return sum + (follows ? 0u : byte >= 0xF0 ? 2u : 1u);
+    };
+    return std::accumulate(text.begin(), text.end(), std::size_t{0}, units);
+}
+
 bool isSafe(std::string_view part) {
     const bool plain = std::none_of(part.begin(), part.end(), [](char c) {
         return static_cast<unsigned char>(c) < 0x20 ||
                std::string_view("<>:\"|?*\\").find(c) != std::string_view::npos;
     });
-    return plain && !part.empty() && part.back() != '.' && part.back() != ' ' && !isDevice(part);
+    return plain && !part.empty() && part.back() != '.' && part.back() != ' ' && !isDevice(part) &&
+           utf16Size(part) <= longestPart;
 }
 
 }  // namespace
@@ -158,7 +172,10 @@ std::string decodeZipName(const RawZipName& name) {
     return text;
 }
 
-std::vector<std::string> zipNameParts(std::string_view name) {
+std::optional<std::vector<std::string>> zipNameParts(std::string_view name) {
+    if (!isUtf8(bytesOf(name)) || utf16Size(name) > longestName) {
+        return std::nullopt;
+    }
     if (name.ends_with('/')) {
         name.remove_suffix(1);
     }
@@ -167,7 +184,7 @@ std::vector<std::string> zipNameParts(std::string_view name) {
         const std::size_t end = name.find('/');
         const std::string_view part = name.substr(0, end);
         if (part != "." && !isSafe(part)) {
-            throw Exception(E_UNZIP_BAD);
+            return std::nullopt;
         }
         if (part != ".") {
             parts.emplace_back(part);
@@ -176,14 +193,6 @@ std::vector<std::string> zipNameParts(std::string_view name) {
         name.remove_prefix(more ? end + 1 : name.size());
     }
     return parts;
-}
-
-bool isSafeZipName(std::string_view name) {
-    try {
-        return !zipNameParts(name).empty();
-    } catch (const Exception&) {
-        return false;
-    }
 }
 
 }  // namespace Corvane::Compression::detail

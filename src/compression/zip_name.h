@@ -4,6 +4,7 @@
 #include "binary/bytes.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -29,13 +30,13 @@ std::span<const std::uint8_t> extraField(std::span<const std::uint8_t> extra, st
 // Bytes that are not UTF-8 in spite of 1 and 2 come to 3.
 std::string decodeZipName(const RawZipName& name);
 
-// The folders and the file that an entry's name leads to below a folder. Throws Exception E_UNZIP_BAD for a
-// name that would lead elsewhere or that Windows does not take literally: absolute ones, "..", drives and
-// alternate streams (":"), wildcards, names of devices with or without an extension, a dot or a blank at the
-// end.
-std::vector<std::string> zipNameParts(std::string_view name);
+// What exceptions say about a name that zipNameParts() does not take.
+inline constexpr const wchar_t* badName = L"недопустимое имя элемента архива";
 
-// Whether zipNameParts() takes the name.
-bool isSafeZipName(std::string_view name);
+// The folders and the file that an entry's name leads to below a folder, without "." among them. Nothing for
+// a name that would lead elsewhere or that Windows does not take literally: absolute ones, "..", drives and
+// alternate streams (":"), wildcards, names of devices with or without an extension, a dot or a blank at the
+// end, more characters than file systems take.
+std::optional<std::vector<std::string>> zipNameParts(std::string_view name);
 
 }  // namespace Corvane::Compression::detail

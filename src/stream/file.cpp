@@ -221,6 +221,16 @@ void File::flush() {
     checkWin32(::FlushFileBuffers(openHandle(E_FLUSH_FILE_BUFFER)), E_FLUSH_FILE_BUFFER, L"FlushFileBuffers");
 }
 
+FileIdentity File::identity() const {
+    const std::lock_guard guard(mutex_);
+    BY_HANDLE_FILE_INFORMATION data{};
+    checkWin32(::GetFileInformationByHandle(openHandle(E_GET_FILE_ATTRIBUTES), &data), E_GET_FILE_ATTRIBUTES,
+               L"GetFileInformationByHandle");
+    const auto whole = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
+    return {data.dwVolumeSerialNumber, whole(data.nFileIndexHigh, data.nFileIndexLow),
+            whole(data.ftCreationTime.dwHighDateTime, data.ftCreationTime.dwLowDateTime)};
+}
+
 FileTimes File::times() const {
     const std::lock_guard guard(mutex_);
     FileTimes times{};

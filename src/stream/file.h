@@ -24,6 +24,16 @@ struct FileTimes {
     FILETIME write;
 };
 
+// The same for all paths and handles of a file. The date tells files apart where the file system has no
+// numbers for them.
+struct FileIdentity {
+    DWORD volume;
+    std::uint64_t number;
+    std::uint64_t created;
+
+    bool operator==(const FileIdentity&) const = default;
+};
+
 class File : public Stream::IBinaryStream {
 public:
     // `path` may be longer than MAX_PATH. Throws Win32Exception E_CREATE_FILE, and E_DIRECTORY_PATH for a
@@ -54,6 +64,7 @@ public:
     void flush();
 
     // Throws Win32Exception E_GET_FILE_ATTRIBUTES.
+    FileIdentity identity() const;
     FileTimes times() const;
     // Sets those that are given. Throws Win32Exception E_FILE_WRITE.
     void setTimes(const FILETIME* creation, const FILETIME* access, const FILETIME* write);

@@ -20,7 +20,8 @@ void extractAll(const ZipArchive& archive) {
     for (std::size_t i = 0; i < entries->size() && i < 16; ++i) {
         errorOf([&] { require(archive.extract(i, maxSize).size() == entries->at(i).size); });
         errorOf([&] {
-            for (const std::string& part : detail::zipNameParts(entries->at(i).name))
+            const auto parts = detail::zipNameParts(entries->at(i).name);
+            for (const std::string& part : parts.value_or(std::vector<std::string>()))
                 require(part != ".." && part.find_first_of("/\\:") == std::string::npos);
         });
     }

@@ -150,6 +150,72 @@ TEST(ZipArchive, AnExtractionOutlivesClosing) {
     EXPECT_EQ(errorCode([&] { archive.extract(0); }), E_ZIP_ARCHIVE_STREAM_DISPOSE.code);
 }
 
+// An archive of empty entries of these names; what our own does not add stands there as another program might
+// put it.
+Bytes archiveOf(const Names& names) {
+    const auto stream = std::make_shared<Stream::MemoryStream>();
+    ZipArchive archive(stream);
+    std::vector<std::pair<std::string, std::string>> replaced;
+    for (const std::string& name : names) {
+        if (errorCode([&] { archive.add(name, date, {}); }) != 0) {
+            replaced.emplace_back(std::string(name.size(), "~}^"[replaced.size()]), name);
+            archive.add(replaced.back().first, date, {});
+        }
+    }
+    const Bytes content = contentOf(*stream);
+    std::string bytes(content.begin(), content.end());
+    for (const auto& [old, name] : replaced) {
+        for (std::size_t at = 0; (at = bytes.find(old, at)) != std::string::npos; at += old.size())
+            bytes.replace(at, old.size(), name);
+    }
+    return bytesOf(bytes);
+}
+
+TEST(ZipArchive, AddsOnlyWhatCanBeExtractedBesideTheRest) {
+    struct Row {
+        Names present;
+        std::string added;
+        std::string found;  // what it is then called; nothing when it is refused
+    };
+    const std::vector<Row> rows{
+        {{"a.txt"}, "A.txt", ""},
+        {{"файл"}, "ФАЙЛ", ""},
+        {{"a"}, "./a", ""},
+        {{"a"}, "a/b", ""},
+        {{"a/b"}, "A", ""},
+        {{"a/b"}, "A\\.\\B", ""},
+        {{"a/b/c"}, "a/B", ""},
+        {{"a/"}, "A", ""},
+        {{"a/"}, "A/", ""},
+        {{"x"}, "sub/", ""},
+        {{"x"}, "sub\\", ""},
+        {{"x"}, ".", ""},
+        {{"x"}, std::string(256, 'a'), ""},
+        {{"a/b"}, "A/c", "A/c"},
+        {{"a/"}, "A/b", "A/b"},
+        {{"a"}, "./b\\./c", "b/c"},
+        // What nobody can extract keeps nothing from being added.
+        {{"aa", "AA"}, "aaa", "aaa"},
+        {{"aa", "AA"}, "Aa", ""},
+        {{"aa", "aa/b"}, "b", "b"},
+        {{"aa", "aa/b"}, "aa/B", ""},
+        {{"/a", "../a", "a//b"}, "a", "a"},
+    };
+    for (const Row& row : rows) {
+        const auto stream = streamOf(archiveOf(row.present));
+        ZipArchive archive(stream);
+        std::string names;
+        for (const std::string& name : row.present)
+            names += name + '|';
+        ASSERT_EQ(namesIn(archive), names);
+        // With content, so that none of them is for a folder alone.
+        EXPECT_EQ(errorCode([&] { archive.add(row.added, date, bytesOf("added")); }),
+                  row.found.empty() ? E_ZIP_OPEN_NEW_FILE.code : 0)
+            << names << " and " << row.added;
+        EXPECT_EQ(namesIn(ZipArchive(stream)), row.found.empty() ? names : names + row.found + '|');
+    }
+}
+
 TEST(ZipArchive, RefusesWhatIsNoArchive) {
     EXPECT_EQ(errorCode([] { ZipArchive(streamOf(bytesOf("no archive, but some text"))); }), E_ZIP_OPEN.code);
     std::string bytes = readTestText("zip/info-zip.zip");
@@ -173,11 +239,29 @@ TEST(ZipName, LeadsBelowTheFolderOrNowhere) {
     EXPECT_EQ(detail::zipNameParts("./a/./b.c/"), (Names{"a", "b.c"}));
     EXPECT_EQ(detail::zipNameParts(".hidden/..a/com/com10/console.txt/nulls"),
               (Names{".hidden", "..a", "com", "com10", "console.txt", "nulls"}));
-    Names unsafe{"a\nb", "a\0b"s};
+    Names unsafe{"a\nb", "a\0b"s, "\xFF"};
     for (const auto& row : readTable("zip/unsafe_names.txt", 1))
         unsafe.push_back(row[0].substr(1, row[0].size() - 2));
     for (const std::string& name : unsafe)
-        EXPECT_EQ(errorCode([&] { detail::zipNameParts(name); }), E_UNZIP_BAD.code) << name;
+        EXPECT_EQ(detail::zipNameParts(name), std::nullopt) << name;
+}
+
+std::string repeated(std::string_view text, std::size_t times) {
+    std::string all;
+    while (times-- > 0)
+        all += text;
+    return all;
+}
+
+// In the UTF-16 units of which NTFS takes 255 for a part of a path.
+TEST(ZipName, IsNoLongerThanFileSystemsTake) {
+    for (const auto& [character, most] :
+         {std::pair("a", 255u), std::pair("я", 255u), std::pair("€", 255u), std::pair("😀", 127u)}) {
+        EXPECT_NE(detail::zipNameParts("a/" + repeated(character, most)), std::nullopt) << character;
+        EXPECT_EQ(detail::zipNameParts("a/" + repeated(character, most + 1)), std::nullopt) << character;
+    }
+    EXPECT_NE(detail::zipNameParts(repeated("a/", 16000)), std::nullopt);
+    EXPECT_EQ(detail::zipNameParts(repeated("я/", 16000) + "a"), std::nullopt);
 }
 
 }  // namespace

@@ -75,6 +75,16 @@ for number, name in enumerate(["../evil", "/evil", "C:/evil", "a/../../evil", "N
         archive.writestr(entry("good.txt"), b"good\n")
         archive.writestr(entry(name), b"evil\n")
 
+# Names that no file system takes together, or at all, behind a good one.
+for name, others in {
+    "long-part": ["x" * 256],
+    "two-cases": ["папка/файл", "папка/ФАЙЛ"],
+    "file-and-folder": ["GOOD.txt/file"],
+}.items():
+    with zipfile.ZipFile("%s/%s.zip" % (out, name), "w") as archive:
+        for other in ["good.txt", *others]:
+            archive.writestr(entry(other), b"file\n")
+
 # An entry of 4 GiB and a byte of zeros, stored: what stands before the zeros and what stands behind them.
 class Holes(io.FileIO):
     def write(self, data):

@@ -63,7 +63,8 @@ try {
     binaryOf("old").ToFile(old);
     disk.SetAttributes(old, 2);
     var damaged = service.OpenZipArchive(streamOf(hex(packed.split(crc).join("00000000"))));
-    fails(function () { damaged.ExtractAll(work + "\\old", 0, true); }, "[102] ");
+    fails(function () { damaged.ExtractAll(work + "\\old", 0, true); },
+        "[102] Ошибка при распаковке ZIP (file)");
     equal(textOf(bytes.BinaryObjectFromFile(old)), "old");
     service.OpenZipArchive(streamOf(hex(packed))).ExtractAll(work + "\\old", 0, true);
     equal(textOf(bytes.BinaryObjectFromFile(old)), "new");
@@ -78,13 +79,36 @@ try {
     equal(wait(function (done) { archive.AddAsync("x", binaryOf("x"), done, token); }).substr(0, 5), "[35] ");
     equal(archive.Count, 5);
 
-    // Archives that would write elsewhere.
-    for (i = 0; i < 6; ++i) {
-        var unsafe = archiveOf(data + "unsafe-" + i + ".zip");
-        fails(function () { unsafe.ExtractAll(work + "\\unsafe"); }, "[103] ", "unsafe-" + i);
+    // Archives that would write elsewhere, or one file over another.
+    var impossible = [
+        ["unsafe-0", "недопустимое имя элемента архива: ../evil"],
+        ["unsafe-1", "недопустимое имя элемента архива: /evil"],
+        ["unsafe-2", "недопустимое имя элемента архива: C:/evil"],
+        ["unsafe-3", "недопустимое имя элемента архива: a/../../evil"],
+        ["unsafe-4", "недопустимое имя элемента архива: NUL"],
+        ["unsafe-5", "недопустимое имя элемента архива: evil.txt:stream"],
+        ["long-part", "недопустимое имя элемента архива: " + new Array(257).join("x")],
+        ["two-cases", "элемент с таким именем уже есть в архиве: папка/ФАЙЛ"],
+        ["file-and-folder", "элемент с таким именем уже есть в архиве: GOOD.txt/file"]
+    ];
+    for (i = 0; i < impossible.length; ++i) {
+        var unsafe = archiveOf(data + impossible[i][0] + ".zip");
+        fails(function () { unsafe.ExtractAll(work + "\\unsafe"); },
+            "[103] Ошибка при распаковке ZIP: неверный формат входных данных (" + impossible[i][1] + ")",
+            impossible[i][0]);
         equal(disk.FolderExists(work + "\\unsafe"), false, "nothing is written");
     }
-    fails(function () { archiveOf(data + "info-zip-encrypted.zip").ExtractAll(work + "\\unsafe"); }, "[102] ");
+    equal(wait(function (done) { unsafe.ExtractAllAsync(work + "\\unsafe", done, 0, false, token); })
+        .substr(0, 5), "[35] ", "canceled before the names are looked through");
+    fails(function () { archiveOf(data + "info-zip-encrypted.zip").ExtractAll(work + "\\unsafe"); },
+        "[102] Ошибка при распаковке ZIP (элемент архива зашифрован: first.txt)");
+
+    // Names as long as they may be, of which each prefix is a folder, take little memory: 8 of them, not 2 GB.
+    var deep = service.OpenZipArchive(bytes.CreateStream());
+    for (i = 0; i < 8; ++i) {
+        deep.Add(i + new Array(16000).join("/a"), binaryOf("deep"));
+    }
+    fails(function () { deep.ExtractAll(work + "\\unsafe", 31); }, "[10] ");
 
     // A folder packed and restored.
     var stream = bytes.CreateStream();
@@ -99,7 +123,8 @@ try {
 
     // Adding.
     again.Add("added.txt", binaryOf("added"));
-    var refused = ["added.txt", "", "/", "дерево\\пусто", "../a", "C:a", "nul", "a\0b"];
+    var refused = ["added.txt", "", "/", "дерево\\пусто", "../a", "C:a", "nul", "a\0b", "ADDED.TXT",
+        "added.txt/a", "дерево", "under/"];
     for (i = 0; i < refused.length; ++i) {
         fails(function () { again.Add(refused[i], binaryOf("again")); }, "[113] ", refused[i]);
     }
@@ -122,6 +147,39 @@ try {
         ["AddFolderAsync without one", 0, again.Extract("пусто").Size],
         ["ExtractStream, ExtractStreamAsync", "addedlater", textOf(contentOf(output))]
     ]);
+
+    // A folder with the archive itself and with files that others hold open, under prefixes of all kinds.
+    var own = work + "\\own";
+    disk.CreateFolder(own);
+    var written = disk.OpenFile(own + "\\written", 0xC0000000, 2, 3);
+    written.Write(binaryOf("still open"), 0, 10);
+    var file = disk.OpenFile(own + "\\archive.zip", 0xC0000000, 2, 0);
+    service.Compress(own, file);
+    var inside = service.OpenZipArchive(file);
+    var prefixes = ["under\\", "a/./b\\c", ".", "under\\\\"];
+    inside.AddFolder(own, prefixes[0]);
+    inside.AddFolder(own, prefixes[1]);
+    fails(function () { inside.AddFolder(own, prefixes[2]); },
+        "[113] Ошибка при добавлении файла в ZIP архив (элемент с таким именем уже есть в архиве: " + own +
+            "\\written)");
+    fails(function () { inside.AddFolder(own, prefixes[3]); }, "[113] ");
+    fails(function () { inside.AddFolder(own + "\\ARCHIVE.zip"); }, "[113] ");
+    var locked = disk.OpenFile(own + "\\locked", 0xC0000000, 2, 0);
+    throws(function () { inside.AddFolder(own, "locked"); }, "0x8004021c");
+    try {
+        inside.AddFolder(own, "locked");
+    } catch (error) {
+        check(error.message.indexOf(": " + own + "\\locked)") > 0, error.message);
+    }
+    equalAll([
+        ["Count", 3, inside.Count],
+        ["Compress", "still open", textOf(inside.Extract("written"))],
+        ["AddFolder, a prefix that ends in \\", "still open", textOf(inside.Extract("under/written"))],
+        ["AddFolder, a prefix with .", "still open", textOf(inside.Extract("a/b/c/written"))]
+    ]);
+    locked.Close();
+    written.Close();
+    file.Close();
 
     // Closed, and never opened; the stream stays open, and then is gone.
     var other = service.OpenZipArchive(stream);
