@@ -17,7 +17,6 @@ namespace Corvane::Compression {
 class NamedException : public CustomException {
 public:
     NamedException(const Exception& cause, std::wstring_view name)
-        // Of the descriptor itself nothing is kept but the message.
         : CustomException(ErrorDescriptor{cause.code(), cause.what(), cause.message()}),
           details_(detailsOf(cause) + shown(name)) {}
 

@@ -14,7 +14,7 @@ namespace Corvane {
 
 class Exception : public std::runtime_error {
 public:
-    // `descriptor` and the texts it points to must live as long as the process.
+    // The message that `descriptor` points to must live as long as the process.
     explicit Exception(const ErrorDescriptor& descriptor);
     ~Exception() override;
 
