@@ -152,6 +152,9 @@ void AsyncCallback::call(IDispatch& callback) {
     else
         hr = callback.Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
                              result.put(), &exception, nullptr);
+    // Within the apartment in which the call was made.
+    for (Variant& argument : arguments_)
+        argument.put();
     if (FAILED(hr))
         logFailure(L"invoke javascript callback error: ", hr);
 }

@@ -10,7 +10,7 @@
 class CBinaryObject final : public Corvane::Com::Object<CBinaryObject, BinaryObject, IBinaryObject> {
 public:
     CBinaryObject() = default;
-    // Throws Exception E_BINARY_MAX_SIZE for 4 GiB and more, which no script could tell the size of.
+    // Throws Exception E_BINARY_MAX_SIZE beyond largestBinary.
     explicit CBinaryObject(Corvane::SharedBytes bytes);
 
     // The bytes, shared; null when the object holds none. Any thread.
@@ -35,9 +35,6 @@ private:
 };
 
 namespace Corvane::Com {
-
-// The most bytes that a BinaryObject holds.
-inline constexpr std::uint64_t largestBinary = 0xFFFFFFFF;
 
 // The bytes behind an IBinaryObject argument, never null. Fails as resolve() does.
 SharedBytes bytesOf(IBinaryObject* object);

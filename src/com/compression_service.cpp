@@ -35,12 +35,14 @@ ComPtr<CBinaryObject> converted(const wchar_t* name, IBinaryObject* argument, Co
 template <class Work>
 void startConversion(const wchar_t* name, ::IBinaryStream* input, ::IBinaryStream* output,
                      IDispatch* callback, const VARIANT& token, Work work) {
-    const SharedStream from = streamOf(input);
-    const SharedStream to = streamOf(output);
+    SharedStream from = streamOf(input);
+    SharedStream to = streamOf(output);
     logStream(name, L"input", *from);
     logStream(name, L"output", *to);
     startOperation(name, callback, token,
-                   [from, to, work](const SharedProgress& progress) { work(*from, *to, progress); });
+                   [from = std::move(from), to = std::move(to), work](const SharedProgress& progress) {
+                       work(*from, *to, progress);
+                   });
 }
 
 void compress(const std::wstring& path, const SharedStream& output, const SharedProgress& progress) {

@@ -97,6 +97,10 @@ public:
 
     // ISupportErrorInfo
     HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) override {
+        if constexpr (requires { typename T::BaseInterface; }) {
+            if (iid == __uuidof(typename T::BaseInterface))
+                return S_OK;
+        }
         return iid == __uuidof(Interface) ? S_OK : S_FALSE;
     }
 

@@ -179,8 +179,14 @@ void registerClassLocked() {
     windowClass.lpszClassName = className;
     bool made = ::RegisterClassExW(&windowClass) != 0;
     if (!made && ::GetLastError() == ERROR_CLASS_ALREADY_EXISTS) {
-        // Left by an earlier load of the DLL, which was freed without being asked whether it could be.
-        made = ::UnregisterClassW(className, Module::instance()) && ::RegisterClassExW(&windowClass) != 0;
+        // Left by an earlier load of the DLL, which was freed without being asked whether it could be. Where
+        // a window of it lives on, the class does too; it serves if the code lies where it lay.
+        WNDCLASSEXW present{};
+        present.cbSize = sizeof(present);
+        made = ::UnregisterClassW(className, Module::instance())
+                   ? ::RegisterClassExW(&windowClass) != 0
+                   : ::GetClassInfoExW(Module::instance(), className, &present) &&
+                         present.lpfnWndProc == windowProcedure;
     }
     checkWin32(made, E_REGISTER_WINDOW_CLASS, L"RegisterClassExW");
     classRegistered = true;
@@ -231,7 +237,8 @@ SharedRecord useNew() {
     forgetEnded();
     Records place;
     auto room = std::make_unique<Records>();
-    place.push_back(create());
+    place.emplace_back();
+    place.front() = create();
     SharedRecord record = place.front();
     const std::lock_guard guard(tableMutex);
     if (!table)

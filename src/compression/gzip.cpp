@@ -167,7 +167,7 @@ void gzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
         throw Exception(E_GZIP_OPEN);
     }
     OutputRange range(output);
-    const Sink sink = [&output](std::span<const std::uint8_t> piece) { output.write(piece); };
+    const Sink sink = range.sink();
     Deflater deflater(zlibLevel(mode));
     Stream::forEachBlock(input, pieceSize, progress,
                          [&](std::span<const std::uint8_t> block) { deflater.write(block, sink); });
@@ -181,7 +181,7 @@ void ungzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output
         throw Exception(E_UNGZIP);
     }
     OutputRange range(output);
-    const Sink sink = [&output](std::span<const std::uint8_t> piece) { output.write(piece); };
+    const Sink sink = range.sink();
     MemberReader reader;
     Stream::forEachBlock(input, pieceSize, progress,
                          [&](std::span<const std::uint8_t> block) { reader.feed(block, sink); });

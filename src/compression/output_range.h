@@ -1,31 +1,44 @@
 // What an operation writes into a stream: all of it, or nothing of it stays.
 #pragma once
 
+#include "compression/sink.h"
 #include "stream/binary_stream.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
 
 namespace Corvane::Compression::detail {
 
 // Begins at the stream's position. After commit() the stream ends behind what was written. Without it the
-// stream ends where the range began, or is as it was when nothing was written. The stream must outlive it.
+// stream ends where the range began, or is as it was when nothing was written, even when somebody has closed
+// the file meanwhile. The stream must outlive it.
 class OutputRange {
 public:
-    explicit OutputRange(Stream::IBinaryStream& stream) : stream_(stream), before_(stream.state()) {}
+    explicit OutputRange(Stream::IBinaryStream& stream)
+        : stream_(stream), duplicate_(stream.duplicate()), begin_(stream.state().position) {}
     OutputRange(const OutputRange&) = delete;
     OutputRange& operator=(const OutputRange&) = delete;
 
     ~OutputRange() {
-        if (committed_) {
+        if (committed_ || !written_) {
             return;
         }
         try {
-            // Whatever was written moved the position.
-            const Stream::State now = stream_.state();
-            if (now.position != before_.position || now.size != before_.size) {
-                stream_.resize(before_.position);
-            }
+            (duplicate_ ? *duplicate_ : stream_).resize(begin_);
         } catch (...) {
             // The failure that led here is the one to report.
         }
+    }
+
+    // The stream, to be written.
+    Stream::IBinaryStream& stream() noexcept {
+        written_ = true;
+        return stream_;
+    }
+
+    Sink sink() {
+        return [this](std::span<const std::uint8_t> piece) { stream().write(piece); };
     }
 
     void commit() {
@@ -38,7 +51,9 @@ public:
 
 private:
     Stream::IBinaryStream& stream_;
-    Stream::State before_;
+    std::shared_ptr<Stream::IBinaryStream> duplicate_;
+    std::uint64_t begin_;
+    bool written_ = false;
     bool committed_ = false;
 };
 

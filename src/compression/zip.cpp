@@ -55,7 +55,7 @@ void zipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output, c
     }
     Stream::throwIfCanceled(progress);
     OutputRange range(output);
-    ZipFile archive = ZipFile::open(output);
+    ZipFile archive = ZipFile::open(range.stream());
     const Stream::State state = input.state();
     archive.openEntry(onlyEntry(state.size - state.position, mode), E_ZIP_OPEN);
     Stream::forEachBlock(input, pieceSize, progress,
@@ -78,7 +78,7 @@ void unzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
     }
     archive.extract([&](std::span<const std::uint8_t> piece) {
         Stream::throwIfCanceled(progress);
-        output.write(piece);
+        range.stream().write(piece);
         if (progress) {
             progress->add(piece.size());
         }

@@ -138,7 +138,7 @@ void ZipArchive::extract(std::size_t index, Stream::IBinaryStream& output, std::
     }
     start(index, maxSize, progress);
     OutputRange range(output);
-    extractFurther(index, output, progress);
+    extractTo(index, range.sink(), progress);
     range.commit();
 }
 

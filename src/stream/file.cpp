@@ -249,6 +249,8 @@ Bytes readFile(const std::wstring& path) {
     // Others may be writing it, as a log or a temporary file.
     const auto file = File::open(path, {.share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE});
     const std::uint64_t size = file->state().size;
+    if (size > largestBinary)
+        throw Exception(E_BINARY_MAX_SIZE);
     Bytes bytes;
     if (size > bytes.max_size())
         throw Exception(E_READ_OR_WRONG_FILE_SIZE);

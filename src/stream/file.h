@@ -98,7 +98,8 @@ std::wstring verbatimPath(const std::wstring& path);
 std::wstring unlimitedPath(const std::wstring& path);
 
 // The whole content of a file, which others may go on reading. Throws what File throws, and Exception
-// E_READ_OR_WRONG_FILE_SIZE when the file does not fit in memory or becomes shorter meanwhile.
+// E_BINARY_MAX_SIZE beyond largestBinary, E_READ_OR_WRONG_FILE_SIZE when the file does not fit in memory or
+// becomes shorter meanwhile.
 Bytes readFile(const std::wstring& path);
 
 // Creates the file, or replaces the content of an existing one, which keeps its attributes and its access

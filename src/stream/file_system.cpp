@@ -122,12 +122,21 @@ DWORD makeFolder(const std::wstring& path) noexcept {
     return isFolder(attributesOf(path)) ? ERROR_SUCCESS : error;
 }
 
+// Without recursion: a path may have very many parts.
 void makeFolders(const std::wstring& path) {
+    std::size_t end = path.size();
     DWORD error = makeFolder(path);
-    const std::size_t separator = path.find_last_of(L'\\');
-    if (error == ERROR_PATH_NOT_FOUND && separator != std::wstring::npos && separator > 0) {
-        makeFolders(path.substr(0, separator));
-        error = makeFolder(path);
+    while (error == ERROR_PATH_NOT_FOUND) {
+        const std::size_t separator = path.find_last_of(L'\\', end - 1);
+        if (separator == std::wstring::npos || separator == 0) {
+            break;
+        }
+        end = separator;
+        error = makeFolder(path.substr(0, end));
+    }
+    while (error == ERROR_SUCCESS && end < path.size()) {
+        end = std::min(path.find(L'\\', end + 1), path.size());
+        error = makeFolder(path.substr(0, end));
     }
     if (error != ERROR_SUCCESS) {
         detail::failWin32(E_DIRECTORY_PATH, L"CreateDirectoryW", error);

@@ -31,12 +31,14 @@ class Outcome:
             self.status, output, errors = done.returncode, done.stdout, done.stderr
         except subprocess.TimeoutExpired as expired:
             self.status, output, errors = "none (hung)", expired.stdout or b"", expired.stderr or b""
-        self.output = output.decode("utf-8", "replace").replace("\r\n", "\n")
-        self.errors = DYING_THREAD.sub("", errors.decode("utf-8", "replace").replace("\r\n", "\n"))
+        self.output, self.all_errors = (
+            text.decode("utf-8", "replace").replace("\r\n", "\n") for text in (output, errors)
+        )
+        self.errors = DYING_THREAD.sub("", self.all_errors)
 
     def __str__(self):
         parts = [f"status {self.status}"]
-        parts += [f"{name}: {text.rstrip()}" for name, text in (("out", self.output), ("err", self.errors)) if text]
+        parts += [f"{name}: {text.rstrip()}" for name, text in (("out", self.output), ("err", self.all_errors)) if text]
         return "; ".join(parts)
 
     def fault(self, output=None):
@@ -48,12 +50,23 @@ def windows(path):
     return "Z:" + str(path).replace("/", "\\")
 
 
+def windows_program(*command, cwd=None):
+    """The outcome of a command that runs one. See tests/platform/README.md for why a silent end is tried again."""
+    outcome = Outcome(*command, cwd=cwd)
+    if outcome.status == 1 and not outcome.output and not outcome.all_errors:
+        print("ended with status 1 and not a word, run again:", *command, flush=True)
+        outcome = Outcome(*command, cwd=cwd)
+    return outcome
+
+
 def wine(bitness, *command, cwd=None):
-    return Outcome(ROOT / "tools/wine-run", bitness, *command, cwd=cwd)
+    return windows_program(ROOT / "tools/wine-run", bitness, *command, cwd=cwd)
 
 
 def script(bitness, path, *arguments, options=(), cwd=None):
-    return Outcome(ROOT / "tools/run-script", bitness, "--timeout", "150", *options, path, *arguments, cwd=cwd)
+    return windows_program(
+        ROOT / "tools/run-script", bitness, "--timeout", "150", *options, path, *arguments, cwd=cwd
+    )
 
 
 def test_script(bitness, path, *arguments, options=(), cwd=None):

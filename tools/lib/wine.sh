@@ -17,6 +17,10 @@ fail() {
     exit 1
 }
 
+# No command ends a tool without a word.
+set -E
+trap 'echo "${0##*/}: line $LINENO: \"$BASH_COMMAND\" ended with status $?" >&2' ERR
+
 # Closes what was inherited besides the standard streams, a caller's lock or pipe for instance: the servers and services
 # that a program starts outlive it. 255 is the shell's own.
 closeInherited() {
