@@ -1,5 +1,6 @@
 // Archives and entries above 4 GiB, and archives in files. For Windows alone: minizip 1.1 reads zip64 offsets
 // only where a long has 32 bits.
+#include "compression/gzip.h"
 #include "compression/zip.h"
 #include "compression/zip_archive.h"
 #include "stream/file_system.h"
@@ -74,6 +75,18 @@ TEST(ZipFiles, AnArchiveThatIsClosedWhileItGrowsIsWhatItWas) {
     });
     EXPECT_EQ(errorCode([&] { ZipArchive(file).add("added", {}, input, nullptr); }), E_SEEK_IN_FILE.code);
     EXPECT_EQ(readFile(file->path()), before);
+    FileSystem::deleteFile(file->path());
+}
+
+TEST(ZipFiles, AnOutputThatIsClosedMeanwhileIsCutBack) {
+    const auto file = FileSystem::createTemporaryFile(true);
+    file->write(bytesOf("before"));
+    SourceStream input(sampleBytes(1000000), 100000, [&](std::uint64_t position) {
+        if (position > 500000)
+            file->close();
+    });
+    EXPECT_EQ(errorCode([&] { gzipFileAsync(input, *file, nullptr, 0); }), E_FILE_WRITE.code);
+    EXPECT_EQ(readFile(file->path()), bytesOf("before"));
     FileSystem::deleteFile(file->path());
 }
 
