@@ -33,8 +33,8 @@ private:
     static std::wstring shown(std::wstring_view name) {
         constexpr std::size_t most = 1000;
         std::wstring text(name.substr(0, most));
-        std::ranges::replace_if(
-            text, [](wchar_t c) { return c < L' '; }, L'?');
+        const auto isControl = [](wchar_t c) { return c < L' '; };
+        std::ranges::replace_if(text, isControl, L'?');
         return name.size() > most ? text + L"…" : text;
     }
 

@@ -125,9 +125,9 @@ void addFromDisk(ZipArchive& archive, const std::wstring& path, const std::strin
     archive.update([&](ZipWriter& writer) {
         for (const Source& source : list.sources()) {
             Stream::throwIfCanceled(progress);
+            const auto add = [&] { addSource(writer, source, progress); };
             // Only the archive is written.
-            naming(
-                source.path, [&] { addSource(writer, source, progress); }, E_FILE_WRITE.code);
+            naming(source.path, add, E_FILE_WRITE.code);
         }
         Stream::throwIfCanceled(progress);
     });
