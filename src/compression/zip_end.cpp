@@ -20,7 +20,8 @@ constexpr std::size_t directoryOffsetAt = 16;
 constexpr std::size_t commentSizeAt = 20;
 
 constexpr std::uint64_t countInZip64 = 0xFFFF;
-constexpr std::uint64_t offsetInZip64 = 0xFFFFFFFF;
+constexpr std::size_t locatorSize = 20;
+constexpr std::array<std::uint8_t, 4> locatorMark{'P', 'K', 6, 7};
 
 std::uint64_t numberAt(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t size) noexcept {
     std::uint64_t number = 0;
@@ -48,11 +49,17 @@ Bytes zip64End(std::uint64_t entries, std::uint64_t directorySize, std::uint64_t
     append(bytes, entries, 8);
     append(bytes, directorySize, 8);
     append(bytes, directoryOffset, 8);
-    bytes.insert(bytes.end(), {'P', 'K', 6, 7});
+    bytes.insert(bytes.end(), locatorMark.begin(), locatorMark.end());
     append(bytes, 0, 4);
     append(bytes, directoryOffset + directorySize, 8);  // of the record above
     append(bytes, 1, 4);                                // disks
     return bytes;
+}
+
+// Whether that mark stands at `position`.
+bool standsAt(ZipIo& io, std::uint64_t position, const std::array<std::uint8_t, 4>& mark) {
+    std::array<std::uint8_t, 4> found{};
+    return io.seek(position, ZLIB_FILEFUNC_SEEK_SET) && io.read(found) == found.size() && found == mark;
 }
 
 }  // namespace
@@ -84,10 +91,9 @@ void completeEnd(ZipIo& io, std::uint64_t entries, const Bytes& comment) {
         throw Exception(E_ZIP);
     }
     Bytes end;
-    const std::uint64_t offset = numberAt(record, directoryOffsetAt, 4);
-    // Beyond 4 GiB minizip has written them.
-    if (entries >= countInZip64 && offset != offsetInZip64) {
-        end = zip64End(entries, numberAt(record, directorySizeAt, 4), offset);
+    // Beyond 4 GiB minizip has written them, and from version 1.3 on for many entries too.
+    if (entries >= countInZip64 && !standsAt(io, position - locatorSize, locatorMark)) {
+        end = zip64End(entries, numberAt(record, directorySizeAt, 4), numberAt(record, directoryOffsetAt, 4));
     }
     end.insert(end.end(), record.begin(), record.begin() + commentSizeAt);
     append(end, comment.size(), 2);

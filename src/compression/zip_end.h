@@ -1,5 +1,5 @@
-// The end of an archive, for which minizip does not do enough: it writes a zip64 record only behind 4 GiB,
-// whatever the number of entries, and loses the comment of a zip64 archive that grows.
+// The end of an archive, for which minizip does not do enough: before version 1.3 it writes a zip64 record
+// only behind 4 GiB, whatever the number of entries, and it loses the comment of a zip64 archive that grows.
 #pragma once
 
 #include "binary/bytes.h"
