@@ -16,7 +16,7 @@ namespace Corvane::Compression::detail {
 class OutputRange {
 public:
     explicit OutputRange(Stream::IBinaryStream& stream)
-        : stream_(stream), duplicate_(stream.duplicate()), begin_(stream.state().position) {}
+        : stream_(stream), kept_(Stream::keptOpen(stream)), begin_(stream.state().position) {}
     OutputRange(const OutputRange&) = delete;
     OutputRange& operator=(const OutputRange&) = delete;
 
@@ -25,7 +25,7 @@ public:
             return;
         }
         try {
-            (duplicate_ ? *duplicate_ : stream_).resize(begin_);
+            kept_->resize(begin_);
         } catch (...) {
             // The failure that led here is the one to report.
         }
@@ -51,7 +51,7 @@ public:
 
 private:
     Stream::IBinaryStream& stream_;
-    std::shared_ptr<Stream::IBinaryStream> duplicate_;
+    std::shared_ptr<Stream::IBinaryStream> kept_;
     std::uint64_t begin_;
     bool written_ = false;
     bool committed_ = false;

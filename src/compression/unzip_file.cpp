@@ -1,6 +1,8 @@
 #include "compression/unzip_file.h"
 
 #include "compression/inflater.h"
+#include "compression/little_endian.h"
+#include "compression/zip_end.h"
 #include "compression/zip_name.h"
 #include "core/errors.h"
 
@@ -8,7 +10,6 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <array>
 #include <string>
 
 namespace Corvane::Compression::detail {
@@ -21,19 +22,6 @@ constexpr std::uint16_t stored = 0;
 // With this number of entries minizip cannot tell 65535 from more of them.
 constexpr std::uint64_t uncertainCount = 0xFFFF;
 
-// Whether there is nothing but the end record of an archive without entries (APPNOTE.TXT 4.3.16), which
-// minizip may fail to find at offset 0. More may stand behind such a record than its comment: another archive
-// then.
-bool isWithoutEntries(ZipStorage& storage) {
-    constexpr std::array<std::uint8_t, 20> record{'P', 'K', 5, 6};
-    std::array<std::uint8_t, record.size() + 2> bytes{};
-    if (storage.read(0, bytes) != bytes.size() || !std::equal(record.begin(), record.end(), bytes.begin())) {
-        return false;
-    }
-    const std::size_t commentSize = bytes[record.size()] | std::size_t{bytes[record.size() + 1]} << 8;
-    return storage.size() == bytes.size() + commentSize;
-}
-
 constexpr std::uint64_t inZip64Field = 0xFFFFFFFF;
 
 // APPNOTE.TXT 4.5.3. minizip 1.1 does not look here where a long has 64 bits.
@@ -42,10 +30,7 @@ void readZip64Sizes(ZipEntry& entry, std::span<const std::uint8_t> extra) {
     std::span<const std::uint8_t> field = extraField(extra, zip64Field);
     for (std::uint64_t* size : {&entry.size, &entry.packedSize}) {
         if (*size == inZip64Field && field.size() >= sizeof(*size)) {
-            *size = 0;
-            for (std::size_t i = 0; i < sizeof(*size); ++i) {
-                *size |= std::uint64_t{field[i]} << 8 * i;
-            }
+            *size = littleEndian(field.first(sizeof(*size)));
             field = field.subspan(sizeof(*size));
         }
     }
@@ -77,7 +62,7 @@ UnZipFile::UnZipFile(std::unique_ptr<ZipIo> io, void* handle)
 
 UnZipFile UnZipFile::open(std::unique_ptr<ZipStorage> storage) {
     auto io = std::make_unique<ZipIo>(std::move(storage));
-    if (isWithoutEntries(io->storage())) {
+    if (isEmptyArchive(io->storage())) {
         return UnZipFile(std::move(io), nullptr);
     }
     zlib_filefunc64_def functions = io->functions();

@@ -2,12 +2,14 @@
 #include "compression/zip_disk_date.h"
 #include "compression/zip_folder.h"
 #include "core/errors.h"
+#include "core/system_exception.h"
 #include "core/text.h"
 #include "stream/file.h"
 #include "stream/file_system.h"
 #include "stream/stream_loop.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -37,10 +39,27 @@ public:
 
     // Asks for no access, which no other handle can refuse.
     bool isAt(const std::wstring& path) const {
-        return identity_ && File::open(path, {.access = 0, .share = shareAll})->identity() == *identity_;
+        return identity_ && !FileSystem::folderExists(path) &&
+               is(*File::open(path, {.access = 0, .share = shareAll}));
+    }
+
+    // The file at a path, for reading; null when it is this one.
+    std::shared_ptr<File> openOther(const std::wstring& path) const {
+        std::shared_ptr<File> file;
+        try {
+            file = File::open(path, {.share = shareAll});
+        } catch (const Win32Exception&) {
+            if (isAt(path)) {
+                return nullptr;
+            }
+            throw;
+        }
+        return is(*file) ? nullptr : file;
     }
 
 private:
+    bool is(const File& file) const { return identity_ && file.identity() == *identity_; }
+
     std::optional<FileIdentity> identity_;
 };
 
@@ -52,15 +71,9 @@ std::string folderPrefix(std::string prefix) {
 // What is to be added, each folder before what lies in it.
 class SourceList {
 public:
-    SourceList(const OwnFile& own, const std::wstring& path, const std::string& prefix,
-               const SharedProgress& progress)
-        : own_(own) {
+    SourceList(const std::wstring& path, const std::string& prefix, const SharedProgress& progress) {
         if (!FileSystem::folderExists(path)) {
-            const FileSystem::Entry entry = FileSystem::find(path);
-            if (own_.isAt(path)) {
-                throw Exception(E_ZIP_OPEN_NEW_FILE);
-            }
-            add(path, prefix, entry);
+            add(path, prefix, FileSystem::find(path));
             return;
         }
         addContents(path, prefix, progress);
@@ -83,14 +96,10 @@ private:
         for (const FileSystem::Entry& entry : entries) {
             Stream::throwIfCanceled(progress);
             const std::wstring path = FileSystem::join(folder, entry.name);
-            if (!entry.link && !naming(path, [&] { return isOwn(path, entry); })) {
+            if (!entry.link) {
                 add(path, prefix, entry);
             }
         }
-    }
-
-    bool isOwn(const std::wstring& path, const FileSystem::Entry& entry) const {
-        return (entry.attributes & FILE_ATTRIBUTE_DIRECTORY) == 0 && own_.isAt(path);
     }
 
     void add(const std::wstring& path, const std::string& prefix, const FileSystem::Entry& entry) {
@@ -101,16 +110,17 @@ private:
         size_ += size;
     }
 
-    OwnFile own_;
     std::vector<Source> sources_;
     std::uint64_t size_ = 0;
 };
 
-void addSource(ZipWriter& writer, const Source& source, const SharedProgress& progress) {
+void addSource(ZipWriter& writer, const Source& source, const OwnFile& own, const SharedProgress& progress) {
     if (source.folder) {
         writer.addFolder(source.name, source.date);
-    } else {
-        writer.addFile(source.name, source.date, *File::open(source.path, {.share = shareAll}), progress);
+    } else if (const auto file = own.openOther(source.path)) {
+        writer.addFile(source.name, source.date, *file, progress);
+    } else if (progress) {
+        progress->add(source.size);
     }
 }
 
@@ -118,14 +128,18 @@ void addSource(ZipWriter& writer, const Source& source, const SharedProgress& pr
 
 void addFromDisk(ZipArchive& archive, const std::wstring& path, const std::string& prefix,
                  const SharedProgress& progress) {
-    const SourceList list(OwnFile(archive), path, folderPrefix(prefix), progress);
+    const SourceList list(path, folderPrefix(prefix), progress);
+    const OwnFile own(archive);
+    if (own.isAt(path)) {
+        throw Exception(E_ZIP_OPEN_NEW_FILE);
+    }
     if (progress) {
         progress->start(list.size());
     }
     archive.update([&](ZipWriter& writer) {
         for (const Source& source : list.sources()) {
             Stream::throwIfCanceled(progress);
-            const auto add = [&] { addSource(writer, source, progress); };
+            const auto add = [&] { addSource(writer, source, own, progress); };
             // Only the archive is written.
             naming(source.path, add, E_FILE_WRITE.code);
         }

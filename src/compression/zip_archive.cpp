@@ -148,7 +148,7 @@ void ZipArchive::extractFurther(std::size_t index, Stream::IBinaryStream& output
     extractTo(index, write, progress);
 }
 
-void ZipArchive::update(const std::function<void(ZipWriter&)>& work, int mode) {
+void ZipArchive::update(const std::function<void(ZipWriter&)>& work) {
     const std::unique_lock lock(content_);
     const auto stream = openStream();
     const SharedZipEntries present = entries();
@@ -156,12 +156,12 @@ void ZipArchive::update(const std::function<void(ZipWriter&)>& work, int mode) {
     const bool isNew = stream->state().size == 0;
     ZipFile file = ZipFile::open(rollback.storage(), isNew ? ZipFile::Mode::create : ZipFile::Mode::append,
                                  present->size());
-    ZipWriter writer(file, *present, zlibLevel(mode));
+    ZipWriter writer(file, *present);
     work(writer);
     const std::uint64_t size = file.close();
     SharedZipEntries grown = readEntries(*stream);
     // Whatever the archive is like: what was added must be found in it, or nothing was.
-    if (grown->size() != present->size() + writer.added()) {
+    if (grown->size() != file.entryCount()) {
         throw Exception(E_ZIP);
     }
     rollback.commit(size);
@@ -194,7 +194,7 @@ void ZipArchive::close() {
     stream_.reset();
 }
 
-ZipWriter::ZipWriter(ZipFile& file, const ZipEntries& present, int level) : file_(file), level_(level) {
+ZipWriter::ZipWriter(ZipFile& file, const ZipEntries& present) : file_(file) {
     // Those of other programs may be in each other's way, or have names that nothing added can meet.
     for (const ZipEntry& entry : present) {
         if (const auto parts = zipNameParts(entry.name)) {
@@ -217,9 +217,7 @@ void ZipWriter::open(std::string name, const ZipDate& date, std::uint64_t size) 
     if (places_.put(*parts, directory) != ZipPlaces::Meeting::nothing) {
         throw ZipException(E_ZIP_OPEN_NEW_FILE, takenName);
     }
-    file_.openEntry({.name = std::move(name), .date = date, .size = size, .level = level_},
-                    E_ZIP_OPEN_NEW_FILE);
-    ++added_;
+    file_.openEntry({.name = std::move(name), .date = date, .size = size}, E_ZIP_OPEN_NEW_FILE);
 }
 
 void ZipWriter::addFile(std::string_view name, const ZipDate& date, Stream::IBinaryStream& input,

@@ -52,15 +52,12 @@ public:
 
 private:
     friend class ZipArchive;
-    ZipWriter(detail::ZipFile& file, const ZipEntries& present, int level);
+    ZipWriter(detail::ZipFile& file, const ZipEntries& present);
 
-    std::size_t added() const noexcept { return added_; }
     void open(std::string name, const ZipDate& date, std::uint64_t size);
 
     detail::ZipFile& file_;
     detail::ZipPlaces places_;
-    std::size_t added_ = 0;
-    int level_;
 };
 
 // All functions may be called from any thread. Extracting goes on in parallel; adding waits for it and it for
@@ -100,7 +97,7 @@ public:
 
     // Adds entries at the end, all that `work` adds or, when it throws, none: the archive is then again what
     // it was. Throws what `work` throws, Exception E_ZIP_OPEN, E_ZIP.
-    void update(const std::function<void(ZipWriter&)>& work, int mode = defaultMode);
+    void update(const std::function<void(ZipWriter&)>& work);
 
     // One entry from bytes, or from a stream as ZipWriter::addFile takes it. `progress` is started here.
     void add(std::string_view name, const ZipDate& date, std::span<const std::uint8_t> content,

@@ -1,5 +1,6 @@
 #include "compression/zip_end.h"
 
+#include "compression/little_endian.h"
 #include "core/errors.h"
 #include "core/exception.h"
 
@@ -22,14 +23,6 @@ constexpr std::size_t commentSizeAt = 20;
 constexpr std::uint64_t countInZip64 = 0xFFFF;
 constexpr std::size_t locatorSize = 20;
 constexpr std::array<std::uint8_t, 4> locatorMark{'P', 'K', 6, 7};
-
-std::uint64_t numberAt(std::span<const std::uint8_t> bytes, std::size_t at, std::size_t size) noexcept {
-    std::uint64_t number = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        number |= std::uint64_t{bytes[at + i]} << 8 * i;
-    }
-    return number;
-}
 
 void append(Bytes& bytes, std::uint64_t number, std::size_t size) {
     for (std::size_t i = 0; i < size; ++i) {
@@ -56,6 +49,10 @@ Bytes zip64End(std::uint64_t entries, std::uint64_t directorySize, std::uint64_t
     return bytes;
 }
 
+std::uint64_t commentSize(std::span<const std::uint8_t> record) noexcept {
+    return littleEndian(record.subspan(commentSizeAt, 2));
+}
+
 // Whether that mark stands at `position`.
 bool standsAt(ZipIo& io, std::uint64_t position, const std::array<std::uint8_t, 4>& mark) {
     std::array<std::uint8_t, 4> found{};
@@ -63,6 +60,14 @@ bool standsAt(ZipIo& io, std::uint64_t position, const std::array<std::uint8_t, 
 }
 
 }  // namespace
+
+bool isEmptyArchive(ZipStorage& storage) {
+    constexpr std::array<std::uint8_t, commentSizeAt> empty{'P', 'K', 5, 6};
+    std::array<std::uint8_t, endSize> record{};
+    return storage.read(0, record) == record.size() &&
+           std::equal(empty.begin(), empty.end(), record.begin()) &&
+           storage.size() == endSize + commentSize(record);
+}
 
 Bytes archiveComment(ZipStorage& storage) {
     const std::uint64_t size = storage.size();
@@ -74,8 +79,8 @@ Bytes archiveComment(ZipStorage& storage) {
         return {};
     }
     const auto rest = record.subspan(endSize);
-    const auto comment = rest.first(
-        static_cast<std::size_t>(std::min<std::uint64_t>(numberAt(record, commentSizeAt, 2), rest.size())));
+    const auto comment =
+        rest.first(static_cast<std::size_t>(std::min<std::uint64_t>(commentSize(record), rest.size())));
     return {comment.begin(), comment.end()};
 }
 
@@ -93,7 +98,10 @@ void completeEnd(ZipIo& io, std::uint64_t entries, const Bytes& comment) {
     Bytes end;
     // Beyond 4 GiB minizip has written them, and from version 1.3 on for many entries too.
     if (entries >= countInZip64 && !standsAt(io, position - locatorSize, locatorMark)) {
-        end = zip64End(entries, numberAt(record, directorySizeAt, 4), numberAt(record, directoryOffsetAt, 4));
+        const auto number = [&](std::size_t at) {
+            return littleEndian(std::span<const std::uint8_t>(record).subspan(at, 4));
+        };
+        end = zip64End(entries, number(directorySizeAt), number(directoryOffsetAt));
     }
     end.insert(end.end(), record.begin(), record.begin() + commentSizeAt);
     append(end, comment.size(), 2);

@@ -9,6 +9,11 @@
 
 namespace Corvane::Compression::detail {
 
+// Whether there is nothing but the end record of an archive without entries, which minizip may fail to find
+// at offset 0. More may stand behind such a record than its comment: another archive then. Throws what the
+// storage throws.
+bool isEmptyArchive(ZipStorage& storage);
+
 // The comment on the whole archive; empty when there is no end record. Throws what the storage throws.
 Bytes archiveComment(ZipStorage& storage);
 

@@ -46,6 +46,9 @@ public:
     void write(std::span<const std::uint8_t> bytes);
     void closeEntry();
 
+    // With those that were there.
+    std::uint64_t entryCount() const noexcept { return entries_; }
+
     // Writes the directory, and the comment that was there; returns the size of the archive.
     std::uint64_t close();
 

@@ -1,6 +1,7 @@
 #include "compression/zip_name.h"
 
 #include "binary/utf.h"
+#include "compression/little_endian.h"
 #include "compression/oem_tables.h"
 
 #include <zlib.h>
@@ -33,14 +34,6 @@ bool isHigh(char c) noexcept {
 
 bool isLatin(char c) noexcept {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-std::uint32_t littleEndian(std::span<const std::uint8_t> bytes) noexcept {
-    std::uint32_t value = 0;
-    for (std::size_t i = bytes.size(); i-- > 0;) {
-        value = value << 8 | bytes[i];
-    }
-    return value;
 }
 
 // Version 1, the CRC-32 of the bytes that it stands for, the name.
@@ -145,7 +138,7 @@ bool isSafe(std::string_view part) {
 std::span<const std::uint8_t> extraField(std::span<const std::uint8_t> extra, std::uint16_t number) noexcept {
     constexpr std::size_t head = 4;
     while (extra.size() >= head) {
-        const std::size_t size = littleEndian(extra.subspan(2, 2));
+        const auto size = static_cast<std::size_t>(littleEndian(extra.subspan(2, 2)));
         const auto data = extra.subspan(head);
         if (size > data.size()) {
             return {};

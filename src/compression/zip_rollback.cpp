@@ -29,7 +29,7 @@ private:
 
 ZipRollback::ZipRollback(Stream::IBinaryStream& stream)
     : stream_(stream),
-      duplicate_(stream.duplicate()),
+      kept_(Stream::keptOpen(stream)),
       whole_(streamStorage(stream, 0)),
       size_(stream.state().size),
       savedBegin_(size_) {}
@@ -82,11 +82,10 @@ void ZipRollback::save(std::uint64_t begin, std::uint64_t end) {
 }
 
 void ZipRollback::restore() {
-    Stream::IBinaryStream& stream = duplicate_ ? *duplicate_ : stream_;
     if (!saved_.empty()) {
-        stream.seekAndWrite(static_cast<std::int64_t>(savedBegin_), saved_);
+        kept_->seekAndWrite(static_cast<std::int64_t>(savedBegin_), saved_);
     }
-    stream.resize(size_);
+    kept_->resize(size_);
 }
 
 }  // namespace Corvane::Compression::detail

@@ -33,7 +33,7 @@ private:
     void restore();
 
     Stream::IBinaryStream& stream_;
-    std::shared_ptr<Stream::IBinaryStream> duplicate_;
+    std::shared_ptr<Stream::IBinaryStream> kept_;
     std::unique_ptr<ZipStorage> whole_;
     std::uint64_t size_;        // before anything was written
     std::uint64_t savedBegin_;  // saved_ lies here; everything from here to its end may have changed

@@ -8,6 +8,12 @@ std::wstring ClosedStreamException::details() const {
     return L"поток закрыт";
 }
 
+std::shared_ptr<IBinaryStream> keptOpen(IBinaryStream& stream) {
+    auto duplicate = stream.duplicate();
+    // The other one owns nothing.
+    return duplicate ? duplicate : std::shared_ptr<IBinaryStream>(std::shared_ptr<void>(), &stream);
+}
+
 std::uint64_t target(std::int64_t offset, Origin origin, const State& state) {
     std::uint64_t base = 0;
     if (origin == Origin::current)

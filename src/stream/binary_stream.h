@@ -71,6 +71,9 @@ public:
     virtual void seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes) = 0;
 };
 
+// A duplicate of the stream, or the stream itself, which must outlive it, where there is none.
+std::shared_ptr<IBinaryStream> keptOpen(IBinaryStream& stream);
+
 // The position that seek(offset, origin) leads to from `state`. Throws Exception E_OFFSET_OUT_OF_RANGE when
 // it lies before the beginning or beyond the end.
 std::uint64_t target(std::int64_t offset, Origin origin, const State& state);
