@@ -31,10 +31,19 @@ native: setup
 check: setup
 	@tools/check
 
-demo: build
+# Only what the demonstration runs: no tests, no benchmarks.
+demo: setup
+	@for preset in $(BUILDS); do \
+	    cmake --preset $$preset --log-level=WARNING && \
+	    cmake --build build/$$preset --target corvane_handed_out || exit 1; \
+	done
 	@tools/demo
 
-bench: build
+bench: setup
+	@for preset in $(BUILDS); do \
+	    cmake --preset $$preset --log-level=WARNING && \
+	    cmake --build build/$$preset --target corvane_handed_out corvane_bench || exit 1; \
+	done
 	@tools/bench
 
 fuzz: native
@@ -50,4 +59,4 @@ lint: setup
 	@tools/lint
 
 clean:
-	rm -rf build/x64 build/x86 build/*-release build/*-debug build/native build/check build/lint build/demo build/fuzz build/bench.txt
+	rm -rf build/x64 build/x86 build/*-release build/*-debug build/native build/check build/lint build/demo build/fuzz build/mutate build/reproduce build/bench.txt

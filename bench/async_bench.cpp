@@ -3,22 +3,20 @@
 #include "bench/async_bench.h"
 
 #include "bench/measure.h"
+#include "bench/trusted_service.h"
+#include "binary/bytes.h"
 #include "binary/crc32.h"
-#include "com/async.h"
-#include "com/automation.h"
-#include "com/plain_object.h"
-#include "com/ptr.h"
+#include "com/async/async.h"
+#include "com/runtime/automation.h"
+#include "com/runtime/plain_object.h"
+#include "com/runtime/ptr.h"
 #include "tools/scripthost/unscriptable.h"
 
 #include <windows.h>
 
 #include <objidl.h>
-#include <ocidl.h>
-#include <servprov.h>
 
 #include <VetrelCorvane2_h.h>
-
-#include <cstdlib>
 
 namespace bench {
 namespace {
@@ -29,21 +27,6 @@ using Corvane::Com::PlainObject;
 
 constexpr int calls = 10'000;
 constexpr UINT posted = WM_USER + 1;
-
-void must(bool succeeded, const char* what) {
-    if (!succeeded) {
-        std::fprintf(stderr, "%s failed\n", what);
-        std::exit(1);
-    }
-}
-
-// A host without a browser.
-class Site final : public PlainObject<IServiceProvider> {
-    HRESULT STDMETHODCALLTYPE QueryService(REFGUID, REFIID, void** object) override {
-        *object = nullptr;
-        return E_NOINTERFACE;
-    }
-};
 
 class Callback final : public ScriptHost::Unscriptable<PlainObject<IDispatch>> {
 public:
@@ -61,33 +44,6 @@ void pump(const Callback& callback) {
     MSG message;
     while (callback.called < calls && ::GetMessageW(&message, nullptr, 0, 0))
         ::DispatchMessageW(&message);
-}
-
-// This program as a trusted site, for as long as it lives.
-class Trust {
-public:
-    Trust() {
-        const DWORD one = 1;
-        must(::RegSetKeyValueW(HKEY_CURRENT_USER, sites, address, REG_DWORD, &one, sizeof(one)) ==
-                 ERROR_SUCCESS,
-             "RegSetKeyValueW");
-    }
-    ~Trust() { ::RegDeleteKeyValueW(HKEY_CURRENT_USER, sites, address); }
-    Trust(const Trust&) = delete;
-    Trust& operator=(const Trust&) = delete;
-
-private:
-    static constexpr wchar_t sites[] = L"SOFTWARE\\ZimVetrel\\VetrelCorvane\\TrustedSites";
-    static constexpr wchar_t address[] = L"name://component_bench.exe";
-};
-
-ComPtr<IBinaryObjectService> trustedService() {
-    ComPtr<IBinaryObjectService> service;
-    must(SUCCEEDED(::CoCreateInstance(__uuidof(BinaryObjectService), nullptr, CLSCTX_INPROC_SERVER,
-                                      __uuidof(IBinaryObjectService), service.putVoid())),
-         "CoCreateInstance");
-    must(SUCCEEDED(service.query<IObjectWithSite>()->SetSite(makeObject<Site>().get())), "SetSite");
-    return service;
 }
 
 class BareLoop {
@@ -159,7 +115,9 @@ void compareAsync() {
     };
     const auto bytes = std::make_shared<const Corvane::Bytes>(std::size_t{1024});
     const auto bare = [&] {
-        Corvane::Com::startAsync(callback.get(), [bytes] { return Corvane::Binary::getCrc32(*bytes, 0); });
+        Corvane::Com::start(
+            callback.get(),
+            Corvane::Com::Operation{L"getCrc32", [bytes] { return Corvane::Binary::getCrc32(*bytes, 0); }});
     };
     const auto peer = [&] { loop.start(callback.get()); };
     constexpr const char* peerName = "register, post, fetch, revoke";

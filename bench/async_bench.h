@@ -1,9 +1,9 @@
-// What an asynchronous call costs.
+// Asynchronous calls beside their bare steps.
 #pragma once
 
 namespace bench {
 
-// In a single-threaded apartment. The component must be registered.
+// Prints how an asynchronous call compares with its bare steps. COM is initialised, the component registered.
 void compareAsync();
 
 }  // namespace bench

@@ -22,9 +22,8 @@ inline void keep(const void* value) {
 
 inline double secondsOf(const Work& work, std::size_t rounds) {
     const auto start = std::chrono::steady_clock::now();
-    for (std::size_t i = 0; i < rounds; ++i) {
+    for (std::size_t i = 0; i < rounds; ++i)
         work();
-    }
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
@@ -43,9 +42,8 @@ inline Rates measure(std::size_t amount, const Work& ours, const Work& peer) {
     constexpr double totalSeconds = 4;
     const auto roundsFor = [](const Work& work) {
         std::size_t rounds = 1;
-        while (secondsOf(work, rounds) < turnSeconds / 2) {
+        while (secondsOf(work, rounds) < turnSeconds / 2)
             rounds *= 2;
-        }
         return rounds;
     };
     const std::size_t oursRounds = roundsFor(ours);
@@ -90,6 +88,14 @@ inline void compare(const char* work, const char* peerName, double wanted, std::
 inline void compareCalls(const char* work, const char* peerName, double wanted, std::size_t calls,
                          const Work& ours, const Work& peer) {
     compareRates(work, peerName, wanted, calls, "M/s", 3, ours, peer);
+}
+
+// The line of what is done once, in microseconds, and may take `wanted` times as long as the peer's.
+inline void printTimes(const char* work, double ours, const char* peerName, double peer, double wanted) {
+    const double ratio = ours / peer;
+    std::printf("%-30s %9.0f us    %-28s %9.0f us    ratio %6.2f  at most %4.1f  %s\n", work, ours, peerName,
+                peer, ratio, wanted, ratio <= wanted ? "reached" : "MISSED");
+    std::fflush(stdout);
 }
 
 inline std::vector<std::uint8_t> randomBytes(std::size_t size) {

@@ -2,6 +2,10 @@
 # the cross compilers, and a package manager on Windows brings them too.
 #
 #   corvane::jsoncpp  fmt::fmt  ZLIB::ZLIB  minizip::minizip  uchardet::uchardet  GTest::gtest_main
+# Looked for by each configuration: an earlier one may have found the host's zlib, from before ours was built.
+foreach(found ZLIB_INCLUDE_DIR ZLIB_LIBRARY_RELEASE MINIZIP_INCLUDE_DIR MINIZIP_LIBRARY)
+    unset(${found} CACHE)
+endforeach()
 set(ZLIB_USE_STATIC_LIBS ON)
 find_package(jsoncpp CONFIG REQUIRED)
 find_package(fmt CONFIG REQUIRED)

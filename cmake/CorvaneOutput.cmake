@@ -4,22 +4,29 @@ if(WIN32)
     get_filename_component(CORVANE_OUTPUT ${CMAKE_BINARY_DIR}/../${CORVANE_ARCH} ABSOLUTE)
 endif()
 
-# corvane_hand_out(<target>)
-# Copies the program or DLL of a release, stripped, to CORVANE_OUTPUT.
+# All of it: what the demonstration and whoever only wants to use the component need.
+add_custom_target(corvane_handed_out)
+
+# corvane_hand_out(<target> [<folder>])
+# Makes the target a part of corvane_handed_out, and copies the program or DLL of a release, stripped, to CORVANE_OUTPUT or
+# to a folder in it.
 function(corvane_hand_out target)
+    add_dependencies(corvane_handed_out ${target})
+    set(folder ${CORVANE_OUTPUT}/${ARGV1})
     if(NOT CMAKE_BUILD_TYPE STREQUAL "Release")
         return()
     endif()
     get_target_property(type ${target} TYPE)
     if(type STREQUAL "EXECUTABLE")
-        set(output ${CORVANE_OUTPUT}/${target}.exe)
+        set(output ${folder}/${target}.exe)
     else()
-        set(output ${CORVANE_OUTPUT}/${target}.dll)
+        set(output ${folder}/${target}.dll)
     endif()
     add_custom_command(TARGET ${target} POST_BUILD
         BYPRODUCTS ${output}
-        COMMAND ${CMAKE_COMMAND} -E make_directory ${CORVANE_OUTPUT}
-        COMMAND ${CMAKE_STRIP} --strip-all -o ${output} $<TARGET_FILE:${target}>
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${folder}
+        # strip stamps what it writes with the time, unless it is told another one.
+        COMMAND ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_STRIP} --strip-all -o ${output} $<TARGET_FILE:${target}>
         VERBATIM
     )
 endfunction()

@@ -17,7 +17,7 @@ function(corvane_add_tests target)
 endfunction()
 
 # corvane_add_fuzzer(<name> <library>...)
-# A libFuzzer program from tests/fuzz/<name>.cpp, with a seed corpus in tests/data/fuzz/<name> if there is one.
+# A libFuzzer program from tests/fuzz/<name>.cpp, whose seeds tools/fuzz names.
 # Needs clang; the native build only.
 function(corvane_add_fuzzer name)
     set(target fuzz_${name})

@@ -11,9 +11,9 @@ get_filename_component(corvane_root ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
 set(CORVANE_DEPS ${corvane_root}/build/deps CACHE PATH "Where tools/setup puts the libraries it builds")
 set(CORVANE_DEPS_PREFIX ${CORVANE_DEPS}/${CORVANE_ARCH})
 
-# Headers and libraries come from the cross compiler and from our own libraries only, never from this machine;
-# programs only from this machine.
-set(CMAKE_FIND_ROOT_PATH /usr/${CORVANE_TRIPLET} ${CORVANE_DEPS_PREFIX})
+# Headers and libraries come from our own libraries, whose versions are the pinned ones, and from the cross compiler
+# only, never from this machine; programs only from this machine.
+set(CMAKE_FIND_ROOT_PATH ${CORVANE_DEPS_PREFIX} /usr/${CORVANE_TRIPLET})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

@@ -23,8 +23,8 @@ inline constexpr std::uint32_t base64NoLineBreaks = 2;
 // Writes the Base64 text of the bytes and returns its end. Lines hold 76 characters, and every full line of
 // whole groups ends in CR LF, so the text of 57 bytes ends in a line break. The caller provides room for
 // `getBinToBase64RequiredSize` characters; no terminator is written.
-char* encodeBase64(std::span<const std::uint8_t> bytes, std::uint32_t flags, char* out) noexcept;
-wchar_t* encodeBase64(std::span<const std::uint8_t> bytes, std::uint32_t flags, wchar_t* out) noexcept;
+char* encodeBase64(std::span<const std::uint8_t> bytes, std::uint32_t flags, char* out);
+wchar_t* encodeBase64(std::span<const std::uint8_t> bytes, std::uint32_t flags, wchar_t* out);
 
 // The Base64 text of the bytes, laid out as by `encodeBase64`; throws like `getBinToBase64RequiredSize`.
 [[nodiscard]] std::wstring binToBase64(std::span<const std::uint8_t> bytes, std::uint32_t flags);

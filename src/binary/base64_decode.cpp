@@ -1,6 +1,7 @@
 #include "binary/base64.h"
 
 #include "binary/base64_sse2.h"
+#include "core/log.h"
 
 #include <algorithm>
 #include <array>
@@ -21,9 +22,8 @@ constexpr std::array<std::uint8_t, 256> makeValues() {
         values['A' + i] = i;
         values['a' + i] = static_cast<std::uint8_t>(26 + i);
     }
-    for (std::uint8_t i = 0; i < 10; ++i) {
+    for (std::uint8_t i = 0; i < 10; ++i)
         values['0' + i] = static_cast<std::uint8_t>(52 + i);
-    }
     values['+'] = 62;
     values['/'] = 63;
     return values;
@@ -86,16 +86,14 @@ std::size_t decodeGroups(const Char* in, std::size_t groups, std::uint8_t* out) 
         const std::size_t good = detail::decodeVector(in + done * groupCharacters, out + done * groupBytes);
         // Adding the constant on the usual way lets the processor start on the next vector before this one is
         // known.
-        if (good != vectorGroups) {
+        if (good != vectorGroups)
             return done + good;
-        }
         done += vectorGroups;
     }
     for (; done < groups; ++done) {
         const std::uint32_t group = decodeGroup(in + done * groupCharacters);
-        if ((group & outsideAlphabet) != 0) {
+        if ((group & outsideAlphabet) != 0)
             break;
-        }
         storeGroup(group, out + done * groupBytes);
     }
     return done;
@@ -109,9 +107,8 @@ bool isInAlphabet(Char character) noexcept {
 
 template <typename Char>
 const Char* skipForeign(const Char* in, const Char* end) noexcept {
-    while (in != end && !isInAlphabet(*in)) {
+    while (in != end && !isInAlphabet(*in))
         ++in;
-    }
     return in;
 }
 
@@ -127,9 +124,8 @@ const Char* decodeScatteredGroup(const Char* in, const Char* end, std::uint8_t*&
         }
     }
     group <<= 6 * (groupCharacters - count);
-    for (std::size_t bits = 8; bits <= 6 * count; bits += 8) {
+    for (std::size_t bits = 8; bits <= 6 * count; bits += 8)
         *out++ = static_cast<std::uint8_t>(group >> (24 - bits));
-    }
     return in;
 }
 
@@ -137,6 +133,7 @@ constexpr std::size_t blockGroups = 16384;
 
 template <typename Char>
 Bytes decode(std::basic_string_view<Char> text) {
+    writeLog(LogLevel::debug, L"Corvane::base64ToBin", L"[in] length: ", text.size());
     Bytes bytes;
     bytes.reserve((text.size() / groupCharacters + 1) * groupBytes);
     // Groups go through a block that stays in the cache: growing the vector first would fill it with zeros.

@@ -2,6 +2,7 @@
 
 #include "core/errors.h"
 #include "core/exception.h"
+#include "core/log.h"
 
 #include <array>
 #include <bit>
@@ -25,9 +26,8 @@ using Pair = std::array<Char, 2>;
 template <typename Char>
 constexpr std::array<Pair<Char>, 4096> makePairs() {
     std::array<Pair<Char>, 4096> pairs{};
-    for (std::size_t bits = 0; bits < pairs.size(); ++bits) {
+    for (std::size_t bits = 0; bits < pairs.size(); ++bits)
         pairs[bits] = {static_cast<Char>(alphabet[bits >> 6]), static_cast<Char>(alphabet[bits & 63])};
-    }
     return pairs;
 }
 
@@ -70,31 +70,28 @@ Char* encodeTwoGroups(const std::uint8_t* in, Char* out) noexcept {
 // A line has an odd number of groups, so that the loads of its nine double groups end inside its 57 bytes.
 template <typename Char>
 Char* encodeLine(const std::uint8_t* in, Char* out) noexcept {
-    for (std::size_t group = 0; group + 1 < lineGroups; group += 2) {
+    for (std::size_t group = 0; group + 1 < lineGroups; group += 2)
         out = encodeTwoGroups(in + group * groupBytes, out);
-    }
     return encodeGroup(in + (lineGroups - 1) * groupBytes, out);
 }
 
 template <typename Char>
 Char* encodeRest(std::span<const std::uint8_t> rest, bool padded, Char* out) noexcept {
-    if (rest.empty()) {
+    if (rest.empty())
         return out;
-    }
     const std::array<std::uint8_t, groupBytes> group{rest[0], rest.size() > 1 ? rest[1] : std::uint8_t{0}, 0};
     std::array<Char, groupCharacters> characters;
     encodeGroup(group.data(), characters.data());
-    for (std::size_t i = 0; i <= rest.size(); ++i) {
+    for (std::size_t i = 0; i <= rest.size(); ++i)
         *out++ = characters[i];
-    }
-    for (std::size_t i = rest.size(); padded && i < groupBytes; ++i) {
+    for (std::size_t i = rest.size(); padded && i < groupBytes; ++i)
         *out++ = Char{'='};
-    }
     return out;
 }
 
 template <typename Char>
-Char* encode(std::span<const std::uint8_t> bytes, std::uint32_t flags, Char* out) noexcept {
+Char* encode(std::span<const std::uint8_t> bytes, std::uint32_t flags, Char* out) {
+    writeLog(LogLevel::debug, L"Corvane::binToBase64", L"[in] size: ", bytes.size(), L" [in] flags: ", flags);
     const bool lineBreaks = (flags & base64NoLineBreaks) == 0;
     const std::uint8_t* in = bytes.data();
     std::size_t left = bytes.size();
@@ -105,39 +102,34 @@ Char* encode(std::span<const std::uint8_t> bytes, std::uint32_t flags, Char* out
             *out++ = Char{'\n'};
         }
     }
-    for (; left >= groupBytes; left -= groupBytes, in += groupBytes) {
+    for (; left >= groupBytes; left -= groupBytes, in += groupBytes)
         out = encodeGroup(in, out);
-    }
     return encodeRest({in, left}, (flags & base64NoPadding) == 0, out);
 }
 
 }  // namespace
 
 std::size_t getBinToBase64RequiredSize(std::int64_t size, std::uint32_t flags) {
-    if (size < 0) {
+    if (size < 0)
         throw Exception(E_STRING_MAX_SIZE);
-    }
-    if (size > std::int64_t{std::numeric_limits<std::uint32_t>::max() / groupCharacters}) {
+    if (size > std::int64_t{std::numeric_limits<std::uint32_t>::max() / groupCharacters})
         throw Exception(E_BINARY_MAX_SIZE);
-    }
     const auto byteCount = static_cast<std::size_t>(size);
     const std::size_t groups = byteCount / groupBytes;
     const std::size_t rest = byteCount % groupBytes;
     std::size_t characters = groups * groupCharacters;
-    if (rest != 0) {
+    if (rest != 0)
         characters += (flags & base64NoPadding) != 0 ? rest + 1 : groupCharacters;
-    }
-    if ((flags & base64NoLineBreaks) == 0) {
+    if ((flags & base64NoLineBreaks) == 0)
         characters += groups / lineGroups * 2;
-    }
     return characters;
 }
 
-char* encodeBase64(std::span<const std::uint8_t> bytes, std::uint32_t flags, char* out) noexcept {
+char* encodeBase64(std::span<const std::uint8_t> bytes, std::uint32_t flags, char* out) {
     return encode(bytes, flags, out);
 }
 
-wchar_t* encodeBase64(std::span<const std::uint8_t> bytes, std::uint32_t flags, wchar_t* out) noexcept {
+wchar_t* encodeBase64(std::span<const std::uint8_t> bytes, std::uint32_t flags, wchar_t* out) {
     return encode(bytes, flags, out);
 }
 

@@ -33,9 +33,8 @@ public:
     // Takes in the next part of the input, of any length.
     void update(std::span<const std::uint8_t> bytes) noexcept {
         length_ += bytes.size();
-        if (pendingSize_ != 0) {
+        if (pendingSize_ != 0)
             bytes = bytes.subspan(fillPending(bytes));
-        }
         const std::size_t blocks = bytes.size() / blockSize;
         algorithm_.process(bytes.data(), blocks);
         // Nothing is left over here while a block is still being filled.
@@ -58,9 +57,8 @@ public:
         algorithm_.process(pending_.data(), 1);
 
         Value value{};
-        for (std::size_t i = 0; i < Algorithm::wordCount; ++i) {
+        for (std::size_t i = 0; i < Algorithm::wordCount; ++i)
             store(algorithm_.words()[i], value.data() + 4 * i);
-        }
         return value;
     }
 

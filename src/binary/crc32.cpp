@@ -1,5 +1,7 @@
 #include "binary/crc32.h"
 
+#include "core/log.h"
+
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -21,9 +23,8 @@ constexpr std::array<std::uint32_t, 256> makeTable() {
     std::array<std::uint32_t, 256> table{};
     for (std::uint32_t byte = 0; byte < table.size(); ++byte) {
         std::uint32_t value = byte;
-        for (int bit = 0; bit < 8; ++bit) {
+        for (int bit = 0; bit < 8; ++bit)
             value = timesX(value);
-        }
         table[byte] = value;
     }
     return table;
@@ -54,9 +55,8 @@ std::uint32_t loadWord(const std::uint8_t* in) noexcept {
 template <std::size_t laneSize>
 constexpr std::uint32_t makeShift() {
     std::uint32_t value = one;
-    for (std::size_t bit = 0; bit < 8 * laneSize; ++bit) {
+    for (std::size_t bit = 0; bit < 8 * laneSize; ++bit)
         value = timesX(value);
-    }
     return value;
 }
 
@@ -77,36 +77,37 @@ std::uint32_t addLanes(std::uint32_t crc, const std::uint8_t* in, std::index_seq
     std::array<std::uint32_t, laneCount> lanes{crc};
     for (std::size_t offset = 0; offset < laneSize; offset += wordSize) {
         ((lanes[lane] ^= loadWord(in + lane * laneSize + offset)), ...);
-        for (std::size_t i = 0; i < wordSize; ++i) {
+        for (std::size_t i = 0; i < wordSize; ++i)
             ((lanes[lane] = addByte(lanes[lane], 0)), ...);
-        }
     }
     constexpr std::uint32_t shift = makeShift<laneSize>();
     std::uint32_t sum = lanes[0];
-    for (std::size_t i = 1; i < laneCount; ++i) {
+    for (std::size_t i = 1; i < laneCount; ++i)
         sum = multiply(sum, shift) ^ lanes[i];
-    }
     return sum;
 }
 
 template <std::size_t laneSize>
 std::uint32_t addWholeLanes(std::uint32_t crc, std::span<const std::uint8_t>& bytes) noexcept {
-    for (constexpr std::size_t step = laneCount * laneSize; bytes.size() >= step;
-         bytes = bytes.subspan(step)) {
+    for (constexpr std::size_t step = laneCount * laneSize; bytes.size() >= step; bytes = bytes.subspan(step))
         crc = addLanes<laneSize>(crc, bytes.data(), Lanes());
-    }
     return crc;
 }
 
 }  // namespace
 
-std::uint32_t getCrc32(std::span<const std::uint8_t> bytes, std::uint32_t initial) noexcept {
-    std::uint32_t crc = ~initial;
+std::uint32_t getCrc32(std::span<const std::uint8_t> bytes, std::uint32_t initial) {
+    writeLog(LogLevel::debug, L"Corvane::Binary::getCrc32", L"[in] size: ", bytes.size(), L" [in] initial: ",
+             initial);
+    return continueCrc32(bytes, initial);
+}
+
+std::uint32_t continueCrc32(std::span<const std::uint8_t> bytes, std::uint32_t crc) noexcept {
+    crc = ~crc;
     crc = addWholeLanes<4096>(crc, bytes);
     crc = addWholeLanes<128>(crc, bytes);
-    for (const std::uint8_t byte : bytes) {
+    for (const std::uint8_t byte : bytes)
         crc = addByte(crc, byte);
-    }
     return ~crc;
 }
 

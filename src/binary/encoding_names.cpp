@@ -94,26 +94,23 @@ constexpr Family families[] = {
 std::string normalize(std::string_view name) {
     std::string normal;
     for (const char character : name) {
-        if (character >= 'A' && character <= 'Z') {
+        if (character >= 'A' && character <= 'Z')
             normal += static_cast<char>(character - 'A' + 'a');
-        } else if (character != '-' && character != '_' && character != '.') {
+        else if (character != '-' && character != '_' && character != '.')
             normal += character;
-        }
     }
     return normal;
 }
 
 std::optional<NamedEncoding> findInFamily(const Family& family, std::string_view name) {
-    if (!name.starts_with(family.prefix)) {
+    if (!name.starts_with(family.prefix))
         return std::nullopt;
-    }
     name.remove_prefix(family.prefix.size());
     std::uint32_t number = 0;
     const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
     if (error != std::errc() || end != name.data() + name.size() || name.front() == '0' ||
-        std::ranges::find(family.numbers, number) == family.numbers.end()) {
+        std::ranges::find(family.numbers, number) == family.numbers.end())
         return std::nullopt;
-    }
     return NamedEncoding{family.base + number};
 }
 
@@ -122,13 +119,11 @@ std::optional<NamedEncoding> findInFamily(const Family& family, std::string_view
 std::optional<NamedEncoding> findEncoding(std::string_view name) {
     const std::string normal = normalize(name);
     const auto* const found = std::ranges::find(names, std::string_view(normal), &Name::name);
-    if (found != std::end(names)) {
+    if (found != std::end(names))
         return found->encoding;
-    }
     for (const Family& family : families) {
-        if (const auto encoding = findInFamily(family, normal)) {
+        if (const auto encoding = findInFamily(family, normal))
             return encoding;
-        }
     }
     return std::nullopt;
 }

@@ -12,8 +12,8 @@ namespace Corvane {
 
 // Writes two upper-case digits per byte and returns the end of the text; the caller provides the room, and no
 // terminator is written.
-char* encodeHex(std::span<const std::uint8_t> bytes, char* out) noexcept;
-wchar_t* encodeHex(std::span<const std::uint8_t> bytes, wchar_t* out) noexcept;
+char* encodeHex(std::span<const std::uint8_t> bytes, char* out);
+wchar_t* encodeHex(std::span<const std::uint8_t> bytes, wchar_t* out);
 
 // The bytes as upper-case hexadecimal text without separators.
 [[nodiscard]] std::wstring binToHex(std::span<const std::uint8_t> bytes);

@@ -1,5 +1,7 @@
 #include "binary/md5.h"
 
+#include "core/log.h"
+
 #include <bit>
 
 namespace Corvane::Binary {
@@ -107,6 +109,7 @@ void detail::Md5Algorithm::process(const std::uint8_t* blocks, std::size_t count
 }
 
 Bytes getMd5(std::span<const std::uint8_t> bytes) {
+    writeLog(LogLevel::debug, L"Corvane::Binary::getMd5", L"[in] size: ", bytes.size());
     const MD5::Value value = MD5::of(bytes);
     return {value.begin(), value.end()};
 }

@@ -1,5 +1,7 @@
 #include "binary/sha256.h"
 
+#include "core/log.h"
+
 #include <bit>
 
 namespace Corvane::Binary {
@@ -110,6 +112,7 @@ void detail::Sha256Algorithm::process(const std::uint8_t* blocks, std::size_t co
 }
 
 Bytes getSha256(std::span<const std::uint8_t> bytes) {
+    writeLog(LogLevel::debug, L"Corvane::Binary::getSha256", L"[in] size: ", bytes.size());
     const SHA256::Value value = SHA256::of(bytes);
     return {value.begin(), value.end()};
 }

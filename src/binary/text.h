@@ -13,10 +13,4 @@ namespace Corvane::Binary {
 // the log.
 [[nodiscard]] std::string toString(std::span<const std::uint8_t> bytes, std::size_t offset);
 
-namespace detail {
-
-// The same without the log.
-[[nodiscard]] std::string toString(std::span<const std::uint8_t> bytes, std::size_t offset);
-
-}  // namespace detail
 }  // namespace Corvane::Binary

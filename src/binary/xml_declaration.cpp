@@ -44,26 +44,23 @@ public:
 
     bool skipSpace() noexcept {
         const std::size_t start = index_;
-        while (isSpace(peek())) {
+        while (isSpace(peek()))
             ++index_;
-        }
         return index_ != start;
     }
 
     bool take(std::string_view expected) noexcept {
         for (std::size_t i = 0; i < expected.size(); ++i) {
-            if (text_.at(index_ + i) != expected[i]) {
+            if (text_.at(index_ + i) != expected[i])
                 return false;
-            }
         }
         index_ += expected.size();
         return true;
     }
 
     void require(std::string_view expected) {
-        if (!take(expected)) {
+        if (!take(expected))
             throw Exception(E_XML_INVALID);
-        }
     }
 
     // White space and `name="value"`, or nothing (and no move) where another thing stands.
@@ -84,14 +81,12 @@ private:
     // document's end.
     std::string takeQuoted() {
         const char quote = peek();
-        if (quote != '"' && quote != '\'') {
+        if (quote != '"' && quote != '\'')
             throw Exception(E_XML_INVALID);
-        }
         std::string value;
         for (++index_; peek() != quote; ++index_) {
-            if (peek() == AsciiUnits::end || peek() == '<') {
+            if (peek() == AsciiUnits::end || peek() == '<')
                 throw Exception(E_XML_INVALID);
-            }
             value += peek();
         }
         ++index_;
@@ -105,55 +100,47 @@ private:
 // Production 23: XMLDecl ::= '<?xml' VersionInfo EncodingDecl? SDDecl? S? '?>', from behind "<?xml" on.
 std::string readDeclaration(Cursor& cursor) {
     const auto version = cursor.takeAttribute("version");
-    if (!version || !isVersion(*version)) {
+    if (!version || !isVersion(*version))
         throw Exception(E_XML_INVALID);
-    }
     const auto encoding = cursor.takeAttribute("encoding");
     const auto standalone = cursor.takeAttribute("standalone");
-    if (standalone && *standalone != "yes" && *standalone != "no") {
+    if (standalone && *standalone != "yes" && *standalone != "no")
         throw Exception(E_XML_INVALID);
-    }
     cursor.skipSpace();
     cursor.require("?>");
-    if (encoding && !isEncodingName(*encoding)) {
+    if (encoding && !isEncodingName(*encoding))
         throw Exception(E_XML_ENCODING);
-    }
     return encoding.value_or(std::string());
 }
 
 // "<?xml" alone; "<?xml-stylesheet" is a processing instruction like others.
 bool takeDeclarationStart(Cursor& cursor) {
     Cursor ahead = cursor;
-    if (!ahead.take("<?xml") || (!isSpace(ahead.peek()) && ahead.peek() != '?')) {
+    if (!ahead.take("<?xml") || (!isSpace(ahead.peek()) && ahead.peek() != '?'))
         return false;
-    }
     return cursor.take("<?xml");
 }
 
 void requireMarkup(Cursor cursor) {
     cursor.skipSpace();
-    if (takeDeclarationStart(cursor)) {
+    if (takeDeclarationStart(cursor))
         throw Exception(E_XML_INVALID);
-    }
     cursor.require("<");
     const char next = cursor.peek();
-    if (!isLetter(next) && std::string_view("_:!?\x7F").find(next) == std::string_view::npos) {
+    if (!isLetter(next) && std::string_view("_:!?\x7F").find(next) == std::string_view::npos)
         throw Exception(E_XML_INVALID);
-    }
 }
 
 }  // namespace
 
 char AsciiUnits::at(std::size_t index) const noexcept {
-    if (index >= bytes_.size() / unitSize_) {
+    if (index >= bytes_.size() / unitSize_)
         return end;
-    }
     const auto unit = bytes_.subspan(index * unitSize_, unitSize_);
     const std::size_t lowest = order_ == std::endian::little ? 0 : unitSize_ - 1;
     for (std::size_t i = 0; i < unitSize_; ++i) {
-        if (i != lowest && unit[i] != 0) {
+        if (i != lowest && unit[i] != 0)
             return other;
-        }
     }
     return unit[lowest] < 0x80 ? static_cast<char>(unit[lowest]) : other;
 }

@@ -1,16 +1,16 @@
 #include "binary/xml_encoding.h"
 
+#include "binary/encoding_guess.h"
 #include "binary/encoding_names.h"
 #include "binary/utf.h"
 #include "binary/xml_declaration.h"
 #include "core/errors.h"
 #include "core/exception.h"
-
-#include <uchardet/uchardet.h>
+#include "core/log.h"
+#include "core/wide_text.h"
 
 #include <algorithm>
 #include <bit>
-#include <memory>
 #include <optional>
 
 namespace Corvane {
@@ -55,12 +55,10 @@ XmlEncoding matchPatterns(std::span<const std::uint8_t> document) {
         return text.starts_with(pattern.bytes);
     };
     const auto* const found = std::ranges::find_if(patterns, starts);
-    if (found == std::end(patterns)) {
+    if (found == std::end(patterns))
         return {codePageUnknown, 0};
-    }
-    if (found->encoding.codePage == codePageUnsupported) {
+    if (found->encoding.codePage == codePageUnsupported)
         throw Exception(E_XML_DECODE);
-    }
     return found->encoding;
 }
 
@@ -85,40 +83,19 @@ constexpr std::endian byteOrder(std::uint32_t codePage) noexcept {
 // The declared encoding, if the bytes seen before the declaration allow it.
 std::uint32_t reconcile(const NamedEncoding& declared, std::uint32_t seen) {
     const bool sizesAgree = unitSize(declared.codePage) == unitSize(seen);
-    if (seen == codePageUnknown && sizesAgree) {
+    if (seen == codePageUnknown && sizesAgree)
         return declared.codePage;
-    }
-    if (declared.codePage == seen || (declared.anyByteOrder && sizesAgree)) {
+    if (declared.codePage == seen || (declared.anyByteOrder && sizesAgree))
         return seen;
-    }
     throw Exception(E_XML_ENCODING);
 }
 
-// The detector weighs frequencies of letters: more text than this changes nothing.
-constexpr std::size_t detectorLimit = std::size_t{1} << 20;
-
-// The encoding that text in single bytes looks like, from its first character outside ASCII on.
-std::optional<std::uint32_t> guessCodePage(std::span<const std::uint8_t> text) {
-    const auto first = std::ranges::find_if(text, [](std::uint8_t byte) { return byte >= 0x80; });
-    const auto left = static_cast<std::size_t>(text.end() - first);
-    const std::unique_ptr<uchardet, decltype(&uchardet_delete)> detector(uchardet_new(), &uchardet_delete);
-    if (!detector || uchardet_handle_data(detector.get(), asText({first, left}).data(),
-                                          std::min(left, detectorLimit)) != 0) {
-        return std::nullopt;
-    }
-    uchardet_data_end(detector.get());
-    const auto encoding = findEncoding(uchardet_get_charset(detector.get()));
-    if (!encoding || unitSize(encoding->codePage) != 1 || encoding->codePage == codePageUtf8) {
-        return std::nullopt;
-    }
-    return encoding->codePage;
-}
-
 std::uint32_t findUndeclared(std::span<const std::uint8_t> text) {
-    if (isUtf8(text)) {
+    if (isUtf8(text))
         return codePageUtf8;
-    }
     if (const auto guess = guessCodePage(text)) {
+        writeLog(LogLevel::info, L"Corvane::findXmlEncoding", L"no encoding declared, guessed code page: ",
+                 *guess, L", size: ", text.size());
         return *guess;
     }
     throw Exception(E_XML_DECODE);
@@ -128,8 +105,17 @@ bool isAscii(std::span<const std::uint8_t> text) {
     return std::ranges::all_of(text, [](std::uint8_t byte) { return byte < 0x80; });
 }
 
-std::optional<std::wstring> decodeText(std::span<const std::uint8_t> text, std::uint32_t codePage,
-                                       CodePageDecoder decode) {
+// The text in a code page of the system's.
+std::optional<std::wstring> decodeCodePage(std::uint32_t codePage, std::span<const std::uint8_t> text) {
+    try {
+        return multiToWide(codePage, asText(text));
+    } catch (const Exception&) {
+        // The line in the log is multiToWide's; to the script it is the document's encoding that is wrong.
+        return std::nullopt;
+    }
+}
+
+std::optional<std::wstring> decodeText(std::span<const std::uint8_t> text, std::uint32_t codePage) {
     switch (codePage) {
         case codePageUtf8:
             return utf8ToWide(text);
@@ -142,7 +128,7 @@ std::optional<std::wstring> decodeText(std::span<const std::uint8_t> text, std::
         case codePageUtf32Be:
             return utf32ToWide(text, byteOrder(codePage));
         default:
-            return decode(codePage, asText(text));
+            return decodeCodePage(codePage, text);
     }
 }
 
@@ -155,9 +141,8 @@ XmlEncoding findXmlEncoding(std::span<const std::uint8_t> document) {
         readXmlEncodingName(AsciiUnits(text, unitSize(encoding.codePage), byteOrder(encoding.codePage)));
     if (!name.empty()) {
         const auto declared = findEncoding(name);
-        if (!declared) {
+        if (!declared)
             throw Exception(E_XML_ENCODING);
-        }
         encoding.codePage = reconcile(*declared, encoding.codePage);
     } else if (encoding.codePage == codePageUnknown) {
         encoding.codePage = findUndeclared(text);
@@ -165,12 +150,12 @@ XmlEncoding findXmlEncoding(std::span<const std::uint8_t> document) {
     return encoding;
 }
 
-std::wstring decodeXml(std::span<const std::uint8_t> document, CodePageDecoder decode) {
+std::wstring Binary::toXmlString(std::span<const std::uint8_t> document) {
+    writeLog(LogLevel::debug, L"Corvane::Binary::toXmlString", L"[in] size: ", document.size());
     const XmlEncoding encoding = findXmlEncoding(document);
-    auto text = decodeText(document.subspan(encoding.markSize), encoding.codePage, decode);
-    if (!text) {
+    auto text = decodeText(document.subspan(encoding.markSize), encoding.codePage);
+    if (!text)
         throw Exception(E_XML_ENCODING);
-    }
     return *std::move(text);
 }
 

@@ -19,7 +19,9 @@ struct XmlEncoding {
 //   2. a "<" in two or four bytes: UTF-16 or UTF-32 without a mark;
 //   3. the encoding that the XML declaration names;
 //   4. UTF-8, if the bytes are well-formed UTF-8;
-//   5. what the bytes look like: documents of old programs that declare nothing.
+//   5. what the bytes look like, if that is certain enough (see `guessCodePage`): Russian documents of old
+//   programs
+//      that declare nothing. A guess is a line in the log.
 //
 // Throws `Exception`:
 //
@@ -32,13 +34,13 @@ struct XmlEncoding {
 // of the characters ("UTF-16" in a text of single bytes, "windows-1251" behind a mark).
 [[nodiscard]] XmlEncoding findXmlEncoding(std::span<const std::uint8_t> document);
 
-// Decodes text in a code page that is not one of Unicode; may throw anything.
-using CodePageDecoder = std::wstring (*)(std::uint32_t codePage, std::string_view text);
+namespace Binary {
 
-// The text of a document as UTF-16 code units, without the byte-order mark. Throws like `findXmlEncoding`,
-// and E_XML_ENCODING for bytes that are not well-formed in the document's Unicode encoding, or not ASCII if
-// that was declared. Other encodings are left to `decode`, which replaces what it does not know as the system
-// does.
-[[nodiscard]] std::wstring decodeXml(std::span<const std::uint8_t> document, CodePageDecoder decode);
+// The text of an XML document, decoded by its own encoding, as UTF-16 code units and without the byte-order
+// mark. Throws like `findXmlEncoding`, and E_XML_ENCODING for bytes that are not well-formed in the
+// document's Unicode encoding, or not ASCII if that was declared, and for a code page that this system does
+// not have. What other code pages do not know is replaced as the system does.
+[[nodiscard]] std::wstring toXmlString(std::span<const std::uint8_t> document);
 
+}  // namespace Binary
 }  // namespace Corvane

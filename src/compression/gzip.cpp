@@ -5,6 +5,7 @@
 #include "compression/sink.h"
 #include "core/errors.h"
 #include "core/exception.h"
+#include "core/log.h"
 #include "stream/stream_loop.h"
 
 #include <algorithm>
@@ -27,12 +28,10 @@ public:
     explicit Deflater(int level) : piece_(pieceSize) {
         const int status =
             deflateInit2(&stream_, level, Z_DEFLATED, gzipWindowBits, gzipMemoryLevel, Z_DEFAULT_STRATEGY);
-        if (status == Z_MEM_ERROR) {
+        if (status == Z_MEM_ERROR)
             throw std::bad_alloc();
-        }
-        if (status != Z_OK) {
+        if (status != Z_OK)
             throw Exception(E_GZIP_OPEN);
-        }
         clearPiece();
     }
     ~Deflater() { deflateEnd(&stream_); }
@@ -45,13 +44,11 @@ public:
                 static_cast<uInt>(std::min<std::size_t>(input.size(), std::numeric_limits<uInt>::max()));
             stream_.next_in = const_cast<Bytef*>(input.data());  // zlib reads only
             stream_.avail_in = given;
-            if (deflate(&stream_, Z_NO_FLUSH) != Z_OK) {
+            if (deflate(&stream_, Z_NO_FLUSH) != Z_OK)
                 throw Exception(E_GZIP);
-            }
             input = input.subspan(given - stream_.avail_in);
-            if (stream_.avail_out == 0) {
+            if (stream_.avail_out == 0)
                 flush(sink);
-            }
         }
     }
 
@@ -61,9 +58,8 @@ public:
             status = deflate(&stream_, Z_FINISH);
             flush(sink);
         }
-        if (status != Z_STREAM_END) {
+        if (status != Z_STREAM_END)
             throw Exception(E_GZIP);
-        }
     }
 
 private:
@@ -91,17 +87,15 @@ public:
             } else {
                 place_ = nextPlace(input.front());
                 input = input.subspan(1);
-                if (place_ == Place::inMember) {
+                if (place_ == Place::inMember)
                     beginMember(sink);
-                }
             }
         }
     }
 
     void finish() const {
-        if (place_ == Place::inMember || place_ == Place::afterFirstMark) {
+        if (place_ == Place::inMember || place_ == Place::afterFirstMark)
             throw Exception(E_UNGZIP_BAD);
-        }
     }
 
 private:
@@ -114,9 +108,8 @@ private:
     static constexpr std::array<std::uint8_t, 2> mark{0x1F, 0x8B};
 
     Place nextPlace(std::uint8_t byte) const noexcept {
-        if (place_ == Place::betweenMembers) {
+        if (place_ == Place::betweenMembers)
             return byte == mark[0] ? Place::afterFirstMark : Place::behind;
-        }
         return byte == mark[1] ? Place::inMember : Place::behind;
     }
 
@@ -145,6 +138,8 @@ private:
 }  // namespace
 
 void gzip(std::span<const std::uint8_t> input, Bytes& output, int mode) {
+    writeLog(LogLevel::debug, L"Corvane::Compression::gzip", L"[in] size: ", input.size(), L" [in] mode: ",
+             mode);
     Bytes result;
     const Sink sink = appendTo(result);
     Deflater deflater(zlibLevel(mode));
@@ -154,6 +149,7 @@ void gzip(std::span<const std::uint8_t> input, Bytes& output, int mode) {
 }
 
 void ungzip(std::span<const std::uint8_t> input, Bytes& output) {
+    writeLog(LogLevel::debug, L"Corvane::Compression::ungzip", L"[in] size: ", input.size());
     Bytes result;
     MemberReader reader;
     reader.feed(input, appendTo(result));
@@ -163,28 +159,30 @@ void ungzip(std::span<const std::uint8_t> input, Bytes& output) {
 
 void gzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
                    const SharedProgress& progress, int mode) {
-    if (&input == &output) {
+    writeLog(LogLevel::debug, L"Corvane::Compression::gzipFileAsync", L"[in] input: ", input,
+             L" [in] output: ", output, L" [in] mode: ", mode);
+    if (&input == &output)
         throw Exception(E_GZIP_OPEN);
-    }
     OutputRange range(output);
     const Sink sink = range.sink();
     Deflater deflater(zlibLevel(mode));
     Stream::forEachBlock(input, pieceSize, progress,
-                         [&](std::span<const std::uint8_t> block) { deflater.write(block, sink); });
+                         [&](std::span<const std::uint8_t> block, bool) { deflater.write(block, sink); });
     deflater.finish(sink);
     range.commit();
 }
 
 void ungzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
                      const SharedProgress& progress) {
-    if (&input == &output) {
+    writeLog(LogLevel::debug, L"Corvane::Compression::ungzipFileAsync", L"[in] input: ", input,
+             L" [in] output: ", output);
+    if (&input == &output)
         throw Exception(E_UNGZIP);
-    }
     OutputRange range(output);
     const Sink sink = range.sink();
     MemberReader reader;
     Stream::forEachBlock(input, pieceSize, progress,
-                         [&](std::span<const std::uint8_t> block) { reader.feed(block, sink); });
+                         [&](std::span<const std::uint8_t> block, bool) { reader.feed(block, sink); });
     reader.finish();
     range.commit();
 }

@@ -10,9 +10,8 @@ namespace Corvane::Compression::detail {
 
 Inflater::Inflater(int windowBits, const ErrorDescriptor& failure) : piece_(pieceSize), failure_(failure) {
     const int status = inflateInit2(&stream_, windowBits);
-    if (status != Z_OK) {
+    if (status != Z_OK)
         fail(status);
-    }
 }
 
 Inflater::~Inflater() {
@@ -38,9 +37,8 @@ Inflater::State Inflater::run(std::span<const std::uint8_t>& input, const Sink& 
 }
 
 void Inflater::fail(int status) const {
-    if (status == Z_MEM_ERROR) {
+    if (status == Z_MEM_ERROR)
         throw std::bad_alloc();
-    }
     throw Exception(failure_);
 }
 
@@ -54,9 +52,8 @@ int Inflater::step(std::span<const std::uint8_t>& input, const Sink& sink) {
     const int status = inflate(&stream_, Z_NO_FLUSH);
     input = input.subspan(given - stream_.avail_in);
     const std::size_t made = piece_.size() - stream_.avail_out;
-    if (made > 0) {
+    if (made > 0)
         sink(std::span<const std::uint8_t>(piece_).first(made));
-    }
     return status;
 }
 

@@ -48,9 +48,8 @@ decltype(auto) naming(std::wstring_view name, Work&& work, std::uint32_t unrelat
     try {
         return std::forward<Work>(work)();
     } catch (const Exception& cause) {
-        if (cause.code() == E_CANCELED.code || cause.code() == unrelated) {
+        if (cause.code() == E_CANCELED.code || cause.code() == unrelated)
             throw;
-        }
         throw NamedException(cause, name);
     }
 }

@@ -21,9 +21,8 @@ public:
     OutputRange& operator=(const OutputRange&) = delete;
 
     ~OutputRange() {
-        if (committed_ || !written_) {
+        if (committed_ || !written_)
             return;
-        }
         try {
             kept_->resize(begin_);
         } catch (...) {
@@ -31,9 +30,14 @@ public:
         }
     }
 
-    // The stream, to be written.
+    std::uint64_t begin() const noexcept { return begin_; }
+
+    // For who writes the stream himself, before he does.
+    void noteWriting() noexcept { written_ = true; }
+
+    // The stream, to be written at once.
     Stream::IBinaryStream& stream() noexcept {
-        written_ = true;
+        noteWriting();
         return stream_;
     }
 
@@ -43,9 +47,8 @@ public:
 
     void commit() {
         const Stream::State state = stream_.state();
-        if (state.position < state.size) {
+        if (state.position < state.size)
             stream_.resize(state.position);
-        }
         committed_ = true;
     }
 

@@ -18,9 +18,8 @@ using Sink = std::function<void(std::span<const std::uint8_t>)>;
 // Throws Exception E_BINARY_MAX_SIZE beyond largestBinary.
 inline Sink appendTo(Bytes& bytes) {
     return [&bytes](std::span<const std::uint8_t> piece) {
-        if (piece.size() > largestBinary - bytes.size()) {
+        if (piece.size() > largestBinary - bytes.size())
             throw Exception(E_BINARY_MAX_SIZE);
-        }
         bytes.insert(bytes.end(), piece.begin(), piece.end());
     };
 }

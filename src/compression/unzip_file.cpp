@@ -1,8 +1,6 @@
 #include "compression/unzip_file.h"
 
 #include "compression/inflater.h"
-#include "compression/little_endian.h"
-#include "compression/zip_end.h"
 #include "compression/zip_name.h"
 #include "core/errors.h"
 
@@ -19,29 +17,11 @@ namespace {
 constexpr uLong encryptedFlags = 1 << 0 | 1 << 13;
 constexpr std::uint16_t stored = 0;
 
-// With this number of entries minizip cannot tell 65535 from more of them.
-constexpr std::uint64_t uncertainCount = 0xFFFF;
-
-constexpr std::uint64_t inZip64Field = 0xFFFFFFFF;
-
-// APPNOTE.TXT 4.5.3. minizip 1.1 does not look here where a long has 64 bits.
-void readZip64Sizes(ZipEntry& entry, std::span<const std::uint8_t> extra) {
-    constexpr std::uint16_t zip64Field = 0x0001;
-    std::span<const std::uint8_t> field = extraField(extra, zip64Field);
-    for (std::uint64_t* size : {&entry.size, &entry.packedSize}) {
-        if (*size == inZip64Field && field.size() >= sizeof(*size)) {
-            *size = littleEndian(field.first(sizeof(*size)));
-            field = field.subspan(sizeof(*size));
-        }
-    }
-}
-
 }  // namespace
 
 void checkSupported(const ZipEntry& entry) {
-    if (entry.encrypted) {
+    if (entry.encrypted)
         throw ZipException(E_UNZIP, L"элемент архива зашифрован");
-    }
     if (entry.method != stored && entry.method != Z_DEFLATED) {
         throw ZipException(E_UNZIP_BAD,
                            L"метод сжатия " + std::to_wstring(entry.method) + L" не поддерживается");
@@ -57,21 +37,24 @@ Bytes roomFor(const ZipEntry& entry, std::uint64_t archiveSize) {
     return bytes;
 }
 
-UnZipFile::UnZipFile(std::unique_ptr<ZipIo> io, void* handle)
-    : io_(std::move(io)), handle_(handle), hasEntry_(handle && entryCount() > 0) {}
+UnZipFile::UnZipFile(std::unique_ptr<ZipIo> io, void* handle, ZipEnd end)
+    : io_(std::move(io)), handle_(handle), end_(std::move(end)), hasEntry_(handle != nullptr) {}
 
 UnZipFile UnZipFile::open(std::unique_ptr<ZipStorage> storage) {
-    auto io = std::make_unique<ZipIo>(std::move(storage));
-    if (isEmptyArchive(io->storage())) {
-        return UnZipFile(std::move(io), nullptr);
-    }
+    std::optional<ZipEnd> end = readEnd(*storage);
+    if (!end || (end->size == 0 && end->entries != 0))
+        throw Exception(E_ZIP_OPEN);
+    auto io = std::make_unique<ZipIo>(std::move(storage), end->begin);
+    // minizip may fail to find the end of an archive without entries.
+    if (end->size == 0)
+        return UnZipFile(std::move(io), nullptr, *std::move(end));
     zlib_filefunc64_def functions = io->functions();
     void* handle = unzOpen2_64("", &functions);
     if (!handle) {
         io->rethrow();
         throw Exception(E_ZIP_OPEN);
     }
-    return UnZipFile(std::move(io), handle);
+    return UnZipFile(std::move(io), handle, *std::move(end));
 }
 
 UnZipFile UnZipFile::open(Stream::IBinaryStream& stream) {
@@ -79,39 +62,37 @@ UnZipFile UnZipFile::open(Stream::IBinaryStream& stream) {
 }
 
 UnZipFile::~UnZipFile() {
-    if (handle_) {
+    if (handle_)
         unzClose(handle_);
-    }
-}
-
-std::uint64_t UnZipFile::entryCount() const {
-    unz_global_info64 info{};
-    return unzGetGlobalInfo64(handle_, &info) == UNZ_OK ? info.number_entry : 0;
 }
 
 void UnZipFile::next() {
-    const int status = unzGoToNextFile(handle_);
-    io_->rethrow();
-    if (status == UNZ_OK) {
-        return;
-    }
-    hasEntry_ = false;
-    if (status != UNZ_END_OF_LIST_OF_FILE && entryCount() != uncertainCount) {
-        throw Exception(E_ZIP_NEXT_FILE);
-    }
-}
-
-void UnZipFile::select(const ZipEntry& entry) {
-    const unz64_file_pos position{entry.directoryPosition, entry.number};
-    const int status = handle_ ? unzGoToFilePos64(handle_, &position) : UNZ_PARAMERROR;
+    // APPNOTE.TXT 4.3.12: the header, and what has a length of its own.
+    constexpr std::uint64_t headerSize = 46;
+    unz_file_info64 info{};
+    const int status = unzGetCurrentFileInfo64(handle_, &info, nullptr, 0, nullptr, 0, nullptr, 0);
     io_->rethrow();
     hasEntry_ = status == UNZ_OK;
-    if (!hasEntry_) {
-        throw Exception(E_ZIP_FILE_INFO);
-    }
+    if (!hasEntry_)
+        return;
+    ++passed_;
+    const std::uint64_t size =
+        headerSize + info.size_filename + info.size_file_extra + info.size_file_comment;
+    select(position_ + size);
 }
 
-ZipEntry UnZipFile::entry() {
+bool UnZipFile::isAtEnd() const noexcept {
+    return passed_ == end_.entries || (passed_ > end_.entries && position_ == end_.size);
+}
+
+void UnZipFile::select(std::uint64_t directoryPosition) {
+    position_ = directoryPosition;
+    const unz64_file_pos position{end_.directory + position_, 0};
+    hasEntry_ = handle_ && position_ < end_.size && unzGoToFilePos64(handle_, &position) == UNZ_OK;
+    io_->rethrow();
+}
+
+ZipEntry UnZipFile::entry(const ErrorDescriptor& failure) {
     unz_file_info64 info{};
     constexpr uLong longest = 0xFFFF;  // both lengths have 16 bits
     name_.resize(longest);
@@ -119,10 +100,8 @@ ZipEntry UnZipFile::entry() {
     const int status =
         unzGetCurrentFileInfo64(handle_, &info, name_.data(), longest, extra_.data(), longest, nullptr, 0);
     io_->rethrow();
-    unz64_file_pos position{};
-    if (status != UNZ_OK || unzGetFilePos64(handle_, &position) != UNZ_OK) {
-        throw Exception(E_ZIP_FILE_INFO);
-    }
+    if (status != UNZ_OK)
+        throw Exception(failure);
     const auto name = std::string_view(name_).substr(0, info.size_filename);
     const auto extra = std::span<const std::uint8_t>(extra_).first(info.size_file_extra);
 
@@ -131,19 +110,17 @@ ZipEntry UnZipFile::entry() {
         {name, extra, static_cast<std::uint16_t>(info.version), static_cast<std::uint16_t>(info.flag)});
     entry.size = info.uncompressed_size;
     entry.packedSize = info.compressed_size;
-    readZip64Sizes(entry, extra);
     entry.crc = static_cast<std::uint32_t>(info.crc);
     entry.date = ZipDate::unpack(static_cast<std::uint32_t>(info.dosDate));
     entry.directory = entry.name.ends_with('/');
     entry.encrypted = (info.flag & encryptedFlags) != 0;
     entry.method = static_cast<std::uint16_t>(info.compression_method);
-    entry.directoryPosition = position.pos_in_zip_directory;
-    entry.number = position.num_of_file;
+    entry.directoryPosition = position_;
     return entry;
 }
 
 void UnZipFile::extract(const Sink& sink) {
-    const ZipEntry current = entry();
+    const ZipEntry current = entry(E_UNZIP);
     openContent(current);
     try {
         readContent(current, sink);
@@ -162,9 +139,8 @@ void UnZipFile::openContent(const ZipEntry& entry) {
     int level = 0;
     const int status = unzOpenCurrentFile2(handle_, &method, &level, 1);
     io_->rethrow();
-    if (status != UNZ_OK) {
+    if (status != UNZ_OK)
         throw Exception(status == UNZ_BADZIPFILE ? E_UNZIP_BAD : E_UNZIP);
-    }
 }
 
 void UnZipFile::readContent(const ZipEntry& entry, const Sink& sink) {
@@ -172,9 +148,8 @@ void UnZipFile::readContent(const ZipEntry& entry, const Sink& sink) {
     uLong crc = 0;
     const Sink checked = [&](std::span<const std::uint8_t> piece) {
         size += piece.size();
-        if (size > entry.size) {
+        if (size > entry.size)
             throw Exception(E_UNZIP);
-        }
         crc = crc32(crc, piece.data(), static_cast<uInt>(piece.size()));
         sink(piece);
     };
@@ -185,19 +160,16 @@ void UnZipFile::readContent(const ZipEntry& entry, const Sink& sink) {
     for (;;) {
         const int count = unzReadCurrentFile(handle_, block.data(), static_cast<unsigned>(block.size()));
         io_->rethrow();
-        if (count <= 0) {
+        if (count <= 0)
             break;
-        }
         auto input = std::span<const std::uint8_t>(block).first(static_cast<std::size_t>(count));
-        if (entry.method == stored) {
+        if (entry.method == stored)
             checked(input);
-        } else if (state == Inflater::State::needsInput) {
+        else if (state == Inflater::State::needsInput)
             state = inflater.run(input, checked);
-        }
     }
-    if (state != Inflater::State::finished || size != entry.size || crc != entry.crc) {
+    if (state != Inflater::State::finished || size != entry.size || crc != entry.crc)
         throw Exception(E_UNZIP);
-    }
 }
 
 }  // namespace Corvane::Compression::detail

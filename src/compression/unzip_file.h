@@ -2,6 +2,7 @@
 #pragma once
 
 #include "compression/sink.h"
+#include "compression/zip_end.h"
 #include "compression/zip_entry.h"
 #include "compression/zip_io.h"
 #include "core/exception.h"
@@ -50,29 +51,42 @@ public:
 
     bool hasEntry() const noexcept { return hasEntry_; }
 
-    // Moves on. Throws Exception E_ZIP_NEXT_FILE when the archive's directory is broken there.
+    // Moves on in the directory, whose length counts and not the number of entries that the archive states.
+    // There is no entry any more where it is broken.
     void next();
 
-    // Moves to an entry of this archive. Throws Exception E_ZIP_FILE_INFO.
-    void select(const ZipEntry& entry);
+    // Whether no entry is left: all of the directory was moved through, and as many entries as it should
+    // have, or these are followed by something else, a signature for one.
+    bool isAtEnd() const noexcept;
 
-    // What the directory says. Throws Exception E_ZIP_FILE_INFO.
-    ZipEntry entry();
+    // The part of the directory that was moved through.
+    std::uint64_t position() const noexcept { return position_; }
+
+    // Moves to an entry of this archive, by its place in the directory.
+    void select(std::uint64_t directoryPosition);
+
+    // What the directory says. Throws an Exception with `failure`.
+    ZipEntry entry(const ErrorDescriptor& failure);
+
+    // Where the archive and its directory lie.
+    const ZipEnd& end() const noexcept { return end_; }
 
     // Restores the content, not more than the directory says. Throws Exception E_UNZIP_BAD when it cannot be
-    // opened because the archive is broken or uses another method than deflate; E_UNZIP when it is encrypted,
-    // cut off or damaged.
+    // opened because its local header disagrees with the directory or it uses another method than deflate;
+    // E_UNZIP when it is encrypted, cut off or damaged.
     void extract(const Sink& sink);
 
 private:
-    UnZipFile(std::unique_ptr<ZipIo> io, void* handle);
+    UnZipFile(std::unique_ptr<ZipIo> io, void* handle, ZipEnd end);
 
-    std::uint64_t entryCount() const;
     void openContent(const ZipEntry& entry);
     void readContent(const ZipEntry& entry, const Sink& sink);
 
     std::unique_ptr<ZipIo> io_;
     void* handle_;  // null for an archive without entries
+    ZipEnd end_;
+    std::uint64_t position_ = 0;  // in the directory
+    std::uint64_t passed_ = 0;    // entries
     bool hasEntry_ = false;
     // Room for those of one entry, made once: there may be very many entries.
     std::string name_;

@@ -6,6 +6,7 @@
 #include "compression/zip_file.h"
 #include "core/errors.h"
 #include "core/exception.h"
+#include "core/log.h"
 #include "stream/stream_loop.h"
 
 #include <utility>
@@ -20,17 +21,17 @@ ZipFile::Entry onlyEntry(std::uint64_t size, int mode) {
 }
 
 void selectNumber(UnZipFile& archive, unsigned numFile) {
-    for (unsigned number = 1; number < numFile && archive.hasEntry(); ++number) {
+    for (unsigned number = 1; number < numFile && archive.hasEntry(); ++number)
         archive.next();
-    }
-    if (!archive.hasEntry()) {
+    if (!archive.hasEntry())
         throw Exception(E_UNZIP_OUT_OF_RANGE);
-    }
 }
 
 }  // namespace
 
 void zip(std::span<const std::uint8_t> input, Bytes& output, int mode) {
+    writeLog(LogLevel::debug, L"Corvane::Compression::zip", L"[in] size: ", input.size(), L" [in] mode: ",
+             mode);
     Bytes result;
     ZipFile archive = ZipFile::open(bytesStorage(result));
     archive.openEntry(onlyEntry(input.size(), mode), E_ZIP_OPEN);
@@ -41,25 +42,28 @@ void zip(std::span<const std::uint8_t> input, Bytes& output, int mode) {
 }
 
 void unzip(std::span<const std::uint8_t> input, Bytes& output, unsigned numFile) {
+    writeLog(LogLevel::debug, L"Corvane::Compression::unzip", L"[in] size: ", input.size(), L" [in] file: ",
+             numFile);
     UnZipFile archive = UnZipFile::open(spanStorage(input));
     selectNumber(archive, numFile);
-    Bytes result = roomFor(archive.entry(), input.size());
+    Bytes result = roomFor(archive.entry(E_UNZIP), input.size());
     archive.extract(appendTo(result));
     output = std::move(result);
 }
 
 void zipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output, const SharedProgress& progress,
                   int mode) {
-    if (&input == &output) {
+    writeLog(LogLevel::debug, L"Corvane::Compression::zipFileAsync", L"[in] input: ", input,
+             L" [in] output: ", output, L" [in] mode: ", mode);
+    if (&input == &output)
         throw Exception(E_ZIP_OPEN);
-    }
     Stream::throwIfCanceled(progress);
     OutputRange range(output);
-    ZipFile archive = ZipFile::open(range.stream());
+    ZipFile archive = ZipFile::open(streamStorage(output, range.begin(), [&] { range.noteWriting(); }));
     const Stream::State state = input.state();
     archive.openEntry(onlyEntry(state.size - state.position, mode), E_ZIP_OPEN);
     Stream::forEachBlock(input, pieceSize, progress,
-                         [&](std::span<const std::uint8_t> block) { archive.write(block); });
+                         [&](std::span<const std::uint8_t> block, bool) { archive.write(block); });
     archive.closeEntry();
     archive.close();
     range.commit();
@@ -67,21 +71,20 @@ void zipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output, c
 
 void unzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output, unsigned numFile,
                     const SharedProgress& progress) {
-    if (&input == &output) {
+    writeLog(LogLevel::debug, L"Corvane::Compression::unzipFileAsync", L"[in] input: ", input,
+             L" [in] output: ", output, L" [in] file: ", numFile);
+    if (&input == &output)
         throw Exception(E_ZIP_OPEN);
-    }
     OutputRange range(output);
     UnZipFile archive = UnZipFile::open(input);
     selectNumber(archive, numFile);
-    if (progress) {
-        progress->start(archive.entry().size);
-    }
+    if (progress)
+        progress->start(archive.entry(E_UNZIP).size);
     archive.extract([&](std::span<const std::uint8_t> piece) {
         Stream::throwIfCanceled(progress);
         range.stream().write(piece);
-        if (progress) {
+        if (progress)
             progress->add(piece.size());
-        }
     });
     Stream::throwIfCanceled(progress);
     range.commit();

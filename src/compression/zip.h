@@ -19,8 +19,9 @@ void zip(std::span<const std::uint8_t> input, Bytes& output, int mode = defaultM
 
 // Replaces `output` with the content of entry `numFile`, counted from 1; 0 is the first as well. On a failure
 // it stays as it was: std::bad_alloc, Exception E_ZIP_OPEN when the input is no archive, E_UNZIP_OUT_OF_RANGE
-// when it has fewer entries, E_ZIP_NEXT_FILE when its directory is broken, E_UNZIP_BAD when the entry is
-// broken or compressed by an unsupported method, E_UNZIP when it is encrypted, cut off or damaged.
+// when it has fewer entries or its directory is broken before that one, E_UNZIP_BAD when the entry's local
+// header disagrees with the directory or names an unsupported method, E_UNZIP when the entry is encrypted,
+// cut off or damaged.
 void unzip(std::span<const std::uint8_t> input, Bytes& output, unsigned numFile);
 
 // The same with a fixed amount of memory: the archive or the content begins at the position of `output`,

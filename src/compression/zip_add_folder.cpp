@@ -1,11 +1,14 @@
 #include "compression/named_exception.h"
+#include "compression/unzip_file.h"
 #include "compression/zip_disk_date.h"
 #include "compression/zip_folder.h"
+#include "compression/zip_name.h"
 #include "core/errors.h"
+#include "core/log.h"
 #include "core/system_exception.h"
-#include "core/text.h"
-#include "stream/file.h"
-#include "stream/file_system.h"
+#include "core/wide_text.h"
+#include "files/file.h"
+#include "files/file_system.h"
 #include "stream/stream_loop.h"
 
 #include <algorithm>
@@ -32,9 +35,8 @@ class OwnFile {
 public:
     explicit OwnFile(const ZipArchive& archive) {
         const auto stream = archive.openStream();
-        if (const auto* file = dynamic_cast<const File*>(stream.get())) {
+        if (const auto* file = dynamic_cast<const File*>(stream.get()))
             identity_ = file->identity();
-        }
     }
 
     // Asks for no access, which no other handle can refuse.
@@ -49,9 +51,8 @@ public:
         try {
             file = File::open(path, {.share = shareAll});
         } catch (const Win32Exception&) {
-            if (isAt(path)) {
+            if (isAt(path))
                 return nullptr;
-            }
             throw;
         }
         return is(*file) ? nullptr : file;
@@ -81,9 +82,8 @@ public:
         while (next < sources_.size()) {
             // A copy: adding moves the sources.
             const Source source = sources_[next++];
-            if (source.folder) {
+            if (source.folder)
                 addContents(source.path, source.name, progress);
-            }
         }
     }
 
@@ -96,16 +96,15 @@ private:
         for (const FileSystem::Entry& entry : entries) {
             Stream::throwIfCanceled(progress);
             const std::wstring path = FileSystem::join(folder, entry.name);
-            if (!entry.link) {
+            if (!entry.link)
                 add(path, prefix, entry);
-            }
         }
     }
 
     void add(const std::wstring& path, const std::string& prefix, const FileSystem::Entry& entry) {
         const bool folder = (entry.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
         const std::uint64_t size = folder ? 0 : entry.size;
-        const std::string name = prefix + toUtf8(entry.name);
+        const std::string name = prefix + naming(path, [&] { return zipNameOf(entry.name); });
         sources_.push_back({path, folder ? name + '/' : name, folder, size, zipDateOf(entry.written)});
         size_ += size;
     }
@@ -115,33 +114,50 @@ private:
 };
 
 void addSource(ZipWriter& writer, const Source& source, const OwnFile& own, const SharedProgress& progress) {
-    if (source.folder) {
+    if (source.folder)
         writer.addFolder(source.name, source.date);
-    } else if (const auto file = own.openOther(source.path)) {
+    else if (const auto file = own.openOther(source.path))
         writer.addFile(source.name, source.date, *file, progress);
-    } else if (progress) {
+    else if (progress)
         progress->add(source.size);
+}
+
+// Adds it; what was wrong names the source, unless it was the archive.
+void addNamed(ZipWriter& writer, const Source& source, const OwnFile& own, const ZipArchive& archive,
+              const SharedProgress& progress) {
+    try {
+        const auto add = [&] { addSource(writer, source, own, progress); };
+        // Only the archive is written.
+        naming(source.path, add, E_FILE_WRITE.code);
+    } catch (const Exception&) {
+        archive.openStream();  // says when it was closed
+        throw;
     }
 }
 
 }  // namespace
 
+std::string zipNameOf(std::wstring_view name) {
+    std::string text = toUtf8(name);
+    if (fromUtf8(text) != name)
+        throw detail::ZipException(E_ZIP_OPEN_NEW_FILE, detail::badName);
+    return text;
+}
+
 void addFromDisk(ZipArchive& archive, const std::wstring& path, const std::string& prefix,
                  const SharedProgress& progress) {
+    writeLog(LogLevel::debug, L"Corvane::Compression::addFromDisk", L"[in] path: ", path, L" [in] prefix: ",
+             fromUtf8(prefix));
     const SourceList list(path, folderPrefix(prefix), progress);
     const OwnFile own(archive);
-    if (own.isAt(path)) {
+    if (own.isAt(path))
         throw Exception(E_ZIP_OPEN_NEW_FILE);
-    }
-    if (progress) {
+    if (progress)
         progress->start(list.size());
-    }
     archive.update([&](ZipWriter& writer) {
         for (const Source& source : list.sources()) {
             Stream::throwIfCanceled(progress);
-            const auto add = [&] { addSource(writer, source, own, progress); };
-            // Only the archive is written.
-            naming(source.path, add, E_FILE_WRITE.code);
+            addNamed(writer, source, own, archive, progress);
         }
         Stream::throwIfCanceled(progress);
     });

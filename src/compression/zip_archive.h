@@ -26,7 +26,8 @@ namespace Corvane::Compression {
 
 namespace detail {
 class ZipFile;
-}
+struct ZipTail;
+}  // namespace detail
 
 using ZipEntries = std::vector<ZipEntry>;
 using SharedZipEntries = std::shared_ptr<const ZipEntries>;
@@ -52,12 +53,13 @@ public:
 
 private:
     friend class ZipArchive;
-    ZipWriter(detail::ZipFile& file, const ZipEntries& present);
+    ZipWriter(detail::ZipFile& file, detail::ZipPlaces& places) : file_(file), places_(places) {}
 
     void open(std::string name, const ZipDate& date, std::uint64_t size);
 
     detail::ZipFile& file_;
-    detail::ZipPlaces places_;
+    detail::ZipPlaces& places_;
+    std::vector<std::string> added_;
 };
 
 // All functions may be called from any thread. Extracting goes on in parallel; adding waits for it and it for
@@ -96,7 +98,8 @@ public:
                         const SharedProgress& progress) const;
 
     // Adds entries at the end, all that `work` adds or, when it throws, none: the archive is then again what
-    // it was. Throws what `work` throws, Exception E_ZIP_OPEN, E_ZIP.
+    // it was. Another one's changes to the stream since the last call are taken in. Throws what `work`
+    // throws, Exception E_ZIP_OPEN, E_ZIP.
     void update(const std::function<void(ZipWriter&)>& work);
 
     // One entry from bytes, or from a stream as ZipWriter::addFile takes it. `progress` is started here.
@@ -116,10 +119,15 @@ private:
     void extractTo(std::size_t index, const std::function<void(std::span<const std::uint8_t>)>& sink,
                    const SharedProgress& progress) const;
 
+    std::unique_ptr<detail::ZipTail> takeTail(Stream::IBinaryStream& stream);
+    void append(ZipEntries added, const std::function<void()>& commit);
+
     mutable SharedMutex content_;  // shared by those who read the stream, owned by one who changes it
-    mutable SharedMutex state_;    // guards what follows
+    // What the last change left, so that the next one need not read it. Owned with content_.
+    std::unique_ptr<detail::ZipTail> tail_;
+    mutable SharedMutex state_;  // guards what follows
     std::shared_ptr<Stream::IBinaryStream> stream_;
-    SharedZipEntries entries_;
+    std::shared_ptr<ZipEntries> entries_;  // changed only while nobody else holds it
 };
 
 }  // namespace Corvane::Compression

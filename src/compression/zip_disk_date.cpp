@@ -19,18 +19,16 @@ std::optional<FILETIME> fileTimeOf(const ZipDate& date) noexcept {
     SYSTEMTIME utc{};
     FILETIME time{};
     if (!date.isValid() || !::TzSpecificLocalTimeToSystemTime(nullptr, &local, &utc) ||
-        !::SystemTimeToFileTime(&utc, &time)) {
+        !::SystemTimeToFileTime(&utc, &time))
         return std::nullopt;
-    }
     return time;
 }
 
 ZipDate zipDateOf(const FILETIME& time) noexcept {
     SYSTEMTIME utc{};
     SYSTEMTIME local{};
-    if (!::FileTimeToSystemTime(&time, &utc) || !::SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local)) {
+    if (!::FileTimeToSystemTime(&time, &utc) || !::SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local))
         return {};
-    }
     return zipDateOf(local);
 }
 

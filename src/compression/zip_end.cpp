@@ -1,114 +1,128 @@
 #include "compression/zip_end.h"
 
 #include "compression/little_endian.h"
-#include "core/errors.h"
-#include "core/exception.h"
 
 #include <algorithm>
 #include <array>
-#include <span>
+#include <string_view>
 
 namespace Corvane::Compression::detail {
 namespace {
 
 constexpr std::size_t longestComment = 0xFFFF;
-
-// APPNOTE.TXT 4.3.16: the end record without the comment, and where its fields lie.
-constexpr std::size_t endSize = 22;
-constexpr std::array<std::uint8_t, 4> endMark{'P', 'K', 5, 6};
-constexpr std::size_t directorySizeAt = 12;
-constexpr std::size_t directoryOffsetAt = 16;
-constexpr std::size_t commentSizeAt = 20;
-
-constexpr std::uint64_t countInZip64 = 0xFFFF;
+constexpr std::size_t endSize = 22;  // without the comment
 constexpr std::size_t locatorSize = 20;
-constexpr std::array<std::uint8_t, 4> locatorMark{'P', 'K', 6, 7};
+constexpr std::size_t zip64EndSize = 56;
+constexpr std::string_view endMark("PK\5\6");
+constexpr std::string_view locatorMark("PK\6\7");
+constexpr std::string_view zip64EndMark("PK\6\6");
 
-void append(Bytes& bytes, std::uint64_t number, std::size_t size) {
-    for (std::size_t i = 0; i < size; ++i) {
-        bytes.push_back(static_cast<std::uint8_t>(number >> 8 * i));
-    }
+using Record = std::span<const std::uint8_t>;
+
+std::uint64_t numberAt(Record record, std::size_t at, std::size_t size) noexcept {
+    return littleEndian(record.subspan(at, size));
 }
 
-// APPNOTE.TXT 4.3.14 and 4.3.15: the zip64 end record and its locator, for a directory that ends at `end`.
-Bytes zip64End(std::uint64_t entries, std::uint64_t directorySize, std::uint64_t directoryOffset) {
+void append(Bytes& bytes, std::uint64_t number, std::size_t size) {
+    for (std::size_t i = 0; i < size; ++i)
+        bytes.push_back(static_cast<std::uint8_t>(number >> 8 * i));
+}
+
+bool begins(Record record, std::string_view mark) noexcept {
+    return record.size() >= mark.size() && std::equal(mark.begin(), mark.end(), record.begin());
+}
+
+// `size` bytes at `position`, or nothing where another mark stands.
+Bytes recordAt(ZipStorage& storage, std::uint64_t position, std::size_t size, std::string_view mark) {
+    Bytes record(size);
+    const bool found = storage.read(position, record) == size && begins(record, mark);
+    return found ? record : Bytes();
+}
+
+// Of the zip64 record that a locator leads to. What lies before the archive is not counted in it, but the
+// record ends where the locator begins.
+bool readZip64(ZipStorage& storage, std::uint64_t locatorAt, ZipEnd& end, std::uint64_t& directoryEnd) {
+    const Bytes locator = recordAt(storage, locatorAt, locatorSize, locatorMark);
+    if (locator.empty())
+        return false;
+    std::uint64_t position = numberAt(locator, 8, 8);
+    Bytes record = recordAt(storage, position, zip64EndSize, zip64EndMark);
+    if (record.empty() && locatorAt >= zip64EndSize) {
+        position = locatorAt - zip64EndSize;
+        record = recordAt(storage, position, zip64EndSize, zip64EndMark);
+    }
+    if (record.empty())
+        return false;
+    end.entries = numberAt(record, 32, 8);
+    end.size = numberAt(record, 40, 8);
+    end.directory = numberAt(record, 48, 8);
+    directoryEnd = position;
+    return true;
+}
+
+Bytes zip64Records(const ZipEnd& end) {
     constexpr std::uint64_t version = 45;  // 4.5, the first one with zip64
-    Bytes bytes{'P', 'K', 6, 6};
-    append(bytes, 44, 8);  // what follows of the record
+    Bytes bytes(zip64EndMark.begin(), zip64EndMark.end());
+    append(bytes, zip64EndSize - 12, 8);  // what follows of the record
     append(bytes, version, 2);
     append(bytes, version, 2);
     append(bytes, 0, 8);  // two numbers of disks
-    append(bytes, entries, 8);
-    append(bytes, entries, 8);
-    append(bytes, directorySize, 8);
-    append(bytes, directoryOffset, 8);
+    append(bytes, end.entries, 8);
+    append(bytes, end.entries, 8);
+    append(bytes, end.size, 8);
+    append(bytes, end.directory, 8);
     bytes.insert(bytes.end(), locatorMark.begin(), locatorMark.end());
     append(bytes, 0, 4);
-    append(bytes, directoryOffset + directorySize, 8);  // of the record above
-    append(bytes, 1, 4);                                // disks
+    append(bytes, end.directory + end.size, 8);  // of the record above
+    append(bytes, 1, 4);                         // disks
     return bytes;
-}
-
-std::uint64_t commentSize(std::span<const std::uint8_t> record) noexcept {
-    return littleEndian(record.subspan(commentSizeAt, 2));
-}
-
-// Whether that mark stands at `position`.
-bool standsAt(ZipIo& io, std::uint64_t position, const std::array<std::uint8_t, 4>& mark) {
-    std::array<std::uint8_t, 4> found{};
-    return io.seek(position, ZLIB_FILEFUNC_SEEK_SET) && io.read(found) == found.size() && found == mark;
 }
 
 }  // namespace
 
-bool isEmptyArchive(ZipStorage& storage) {
-    constexpr std::array<std::uint8_t, commentSizeAt> empty{'P', 'K', 5, 6};
-    std::array<std::uint8_t, endSize> record{};
-    return storage.read(0, record) == record.size() &&
-           std::equal(empty.begin(), empty.end(), record.begin()) &&
-           storage.size() == endSize + commentSize(record);
-}
-
-Bytes archiveComment(ZipStorage& storage) {
+std::optional<ZipEnd> readEnd(ZipStorage& storage) {
     const std::uint64_t size = storage.size();
     Bytes tail(static_cast<std::size_t>(std::min<std::uint64_t>(size, endSize + longestComment)));
     tail.resize(storage.read(size - tail.size(), tail));
-    const auto end = std::find_end(tail.begin(), tail.end(), endMark.begin(), endMark.end());
-    const std::span<const std::uint8_t> record(end, tail.end());
-    if (record.size() < endSize) {
-        return {};
+    const auto mark = std::find_end(tail.begin(), tail.end(), endMark.begin(), endMark.end());
+    const Record record(mark, tail.end());
+    if (record.size() < endSize)
+        return std::nullopt;
+    ZipEnd end;
+    std::uint64_t directoryEnd = size - record.size();
+    if (directoryEnd < locatorSize || !readZip64(storage, directoryEnd - locatorSize, end, directoryEnd)) {
+        end.entries = numberAt(record, 10, 2);
+        end.size = numberAt(record, 12, 4);
+        end.directory = numberAt(record, 16, 4);
     }
-    const auto rest = record.subspan(endSize);
-    const auto comment =
-        rest.first(static_cast<std::size_t>(std::min<std::uint64_t>(commentSize(record), rest.size())));
-    return {comment.begin(), comment.end()};
+    if (end.directory > directoryEnd || end.size > directoryEnd - end.directory)
+        return std::nullopt;
+    end.begin = directoryEnd - end.directory - end.size;
+    const Record comment = record.subspan(endSize);
+    const auto commentSize = static_cast<std::size_t>(numberAt(record, 20, 2));
+    end.comment.assign(comment.begin(),
+                       comment.begin() + static_cast<std::ptrdiff_t>(std::min(commentSize, comment.size())));
+    return end;
 }
 
-void completeEnd(ZipIo& io, std::uint64_t entries, const Bytes& comment) {
-    // The rest need not be read, which not every output can be.
-    if (entries < countInZip64 && comment.empty()) {
-        return;
-    }
-    std::array<std::uint8_t, endSize> record{};
-    const std::uint64_t position = io.position() - endSize;
-    if (!io.seek(position, ZLIB_FILEFUNC_SEEK_SET) || io.read(record) != record.size() ||
-        !std::equal(endMark.begin(), endMark.end(), record.begin())) {
-        throw Exception(E_ZIP);
-    }
-    Bytes end;
-    // Beyond 4 GiB minizip has written them, and from version 1.3 on for many entries too.
-    if (entries >= countInZip64 && !standsAt(io, position - locatorSize, locatorMark)) {
-        const auto number = [&](std::size_t at) {
-            return littleEndian(std::span<const std::uint8_t>(record).subspan(at, 4));
-        };
-        end = zip64End(entries, number(directorySizeAt), number(directoryOffsetAt));
-    }
-    end.insert(end.end(), record.begin(), record.begin() + commentSizeAt);
-    append(end, comment.size(), 2);
-    end.insert(end.end(), comment.begin(), comment.end());
-    io.seek(position, ZLIB_FILEFUNC_SEEK_SET);
-    io.write(end);
-    io.flush();
+Bytes endRecords(const ZipEnd& end) {
+    constexpr std::uint64_t in16 = 0xFFFF;
+    constexpr std::uint64_t in32 = 0xFFFFFFFF;
+    const bool isZip64 = end.entries >= in16 || end.size >= in32 || end.directory >= in32;
+    Bytes bytes = isZip64 ? zip64Records(end) : Bytes();
+    bytes.insert(bytes.end(), endMark.begin(), endMark.end());
+    append(bytes, 0, 4);  // two numbers of disks
+    append(bytes, std::min(end.entries, in16), 2);
+    append(bytes, std::min(end.entries, in16), 2);
+    append(bytes, std::min(end.size, in32), 4);
+    append(bytes, std::min(end.directory, in32), 4);
+    append(bytes, end.comment.size(), 2);
+    bytes.insert(bytes.end(), end.comment.begin(), end.comment.end());
+    return bytes;
+}
+
+std::span<const std::uint8_t> directoryIn(std::span<const std::uint8_t> closing) noexcept {
+    return closing.first(static_cast<std::size_t>(numberAt(closing.last(endSize), 12, 4)));
 }
 
 }  // namespace Corvane::Compression::detail

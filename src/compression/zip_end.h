@@ -1,25 +1,33 @@
-// The end of an archive, for which minizip does not do enough: before version 1.3 it writes a zip64 record
-// only behind 4 GiB, whatever the number of entries, and it loses the comment of a zip64 archive that grows.
+// The end of an archive: where its directory lies. minizip reads and writes entries; it does not find the
+// zip64 records of an archive that lies behind other data, believes a number of entries that has only 16
+// bits, and loses a comment when it adds to a zip64 archive.
 #pragma once
 
 #include "binary/bytes.h"
-#include "compression/zip_io.h"
+#include "compression/zip_storage.h"
 
 #include <cstdint>
+#include <optional>
+#include <span>
 
 namespace Corvane::Compression::detail {
 
-// Whether there is nothing but the end record of an archive without entries, which minizip may fail to find
-// at offset 0. More may stand behind such a record than its comment: another archive then. Throws what the
-// storage throws.
-bool isEmptyArchive(ZipStorage& storage);
+struct ZipEnd {
+    std::uint64_t begin = 0;      // of the archive in its storage; what lies before is not its
+    std::uint64_t directory = 0;  // from there on; so is everything that the archive says
+    std::uint64_t size = 0;       // of the directory
+    std::uint64_t entries = 0;    // as they are counted, which may be too few
+    Bytes comment;
+};
 
-// The comment on the whole archive; empty when there is no end record. Throws what the storage throws.
-Bytes archiveComment(ZipStorage& storage);
+// Nothing when there is no end record. Throws what the storage throws.
+std::optional<ZipEnd> readEnd(ZipStorage& storage);
 
-// For an archive that minizip has just closed without a comment, at whose end `io` stands: gives it the
-// comment and, where its end record cannot tell the number of entries, the zip64 records. Throws Exception
-// E_ZIP and what the storage throws.
-void completeEnd(ZipIo& io, std::uint64_t entries, const Bytes& comment);
+// The end record, with the zip64 records before it where it cannot hold the numbers (APPNOTE.TXT 4.3.14 to
+// 4.3.16).
+Bytes endRecords(const ZipEnd& end);
+
+// The directory that minizip wrote, of what it wrote on closing an archive without a comment.
+std::span<const std::uint8_t> directoryIn(std::span<const std::uint8_t> closing) noexcept;
 
 }  // namespace Corvane::Compression::detail

@@ -9,9 +9,8 @@ namespace Corvane::Compression {
 namespace {
 
 std::string dateText(const ZipDate& date) {
-    if (!date.isValid()) {
+    if (!date.isValid())
         return {};
-    }
     return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", date.year, date.month, date.day, date.hour,
                        date.minute, date.second);
 }

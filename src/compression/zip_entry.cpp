@@ -1,5 +1,7 @@
 #include "compression/zip_entry.h"
 
+#include <chrono>
+
 namespace Corvane::Compression {
 namespace {
 
@@ -24,18 +26,18 @@ ZipDate ZipDate::unpack(std::uint32_t packed) noexcept {
 }
 
 std::uint32_t ZipDate::pack() const noexcept {
-    if (year < firstYear) {
+    if (year < firstYear)
         return ZipDate().pack();
-    }
-    if (year > lastYear) {
+    if (year > lastYear)
         return ZipDate{lastYear, 12, 31, 23, 59, 58}.pack();
-    }
     return (year - firstYear) << 25 | std::uint32_t{month} << 21 | std::uint32_t{day} << 16 |
            std::uint32_t{hour} << 11 | std::uint32_t{minute} << 5 | std::uint32_t{second} / 2;
 }
 
 bool ZipDate::isValid() const noexcept {
-    return month >= 1 && month <= 12 && day >= 1 && day <= 31 && hour < 24 && minute < 60 && second < 60;
+    const std::chrono::year_month_day calendar{std::chrono::year(year), std::chrono::month(month),
+                                               std::chrono::day(day)};
+    return calendar.ok() && hour < 24 && minute < 60 && second < 60;
 }
 
 }  // namespace Corvane::Compression

@@ -34,9 +34,8 @@ struct ZipEntry {
     bool encrypted = false;
     std::uint16_t method = 0;  // 0 stored, 8 deflated (APPNOTE.TXT 4.4.5)
 
-    // Where the archive's directory describes it, for UnZipFile::select().
+    // Where in the archive's directory it is described, for UnZipFile::select().
     std::uint64_t directoryPosition = 0;
-    std::uint64_t number = 0;
 };
 
 }  // namespace Corvane::Compression

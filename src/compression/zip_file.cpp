@@ -1,6 +1,5 @@
 #include "compression/zip_file.h"
 
-#include "compression/zip_end.h"
 #include "core/exception.h"
 
 #include <minizip/zip.h>
@@ -31,21 +30,18 @@ bool isAscii(const std::string& text) noexcept {
 
 }  // namespace
 
-ZipFile ZipFile::open(std::unique_ptr<ZipStorage> storage, Mode mode, std::uint64_t present) {
-    Bytes comment = mode == Mode::create ? Bytes() : archiveComment(*storage);
-    auto io = std::make_unique<ZipIo>(std::move(storage));
+ZipFile ZipFile::open(std::unique_ptr<ZipStorage> storage, ZipEnd end,
+                      std::span<const std::uint8_t> directory) {
+    auto io = std::make_unique<ZipIo>(std::move(storage), end.begin);
+    io->seek(end.directory, ZLIB_FILEFUNC_SEEK_SET);
     zlib_filefunc64_def functions = io->functions();
-    void* handle = zipOpen2_64("", mode == Mode::create ? APPEND_STATUS_CREATE : APPEND_STATUS_ADDINZIP,
-                               nullptr, &functions);
+    // To minizip it is a new archive, which has something else before its first entry.
+    void* handle = zipOpen2_64("", APPEND_STATUS_CREATE, nullptr, &functions);
     if (!handle) {
         io->rethrow();
         throw Exception(E_ZIP_OPEN);
     }
-    return ZipFile(std::move(io), handle, present, std::move(comment));
-}
-
-ZipFile ZipFile::open(Stream::IBinaryStream& stream) {
-    return open(streamStorage(stream, stream.state().position));
+    return ZipFile(std::move(io), handle, std::move(end), directory);
 }
 
 ZipFile::~ZipFile() {
@@ -57,16 +53,14 @@ ZipFile::~ZipFile() {
 
 void ZipFile::check(int status, const ErrorDescriptor& failure) const {
     io_->rethrow();
-    if (status != ZIP_OK) {
+    if (status != ZIP_OK)
         throw Exception(failure);
-    }
 }
 
 void ZipFile::openEntry(const Entry& entry, const ErrorDescriptor& failure) {
     // minizip takes a name up to its first zero.
-    if (entry.name.empty() || entry.name.find('\0') != std::string::npos) {
+    if (entry.name.empty() || entry.name.find('\0') != std::string::npos)
         throw Exception(failure);
-    }
     zip_fileinfo info{};
     info.dosDate = entry.date.pack();
     info.external_fa = entry.name.back() == '/' ? attributeDirectory : attributeArchive;
@@ -76,15 +70,14 @@ void ZipFile::openEntry(const Entry& entry, const ErrorDescriptor& failure) {
                                 Z_DEFLATED, entry.level, 0, -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY,
                                 nullptr, 0, versionMadeBy, isAscii(entry.name) ? 0 : utf8Name, zip64 ? 1 : 0);
     check(status, failure);
-    ++entries_;
+    ++end_.entries;
     room_ = zip64 ? std::numeric_limits<std::uint64_t>::max() : zip64Size;
 }
 
 void ZipFile::write(std::span<const std::uint8_t> bytes) {
     // A stream that grew beyond 4 GiB meanwhile no longer fits the header that was written for it.
-    if (bytes.size() > room_) {
+    if (bytes.size() > room_)
         throw Exception(E_ZIP);
-    }
     room_ -= bytes.size();
     while (!bytes.empty()) {
         const std::size_t count = std::min<std::size_t>(bytes.size(), std::numeric_limits<int>::max());
@@ -97,11 +90,23 @@ void ZipFile::closeEntry() {
     check(zipCloseFileInZip(handle_), E_ZIP);
 }
 
-std::uint64_t ZipFile::close() {
-    void* handle = std::exchange(handle_, nullptr);
-    check(zipClose(handle, ""), E_ZIP);
-    completeEnd(*io_, entries_, comment_);
-    return io_->position();
+ZipFile::Closed ZipFile::close() {
+    Bytes closing;
+    io_->divert(&closing);
+    const std::uint64_t position = io_->position();
+    const int status = zipClose(std::exchange(handle_, nullptr), "");
+    io_->divert(nullptr);
+    check(status, E_ZIP);
+    const std::span<const std::uint8_t> added = directoryIn(closing);
+    end_.directory = position;
+    end_.size = directory_.size() + added.size();
+    io_->seek(position, ZLIB_FILEFUNC_SEEK_SET);
+    io_->write(directory_);
+    io_->write(added);
+    io_->write(endRecords(end_));
+    io_->flush();
+    const std::uint64_t size = end_.begin + io_->position();
+    return {std::move(end_), Bytes(added.begin(), added.end()), size};
 }
 
 }  // namespace Corvane::Compression::detail

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace Corvane::Compression {
 
@@ -25,11 +26,16 @@ struct FolderExtraction {
 void extractToFolder(const ZipArchive& archive, const std::wstring& folder, const FolderExtraction& options,
                      const SharedProgress& progress);
 
+// A name of the system as archives have it, in UTF-8. Throws Exception E_ZIP_OPEN_NEW_FILE for a surrogate
+// without its partner.
+std::string zipNameOf(std::wstring_view name);
+
 // Adds a file under its name, or all that lies below a folder, with entries for the folders themselves.
 // `prefix`, UTF-8, is put before the names, as the folder to find them in; it may be empty. Links are left
 // out, and so is the file that the archive lies in; alone it is an Exception E_ZIP_OPEN_NEW_FILE. Adds all or
 // nothing. Throws Win32Exception E_DIRECTORY_PATH, E_GET_FILE_ATTRIBUTES, E_CREATE_FILE, E_FILE_READ, what
-// ZipArchive::update throws, E_CANCELED. What was wrong with one file says which.
+// ZipArchive::update throws, E_CANCELED; E_ZIP_ARCHIVE_STREAM_DISPOSE when the archive is closed meanwhile.
+// What was wrong with one file says which.
 void addFromDisk(ZipArchive& archive, const std::wstring& path, const std::string& prefix,
                  const SharedProgress& progress);
 

@@ -21,9 +21,8 @@ struct ZipIoFunctions {
         try {
             return operation(io);
         } catch (...) {
-            if (!io.failure_) {
+            if (!io.failure_)
                 io.failure_ = std::current_exception();
-            }
             return failed;
         }
     }
@@ -59,7 +58,8 @@ struct ZipIoFunctions {
     static int ZCALLBACK error(voidpf opaque, voidpf) { return of(opaque).failure_ ? 1 : 0; }
 };
 
-ZipIo::ZipIo(std::unique_ptr<ZipStorage> storage) : storage_(std::move(storage)) {}
+ZipIo::ZipIo(std::unique_ptr<ZipStorage> storage, std::uint64_t begin)
+    : storage_(std::move(storage)), begin_(begin) {}
 
 zlib_filefunc64_def ZipIo::functions() noexcept {
     return {ZipIoFunctions::open, ZipIoFunctions::read,  ZipIoFunctions::write, ZipIoFunctions::tell,
@@ -67,9 +67,8 @@ zlib_filefunc64_def ZipIo::functions() noexcept {
 }
 
 void ZipIo::rethrow() const {
-    if (failure_) {
+    if (failure_)
         std::rethrow_exception(failure_);
-    }
 }
 
 void ZipIo::discard() noexcept {
@@ -77,14 +76,18 @@ void ZipIo::discard() noexcept {
     pending_.clear();
 }
 
+void ZipIo::divert(Bytes* target) {
+    flush();
+    diverted_ = target;
+}
+
 std::size_t ZipIo::read(std::span<std::uint8_t> buffer) {
     flush();
     std::size_t done = 0;
     while (done < buffer.size()) {
         const std::size_t count = fromWindow(buffer.subspan(done));
-        if (count == 0) {
+        if (count == 0)
             break;
-        }
         done += count;
         position_ += count;
     }
@@ -98,7 +101,7 @@ std::size_t ZipIo::fromWindow(std::span<std::uint8_t> buffer) {
         window_.resize(windowSize);
         std::size_t filled = 0;
         try {
-            filled = discarded_ ? 0 : storage_->read(windowBegin_, std::span(window_));
+            filled = discarded_ ? 0 : storage_->read(begin_ + windowBegin_, std::span(window_));
         } catch (...) {
             window_.clear();
             throw;
@@ -106,9 +109,8 @@ std::size_t ZipIo::fromWindow(std::span<std::uint8_t> buffer) {
         window_.resize(filled);
     }
     const std::uint64_t offset = position_ - windowBegin_;
-    if (offset >= window_.size()) {
+    if (offset >= window_.size())
         return 0;
-    }
     const auto begin = window_.begin() + static_cast<std::ptrdiff_t>(offset);
     const std::size_t count = std::min(buffer.size(), window_.size() - static_cast<std::size_t>(offset));
     std::copy_n(begin, count, buffer.begin());
@@ -116,39 +118,41 @@ std::size_t ZipIo::fromWindow(std::span<std::uint8_t> buffer) {
 }
 
 void ZipIo::write(std::span<const std::uint8_t> bytes) {
-    if (!discarded_) {
+    if (diverted_) {
+        diverted_->insert(diverted_->end(), bytes.begin(), bytes.end());
+    } else if (bytes.size() >= windowSize && !discarded_) {
+        flush();
+        window_.clear();
+        storage_->write(begin_ + position_, bytes);
+    } else if (!discarded_) {
         pending_.insert(pending_.end(), bytes.begin(), bytes.end());
     }
     position_ += bytes.size();
-    if (pending_.size() >= windowSize) {
+    if (pending_.size() >= windowSize)
         flush();
-    }
 }
 
 bool ZipIo::seek(std::uint64_t offset, int origin) {
     flush();
     std::uint64_t position = offset;
-    if (origin == ZLIB_FILEFUNC_SEEK_CUR) {
+    if (origin == ZLIB_FILEFUNC_SEEK_CUR)
         position += position_;
-    } else if (origin == ZLIB_FILEFUNC_SEEK_END) {
-        position += storage_->size();
-    }
-    if (position > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
+    else if (origin == ZLIB_FILEFUNC_SEEK_END)
+        position += storage_->size() - begin_;
+    if (position > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
         return false;
-    }
     position_ = position;
     return true;
 }
 
 void ZipIo::flush() {
-    if (pending_.empty()) {
+    if (pending_.empty())
         return;
-    }
     window_.clear();
     // Taken out first, so that nothing is written a second time after a failure.
     Bytes bytes = std::move(pending_);
     pending_.clear();
-    storage_->write(position_ - bytes.size(), bytes);
+    storage_->write(begin_ + position_ - bytes.size(), bytes);
     bytes.clear();
     pending_ = std::move(bytes);
 }

@@ -17,7 +17,8 @@ namespace Corvane::Compression::detail {
 // called minizip throws it on. One thread at a time.
 class ZipIo {
 public:
-    explicit ZipIo(std::unique_ptr<ZipStorage> storage);
+    // The archive begins at `begin` of the storage, which is position 0 here.
+    explicit ZipIo(std::unique_ptr<ZipStorage> storage, std::uint64_t begin = 0);
     ZipIo(const ZipIo&) = delete;
     ZipIo& operator=(const ZipIo&) = delete;
 
@@ -30,7 +31,8 @@ public:
     // From now on nothing more reaches the storage, and writing seems to succeed.
     void discard() noexcept;
 
-    ZipStorage& storage() noexcept { return *storage_; }
+    // From now on what is written is appended to `target`, while the position moves on; null ends that.
+    void divert(Bytes* target);
 
     // The same operations for C++ callers; they may throw.
     std::size_t read(std::span<std::uint8_t> buffer);
@@ -45,11 +47,13 @@ private:
     std::size_t fromWindow(std::span<std::uint8_t> buffer);
 
     std::unique_ptr<ZipStorage> storage_;
+    std::uint64_t begin_;
     std::uint64_t position_ = 0;
     Bytes window_;  // read ahead, lies at windowBegin_
     std::uint64_t windowBegin_ = 0;
     Bytes pending_;  // not written yet, ends at position_
     std::exception_ptr failure_;
+    Bytes* diverted_ = nullptr;
     bool discarded_ = false;
 };
 

@@ -2,7 +2,7 @@
 
 #include "binary/utf.h"
 #include "compression/little_endian.h"
-#include "compression/oem_tables.h"
+#include "compression/oem_text.h"
 
 #include <zlib.h>
 
@@ -23,6 +23,8 @@ constexpr int madeOnMacOs = 19;
 // (32,767), less some room for the folder.
 constexpr std::size_t longestPart = 255;
 constexpr std::size_t longestName = 32000;
+// Folders one in another that a program may still be expected to walk through.
+constexpr std::size_t deepest = 1000;
 
 std::span<const std::uint8_t> bytesOf(std::string_view text) noexcept {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
@@ -40,13 +42,11 @@ bool isLatin(char c) noexcept {
 std::optional<std::string> unicodePath(const RawZipName& name) {
     constexpr std::size_t head = 5;
     const auto field = extraField(name.extra, unicodePathField);
-    if (field.size() <= head || field[0] != 1) {
+    if (field.size() <= head || field[0] != 1)
         return std::nullopt;
-    }
     const auto raw = bytesOf(name.bytes);
-    if (littleEndian(field.subspan(1, 4)) != crc32(0, raw.data(), static_cast<uInt>(raw.size()))) {
+    if (littleEndian(field.subspan(1, 4)) != crc32(0, raw.data(), static_cast<uInt>(raw.size())))
         return std::nullopt;
-    }
     const auto text = field.subspan(head);
     return isUtf8(text) ? std::optional(std::string(text.begin(), text.end())) : std::nullopt;
 }
@@ -59,40 +59,21 @@ bool saysUtf8(const RawZipName& name) noexcept {
 bool looksWestern(std::string_view name) noexcept {
     bool western = false;
     for (std::size_t i = 0; i < name.size(); ++i) {
-        if (!isHigh(name[i])) {
+        if (!isHigh(name[i]))
             continue;
-        }
         const char before = i > 0 ? name[i - 1] : '\0';
         const char after = i + 1 < name.size() ? name[i + 1] : '\0';
-        if (isHigh(before) || isHigh(after) || !(isLatin(before) || isLatin(after))) {
+        if (isHigh(before) || isHigh(after) || !(isLatin(before) || isLatin(after)))
             return false;
-        }
         western = true;
     }
     return western;
 }
 
-// All characters of both code pages are below U+FFFF and no surrogates.
-void appendUtf8(std::string& text, char16_t c) {
-    if (c < 0x80) {
-        text += static_cast<char>(c);
-    } else if (c < 0x800) {
-        text += static_cast<char>(0xC0 | c >> 6);
-        text += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        text += static_cast<char>(0xE0 | c >> 12);
-        text += static_cast<char>(0x80 | (c >> 6 & 0x3F));
-        text += static_cast<char>(0x80 | (c & 0x3F));
-    }
-}
-
 std::string decodeOem(std::string_view name) {
-    const UpperHalf& page = looksWestern(name) ? cp437 : cp866;
-    std::string text;
-    for (const char c : name) {
-        appendUtf8(text, isHigh(c) ? page[static_cast<unsigned char>(c) - 0x80u] : static_cast<char16_t>(c));
-    }
-    return text;
+    constexpr unsigned cp437 = 437;
+    constexpr unsigned cp866 = 866;
+    return oemToUtf8(looksWestern(name) ? cp437 : cp866, name);
 }
 
 // What Windows takes for a device in any folder, whatever the extension.
@@ -103,12 +84,10 @@ bool isDevice(std::string_view part) {
                    [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
     constexpr std::array<std::string_view, 7> devices{"CON",    "PRN",     "AUX",   "NUL",
                                                       "CONIN$", "CONOUT$", "CLOCK$"};
-    if (std::find(devices.begin(), devices.end(), name) != devices.end()) {
+    if (std::find(devices.begin(), devices.end(), name) != devices.end())
         return true;
-    }
-    if (!name.starts_with("COM") && !name.starts_with("LPT")) {
+    if (!name.starts_with("COM") && !name.starts_with("LPT"))
         return false;
-    }
     const std::string_view number = std::string_view(name).substr(3);
     return (number.size() == 1 && number[0] >= '0' && number[0] <= '9') || number == "\u00B9" ||
            number == "\u00B2" || number == "\u00B3";
@@ -140,12 +119,10 @@ std::span<const std::uint8_t> extraField(std::span<const std::uint8_t> extra, st
     while (extra.size() >= head) {
         const auto size = static_cast<std::size_t>(littleEndian(extra.subspan(2, 2)));
         const auto data = extra.subspan(head);
-        if (size > data.size()) {
+        if (size > data.size())
             return {};
-        }
-        if (littleEndian(extra.first(2)) == number) {
+        if (littleEndian(extra.first(2)) == number)
             return data.first(size);
-        }
         extra = data.subspan(size);
     }
     return {};
@@ -153,35 +130,32 @@ std::span<const std::uint8_t> extraField(std::span<const std::uint8_t> extra, st
 
 std::string decodeZipName(const RawZipName& name) {
     std::string text;
-    if (auto path = unicodePath(name)) {
+    if (auto path = unicodePath(name))
         text = std::move(*path);
-    } else if (saysUtf8(name) && isUtf8(bytesOf(name.bytes))) {
+    else if (saysUtf8(name) && isUtf8(bytesOf(name.bytes)))
         text = name.bytes;
-    } else {
+    else
         text = decodeOem(name.bytes);
-    }
     // Some programs write what Windows uses.
     std::replace(text.begin(), text.end(), '\\', '/');
     return text;
 }
 
 std::optional<std::vector<std::string>> zipNameParts(std::string_view name) {
-    if (!isUtf8(bytesOf(name)) || utf16Size(name) > longestName) {
+    if (!isUtf8(bytesOf(name)) || utf16Size(name) > longestName)
         return std::nullopt;
-    }
-    if (name.ends_with('/')) {
+    if (name.ends_with('/'))
         name.remove_suffix(1);
-    }
     std::vector<std::string> parts;
     for (bool more = true; more;) {
         const std::size_t end = name.find('/');
         const std::string_view part = name.substr(0, end);
-        if (part != "." && !isSafe(part)) {
+        if (part != "." && !isSafe(part))
             return std::nullopt;
-        }
-        if (part != ".") {
+        if (part != ".")
             parts.emplace_back(part);
-        }
+        if (parts.size() > deepest)
+            return std::nullopt;
         more = end != std::string_view::npos;
         name.remove_prefix(more ? end + 1 : name.size());
     }

@@ -36,7 +36,7 @@ inline constexpr const wchar_t* badName = L"недопустимое имя эл
 // The folders and the file that an entry's name leads to below a folder, without "." among them. Nothing for
 // a name that would lead elsewhere or that Windows does not take literally: absolute ones, "..", drives and
 // alternate streams (":"), wildcards, names of devices with or without an extension, a dot or a blank at the
-// end, more characters than file systems take.
+// end, more characters than file systems take, more than 1,000 parts.
 std::optional<std::vector<std::string>> zipNameParts(std::string_view name);
 
 }  // namespace Corvane::Compression::detail

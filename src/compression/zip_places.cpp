@@ -59,18 +59,15 @@ ZipPlaces::Meeting ZipPlaces::put(const std::vector<std::string>& parts, bool di
     for (std::size_t i = 0; i < parts.size(); ++i) {
         place = tree_.add(place, placeName(parts[i])).first;
         uses_.resize(std::max(uses_.size(), place + 1));
-        if (directory || i + 1 < parts.size()) {
+        if (directory || i + 1 < parts.size())
             free = enterFolder(place) && free;
-        }
     }
-    if (parts.empty()) {
+    if (parts.empty())
         return Meeting::nothing;
-    }
     const std::uint8_t before = uses_[place];
     uses_[place] |= directory ? usedByFolderEntry : usedByFile;
-    if (!free || (!directory && before != 0)) {
+    if (!free || (!directory && before != 0))
         return Meeting::obstacle;
-    }
     return (before & usedByFolderEntry) != 0 ? Meeting::sameFolder : Meeting::nothing;
 }
 

@@ -4,15 +4,15 @@
 #include "core/exception.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Corvane::Compression::detail {
 namespace {
 
 std::size_t copyFrom(std::span<const std::uint8_t> bytes, std::uint64_t position,
                      std::span<std::uint8_t> buffer) {
-    if (position >= bytes.size()) {
+    if (position >= bytes.size())
         return 0;
-    }
     const auto rest = bytes.subspan(static_cast<std::size_t>(position));
     const std::size_t count = std::min(rest.size(), buffer.size());
     std::copy_n(rest.begin(), count, buffer.begin());
@@ -46,9 +46,8 @@ public:
     }
 
     void write(std::uint64_t position, std::span<const std::uint8_t> bytes) override {
-        if (position > bytes_.size()) {
+        if (position > bytes_.size())
             throw Exception(E_OFFSET_OUT_OF_RANGE);
-        }
         const auto begin = static_cast<std::size_t>(position);
         const std::size_t inside = std::min(bytes.size(), bytes_.size() - begin);
         std::copy_n(bytes.begin(), inside, bytes_.begin() + static_cast<std::ptrdiff_t>(begin));
@@ -61,14 +60,14 @@ private:
 
 class StreamStorage final : public ZipStorage {
 public:
-    StreamStorage(Stream::IBinaryStream& stream, std::uint64_t begin) : stream_(stream), begin_(begin) {}
+    StreamStorage(Stream::IBinaryStream& stream, std::uint64_t begin, std::function<void()> beforeWriting)
+        : stream_(stream), begin_(begin), beforeWriting_(std::move(beforeWriting)) {}
 
     std::uint64_t size() const override { return stream_.state().size - begin_; }
 
     std::size_t read(std::uint64_t position, std::span<std::uint8_t> buffer) override {
-        if (position >= size()) {
+        if (position >= size())
             return 0;
-        }
         const SharedBytes bytes =
             stream_.seekAndRead(static_cast<std::int64_t>(begin_ + position), buffer.size());
         std::copy(bytes->begin(), bytes->end(), buffer.begin());
@@ -76,12 +75,14 @@ public:
     }
 
     void write(std::uint64_t position, std::span<const std::uint8_t> bytes) override {
+        beforeWriting_();
         stream_.seekAndWrite(static_cast<std::int64_t>(begin_ + position), bytes);
     }
 
 private:
     Stream::IBinaryStream& stream_;
     std::uint64_t begin_;
+    std::function<void()> beforeWriting_;
 };
 
 }  // namespace
@@ -94,8 +95,9 @@ std::unique_ptr<ZipStorage> bytesStorage(Bytes& bytes) {
     return std::make_unique<BytesStorage>(bytes);
 }
 
-std::unique_ptr<ZipStorage> streamStorage(Stream::IBinaryStream& stream, std::uint64_t begin) {
-    return std::make_unique<StreamStorage>(stream, begin);
+std::unique_ptr<ZipStorage> streamStorage(Stream::IBinaryStream& stream, std::uint64_t begin,
+                                          std::function<void()> beforeWriting) {
+    return std::make_unique<StreamStorage>(stream, begin, std::move(beforeWriting));
 }
 
 }  // namespace Corvane::Compression::detail

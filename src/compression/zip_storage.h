@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 
@@ -30,7 +31,9 @@ std::unique_ptr<ZipStorage> spanStorage(std::span<const std::uint8_t> bytes);
 // An archive made in memory; `bytes` must outlive it.
 std::unique_ptr<ZipStorage> bytesStorage(Bytes& bytes);
 
-// An archive in a stream from `begin` on; the stream must outlive it. Throws what the stream throws.
-std::unique_ptr<ZipStorage> streamStorage(Stream::IBinaryStream& stream, std::uint64_t begin);
+// An archive in a stream from `begin` on; the stream must outlive it. `beforeWriting` is called each time.
+// Throws what the stream throws.
+std::unique_ptr<ZipStorage> streamStorage(
+    Stream::IBinaryStream& stream, std::uint64_t begin, std::function<void()> beforeWriting = [] {});
 
 }  // namespace Corvane::Compression::detail

@@ -2,7 +2,7 @@
 
 #include "core/log.h"
 
-namespace Corvane::detail {
+namespace Corvane {
 namespace {
 
 void logFailure(const wchar_t* call, std::uint32_t number) {
@@ -27,4 +27,4 @@ void failCom(const ErrorDescriptor& descriptor, const wchar_t* call, HRESULT hr)
     throw ComException(descriptor, hr);
 }
 
-}  // namespace Corvane::detail
+}  // namespace Corvane

@@ -19,8 +19,9 @@ private:
     DWORD error_;
 };
 
-// Sole owner of a system handle. Traits: `Type`, `static Type invalid()`, `static void close(Type)`.
-// Closing never throws and keeps the thread's last error.
+// Sole owner of a system handle. Traits: `Type`, `static Type invalid()`, `static void close(Type)`. `Type`
+// may be a structure with ==, for a handle that is nothing without another one (a session and the functions
+// of its module). Closing never throws and keeps the thread's last error.
 template <class Traits>
 class UniqueHandle {
 public:

@@ -1,19 +1,17 @@
-// The diagnostic log that support staff switch on through the registry ("LogLevel", "LogPath").
+// The diagnostic log that support staff switch on through the registry ("LogLevel", "LogPath"). Every layer
+// may write to it, those that know nothing of Windows included.
 //
 //     writeLog(LogLevel::debug, L"Corvane::Certificate::getValue", L"[in] type: ", type);
 //
-// One line is: UTC time | thread id | level | context | text. Secrets are never passed to it.
+// One line is: UTC time | thread id | level | context | text. The function that does the work logs what it
+// was given: numbers, names, paths, sizes and positions, never the content of a document. Secrets do not
+// compile (core/secret.h). Builds for other systems than Windows write nothing.
 #pragma once
 
-#include "core/handles.h"
-#include "core/lock.h"
-
-#include <atomic>
 #include <cstdint>
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace Corvane {
 
@@ -38,34 +36,16 @@ public:
     virtual void write(std::wstring_view line) = 0;
 };
 
-// The configured level, read again when what it knows is more than 60 seconds old. Plain counters without a
-// lock: threads that race read the registry twice and agree.
-class LevelCache {
-public:
-    // `now` is the system time in units of 100 ns.
-    bool isEnabled(LogLevel level, std::uint64_t now) noexcept;
+// The logger of the process.
+ILogger& processLogger();
 
-private:
-    std::atomic<std::uint32_t> level_{0};
-    std::atomic<std::uint64_t> readAt_{0};
+// When, in UTC, and on which thread a line was written.
+struct LogStamp {
+    unsigned year, month, day, hour, minute, second, milliseconds;
+    std::uint32_t thread;
 };
 
-// Appends lines to a file, opened at the first line. Lines of different threads never interleave.
-class FileLogger : public ILogger {
-public:
-    explicit FileLogger(std::wstring path) : path_(std::move(path)) {}
-
-    // The one of the process, over the configured file.
-    static FileLogger& instance();
-
-    void write(std::wstring_view line) override;
-
-private:
-    SharedMutex mutex_;
-    std::wstring path_;
-    FileHandle file_;
-    bool opened_ = false;
-};
+LogStamp currentLogStamp() noexcept;
 
 // A line under construction: values are streamed into it and its destructor hands it to the logger.
 class LogMessage {
@@ -76,7 +56,10 @@ public:
     LogMessage& operator=(const LogMessage&) = delete;
 
     template <class Value>
-    LogMessage& operator<<(const Value& value) {
+    LogMessage& operator<<(const Value& value) requires requires(std::wostream& out) {
+        out << value;
+    }
+    {
         text_ << value;
         return *this;
     }
@@ -89,8 +72,8 @@ private:
 };
 
 // The line of the log's format for a given moment; without the line end.
-std::wstring formatLogLine(const SYSTEMTIME& time, DWORD thread, std::uint32_t level,
-                           std::wstring_view context, std::wstring_view text);
+std::wstring formatLogLine(const LogStamp& stamp, std::uint32_t level, std::wstring_view context,
+                           std::wstring_view text);
 
 }  // namespace detail
 
@@ -99,7 +82,7 @@ template <class... Values>
 void writeLog(LogLevel level, std::wstring_view context, const Values&... values) {
     if (!isLogEnabled(level))
         return;
-    detail::LogMessage message(static_cast<std::uint32_t>(level), context, detail::FileLogger::instance());
+    detail::LogMessage message(static_cast<std::uint32_t>(level), context, detail::processLogger());
     (message << ... << values);
 }
 

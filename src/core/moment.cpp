@@ -2,31 +2,28 @@
 
 #include "core/check.h"
 
-#include <fmt/xchar.h>
+#include <fmt/format.h>
 
 namespace Corvane {
-namespace {
 
-SYSTEMTIME toSystemTime(const FILETIME& time) {
+std::wstring toUtcText(const FILETIME& time) {
     SYSTEMTIME fields{};
     checkWin32(::FileTimeToSystemTime(&time, &fields), E_FILETIME_TO_SYSTEMTIME_CAST,
                L"FileTimeToSystemTime");
-    return fields;
+    // Formatting wide text would instantiate the whole library a second time.
+    const std::string text = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", fields.wYear, fields.wMonth,
+                                         fields.wDay, fields.wHour, fields.wMinute, fields.wSecond);
+    return {text.begin(), text.end()};
 }
 
-}  // namespace
-
-std::wstring toUtcText(const FILETIME& time) {
-    const SYSTEMTIME fields = toSystemTime(time);
-    return fmt::format(L"{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", fields.wYear, fields.wMonth, fields.wDay,
-                       fields.wHour, fields.wMinute, fields.wSecond);
-}
-
-SYSTEMTIME toLocalTime(const FILETIME& time) {
+std::int64_t localOffset() {
+    // Any moment does that has a local time everywhere.
+    const std::uint64_t moment = currentTicks();
+    const FILETIME time = fromTicks(moment);
     FILETIME local{};
     checkWin32(::FileTimeToLocalFileTime(&time, &local), E_FILETIME_TO_LOCAL_CAST,
                L"FileTimeToLocalFileTime");
-    return toSystemTime(local);
+    return static_cast<std::int64_t>(toTicks(local) - moment);
 }
 
 FILETIME fromLocalTime(const SYSTEMTIME& local) {

@@ -1,6 +1,7 @@
 #include "gui/dialog_with_check_box.h"
 
 #include "core/check.h"
+#include "gui/text_with_site.h"
 
 #include <new>
 #include <utility>
@@ -18,9 +19,8 @@ using Choice = DialogWithCheckBox::Choice;
 
 Choice choiceOf(HWND dialog, WORD button) {
     const bool remember = ::IsDlgButtonChecked(dialog, rememberId) == BST_CHECKED;
-    if (button == IDOK) {
+    if (button == IDOK)
         return remember ? Choice::allowAndRemember : Choice::allow;
-    }
     return remember ? Choice::refuseAndRemember : Choice::refuse;
 }
 
@@ -46,9 +46,8 @@ INT_PTR CALLBACK DialogWithCheckBox::procedure(HWND dialog, UINT message, WPARAM
             reinterpret_cast<const DialogWithCheckBox*>(second)->showSite(dialog);
             return TRUE;
         case WM_COMMAND:
-            if (HIWORD(first) != BN_CLICKED || (LOWORD(first) != IDOK && LOWORD(first) != IDCANCEL)) {
+            if (HIWORD(first) != BN_CLICKED || (LOWORD(first) != IDOK && LOWORD(first) != IDCANCEL))
                 return FALSE;
-            }
             end(dialog, choiceOf(dialog, LOWORD(first)));
             return TRUE;
         case WM_CLOSE:
@@ -63,10 +62,7 @@ void DialogWithCheckBox::showSite(HWND dialog) const noexcept {
     try {
         std::wstring text(textLimit + 1, L'\0');
         text.resize(::GetDlgItemTextW(dialog, textId, text.data(), textLimit + 1));
-        if (const std::size_t place = text.find(L'%'); place != std::wstring::npos) {
-            text.replace(place, 1, site_);
-        }
-        ::SetDlgItemTextW(dialog, textId, text.c_str());
+        ::SetDlgItemTextW(dialog, textId, textWithSite(::GetDlgItem(dialog, textId), text, site_).c_str());
     } catch (const std::bad_alloc&) {
         // A question without its subject is not asked.
         ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);

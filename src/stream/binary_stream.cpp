@@ -1,11 +1,24 @@
 #include "stream/binary_stream.h"
 
 #include <algorithm>
+#include <ostream>
 
 namespace Corvane::Stream {
 
 std::wstring ClosedStreamException::details() const {
     return L"поток закрыт";
+}
+
+std::wostream& operator<<(std::wostream& out, const IBinaryStream& stream) {
+    try {
+        const State state = stream.state();
+        out << state.position << L" of " << state.size;
+    } catch (const Exception&) {
+        // A closed stream, for one. What uses it will fail, in its own words.
+        out << L"of unknown size";
+    }
+    const std::wstring place = stream.place();
+    return place.empty() ? out : out << L", " << place;
 }
 
 std::shared_ptr<IBinaryStream> keptOpen(IBinaryStream& stream) {

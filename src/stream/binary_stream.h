@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <memory>
 #include <span>
 #include <string>
@@ -42,6 +43,9 @@ public:
     // Position and size at one moment.
     virtual State state() const = 0;
 
+    // Where the bytes lie, for the log: a path, or empty for memory.
+    virtual std::wstring place() const { return {}; }
+
     // Moves the position and returns it. A position before the beginning is E_OFFSET_OUT_OF_RANGE, and so is
     // one beyond the end.
     virtual std::uint64_t seek(std::int64_t offset, Origin origin) = 0;
@@ -70,6 +74,9 @@ public:
     virtual SharedBytes seekAndRead(std::int64_t position, std::size_t count) = 0;
     virtual void seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes) = 0;
 };
+
+// A stream as the log shows it: position, size and place, never what it holds.
+std::wostream& operator<<(std::wostream& out, const IBinaryStream& stream);
 
 // A duplicate of the stream, or the stream itself, which must outlive it, where there is none.
 std::shared_ptr<IBinaryStream> keptOpen(IBinaryStream& stream);

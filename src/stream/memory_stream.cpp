@@ -1,6 +1,6 @@
 #include "stream/memory_stream.h"
 
-#include "stream/seek_log.h"
+#include "core/log.h"
 
 #include <algorithm>
 #include <cstring>
@@ -33,7 +33,9 @@ State MemoryStream::state() const {
 std::uint64_t MemoryStream::seekLocked(std::int64_t offset, Origin origin) {
     checkOpen(E_SEEK_IN_FILE);
     const std::uint64_t wanted = target(offset, origin, {position(), size_});
-    logSeek(L"Corvane::Stream::MemoryStream::seek", position(), wanted);
+    writeLog(LogLevel::debug, L"Corvane::Stream::MemoryStream::seek", L"[in] offset: ", offset,
+             L" [in] origin: ", static_cast<std::uint32_t>(origin), L", old position: ", position(),
+             L", new position: ", wanted);
     setPosition(wanted);
     return wanted;
 }
@@ -69,6 +71,8 @@ void MemoryStream::clear(std::uint64_t from, std::uint64_t to) noexcept {
 
 void MemoryStream::resize(std::uint64_t size) {
     const std::lock_guard guard(mutex_);
+    writeLog(LogLevel::debug, L"Corvane::Stream::MemoryStream::resize", L"[in] size: ", size, L", old size: ",
+             size_);
     checkOpen(E_FILE_WRITE);
     reserve(size);
     clear(size_, size);
@@ -80,6 +84,7 @@ void MemoryStream::resize(std::uint64_t size) {
 
 void MemoryStream::close() {
     const std::lock_guard guard(mutex_);
+    writeLog(LogLevel::debug, L"Corvane::Stream::MemoryStream::close", L"size: ", size_);
     closed_ = true;
     size_ = 0;
     setPosition(0);
@@ -110,6 +115,8 @@ std::size_t MemoryStream::read(std::span<std::uint8_t> buffer) {
 }
 
 SharedBytes MemoryStream::readLocked(std::size_t count) {
+    writeLog(LogLevel::debug, L"Corvane::Stream::MemoryStream::read", L"[in] count: ", count, L", position: ",
+             position());
     checkOpen(E_FILE_READ);
     auto bytes = std::make_shared<Bytes>();
     makeRoom(*bytes, std::min<std::uint64_t>(count, size_ - position()));
@@ -131,6 +138,8 @@ SharedBytes MemoryStream::seekAndRead(std::int64_t position, std::size_t count) 
 }
 
 void MemoryStream::writeLocked(std::span<const std::uint8_t> bytes) {
+    writeLog(LogLevel::debug, L"Corvane::Stream::MemoryStream::write", L"[in] size: ", bytes.size(),
+             L", position: ", position());
     checkOpen(E_FILE_WRITE);
     reserve(position() + bytes.size());
     while (!bytes.empty()) {

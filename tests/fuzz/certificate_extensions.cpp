@@ -1,5 +1,5 @@
 // Extensions of a certificate, and their values, read from arbitrary bytes.
-#include "asn1/certificate_extensions.h"
+#include "asn1/decoders/x509_extensions.h"
 #include "fuzz.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Splits arbitrary text into an address and a pattern and holds the results to what must be true of any.
-#include "core/site_pattern.h"
+#include "sites/site_pattern.h"
 #include "fuzz.h"
 
 using namespace Corvane;

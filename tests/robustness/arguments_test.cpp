@@ -60,15 +60,50 @@ TEST_F(ArgumentsTest, NullOutputs) {
     EXPECT_EQ(referencesOf(*object), 1U);
 }
 
-// Numbers arrive signed, since VBScript knows no unsigned ones but bytes.
-TEST_F(ArgumentsTest, MembersAreReadAndCalledEitherWay) {
+// An error object whose description is "earlier" becomes the thread's.
+void setEarlierFailure() {
+    ComPtr<ICreateErrorInfo> creator;
+    ASSERT_EQ(::CreateErrorInfo(creator.put()), S_OK);
+    wchar_t text[] = L"earlier";
+    creator->SetDescription(text);
+    ::SetErrorInfo(0, creator.query<IErrorInfo>().get());
+}
+
+std::wstring takeDescription() {
+    ComPtr<IErrorInfo> info;
+    Bstr text;
+    if (::GetErrorInfo(0, info.put()) != S_OK || info->GetDescription(text.put()) != S_OK)
+        return L"none";
+    return std::wstring(text.view());
+}
+
+// What a late-bound call does to the error information that the thread already had.
+TEST_F(ArgumentsTest, OnlyAReportedFailureReplacesTheEarlierOne) {
     const auto object = bytes(L"0102");
-    for (const WORD flags : {WORD{DISPATCH_PROPERTYGET}, WORD{DISPATCH_METHOD}}) {
-        EXPECT_EQ(V_VT(&LateCall(*object, 1, {}, flags).result.get()), VT_I4);
-        EXPECT_EQ(V_VT(&LateCall(*object, 2, {variantOf(VT_I4, 1)}, flags).result.get()), VT_UI1);
-    }
+    const auto call = [&](const LateCall& made, HRESULT failure, const wchar_t* given, const wchar_t* left) {
+        EXPECT_EQ(made.failure(), failure);
+        EXPECT_EQ(viewOf(made.exception.bstrDescription), given);
+        EXPECT_EQ(takeDescription(), left);
+        setEarlierFailure();
+    };
+    setEarlierFailure();
+    call({*object, 1}, S_OK, L"", L"earlier");                                 // a plain getter
+    call({*object, 2, {variantOf(VT_I4, 1)}}, S_OK, L"", L"earlier");          // a method
+    call({*object, 3, {variantOf(VT_DISPATCH)}}, E_POINTER, L"", L"earlier");  // fails without any
+    const Bstr word(L"word");
+    call({*object, 2, {variantTo(VT_BSTR, word.get())}}, DISP_E_TYPEMISMATCH, L"",
+         L"earlier");                               // is not called
     for (const DISPID absent : {4711, 0x60000002})  // IUnknown's Release, as type libraries number it
-        EXPECT_EQ(LateCall(*object, absent).hr, DISP_E_MEMBERNOTFOUND);
+        call({*object, absent}, DISP_E_MEMBERNOTFOUND, L"", L"earlier");
+    call({*object, 2, {variantOf(VT_I4, 2)}}, noSuchByte, L"Байта с указанным индексом не существует",
+         L"none");
+    // Who wants no exception may fetch the information instead.
+    VARIANT index = variantOf(VT_I4, 2);
+    DISPPARAMS parameters{&index, nullptr, 1, 0};
+    Variant result;
+    EXPECT_EQ(object->Invoke(2, IID_NULL, 0, DISPATCH_METHOD, &parameters, result.put(), nullptr, nullptr),
+              DISP_E_EXCEPTION);
+    EXPECT_EQ(takeDescription(), L"Байта с указанным индексом не существует");
 }
 
 TEST_F(ArgumentsTest, AFailureIsAnExceptionOfItsOwnAndTouchesNoOutput) {

@@ -32,7 +32,7 @@ struct Made {
     ComPtr<ITypeInfo> defaultInterface;
     ComPtr<IUnknown> object;
 
-    bool isService() const { return static_cast<bool>(ask(*object, IID_IObjectWithSite)); }
+    bool isService() const { return name.ends_with(L"Service") || name == L"CertificateStore"; }
 };
 
 class CoclassesTest : public ComponentTest {
@@ -41,7 +41,7 @@ protected:
     void forEach(const std::function<void(const Made&)>& check) const {
         ComPtr<ITypeLib> library;
         ASSERT_EQ(::LoadTypeLibEx(componentPath().c_str(), REGKIND_NONE, library.put()), S_OK);
-        int count = 0;
+        ASSERT_GT(library->GetTypeInfoCount(), 0U);
         for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
             TYPEKIND kind = TKIND_MAX;
             library->GetTypeInfoType(i, &kind);
@@ -61,9 +61,7 @@ protected:
             made.object = component_.create<IUnknown>(made.clsid);
             ASSERT_TRUE(made.object);
             check(made);
-            ++count;
         }
-        EXPECT_EQ(count, 13);
     }
 };
 
@@ -85,8 +83,10 @@ TEST_F(CoclassesTest, EveryInterfaceLeadsToEveryOther) {
             EXPECT_EQ(answer, nullptr);
         }
         EXPECT_EQ(made.object->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
-        EXPECT_EQ(made.isService(), made.name.find(L"Service") != std::wstring::npos ||
-                                        made.name == L"About" || made.name == L"CertificateStore");
+        // Those that ask whose page they are in, or whose results do.
+        const bool hasSite = made.isService() || made.name == L"About" || made.name == L"BinaryObject" ||
+                             made.name == L"BinaryStream" || made.name == L"FileObject";
+        EXPECT_EQ(static_cast<bool>(ask(*made.object, IID_IObjectWithSite)), hasSite);
         EXPECT_EQ(referencesOf(*made.object), 1U);
     });
 }
@@ -142,67 +142,97 @@ TEST_F(CoclassesTest, DescribeThemselvesTheirErrorsAndTheirSafety) {
     });
 }
 
-// Calls each member that a class of ours declares, late-bound, with arguments that the type library takes for
-// its parameters, `object` for those that are objects, and runs the check with its outcome.
-void forEachMember(const Made& made, IDispatch* object,
-                   const std::function<void(bool hasObjects, const LateCall&)>& check) {
-    const auto dispatch = made.object.query<IDispatch>();
+// Runs the check for each member of a class that is not IUnknown's or IDispatch's own.
+void forEachMember(const Made& made, const std::function<void(const FUNCDESC&)>& check) {
     FUNCDESC* function = nullptr;
+    int count = 0;
     for (UINT i = 0; made.defaultInterface->GetFuncDesc(i, &function) == S_OK; ++i) {
-        std::vector<VARIANT> arguments;
-        bool hasObjects = false;
-        for (SHORT parameter = 0; parameter < function->cParams; ++parameter) {
-            const bool isObject = function->lprgelemdescParam[parameter].tdesc.vt == VT_PTR;
-            const bool isCallback = function->lprgelemdescParam[parameter].tdesc.vt == VT_DISPATCH;
-            arguments.push_back(
-                variantTo(isObject || isCallback ? VT_DISPATCH : VT_EMPTY, isObject ? object : nullptr));
-            hasObjects = hasObjects || isObject;
-        }
         SCOPED_TRACE(function->memid);
-        if (function->memid < 0x60000000)  // from there on, IUnknown's and IDispatch's own
-            check(hasObjects, LateCall(*dispatch, function->memid, arguments));
+        if (function->memid < 0x60000000) {
+            check(*function);
+            ++count;
+        }
         made.defaultInterface->ReleaseFuncDesc(function);
     }
+    EXPECT_GT(count, 0);
+}
+
+// Arguments that the type library takes for the member's parameters, `object` for those that are objects.
+std::vector<VARIANT> argumentsOf(const FUNCDESC& function, IDispatch* object) {
+    std::vector<VARIANT> arguments;
+    for (SHORT parameter = 0; parameter < function.cParams; ++parameter) {
+        const VARTYPE type = function.lprgelemdescParam[parameter].tdesc.vt;
+        arguments.push_back(variantTo(type == VT_PTR || type == VT_DISPATCH ? VT_DISPATCH : VT_EMPTY,
+                                      type == VT_PTR ? object : nullptr));
+    }
+    return arguments;
+}
+
+bool takesObjects(const FUNCDESC& function) {
+    bool found = false;
+    for (SHORT parameter = 0; parameter < function.cParams; ++parameter)
+        found = found || function.lprgelemdescParam[parameter].tdesc.vt == VT_PTR;
+    return found;
+}
+
+// Reading the name of a method does not call it: scripts ask so whether there is one. A property is read
+// under either flag, and nothing is set that can only be read.
+TEST_F(CoclassesTest, MembersAnswerToWhatTheyAre) {
+    forEach([](const Made& made) {
+        const auto dispatch = made.object.query<IDispatch>();
+        forEachMember(made, [&](const FUNCDESC& function) {
+            const auto answers = [&](WORD flags) {
+                return LateCall(*dispatch, function.memid, {}, flags).hr != DISP_E_MEMBERNOTFOUND;
+            };
+            const bool isMethod = function.invkind == INVOKE_FUNC;
+            EXPECT_NE(answers(DISPATCH_PROPERTYGET), isMethod);
+            EXPECT_TRUE(answers(DISPATCH_METHOD));
+            EXPECT_TRUE(answers(DISPATCH_METHOD | DISPATCH_PROPERTYGET));
+            if (isMethod) {
+                EXPECT_FALSE(answers(DISPATCH_PROPERTYPUT));
+            }
+        });
+    });
 }
 
 TEST_F(CoclassesTest, NoMemberOfAServiceWorksWithoutTrust) {
-    int members = 0;
-    forEach([&](const Made& made) {
+    forEach([](const Made& made) {
         if (!made.isService() || made.name == L"About")
             return;
-        forEachMember(made, nullptr, [&](bool, const LateCall& call) {
+        forEachMember(made, [&](const FUNCDESC& function) {
+            const LateCall call(*made.object.query<IDispatch>(), function.memid,
+                                argumentsOf(function, nullptr));
             EXPECT_EQ(call.failure(), accessDenied);
             EXPECT_EQ(viewOf(call.exception.bstrDescription), L"[1001] Доступ для текущего домена запрещен");
-            ++members;
         });
     });
-    EXPECT_EQ(members, 15 + 17 + 7 + 7 + 12);
 }
 
 TEST_F(CoclassesTest, NullAndForeignObjectsAreTakenForWhatTheyAre) {
     ForeignObject foreign(E_NOINTERFACE);
-    int members = 0;
     forEach([&](const Made& made) {
+        if (made.name == L"GuiService")  // takes texts only, and would ask the user
+            return;
         host_.href = TrustedPage::address;
-        if (made.isService()) {
+        if (ask(*made.object, IID_IObjectWithSite)) {
             ASSERT_EQ(made.object.query<IObjectWithSite>()->SetSite(host_.site()), S_OK);
         }
-        for (IDispatch* const object :
-             {static_cast<IDispatch*>(nullptr), static_cast<IDispatch*>(&foreign)}) {
-            forEachMember(made, object, [&](bool hasObjects, const LateCall& call) {
-                if (!hasObjects)
-                    return;
+        forEachMember(made, [&](const FUNCDESC& function) {
+            if (!takesObjects(function))
+                return;
+            for (IDispatch* const object :
+                 {static_cast<IDispatch*>(nullptr), static_cast<IDispatch*>(&foreign)}) {
+                const LateCall call(*made.object.query<IDispatch>(), function.memid,
+                                    argumentsOf(function, object));
                 // What was never opened says that first.
                 if (made.name == L"CertificateStore" || made.name == L"ZipArchive") {
                     EXPECT_TRUE(FAILED(call.failure()));
                 } else {
                     EXPECT_EQ(call.failure(), object ? E_NOINTERFACE : E_POINTER);
                 }
-                ++members;
-            });
-        }
+            }
+        });
     });
-    EXPECT_EQ(members, 2 * (9 + 12 + 5 + 1 + 2 * 3 + 1 + 1 + 6));
     EXPECT_EQ(foreign.references(), 0U);
 }
 

@@ -15,17 +15,26 @@ Function exported(HMODULE module, const char* name) {
     return reinterpret_cast<Function>(address);
 }
 
+// A path relative to this program, in full.
+std::wstring pathOf(const wchar_t* relative) {
+    wchar_t program[MAX_PATH];
+    const std::wstring_view own(program, ::GetModuleFileNameW(nullptr, program, MAX_PATH));
+    const auto joined = std::wstring(own.substr(0, own.find_last_of(L'\\') + 1)) + relative;
+    wchar_t path[MAX_PATH];
+    return {path, ::GetFullPathNameW(joined.c_str(), MAX_PATH, path, nullptr)};
+}
+
 }  // namespace
 
 std::wstring componentPath() {
-    wchar_t program[MAX_PATH];
-    const std::wstring_view own(program, ::GetModuleFileNameW(nullptr, program, MAX_PATH));
-    const auto relative = std::wstring(own.substr(0, own.find_last_of(L'\\') + 1)) + CORVANE_COMPONENT;
-    wchar_t path[MAX_PATH];
-    return {path, ::GetFullPathNameW(relative.c_str(), MAX_PATH, path, nullptr)};
+    return pathOf(CORVANE_COMPONENT);
 }
 
-Component::Component() : module_(::LoadLibraryW(componentPath().c_str())) {
+Component::Component() {
+    // It stays, and changes what the component imports.
+    if (!::LoadLibraryW(pathOf(CORVANE_STANDIN).c_str()))
+        throw std::runtime_error("the stand-in for message functions cannot be loaded");
+    module_ = ::LoadLibraryW(componentPath().c_str());
     if (!module_)
         throw std::runtime_error("the DLL cannot be loaded");
     classObject_ = exported<decltype(classObject_)>(module_, "DllGetClassObject");

@@ -4,8 +4,8 @@
 
 #include "../../tools/scripthost/unscriptable.h"
 #include "../unit/fake_host.h"
-#include "com/automation.h"
-#include "com/ptr.h"
+#include "com/runtime/automation.h"
+#include "com/runtime/ptr.h"
 
 #include <windows.h>
 

@@ -1,19 +1,22 @@
-#include "com/browser_object.h"
+#include "com/access/browser_object.h"
 
 #include "core/system_exception.h"
-#include "core/trusted_sites.h"
 #include "dialog_driver.h"
 #include "fake_host.h"
 #include "gui/dialog_with_check_box.h"
 #include "scratch_registry.h"
+#include "sites/trusted_sites.h"
 #include "support.h"
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <tuple>
+#include <vector>
 
 using namespace Corvane;
 using Com::BrowserSite;
+using Corvane::Test::errorCode;
 
 namespace {
 
@@ -190,7 +193,6 @@ TEST_F(BrowserObject, AnswersAreRememberedAsTheDialogSays) {
         {L"https://always.example", IDOK, true, "", true},
         {L"https://never.example", IDCANCEL, true, "E_ACCESS_DENIED", false},
         {L"https://asked.example", IDCANCEL, false, "E_ACCESS_DENIED", false},
-        {L"file:///c:/page.html", IDOK, true, "E_INVALID_DOMAIN", false},  // can be no pattern
     };
     for (const auto& row : rows) {
         const DialogDriver driver([&](HWND dialog) {
@@ -205,6 +207,228 @@ TEST_F(BrowserObject, AnswersAreRememberedAsTheDialogSays) {
         EXPECT_EQ(RegTrustedSites().isTrusted(row.host), row.isInRegistry);
         EXPECT_EQ(SessionTrustedSites::instance().reject(row.host), row.host == rows[2].host);
     }
+}
+
+TEST_F(BrowserObject, AddressThatDoesNotTellItsSiteIsRefusedWithoutAQuestion) {
+    const DialogDriver driver([](HWND dialog) { ::SendDlgItemMessageW(dialog, IDOK, BM_CLICK, 0, 0); });
+    const std::wstring bank = L"https://bank.example";
+    for (const wchar_t* url : {
+             // No host, something else than a host, or patterns that would cover other hosts.
+             L"file:///c:/page.html",
+             L"file://bank.example/page.html",
+             L"res:///page.html",
+             L"https:///page.html",
+             L"about:blank",
+             L"javascript:x",
+             L"data:text/html,x",
+             L"bank.example",
+             L"//bank.example/",
+             L"https://*.co.example/",
+             L"*://bank.example/",
+             // A part of the host, which ends elsewhere.
+             L"https://bank.example:x@evil.example/",
+             L"https://bank.example@evil.example/",
+             L"https://bank.example%2e.evil.example/",
+             L"https://bank.example.\xFF0F.evil.example/",
+             L"https://bank.example.\x202E.lpmaxe.live/",
+             L"https://bank.example.\n.evil.example/",
+             L"https://bank.example. .evil.example/",
+             L"https://bank.example.\x3164.evil.example/",
+             L"https://bank.example\\evil.example/",
+             L"https://bank%.example/",
+             L"https://[::1]/",
+         }) {
+        visit(url);
+        EXPECT_EQ(std::get<0>(failure(true)), "E_INVALID_DOMAIN") << testing::PrintToString(url);
+        EXPECT_FALSE(isAllowed(false)) << testing::PrintToString(url);
+    }
+    EXPECT_EQ(driver.count(), 0);
+}
+
+TEST_F(BrowserObject, WhileTheHostIsAskedTheObjectHasNoPage) {
+    trust(L"former.example");
+    visit(L"https://former.example/");
+    EXPECT_TRUE(isAllowed());
+    int calls = 0;
+    host_.during = [&](Step) { calls += isAllowed(true) ? 100 : 1; };
+    visit(L"https://other.example/");
+    EXPECT_EQ(calls, 8) << "steps, all without access";
+    host_.during = [&](Step step) {
+        if (step == Step::url)
+            object_.setSite(nullptr);
+    };
+    visit(L"https://former.example/");
+    EXPECT_EQ(std::get<0>(failure()), "SetSite") << "the site that was given last counts";
+}
+
+// Has a call made on the test's thread from without, as timers and other pages make them.
+class Intruder {
+public:
+    explicit Intruder(std::function<void()> call) : call_(std::move(call)) {
+        ::SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        ::SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&procedure));
+    }
+    ~Intruder() { ::DestroyWindow(window_); }
+    Intruder(const Intruder&) = delete;
+    Intruder& operator=(const Intruder&) = delete;
+
+    // From any thread: before the thread's next posted message, if it does not run already.
+    void send() const { ::SendNotifyMessageW(window_, WM_APP, 0, 0); }
+
+private:
+    static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM first, LPARAM second) {
+        auto* intruder = reinterpret_cast<Intruder*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
+        if (message != WM_APP)
+            return ::DefWindowProcW(window, message, first, second);
+        if (!std::exchange(intruder->isInside_, true)) {
+            intruder->call_();
+            intruder->isInside_ = false;
+        }
+        return 0;
+    }
+
+    HWND window_ =
+        ::CreateWindowExW(0, L"STATIC", nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    std::function<void()> call_;
+    bool isInside_ = false;
+};
+
+TEST_F(BrowserObject, WhileAQuestionIsOpenNoOtherIsAsked) {
+    BrowserSite other;
+    BrowserSite trusted;
+    trust(L"trusted.example");
+    visit(L"https://trusted.example/");
+    ASSERT_EQ(trusted.setSite(host_.site()), S_OK);
+    host_.url = L"https://other.example/";
+    ASSERT_EQ(other.setSite(host_.site()), S_OK);
+    const auto mayAct = [](const BrowserSite& site) {
+        return errorCode([&] { site.checkAccess(true); }) != E_ACCESS_DENIED.code;
+    };
+
+    for (const int button : {IDCANCEL, IDOK}) {
+        visit(L"https://asked.example/");
+        std::vector<bool> answers;
+        const Intruder intruder([&] {
+            answers = {isAllowed(true), mayAct(other), mayAct(trusted), other.access() != nullptr};
+        });
+        const DialogDriver driver([&](HWND dialog) {
+            intruder.send();
+            ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED), 0);
+        });
+        EXPECT_EQ(isAllowed(true), button == IDOK);
+        EXPECT_EQ(driver.count(), 1);
+        EXPECT_EQ(answers, std::vector<bool>({false, false, true, true}))
+            << "the page, another, a trusted one";
+    }
+
+    // The next question may be asked as before, and the object may be given another site meanwhile.
+    visit(L"https://moved.example/");
+    const Intruder intruder([&] { visit(L"https://elsewhere.example/"); });
+    const DialogDriver driver([&](HWND dialog) {
+        intruder.send();
+        ::PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+    });
+    EXPECT_TRUE(isAllowed(true));
+    EXPECT_EQ(driver.count(), 1);
+    EXPECT_FALSE(isAllowed(false)) << "the answer was for the page that asked";
+    EXPECT_TRUE(SessionTrustedSites::instance().isTrusted(L"https://moved.example/"));
+    for (BrowserSite* site : {&other, &trusted})
+        site->setSite(nullptr);
+}
+
+// The pixels of a control, each a number.
+std::vector<DWORD> pixelsOf(HWND control) {
+    RECT area{};
+    ::GetClientRect(control, &area);
+    BITMAPINFO format{};
+    format.bmiHeader = {sizeof(BITMAPINFOHEADER), area.right, -area.bottom, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    const HDC memory = ::CreateCompatibleDC(nullptr);
+    const HBITMAP bitmap = ::CreateDIBSection(memory, &format, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HGDIOBJ former = ::SelectObject(memory, bitmap);
+    ::SendMessageW(control, WM_PRINT, reinterpret_cast<WPARAM>(memory), PRF_CLIENT | PRF_ERASEBKGND);
+    ::GdiFlush();
+    const auto* first = static_cast<const DWORD*>(bits);
+    std::vector<DWORD> pixels(first,
+                              first + std::size_t{1} * static_cast<std::size_t>(area.right * area.bottom));
+    ::SelectObject(memory, former);
+    ::DeleteObject(bitmap);
+    ::DeleteDC(memory);
+    return pixels;
+}
+
+// What the dialog shows of a site, as text and as pixels.
+std::pair<std::wstring, std::vector<DWORD>> shownOf(const std::wstring& host) {
+    std::pair<std::wstring, std::vector<DWORD>> shown;
+    const DialogDriver driver([&](HWND dialog) {
+        const HWND control = ::GetDlgItem(dialog, -1);
+        std::wstring text(2000, L'\0');
+        text.resize(static_cast<std::size_t>(::GetWindowTextW(control, text.data(), 2000)));
+        shown = {text, pixelsOf(control)};
+        ::PostMessageW(dialog, WM_CLOSE, 0, 0);
+    });
+    Gui::DialogWithCheckBox(host).get(::GetModuleHandleW(nullptr), nullptr);
+    return shown;
+}
+
+std::wstring without(std::wstring text, std::wstring_view characters) {
+    std::erase_if(text, [&](wchar_t c) { return characters.find(c) != std::wstring_view::npos; });
+    return text;
+}
+
+// Whether the system draws text at all: 32-bit programs have no fonts under a Wine without 32-bit libraries.
+bool drawsText() {
+    const HDC screen = ::GetDC(nullptr);
+    SIZE size{};
+    const bool measured = ::GetTextExtentPoint32W(screen, L"w", 1, &size) && size.cx > 0;
+    ::ReleaseDC(nullptr, screen);
+    return measured;
+}
+
+TEST(DialogWithCheckBox, TheEndOfAHostIsAlwaysReadable) {
+    const std::wstring labels = [] {
+        std::wstring text = L"https.online.bank.example";
+        for (int i = 0; i < 40; ++i)
+            text += L".label" + std::to_wstring(i);
+        return text;
+    }();
+    const std::wstring before = L"Сайт ";
+    const std::wstring after =
+        L" просит доступ к плагину Zim Vetrel.\n\nЗапретите доступ, если не доверяете этому сайту.";
+    const struct {
+        std::wstring host;
+        std::wstring end;  // what must be read of it
+        bool isWhole;
+    } rows[] = {
+        {L"example.org", L"example.org", true},
+        {L"online.bank.example.of-some-length.example", L"online.bank.example.of-some-length.example", true},
+        {labels + L".evil.example", L".evil.example", false},
+        {std::wstring(63, L'w') + L".example", L"wwwwwwwwwwwwwwwwwwwwwwwwwwwwww.example", false},
+        {std::wstring(5000, L'a'), std::wstring(30, L'a'), false},
+        {std::wstring(100'000, L'.') + L"evil.example", L"evil.example", false},
+        {L"192.168.100.200", L"192.168.100.200", true},
+        {labels + L".xn--e1afmkfd.xn--p1ai", L".xn--e1afmkfd.xn--p1ai", false},
+        {labels + L".пример.испытание", L".пример.испытание", false},
+        {L"bank.\x05D0\x05D1.\x05D2\x05D3.example", L"bank.\x05D0\x05D1.\x05D2\x05D3.example", true},
+        {L"", L"", true},
+    };
+    for (const auto& row : rows) {
+        const auto [text, pixels] = shownOf(row.host);
+        const std::wstring host =
+            without(text.substr(before.size(), text.size() - before.size() - after.size()), L"\n\x200E");
+        EXPECT_TRUE(text.starts_with(before) && text.ends_with(after)) << text.size();
+        EXPECT_TRUE(host.ends_with(row.end)) << text.size();
+        EXPECT_EQ(host == row.host, row.isWhole);
+        EXPECT_TRUE(host == row.host || host.starts_with(L'\x2026'));
+        if (row.end.empty() || !drawsText())
+            continue;
+        // The last letter is seen: another one in its place looks different.
+        std::wstring changed = row.host;
+        changed.back() = changed.back() == L'0' ? L'1' : L'o';
+        EXPECT_NE(pixels, shownOf(changed).second);
+    }
+    // Letters that run from right to left leave the labels in their order.
+    EXPECT_NE(shownOf(rows[9].host).first.find(L"\x05D1\x200E.\x200E\x05D2"), std::wstring::npos);
 }
 
 TEST(DialogWithCheckBox, DialogThatCannotBeShownIsAnError) {

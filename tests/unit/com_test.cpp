@@ -1,7 +1,7 @@
 // The frame around methods, and asynchronous calls.
 #include "../tools/scripthost/unscriptable.h"
-#include "com/async.h"
-#include "com/frame.h"
+#include "com/async/async.h"
+#include "com/runtime/frame.h"
 #include "core/system_exception.h"
 #include "platform/import_patch.h"
 #include "soon.h"
@@ -107,7 +107,7 @@ TEST(Async, WhateverIsThrownReachesTheCallbackOnItsThreadOnce) {
     };
     for (const auto& row : rows) {
         Callback callback;
-        startAsync(&callback, row.work);
+        start(&callback, Operation{L"work", row.work});
         EXPECT_EQ(callback.calls, 0);
         EXPECT_GT(callback.references, 1u) << "the operation keeps the callback";
         EXPECT_TRUE(soon([&] { return callback.calls > 0 && callback.references == 1; }));
@@ -115,6 +115,11 @@ TEST(Async, WhateverIsThrownReachesTheCallbackOnItsThreadOnce) {
         EXPECT_EQ(callback.thread, ::GetCurrentThreadId());
         EXPECT_EQ(callback.error, row.error);
     }
+    const HWND window = ::FindWindowExW(HWND_MESSAGE, nullptr, L"Corvane2.9.9.41WindowClass", nullptr);
+    wchar_t name[64] = L"";
+    ::GetWindowTextW(window, name, 64);
+    EXPECT_TRUE(std::wstring_view(name).starts_with(L"Corvane2.9.9.41WindowName"))
+        << "the window's class or name";
     EXPECT_FALSE(Module::isIdle()) << "the thread's window";
     ThreadWindow::releaseIdle();
     EXPECT_TRUE(Module::isIdle());
@@ -130,7 +135,7 @@ TEST(Async, NoOutcomeIsLostWhereTheQueueHasNoRoom) {
     const Corvane::Test::ImportPatch patch(&::PostMessageW, &refusePost);
     Callback callback;
     for (int i = 0; i < 100; ++i)
-        startAsync(&callback, [] { return 1u; });
+        start(&callback, Operation{L"work", [] { return 1u; }});
     EXPECT_TRUE(soon([&] { return callback.calls == 100 && callback.references == 1; }));
     ThreadWindow::releaseIdle();
     EXPECT_TRUE(Module::isIdle());
@@ -143,11 +148,11 @@ TEST(Async, NothingIsLeftOfAThreadThatEndedBeforeTheOutcome) {
     std::thread([&] {
         const Apartment apartment;
         // One outcome is posted and never fetched; the other comes when the thread is gone.
-        startAsync(&callback, [&] { posted = true; });
-        startAsync(&callback, [&] {
-            while (!finish)
-                ::Sleep(1);
-        });
+        start(&callback, Operation{L"work", [&] { posted = true; }});
+        start(&callback, Operation{L"work", [&] {
+                                       while (!finish)
+                                           ::Sleep(1);
+                                   }});
         while (!posted)
             ::Sleep(1);
     }).join();
@@ -160,9 +165,35 @@ TEST(Async, NothingIsLeftOfAThreadThatEndedBeforeTheOutcome) {
     EXPECT_EQ(callback.calls, 0);
 }
 
+// COM is entered and left for each callback; the thread itself stays in its apartment, and leaves it when it
+// says so.
+TEST(Async, TheThreadsApartmentIsItsOwn) {
+    const auto inApartment = [] {
+        APTTYPE type{};
+        APTTYPEQUALIFIER qualifier{};
+        return ::CoGetApartmentType(&type, &qualifier) == S_OK &&
+               (type == APTTYPE_STA || type == APTTYPE_MAINSTA);
+    };
+    std::thread([&] {
+        Callback callback;
+        {
+            const Apartment apartment;
+            start(&callback, Operation{L"work", [] { return 1u; }});
+            EXPECT_TRUE(soon([&] { return callback.calls == 1 && callback.references == 1; }));
+            EXPECT_TRUE(inApartment());
+            ThreadWindow::releaseIdle();
+        }
+        EXPECT_FALSE(inApartment());
+    }).join();
+}
+
 TEST(Async, ACallbackThatIsNoneFailsAtTheStart) {
     const Apartment apartment;
-    EXPECT_EQ(frame(CLSID_NULL, L"CTest::Method", [] { startAsync(nullptr, [] { return 1u; }); }), E_POINTER);
+    EXPECT_EQ(frame(CLSID_NULL, L"CTest::Method",
+                    [] {
+                        start(nullptr, Operation{L"work", [] { return 1u; }});
+                    }),
+              E_POINTER);
     ThreadWindow::releaseIdle();
     EXPECT_TRUE(Module::isIdle());
 }

@@ -111,11 +111,16 @@ TEST(Compression, RefusesBrokenInputAndLeavesTheOutput) {
     const Bytes members = readTestData("zip/two-members.gz");
     const Bytes good = packed(zipFormat, bytesOf("some data to be packed"));
     const int directory = -(22 + 46 + 4);  // its end, its only entry, the name in it
+    const Bytes several = readTestData("zip/info-zip.zip");
+    const auto directoryOf = [](const Bytes& archive) {
+        return static_cast<int>(archive.at(archive.size() - 6) | archive.at(archive.size() - 5) << 8);
+    };
     const struct {
         const char* what;
         const Format& format;
         Bytes input;
         const ErrorDescriptor& error;
+        unsigned number = 0;
     } rows[] = {
         {"nothing", gzipFormat, {}, E_UNGZIP_BAD},
         {"half of a mark", gzipFormat, readTestData("zip/half-mark.gz"), E_UNGZIP_BAD},
@@ -136,35 +141,80 @@ TEST(Compression, RefusesBrokenInputAndLeavesTheOutput) {
         {"checksum", zipFormat, changed(changed(good, 14), directory + 16), E_UNZIP},
         {"size", zipFormat, changed(changed(good, 22), directory + 24), E_UNZIP},
         {"encrypted by another method", zipFormat, readTestData("zip/7-zip-aes.zip"), E_UNZIP},
+        {"first entry's header", zipFormat, changed(several, directoryOf(several)), E_UNZIP},
+        {"second entry behind it", zipFormat, changed(several, directoryOf(several)), E_UNZIP_OUT_OF_RANGE,
+         2},
         {"late in large data", zipFormat, changed(packed(zipFormat, sampleBytes(1000000)), 200000), E_UNZIP},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.format.name + ": "s + row.what);
         Bytes output = bytesOf("as before");
-        EXPECT_EQ(errorCode([&] { row.format.unpack(row.input, output, 0); }), row.error.code);
+        EXPECT_EQ(errorCode([&] { row.format.unpack(row.input, output, row.number); }), row.error.code);
         EXPECT_EQ(output, bytesOf("as before"));
         SourceStream slow(row.input, 100);
         MemoryStream stream;
         stream.write(bytesOf("before"));
-        EXPECT_EQ(errorCode([&] { row.format.unpackStream(slow, stream, 0, nullptr); }), row.error.code);
+        EXPECT_EQ(errorCode([&] { row.format.unpackStream(slow, stream, row.number, nullptr); }),
+                  row.error.code);
         EXPECT_EQ(contentOf(stream), bytesOf("before"));
     }
 }
 
-TEST(Compression, StopsWhenCanceledAndLeavesTheOutput) {
+// A source that stops being one behind a position: canceled by the user, or failing.
+class EndingStream : public SourceStream {
+public:
+    EndingStream(const Bytes& bytes, std::uint64_t most, SharedProgress progress)
+        : SourceStream(bytes, 100000), most_(most), progress_(std::move(progress)) {}
+    using SourceStream::read;
+    std::size_t read(std::span<std::uint8_t> buffer) override {
+        end();
+        return SourceStream::read(buffer);
+    }
+    // So archives are read.
+    SharedBytes seekAndRead(std::int64_t position, std::size_t count) override {
+        if (position < 1)
+            end();
+        return SourceStream::seekAndRead(position, count);
+    }
+
+private:
+    void end() {
+        if (state().position < most_)
+            return;
+        if (!progress_)
+            throw Exception(E_FILE_READ);
+        progress_->cancel();
+    }
+
+    std::uint64_t most_;
+    SharedProgress progress_;
+};
+
+TEST(Compression, AnOperationThatStopsLeavesTheOutput) {
+    const Bytes content = sampleBytes(1000000);
     for (const Format* format : formats) {
-        for (const std::uint64_t behind : {0u, 500000u, 1000000u}) {
-            const auto progress = std::make_shared<Progress>();
-            SourceStream input(sampleBytes(1000000), ~std::size_t{0}, [&](std::uint64_t position) {
-                if (position >= behind)
-                    progress->cancel();
-            });
-            MemoryStream output;
-            output.write(bytesOf("before"));
-            EXPECT_EQ(errorCode([&] { format->packStream(input, output, progress, defaultMode); }),
-                      E_CANCELED.code)
-                << format->name << ' ' << behind;
-            EXPECT_EQ(contentOf(output), bytesOf("before")) << format->name << ' ' << behind;
+        for (const bool packs : {true, false}) {
+            for (const bool cancels : {true, false}) {
+                for (const std::uint64_t behind : {0u, 900000u}) {
+                    if (!packs && behind != 0)
+                        continue;
+                    SCOPED_TRACE(testing::Message() << format->name << packs << cancels << ' ' << behind);
+                    const auto progress = cancels ? std::make_shared<Progress>() : nullptr;
+                    const Bytes source = packs ? content : packed(*format, content);
+                    EndingStream input(source, behind, progress);
+                    MemoryStream output;
+                    output.write(bytesOf("before, behind"));
+                    output.seek(6, Stream::Origin::beginning);
+                    const auto run = [&] {
+                        packs ? format->packStream(input, output, progress, defaultMode)
+                              : format->unpackStream(input, output, 0, progress);
+                    };
+                    EXPECT_EQ(errorCode(run), cancels ? E_CANCELED.code : E_FILE_READ.code);
+                    const Bytes left = contentOf(output);
+                    // Nothing was written before the first block was there.
+                    EXPECT_EQ(left, bytesOf(behind == 0 ? "before, behind" : "before"));
+                }
+            }
         }
     }
 }
@@ -176,7 +226,11 @@ TEST(Compression, PassesOnWhatAStreamThrowsAndRefusesOneStreamForBoth) {
         SourceStream input(sampleBytes(1000));
         EXPECT_THROW(format->packStream(input, closed, nullptr, defaultMode), Stream::ClosedStreamException);
         MemoryStream output;
+        output.write(bytesOf("before"));
+        output.seek(2, Stream::Origin::beginning);
         EXPECT_THROW(format->unpackStream(closed, output, 0, nullptr), Stream::ClosedStreamException);
+        EXPECT_THROW(format->packStream(closed, output, nullptr, defaultMode), Stream::ClosedStreamException);
+        EXPECT_EQ(contentOf(output), bytesOf("before"));
         const bool isZip = format == &zipFormat;
         EXPECT_EQ(errorCode([&] { format->packStream(input, input, nullptr, defaultMode); }),
                   isZip ? E_ZIP_OPEN.code : E_GZIP_OPEN.code);

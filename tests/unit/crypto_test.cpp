@@ -2,15 +2,16 @@
 #include "binary/hex.h"
 #include "core/json.h"
 #include "core/moment.h"
-#include "core/text.h"
-#include "crypto/certificate.h"
-#include "crypto/certificate_extensions.h"
-#include "crypto/certificate_filter.h"
-#include "crypto/certificate_json.h"
-#include "crypto/certificate_search.h"
-#include "crypto/certificate_store.h"
-#include "crypto/certificate_view.h"
-#include "crypto/crypto_api_provider.h"
+#include "core/wide_text.h"
+#include "crypto/api/encoding.h"
+#include "crypto/certificate/certificate.h"
+#include "crypto/certificate/certificate_extensions.h"
+#include "crypto/certificate/certificate_filter.h"
+#include "crypto/certificate/certificate_json.h"
+#include "crypto/certificate/certificate_search.h"
+#include "crypto/certificate/certificate_store.h"
+#include "crypto/certificate/certificate_view.h"
+#include "crypto/message/crypto_api_provider.h"
 #include "dialog_driver.h"
 #include "platform/import_patch.h"
 #include "support.h"
@@ -205,22 +206,6 @@ TEST(CertificateView, ViewerMayBeClosedInEveryWay) {
 }
 #endif
 
-TEST(CertificateStores, StandardOnesOfBothLocations) {
-    std::vector<std::pair<unsigned, std::wstring>> opened;
-    for (const SharedStore& store : CertificateStore::openStandard(0, true, false))
-        opened.emplace_back(store->location(), store->name());
-    std::vector<std::pair<unsigned, std::wstring>> expected;
-    for (const unsigned location : {userStores, machineStores}) {
-        for (const wchar_t* name : {L"My", L"Root", L"Ca", L"AddressBook"})
-            expected.emplace_back(location, name);
-    }
-    EXPECT_EQ(opened, expected);
-    EXPECT_EQ(CertificateStore::openStandard(machineStores, true, false).front()->location(), machineStores);
-    for (const unsigned location : {0u, 3u, 0xFFFFFFFFu})
-        EXPECT_THROW(CertificateStore::open(location, L"My", true, false), std::invalid_argument);
-    EXPECT_THROW(CertificateStore::openStandard(3, true, false), std::invalid_argument);
-}
-
 // The flags that the last store was opened with.
 DWORD openFlags = 0;
 
@@ -247,34 +232,52 @@ TEST(CertificateStores, OpenFlags) {
                   E_CERT_STORE_OPEN.code);
         EXPECT_EQ(openFlags, row.flags);
     }
+    for (const unsigned location : {0u, 3u, 0xFFFFFFFFu})
+        EXPECT_THROW(CertificateStore::open(location, L"My", true, false), std::invalid_argument);
     // A search leaves archived certificates to themselves, and stops at the first store that does not open.
     EXPECT_EQ(errorCode([] { Crypto::getCertificates(L"{}", false); }), E_CERT_STORE_OPEN.code);
     EXPECT_EQ(openFlags, 0x18000u);
 }
 
-TEST(ProviderRecords, FirstOneForTheKeyIsChosen) {
+// The types of the providers that are installed.
+std::vector<DWORD> installed;
+
+WINBOOL WINAPI openInstalled(HCRYPTPROV* provider, LPCWSTR, LPCWSTR, DWORD type, DWORD) {
+    *provider = 0;
+    return std::ranges::find(installed, type) != installed.end();
+}
+
+TEST(ProviderRecords, FirstInstalledOneForTheKeyIsChosen) {
+    const ImportPatch patch(&::CryptAcquireContextW, &openInstalled);
+    constexpr DWORD cryptoPro = 75;
+    constexpr DWORD infotecs = 2;
     const struct {
         const char* certificate;
+        std::vector<DWORD> installed;
         DWORD type;
         const wchar_t* hash;
     } rows[] = {
-        {"gost2001", 75, L"1.2.643.2.2.9"},
-        {"gost256", 80, L"1.2.643.7.1.1.2.2"},
-        {"gost512", 81, L"1.2.643.7.1.1.2.3"},
-        {"signer", PROV_RSA_AES, L"2.16.840.1.101.3.4.2.1"},
+        {"gost2001", {cryptoPro, infotecs, PROV_RSA_AES}, cryptoPro, L"1.2.643.2.2.9"},
+        {"gost2001", {infotecs, PROV_RSA_AES}, infotecs, L"1.2.643.2.2.9"},
+        {"gost2001",
+         {80, PROV_RSA_AES},
+         cryptoPro,
+         L"1.2.643.2.2.9"},  // none: the system tells what is missing
+        {"gost256", {cryptoPro, 80, 81, PROV_RSA_AES}, 80, L"1.2.643.7.1.1.2.2"},
+        {"gost512", {cryptoPro, 80, 81, PROV_RSA_AES}, 81, L"1.2.643.7.1.1.2.3"},
+        {"signer", {cryptoPro, 80, PROV_RSA_AES}, PROV_RSA_AES, L"2.16.840.1.101.3.4.2.1"},
+        {"signer", {cryptoPro}, PROV_RSA_AES, L"2.16.840.1.101.3.4.2.1"},
     };
     for (const auto& row : rows) {
+        installed = row.installed;
         const Crypto::SharedProvider provider = Crypto::getCryptoProvider(pkiCertificate(row.certificate));
         EXPECT_EQ(provider->record().type, row.type) << row.certificate;
-        EXPECT_EQ(provider->record().hash, std::wstring(row.hash)) << row.certificate;
+        EXPECT_EQ(provider->record().hash, row.hash) << row.certificate;
+        // A key of another kind is not signed with what happens to be there.
+        EXPECT_EQ(errorCode([] { Crypto::getCryptoProvider(pkiCertificate("curve")); }),
+                  E_CRYPTO_UNSUPPORTED_PUBLIC_ALGO.code);
+        EXPECT_EQ(Crypto::getDefaultCryptoProvider()->record().type, row.installed.front());
     }
-    EXPECT_EQ(findProviderRecord(L"1.2.840.10045.2.1"), nullptr);  // elliptic curves of X9.62
-    // The default is the first that opens: without a GOST provider the last one, which Windows always has.
-    EXPECT_EQ(&defaultProviderRecord(), &providerRecords().back());
-    std::vector<DWORD> types;
-    for (const ProviderRecord& record : providerRecords())
-        types.push_back(record.type);
-    EXPECT_EQ(types, (std::vector<DWORD>{75, 80, 2, 81, 24}));
 }
 
 // Answers for the signers of a message, one after the other: a certificate, or the error for its signature.
@@ -284,38 +287,164 @@ struct Answer {
 };
 std::vector<Answer> answers;
 
-WINBOOL WINAPI answerInTurn(PCRYPT_VERIFY_MESSAGE_PARA, DWORD index, const BYTE*, DWORD, DWORD, const BYTE**,
-                            DWORD*, PCCERT_CONTEXT* signer) {
-    const Answer answer = index < answers.size() ? answers[index] : Answer{nullptr};
-    if (answer.certificate)
-        *signer = ::CertDuplicateCertificateContext(pkiCertificate(answer.certificate).context());
-    ::SetLastError(answer.error);
+constexpr Answer end{nullptr, static_cast<DWORD>(CRYPT_E_NO_SIGNER)};
+// What an earlier call may have left behind.
+constexpr DWORD stale = ERROR_FILE_NOT_FOUND;
+
+WINBOOL answerFor(DWORD index, PCCERT_CONTEXT* signer) {
+    const Answer answer = index < answers.size() ? answers[index] : end;
+    *signer = answer.certificate && *answer.certificate
+                  ? ::CertDuplicateCertificateContext(pkiCertificate(answer.certificate).context())
+                  : nullptr;
+    if (answer.error != 0)
+        ::SetLastError(answer.error);
     return answer.certificate != nullptr;
 }
 
-TEST(CryptoProvider, SignersAreGatheredToTheLast) {
-    constexpr Answer end{nullptr, static_cast<DWORD>(CRYPT_E_NO_SIGNER)};
-    const ImportPatch patch(&::CryptVerifyDetachedMessageSignature, &answerInTurn);
+WINBOOL WINAPI answerDetached(PCRYPT_VERIFY_MESSAGE_PARA, DWORD index, const BYTE*, DWORD, DWORD,
+                              const BYTE**, DWORD*, PCCERT_CONTEXT* signer) {
+    return answerFor(index, signer);
+}
+
+WINBOOL WINAPI answerAttached(PCRYPT_VERIFY_MESSAGE_PARA, DWORD index, const BYTE*, DWORD, BYTE*,
+                              DWORD* decoded, PCCERT_CONTEXT* signer) {
+    EXPECT_NE(decoded, nullptr) << "Windows wants to tell the size";
+    return answerFor(index, signer);
+}
+
+TEST(CryptoProvider, EverySignerIsAskedFor) {
+    const ImportPatch detached(&::CryptVerifyDetachedMessageSignature, &answerDetached);
+    const ImportPatch attached(&::CryptVerifyMessageSignature, &answerAttached);
+    constexpr auto hashMismatch = static_cast<DWORD>(CRYPT_E_HASH_VALUE);
+    constexpr auto notFound = static_cast<DWORD>(CRYPT_E_NOT_FOUND);
     const struct {
         const char* what;
         std::vector<Answer> answers;
         Names signers;
+        DWORD error = 0;
     } rows[] = {
-        {"two signers", {{"root"}, {"second"}, end}, {L"Corvane Test Root", L"Second Signer"}},
-        {"a failure without a code", {{nullptr}, {"second"}, end}, {L"Second Signer"}},
-        {"nothing but such failures", {}, {}},
+        {"two signers", {{"root"}, {"second"}}, {L"Corvane Test Root", L"Second Signer"}},
+        {"a failure without a code", {{nullptr}, {"second"}}, {L"Second Signer"}},
+        {"nothing but such failures", {{nullptr}, {nullptr}}, {}},
+        {"no signer", {}, {}},
+        {"the second is bad", {{"root"}, {nullptr, hashMismatch}}, {}, hashMismatch},
+        {"success without a certificate", {{"root"}, {""}}, {}, notFound},
     };
     const Bytes document(1);
-    const auto verify = [&] {
-        return Crypto::getDefaultCryptoProvider()->verifyMessageSignature(Bytes(100), &document, {});
-    };
     for (const auto& row : rows) {
         answers = row.answers;
-        EXPECT_EQ(namesOf(verify()), row.signers) << row.what;
+        for (const Bytes* data : {&document, static_cast<const Bytes*>(nullptr)}) {
+            SCOPED_TRACE(std::string(row.what) + (data ? ", detached" : ", attached"));
+            const Bytes message = pkiFile(data ? "detached-two-signers.p7s" : "attached-two-signers.p7s");
+            Names signers;
+            const Failure failure = failureOf([&] {
+                ::SetLastError(stale);
+                signers =
+                    namesOf(Crypto::getDefaultCryptoProvider()->verifyMessageSignature(message, data, {}));
+            });
+            EXPECT_EQ(failure, row.error ? Failure(E_CRYPTO_VERIFY.code, row.error) : Failure());
+            EXPECT_EQ(signers, row.signers);
+        }
     }
-    answers = {{"root"}, {nullptr, static_cast<DWORD>(CRYPT_E_HASH_VALUE)}, end};
-    EXPECT_EQ(failureOf(verify),
-              Failure(E_CRYPTO_VERIFY.code, static_cast<std::uint32_t>(CRYPT_E_HASH_VALUE)));
+}
+
+WINBOOL WINAPI askForNobody(PCRYPT_VERIFY_MESSAGE_PARA parameters, DWORD, const BYTE*, DWORD, DWORD,
+                            const BYTE**, DWORD*, PCCERT_CONTEXT* signer) {
+    *signer = parameters->pfnGetSignerCertificate(parameters->pvGetArg, messageEncoding, nullptr, nullptr);
+    return FALSE;
+}
+
+// As Windows documents it for messages that do not name their signer.
+TEST(CryptoProvider, SignerThatIsNotNamedIsNotFound) {
+    const ImportPatch patch(&::CryptVerifyDetachedMessageSignature, &askForNobody);
+    const Bytes document(1);
+    EXPECT_EQ(failureOf([&] {
+                  Crypto::getDefaultCryptoProvider()->verifyMessageSignature(pkiFile("detached-plain.p7s"),
+                                                                             &document, {});
+              }),
+              Failure(E_CRYPTO_VERIFY.code, static_cast<DWORD>(CRYPT_E_NOT_FOUND)));
+}
+
+// The system's function in question fails with that.
+constexpr DWORD denied = ERROR_ACCESS_DENIED;
+
+template <class Result, class... Arguments>
+Result WINAPI refuse(Arguments...) {
+    ::SetLastError(denied);
+    return Result{};
+}
+
+// How `work` fails while calls of `function` do.
+template <class Result, class... Arguments, class Work>
+Failure failureWithout(Result(WINAPI* function)(Arguments...), Work work) {
+    const ImportPatch patch(function, &refuse<Result, Arguments...>);
+    return failureOf(work);
+}
+
+TEST_F(CertificateStoreTest, FailuresOfTheSystemAreTold) {
+    Certificate signer = pkiCertificate("signer");
+    const SharedStore store = open(false);
+    const detail::CertSelectAllFn all;
+    const Bytes text = pkiFile("signer.pem");
+    const std::pair<Failure, ErrorDescriptor> rows[] = {
+        {failureWithout(&::CertCreateCertificateContext, [&] { Certificate::create(text); }), E_CERT_INVALID},
+        {failureWithout(&::CryptStringToBinaryA, [&] { Certificate::create(text); }), E_CRYPTO_PEM_TO_BYTES},
+        {failureWithout(&::CertGetNameStringW, [&] { signer.getName(false); }), E_CERT_PROPERTY},
+        {failureWithout(&::CertNameToStrW, [&] { signer.getSubject(0); }), E_CERT_PROPERTY},
+        {failureWithout(&::CertGetCertificateContextProperty, [&] { signer.hasPrivateKey(); }),
+         E_CERT_PROPERTY},
+        {failureWithout(&::CertGetCertificateContextProperty, [&] { signer.getArchived(); }),
+         E_CERT_PROPERTY},
+        {failureWithout(&::CertGetCertificateContextProperty, [&] { signer.getHash(); }), E_CERT_HASH},
+        {failureWithout(&::CertSetCertificateContextProperty, [&] { signer.setArchived(true); }),
+         E_CERT_SET_PROPERTY},
+        {failureWithout(&::CryptDecodeObject, [&] { signer.getOnlineCertificateStatusProtocol(); }),
+         E_CERT_EXT_DECODE},
+        {failureWithout(&::CertDeleteCertificateFromStore, [&] { signer.uninstall(); }), E_CRYPTO},
+        {failureWithout(&::CertGetCertificateChain, [&] { signer.getCertificateChain(); }), E_CERT_GET_CHAIN},
+        {failureWithout(&::CertOpenStore, [] { open(true); }), E_CERT_STORE_OPEN},
+        {failureWithout(&::CertEnumCertificatesInStore, [&] { store->getCertificates(all, false); }),
+         E_CERT_STORE_ENUM},
+        {failureWithout(&::CertAddCertificateContextToStore, [&] { store->install(signer); }),
+         E_CERT_STORE_INSTALL},
+        {failureWithout(&::CertCloseStore, [&] { store->close(); }), E_CERT_STORE_CLOSE},
+    };
+    for (const auto& [failure, expected] : rows)
+        EXPECT_EQ(failure, Failure(expected.code, denied)) << expected.name;
+}
+
+// References to certificate contexts that are held.
+int references = 0;
+decltype(&::CertFreeCertificateContext) freeContext = nullptr;
+decltype(&::CertDuplicateCertificateContext) duplicateContext = nullptr;
+
+// Deleting a certificate from its store frees the context as well.
+WINBOOL WINAPI countFree(PCCERT_CONTEXT context) {
+    references -= context ? 1 : 0;
+    return freeContext(context);
+}
+
+PCCERT_CONTEXT WINAPI countDuplicate(PCCERT_CONTEXT context) {
+    ++references;
+    return duplicateContext(context);
+}
+
+TEST(Certificate, UninstallFreesWhatItTookAndNoMore) {
+    freeContext =
+        systemFunction<decltype(::CertFreeCertificateContext)>(L"crypt32", "CertFreeCertificateContext");
+    duplicateContext = systemFunction<decltype(::CertDuplicateCertificateContext)>(
+        L"crypt32", "CertDuplicateCertificateContext");
+    const ImportPatch freeing(&::CertFreeCertificateContext, &countFree);
+    const ImportPatch deleting(&::CertDeleteCertificateFromStore, &countFree);
+    const ImportPatch duplicating(&::CertDuplicateCertificateContext, &countDuplicate);
+    references = 1;  // what the certificate is made with
+    {
+        Certificate certificate = pkiCertificate("second");
+        certificate.uninstall();
+        EXPECT_EQ(references, 1);
+        EXPECT_EQ(certificate.getName(false), L"Second Signer");
+    }
+    EXPECT_EQ(references, 0);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Answers the dialogs of the calling thread from a thread of its own.
+// Answers the dialogs of the process from a thread of its own.
 #pragma once
 
 #include <windows.h>
@@ -14,12 +14,11 @@ class DialogDriver {
 public:
     // `answer` is called with each dialog that appears; it must see to it that the dialog ends.
     explicit DialogDriver(std::function<void(HWND)> answer)
-        : answer_(std::move(answer)),
-          thread_([this, shower = ::GetCurrentThreadId()](const std::stop_token& stop) {
+        : answer_(std::move(answer)), thread_([this](const std::stop_token& stop) {
               HWND last = nullptr;
               for (; !stop.stop_requested(); ::Sleep(2)) {
                   HWND dialog = nullptr;
-                  ::EnumThreadWindows(shower, findDialog, reinterpret_cast<LPARAM>(&dialog));
+                  ::EnumWindows(findDialog, reinterpret_cast<LPARAM>(&dialog));
                   if (dialog && dialog != last) {
                       ++count_;
                       answer_(dialog);
@@ -34,7 +33,10 @@ public:
 private:
     static BOOL CALLBACK findDialog(HWND window, LPARAM found) {
         constexpr ULONG_PTR dialogClass = 32770;
-        if (!::IsWindowVisible(window) || ::GetClassLongPtrW(window, GCW_ATOM) != dialogClass)
+        DWORD process = 0;
+        ::GetWindowThreadProcessId(window, &process);
+        if (process != ::GetCurrentProcessId() || !::IsWindowVisible(window) ||
+            ::GetClassLongPtrW(window, GCW_ATOM) != dialogClass)
             return TRUE;
         *reinterpret_cast<HWND*>(found) = window;
         return FALSE;

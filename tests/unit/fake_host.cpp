@@ -43,6 +43,7 @@ Object provider, frame, topBrowser, innerBrowser, document, htmlWindow, location
 
 template <class T>
 HRESULT give(Step step, void* result, T value) {
+    host->during(step);
     const auto found = host->answers.find(step);
     const HRESULT hr = found == host->answers.end() ? S_OK : found->second;
     if (hr == S_OK)

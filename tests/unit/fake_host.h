@@ -6,6 +6,7 @@
 
 #include <unknwn.h>
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -40,6 +41,9 @@ public:
 
     // What a step returns; S_OK where nothing stands. Only S_OK hands over a result.
     std::map<Step, HRESULT> answers;
+
+    // Called at each step, before its answer.
+    std::function<void(Step)> during = [](Step) {};
 
     std::wstring url;             // of the top-level browser's document
     std::wstring href;            // of the HTML window

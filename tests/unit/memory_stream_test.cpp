@@ -1,5 +1,7 @@
 #include "stream/memory_stream.h"
 
+#include "stream/stream_loop.h"
+
 #include "support.h"
 
 #include <gtest/gtest.h>
@@ -73,6 +75,42 @@ TEST(MemoryStream, PositionedTransfersAreWhole) {
             }
         });
     }
+}
+
+TEST(StreamLoop, TheLastBlockIsShortAndSaidToBeTheLast) {
+    using Sizes = std::vector<std::size_t>;
+    struct Case {
+        std::size_t stream;
+        Sizes blocks;
+    };
+    constexpr std::size_t size = 1000;
+    for (const Case& each : {Case{0, {0}}, Case{1, {1}}, Case{999, {999}}, Case{1000, {1000, 0}},
+                             Case{1001, {1000, 1}}, Case{3000, {1000, 1000, 1000, 0}}}) {
+        for (const std::size_t most : {~std::size_t{0}, std::size_t{7}}) {
+            SourceStream input(sampleBytes(each.stream), most);
+            const auto progress = std::make_shared<Progress>();
+            Sizes seen;
+            Bytes content;
+            Stream::forEachBlock(input, size, progress, [&](std::span<const std::uint8_t> block, bool last) {
+                seen.push_back(block.size());
+                content.insert(content.end(), block.begin(), block.end());
+                EXPECT_EQ(last, seen.size() == each.blocks.size()) << each.stream;
+            });
+            EXPECT_EQ(seen, each.blocks) << each.stream << " in reads of at most " << most;
+            EXPECT_EQ(content, contentOf(input));
+            EXPECT_EQ(progress->fraction(), each.stream == 0 ? 0.0 : 1.0);
+        }
+    }
+    SourceStream input(sampleBytes(1500));
+    const auto progress = std::make_shared<Progress>();
+    EXPECT_EQ(errorCode([&] {
+                  Stream::forEachBlock(input, size, progress, [&](std::span<const std::uint8_t>, bool last) {
+                      if (last)
+                          progress->cancel();
+                  });
+              }),
+              E_CANCELED.code)
+        << "canceled after the last block was read";
 }
 
 }  // namespace

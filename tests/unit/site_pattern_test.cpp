@@ -1,4 +1,4 @@
-#include "core/site_pattern.h"
+#include "sites/site_pattern.h"
 
 #include "binary/utf.h"
 #include "support.h"

@@ -1,9 +1,8 @@
-// Archives and entries above 4 GiB, and archives in files. For Windows alone: minizip 1.1 reads zip64 offsets
-// only where a long has 32 bits.
+// Archives and entries above 4 GiB, and archives in files.
 #include "compression/gzip.h"
 #include "compression/zip.h"
 #include "compression/zip_archive.h"
-#include "stream/file_system.h"
+#include "files/file_system.h"
 #include "support.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-# Sourced by wine-env, wine-run and run-script: where the environment for Windows programs lies and how to enter it.
+# Sourced by wine-env, wine-run, run-script and tests/platform/prepare: where the environment for Windows programs lies and how to enter it.
 # shellcheck shell=bash
 #
 # Everything is below build/wine; the user's own Wine prefix and home folder are never touched:
@@ -96,4 +96,20 @@ toWindowsPath() {
     local path
     path=$(realpath -- "$1")
     printf 'Z:%s\n' "${path//\//\\}"
+}
+
+# register x86|x64 DLL: registers it in the entered prefix when this file of it is not the registered one.
+register() {
+    local arch=$1 library=$2 stamp note
+    note=$WINEPREFIX/registered-$arch-$(basename "$library")
+    stamp=$(stat -c '%n %.Y %s' "$library")
+    [[ ! -f $note || $(<"$note") != "$stamp" ]] || return 0
+    exec 9>"$WINEPREFIX/registration.lock"
+    flock 9
+    if [[ ! -f $note || $(<"$note") != "$stamp" ]]; then
+        startWine "$(systemProgram "$arch" regsvr32)" /s "$(toWindowsPath "$library")" \
+            </dev/null >/dev/null 2>&1 || fail "$library could not be registered (status $?)"
+    fi
+    echo "$stamp" >"$note"
+    exec 9>&-
 }

@@ -4,11 +4,11 @@
 // certificate of the file.
 #include "binary/hex.h"
 #include "core/check.h"
-#include "core/text.h"
 #include "core/two_pass.h"
-#include "crypto/certificate.h"
-#include "crypto/encoding.h"
-#include "stream/file.h"
+#include "core/wide_text.h"
+#include "crypto/api/encoding.h"
+#include "crypto/certificate/certificate.h"
+#include "files/file.h"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 #include "console.h"
 
-#include "core/text.h"
+#include "core/wide_text.h"
 
 #include <string>
 

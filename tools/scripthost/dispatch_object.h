@@ -1,8 +1,8 @@
 // Late-bound objects made of named handlers.
 #pragma once
 
-#include "com/automation.h"
-#include "com/plain_object.h"
+#include "com/runtime/automation.h"
+#include "com/runtime/plain_object.h"
 
 #include <functional>
 #include <string>

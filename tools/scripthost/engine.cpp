@@ -1,6 +1,6 @@
 #include "engine.h"
 
-#include "com/automation.h"
+#include "com/runtime/automation.h"
 #include "source_file.h"
 
 #include <cwchar>

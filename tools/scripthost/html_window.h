@@ -1,7 +1,7 @@
 // A stand-in for a browser's page: a window that knows its address.
 #pragma once
 
-#include "com/ptr.h"
+#include "com/runtime/ptr.h"
 
 #include <mshtml.h>
 

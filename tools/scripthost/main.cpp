@@ -1,6 +1,6 @@
 // A console host for JScript and VBScript: the command line, and one run from start to end.
 #include "console.h"
-#include "core/text.h"
+#include "core/wide_text.h"
 #include "engine.h"
 #include "exit.h"
 #include "options.h"
@@ -10,6 +10,7 @@
 #include <objbase.h>
 
 #include <exception>
+#include <stdexcept>
 
 namespace ScriptHost {
 namespace {
@@ -34,6 +35,15 @@ std::wstring fullPath(const std::wstring& path) {
     std::wstring full(size, L'\0');
     full.resize(::GetFullPathNameW(path.c_str(), size, full.data(), nullptr));
     return full;
+}
+
+// They stay for the process's life.
+void loadLibraries(const std::vector<std::wstring>& paths, std::wstring& current) {
+    for (const std::wstring& path : paths) {
+        current = fullPath(path);
+        if (!::LoadLibraryW(current.c_str()))
+            throw std::runtime_error("the library cannot be loaded");
+    }
 }
 
 // `current` is the script that an exception is about.
@@ -68,6 +78,7 @@ UINT run(const std::vector<std::wstring>& words) {
             quitAfter(options.timeoutSeconds, options.script);
         if (options.trust)
             trustSite(options.url.empty() ? plainHostAddress() : options.url);
+        loadLibraries(options.libraries, current);
         const Apartment apartment;
         return runScripts(options, current) ? 0 : failedStatus;
     } catch (const std::exception& error) {

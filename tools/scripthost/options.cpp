@@ -13,6 +13,7 @@ Runs a script in the system's JScript (.js) or VBScript (.vbs) engine.
                      find a plain host, whose address is name://scripthost.exe
   --trust            adds that address to the current user's trusted sites of the component first
   --include FILE     runs this script first, in the same global scope; may be repeated
+  --with FILE        loads this DLL first, which may change what scripts meet; may be repeated
   --timeout SECONDS  ends the process with status 124 after that time
   --help             prints this text
 
@@ -49,6 +50,8 @@ Options parseOptions(const std::vector<std::wstring>& words) {
             options.url = value();
         else if (*word == L"--include")
             options.includes.push_back(value());
+        else if (*word == L"--with")
+            options.libraries.push_back(value());
         else if (*word == L"--timeout")
             options.timeoutSeconds = parseSeconds(value());
         else

@@ -14,6 +14,7 @@ struct Options {
     DWORD timeoutSeconds = 0;             // 0: no limit
     std::wstring url;                     // empty: a plain host, without an HTML window
     std::vector<std::wstring> includes;   // scripts that run before the main one
+    std::vector<std::wstring> libraries;  // DLLs that are loaded first
     std::wstring script;                  // the main script
     std::vector<std::wstring> arguments;  // WScript.Arguments
 };

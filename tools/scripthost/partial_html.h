@@ -2,7 +2,7 @@
 // lists follow the interfaces' declarations.
 #pragma once
 
-#include "com/plain_object.h"
+#include "com/runtime/plain_object.h"
 #include "unscriptable.h"
 
 #include <mshtml.h>

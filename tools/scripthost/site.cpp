@@ -1,6 +1,6 @@
 #include "site.h"
 
-#include "com/automation.h"
+#include "com/runtime/automation.h"
 #include "console.h"
 #include "exit.h"
 #include "html_window.h"

@@ -1,7 +1,7 @@
 // What the script engine, and through it every object that a script creates, sees of the host.
 #pragma once
 
-#include "com/plain_object.h"
+#include "com/runtime/plain_object.h"
 
 #include <activscp.h>
 #include <mshtml.h>

@@ -1,6 +1,6 @@
 #include "trust.h"
 
-#include "core/trusted_sites.h"
+#include "sites/trusted_sites.h"
 
 #include <windows.h>
 

@@ -102,9 +102,11 @@ issue gost2001 intermediate plain 2001 "/CN=GOST 2001" -algorithm gost2001 -pkey
 issue gost256 intermediate plain 02012256 "/CN=GOST 2012 256" -algorithm gost2012_256 -pkeyopt paramset:A
 issue gost512 intermediate plain 02012512 "/CN=GOST 2012 512" -algorithm gost2012_512 -pkeyopt paramset:A
 
+issue curve curve v1 7F02 "/CN=Elliptic Curve" -algorithm EC -pkeyopt ec_paramgen_curve:P-256
+
 printf 'The quick brown fox jumps over the lazy dog.\r\n' >document.bin
 
-for name in root intermediate signer second legacy gost2001 gost256 gost512; do
+for name in root intermediate signer second legacy gost2001 gost256 gost512 curve; do
     openssl x509 -in "$work/$name.pem" -outform DER -out "$name.der"
 done
 cp "$work/signer.pem" signer.pem
@@ -128,6 +130,7 @@ cms attached-ber.p7s "${one[@]}" -nodetach -noattr -stream -indef
 cms detached-chain.p7s "${one[@]}" -noattr -certfile chain.pem
 cms detached-no-certificate.p7s "${one[@]}" -noattr -nocerts
 cms detached-two-signers.p7s "${two[@]}" -noattr
+cms attached-two-signers.p7s "${two[@]}" -noattr -nodetach
 openssl crl2pkcs7 -nocrl -certfile chain.pem -outform DER -out no-signers.p7s
 
 for name in root intermediate signer second legacy; do

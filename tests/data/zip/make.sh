@@ -69,11 +69,10 @@ def oem(path, names, page):
 oem(out + "/cp866.zip", ["Заявление.txt", "раб.txt", "Акт сверки №5.txt"], "cp866")
 oem(out + "/cp437.zip", ["résumé.txt", "Müller.txt", "año.txt"], "cp437")
 
-# Names that would leave the folder, or that Windows takes for something else; a good one before each.
-for number, name in enumerate(["../evil", "/evil", "C:/evil", "a/../../evil", "NUL", "evil.txt:stream"]):
-    with zipfile.ZipFile("%s/unsafe-%d.zip" % (out, number), "w") as archive:
-        archive.writestr(entry("good.txt"), b"good\n")
-        archive.writestr(entry(name), b"evil\n")
+# A name that would leave the folder, with a good one before it.
+with zipfile.ZipFile(out + "/unsafe-0.zip", "w") as archive:
+    archive.writestr(entry("good.txt"), b"good\n")
+    archive.writestr(entry("../evil"), b"evil\n")
 
 # Names that no file system takes together, or at all, behind a good one.
 for name, others in {

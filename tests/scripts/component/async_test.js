@@ -36,17 +36,12 @@ equal(token.Progress, 0.5, "of the whole stream");
 throws(function () { service.GetCrc32StreamAsync(streamOf(abc), check, service); }, "0x80004002");
 throws(function () { service.GetCrc32StreamAsync(abc, check); }, "0x80004002");
 
-// Positions, and numbers that are none.
+// Positions
 var stream = streamOf(abc);
 equal(stream.Seek(1), 1);
 equal(textOf(stream.Read(10)), "bc");
 equal(stream.Read(10).Size, 0);
 stream.Seek(1);
-var badOffsets = [0.5, NaN, Infinity, -1, 4, 9007199254740994, -9007199254740994];
-for (var i = 0; i < badOffsets.length; ++i) {
-    fails(function () { stream.Seek(badOffsets[i]); }, "[23]", "Seek(" + badOffsets[i] + ")");
-}
-fails(function () { stream.Resize(-1); }, "[23]");
 fails(function () { stream.Write(abc, 4, 1); }, "[23]");
 stream.Write(abc, 3, 1);
 equal(stream.Position, 1, "after failures");
@@ -76,7 +71,7 @@ stream.Resize(100);
 var bases = [0, 40, 100, 0, 0];
 for (var origin = 0; origin < bases.length; ++origin) {
     var inside = [0, 7, 40, 100];
-    for (i = 0; i < inside.length; ++i) {
+    for (var i = 0; i < inside.length; ++i) {
         stream.Seek(40);
         equal(stream.Seek(inside[i] - bases[origin], origin), inside[i], "from " + origin);
     }

@@ -96,7 +96,9 @@ try {
         ["[44] Ошибка при удалении директории (0x91:", function () { disk.DeleteFolder(folder); }],
         ["[27] Ошибка при чтении аттрибута файла (0x2:", function () { disk.GetAttributes(absent); }],
         ["[40] Указан некорректный путь (0x7b:", function () { disk.List(folder, "..\\*"); }],
-        ["[40] ", function () { disk.List(there); }] // systems differ in the number
+        ["[40] Указан некорректный путь (0x10b:", function () { disk.List(there); }],
+        ["[28] Ошибка при открытии файла (0x2:", function () { disk.Copy(absent, path("c")); }],
+        ["[15] Ошибка при определении размера файла", function () { disk.GetLength(folder); }]
     ];
     for (var i = 0; i < refused.length; ++i) {
         fails(refused[i][1], refused[i][0]);

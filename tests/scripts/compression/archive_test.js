@@ -82,11 +82,6 @@ try {
     // Archives that would write elsewhere, or one file over another.
     var impossible = [
         ["unsafe-0", "недопустимое имя элемента архива: ../evil"],
-        ["unsafe-1", "недопустимое имя элемента архива: /evil"],
-        ["unsafe-2", "недопустимое имя элемента архива: C:/evil"],
-        ["unsafe-3", "недопустимое имя элемента архива: a/../../evil"],
-        ["unsafe-4", "недопустимое имя элемента архива: NUL"],
-        ["unsafe-5", "недопустимое имя элемента архива: evil.txt:stream"],
         ["long-part", "недопустимое имя элемента архива: " + new Array(257).join("x")],
         ["two-cases", "элемент с таким именем уже есть в архиве: папка/ФАЙЛ"],
         ["file-and-folder", "элемент с таким именем уже есть в архиве: GOOD.txt/file"]
@@ -106,9 +101,10 @@ try {
     // Names as long as they may be, of which each prefix is a folder, take little memory: 8 of them, not 2 GB.
     var deep = service.OpenZipArchive(bytes.CreateStream());
     for (i = 0; i < 8; ++i) {
-        deep.Add(i + new Array(16000).join("/a"), binaryOf("deep"));
+        deep.Add(i + new Array(1000).join("/" + new Array(31).join("a")), binaryOf("deep"));
     }
     fails(function () { deep.ExtractAll(work + "\\unsafe", 31); }, "[10] ");
+    fails(function () { deep.Add(new Array(1002).join("a/") + "a", binaryOf("deep")); }, "[113] ");
 
     // A folder packed and restored.
     var stream = bytes.CreateStream();
@@ -124,7 +120,7 @@ try {
     // Adding.
     again.Add("added.txt", binaryOf("added"));
     var refused = ["added.txt", "", "/", "дерево\\пусто", "../a", "C:a", "nul", "a\0b", "ADDED.TXT",
-        "added.txt/a", "дерево", "under/"];
+        "added.txt/a", "дерево", "under/", "a\uD800", "\uDC00"];
     for (i = 0; i < refused.length; ++i) {
         fails(function () { again.Add(refused[i], binaryOf("again")); }, "[113] ", refused[i]);
     }

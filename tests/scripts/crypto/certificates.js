@@ -70,6 +70,7 @@ fails(function () { create("Certificate").CommonName; }, "[606] ");
 
 // Search
 fails(function () { service.FindCertificate(my + '"иванов иван"}'); }, "[607] Сертификат не найден");
+fails(function () { service.GetCertificates('{"storeName": "My\\u0000x"}'); }, "[603] ");
 fails(function () { service.GetCertificates('{"hash": "0g"}'); }, "[608] Неверный фильтр сертификатов");
 equal(service.GetCertificates(my + '"Second Signer"}').count, 1);
 check(service.GetCertificates().count > service.GetCertificates('{"storeLocation": "user", "storeName": "My"}').count);
@@ -105,6 +106,13 @@ equal(store.location, 2);
 equal(store.Install(root).Hash.Equals(root.Hash), true);
 throws(function () { store.Install(create("OperationToken")); }, "0x80004002", "", "no certificate");
 check(store.GetCertificates().count >= 1, "GetCertificates");
+var installed = store.Install(fromHex(file("second.der").ToHexString()));
+equal(store.GetCertificates('{"name": "Second Signer"}').count, 1);
+installed.Uninstall();
+equal(store.GetCertificates('{"name": "Second Signer"}').count, 0);
+equal(installed.CommonName, "Second Signer", "what was taken out of the store is still there");
+fails(function () { store.Open(2, "CorvaneScripts\u0000x", 0); }, "[603] ", "NUL in a name");
+equal(store.name, "CorvaneScripts", "a store that cannot be opened leaves the open one");
 equal(store.GetCertificates('{"name": "Corvane Test Root", "storeName": "My"}').Item(0).CommonName, "Corvane Test Root");
 store.Open(2, "CorvaneScripts");
 fails(function () { store.Install(root); }, "[611] ", "a store opened without a word is for reading");

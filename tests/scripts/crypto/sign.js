@@ -1,5 +1,5 @@
 // Signs a file and verifies what came out.
-// arguments: the file, the folder for detached.p7s, chain.p7s and attached.p7s
+// arguments: the file, the folder for detached.p7s, chain.p7s and attached.p7s, a certificate of an elliptic curve
 var service = create("CryptoService");
 var bytes = create("BinaryObjectService");
 var document = bytes.BinaryObjectFromFile(WScript.Arguments(0));
@@ -41,6 +41,9 @@ fails(function () { service.VerifyAttachedSignature(hex(changed)); }, "[305] ");
 // Arguments that are not what they should be
 var bare = service.CreateCertificateFromContent(binaryOf(signer.Content.ToBase64()));
 fails(function () { service.Sign(document, bare); }, "[304] ");
+var curve = bytes.BinaryObjectFromFile(WScript.Arguments(2)); // a key for which there is no provider
+curve = service.CreateCertificateFromContent(binaryOf(curve.ToBase64()));
+fails(function () { service.AttachedSign(document, curve); }, "[334] Неподдерживаемый публичный алгоритм");
 throws(function () { service.Sign(document, null); }, mismatch);
 throws(function () { service.Sign(signer, signer); }, "0x80004002");
 throws(function () { service.AttachedSign(document, document); }, "0x80004002");

@@ -33,11 +33,13 @@ function verifyWith(certificates) {
     return function () { service.VerifySignature(document, signature, certificates); };
 }
 fails(function () { service.VerifySignature(document, signature); }, "[305] ");
+fails(function () { service.VerifyAttachedSignature(file("detached-plain.p7s")); }, "[305] ", "no content");
+equal(service.VerifyAttachedSignature(file("no-signers.p7s")).count, 0);
 var nothing = [undefined, null, [], create("CertificateCollection"), second];
 for (i = 0; i < nothing.length; ++i) {
     fails(verifyWith(nothing[i]), "[305] ", "nothing " + i);
 }
-var wrong = [5, "text", {}, [5], [null], [document], document, {length: 1}, {length: "x"}];
+var wrong = [5, "text", {}, function () {}, function (signer) {}, create, [5], [null], [document], document, {length: 1}, {length: "x"}];
 for (i = 0; i < wrong.length; ++i) {
     throws(verifyWith(wrong[i]), mismatch, "", "wrong kind " + i);
 }

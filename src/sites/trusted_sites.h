@@ -1,0 +1,69 @@
+// Which sites the user has let use the component, and which were turned away.
+//
+// Permissions that were to be remembered stand in the registry below trustedSitesKey, one value name per
+// pattern; what was allowed once, or refused and remembered, is kept until the process ends.
+#pragma once
+
+#include "core/lock.h"
+#include "sites/site_pattern.h"
+
+#include <vector>
+
+namespace Corvane {
+
+inline constexpr wchar_t trustedSitesKey[] = L"SOFTWARE\\ZimVetrel\\VetrelCorvane\\TrustedSites";
+
+// Parses an address or a pattern as the system sees its letters: lower-cased first, and any alphabet's
+// letters may stand in a host name.
+SitePattern readSite(const std::wstring& text);
+
+// A list of trusted sites.
+class TrustedSitesBase {
+public:
+    // Whether a pattern of the list covers the page at `address`; never for an empty address.
+    virtual bool isTrusted(const std::wstring& address) const;
+
+    virtual ~TrustedSitesBase() = default;
+    TrustedSitesBase(const TrustedSitesBase&) = delete;
+    TrustedSitesBase& operator=(const TrustedSitesBase&) = delete;
+
+protected:
+    TrustedSitesBase() = default;
+
+    std::vector<SitePattern> trusted_;
+};
+
+// The permanent list: the current user's values, then the machine's if those do not cover the page. Each test
+// sees the registry as it is then, so that an edit counts from the next check on; an unchanged key is not
+// read again. Values that are no valid pattern, and keys that cannot be read, are passed over silently. Any
+// thread.
+class RegTrustedSites : public TrustedSitesBase {
+public:
+    bool isTrusted(const std::wstring& address) const override;
+};
+
+// The lists of this process, trusted and refused; they only grow. Any thread.
+class SessionTrustedSites : public TrustedSitesBase {
+public:
+    // The one of the process, made at first use.
+    static SessionTrustedSites& instance();
+
+    bool isTrusted(const std::wstring& address) const override;
+
+    // Appends the site of `url` to the refused list (`banned`) or to the trusted one. Its scheme counts, its
+    // port and path do not. Throws E_INVALID_DOMAIN when `url` makes no valid pattern.
+    void add(const std::wstring& url, bool banned);
+
+    // Writes the site of `url` to the current user's permanent list. Throws E_INVALID_DOMAIN as add() does;
+    // Win32Exception E_REG_KEY_CREATE, E_REG_VALUE_SET.
+    void addToRegistry(const std::wstring& url) const;
+
+    // Whether a pattern of the refused list covers the page at `url`.
+    bool reject(const std::wstring& url) const;
+
+private:
+    mutable SharedMutex mutex_;
+    std::vector<SitePattern> refused_;
+};
+
+}  // namespace Corvane

@@ -1,0 +1,72 @@
+// Values of BER read from arbitrary bytes; what was read is written as DER and must be read from that alike.
+#include "asn1/decoders/ber_reader.h"
+
+#include "asn1/decoders/signed_data.h"
+#include "fuzz.h"
+
+namespace {
+
+using asn1::BerReader;
+using asn1::Bytes;
+using asn1::Rules;
+using asn1::View;
+
+void append(Bytes& encoded, std::uint8_t identifier, View contents) {
+    encoded.push_back(identifier);
+    if (contents.size() >= 0x80) {
+        std::uint8_t octets = 0;
+        for (std::size_t left = contents.size(); left != 0; left >>= 8)
+            ++octets;
+        encoded.push_back(static_cast<std::uint8_t>(0x80 | octets));
+        while (octets-- > 0)
+            encoded.push_back(static_cast<std::uint8_t>(contents.size() >> 8 * octets));
+    } else {
+        encoded.push_back(static_cast<std::uint8_t>(contents.size()));
+    }
+    encoded.insert(encoded.end(), contents.begin(), contents.end());
+}
+
+// The sequences, strings and identifiers of the input as DER.
+Bytes toDer(BerReader reader) {
+    Bytes encoded;
+    Bytes joined;
+    while (!reader.atEnd()) {
+        if (reader.isNext(asn1::tag::sequence)) {
+            append(encoded, asn1::tag::sequence, toDer(reader.enter(asn1::tag::sequence)));
+        } else if (reader.isNext(asn1::tag::octetString) || reader.isNext(asn1::tag::octetString | 0x20)) {
+            append(encoded, asn1::tag::octetString, reader.readOctetString(joined));
+        } else if (reader.isNext(asn1::tag::bitString | 0x20)) {
+            const asn1::BitString bits = reader.readBitString(joined);
+            require(bits.size() <= joined.size() * 8 && !bits.test(bits.size()));
+        } else if (reader.isNext(asn1::tag::oid)) {
+            BerReader value = reader;
+            require(reader.readOid().size() <= 4 * asn1::maxOidSize);  // "127." of each octet
+            append(encoded, asn1::tag::oid, value.read(asn1::tag::oid));
+        } else {
+            reader.skip();
+        }
+    }
+    return encoded;
+}
+
+}  // namespace
+
+void fuzz(Input input) {
+    try {
+        asn1::hasContent(input);
+    } catch (const asn1::Asn1Exception&) {
+        // No signed message.
+    }
+    try {
+        const Bytes der = toDer(BerReader(input, Rules::ber));
+        require(der.size() <= input.size());
+        require(toDer(BerReader(der)) == der);
+    } catch (const asn1::Asn1Exception&) {
+        return;
+    }
+    try {
+        require(toDer(BerReader(input)).size() <= input.size());
+    } catch (const asn1::Asn1Exception&) {
+        // Good BER is not always good DER.
+    }
+}

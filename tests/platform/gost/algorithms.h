@@ -1,0 +1,90 @@
+// The algorithms of the provider, by every name that the system and messages have for them: RFC 4357, 4490,
+// 4491 and 9215; the numbers of CryptoAPI are those of the providers that people have.
+#pragma once
+
+#include "../ber/ber.h"
+
+#include <windows.h>
+
+#include <wincrypt.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace Corvane::Platform::Gost {
+
+struct Algorithm {
+    const wchar_t* provider;
+    DWORD providerType;
+    const wchar_t* keyName;
+    const char* keyOid;
+    ALG_ID keyId;
+    std::size_t size;   // of a private key and of half a public key, in bytes
+    const char* curve;  // of keys that are made here
+    const wchar_t* hashName;
+    const char* hashOid;
+    ALG_ID hashId;
+    int digest;  // libgcrypt's number
+    std::size_t hashSize;
+    const wchar_t* signatureName;
+    const char* signatureOid;
+    const char* substitution;  // of GOST 28147-89, for messages
+};
+
+constexpr char cipherOid[] = "1.2.643.2.2.21";
+constexpr ALG_ID cipherId = 0x661E;
+// KP_CIPHEROID of these providers: the substitution of a session key, by its identifier.
+constexpr DWORD substitutionParameter = 104;
+
+extern const Algorithm algorithms[3];
+
+// Null where there is none.
+const Algorithm* findByType(DWORD providerType);
+const Algorithm* findByKeyOid(std::string_view oid);
+const Algorithm* findByKeyId(ALG_ID id);
+
+// What is told to the caller: a code of GetLastError.
+struct Failure {
+    DWORD code;
+};
+[[noreturn]] inline void fail(LONG code) {
+    throw Failure{static_cast<DWORD>(code)};
+}
+
+// An exported function's body: what it throws becomes the last error.
+template <class Body>
+BOOL entry(Body&& body) noexcept {
+    try {
+        body();
+        return TRUE;
+    } catch (const Failure& failure) {
+        ::SetLastError(failure.code);
+    } catch (const BerError&) {
+        ::SetLastError(static_cast<DWORD>(NTE_BAD_DATA));
+    } catch (const std::bad_alloc&) {
+        ::SetLastError(static_cast<DWORD>(NTE_NO_MEMORY));
+    } catch (...) {
+        ::SetLastError(static_cast<DWORD>(NTE_FAIL));
+    }
+    return FALSE;
+}
+
+// Gives a result as CryptoAPI does: the size where no buffer is given, ERROR_MORE_DATA where it is too small.
+inline void give(BYTE* buffer, DWORD* size, View result) {
+    if (!size)
+        fail(ERROR_INVALID_PARAMETER);
+    const DWORD room = *size;
+    *size = static_cast<DWORD>(result.size());
+    if (!buffer)
+        return;
+    if (room < result.size())
+        fail(ERROR_MORE_DATA);
+    std::copy(result.begin(), result.end(), buffer);
+}
+
+inline View bytesOf(const DWORD& number) {
+    return {reinterpret_cast<const std::uint8_t*>(&number), sizeof number};
+}
+
+}  // namespace Corvane::Platform::Gost

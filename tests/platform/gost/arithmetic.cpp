@@ -1,0 +1,256 @@
+#include "arithmetic.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <stdexcept>
+
+namespace Corvane::Platform::Gost {
+namespace {
+
+constexpr std::size_t keySize = 32, macSize = 4, blockSize = 8;
+
+void must(gcry_error_t error) {
+    if (error)
+        throw std::runtime_error(::gcry_strerror(error));
+}
+
+template <auto Free>
+struct Release {
+    void operator()(auto* object) const { Free(object); }
+};
+using Number = std::unique_ptr<gcry_mpi, Release<::gcry_mpi_release>>;
+using Expression = std::unique_ptr<gcry_sexp, Release<::gcry_sexp_release>>;
+using Curve = std::unique_ptr<gcry_context, Release<::gcry_ctx_release>>;
+using Point = std::unique_ptr<gcry_mpi_point, Release<::gcry_mpi_point_release>>;
+
+Number number(View littleEndian) {
+    const Bytes digits = reversed(littleEndian);
+    gcry_mpi_t made = nullptr;
+    must(::gcry_mpi_scan(&made, GCRYMPI_FMT_USG, digits.data(), digits.size(), nullptr));
+    return Number(made);
+}
+
+// Right-aligned, or empty where it does not fit.
+Bytes bigEndian(const gcry_mpi* value, std::size_t size) {
+    Bytes digits(size + 1);
+    std::size_t written = 0;
+    if (::gcry_mpi_print(GCRYMPI_FMT_USG, digits.data(), digits.size(), &written,
+                         const_cast<gcry_mpi*>(value)) ||
+        written > size)
+        throw std::runtime_error("a number too long");
+    Bytes whole(size - written);
+    return append(whole, View(digits).first(written));
+}
+
+// The library knows curves by their identifiers, but for this one, which it has under another name.
+const char* libraryName(const std::string& curve) {
+    return curve == "1.2.643.7.1.2.1.1.1" ? "GOST2012-256-A" : curve.c_str();
+}
+
+Curve openCurve(const std::string& name) {
+    gcry_ctx_t made = nullptr;
+    must(::gcry_mpi_ec_new(&made, nullptr, libraryName(name)));
+    return Curve(made);
+}
+
+Point point(View publicKey) {
+    const std::size_t half = publicKey.size() / 2;
+    const Number x = number(publicKey.first(half));
+    const Number y = number(publicKey.subspan(half));
+    const Number one(::gcry_mpi_set_ui(nullptr, 1));
+    return Point(::gcry_mpi_point_set(nullptr, x.get(), y.get(), one.get()));
+}
+
+Bytes coordinates(gcry_mpi_point_t value, gcry_ctx_t curve, std::size_t size) {
+    const Number x(::gcry_mpi_new(0));
+    const Number y(::gcry_mpi_new(0));
+    if (::gcry_mpi_ec_get_affine(x.get(), y.get(), value, curve))
+        throw std::runtime_error("the point at infinity");
+    Bytes both = reversed(bigEndian(x.get(), size));
+    return append(both, reversed(bigEndian(y.get(), size)));
+}
+
+template <class... Values>
+Expression expression(const char* format, const Values&... values) {
+    gcry_sexp_t made = nullptr;
+    must(::gcry_sexp_build(&made, nullptr, format, values...));
+    return Expression(made);
+}
+
+// Bytes of an expression are told as a length and an address.
+int length(View bytes) {
+    return static_cast<int>(bytes.size());
+}
+
+Bytes valueOf(const Expression& expression, const char* name, std::size_t size) {
+    const Expression part(::gcry_sexp_find_token(expression.get(), name, 0));
+    const Number value(::gcry_sexp_nth_mpi(part.get(), 1, GCRYMPI_FMT_USG));
+    return bigEndian(value.get(), size);
+}
+
+Bytes mac(const std::string& substitution, View key, View iv, View data) {
+    gcry_mac_hd_t made = nullptr;
+    must(::gcry_mac_open(&made, GCRY_MAC_GOST28147_IMIT, 0, nullptr));
+    const std::unique_ptr<gcry_mac_handle, Release<::gcry_mac_close>> handle(made);
+    std::string oid = substitution;
+    must(::gcry_mac_ctl(made, GCRYCTL_SET_SBOX, oid.data(), 0));
+    must(::gcry_mac_setkey(made, key.data(), key.size()));
+    must(::gcry_mac_setiv(made, iv.data(), iv.size()));
+    must(::gcry_mac_write(made, data.data(), data.size()));
+    Bytes result(macSize);
+    std::size_t size = result.size();
+    must(::gcry_mac_read(made, result.data(), &size));
+    return result;
+}
+
+Bytes transform(const std::string& substitution, int mode, View key, View iv, View data, bool encrypt) {
+    const Cipher cipher = openCipher(substitution, mode, false, key, iv);
+    if (!cipher)
+        throw std::runtime_error("an unknown substitution");
+    Bytes result(data.size());
+    must((encrypt ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(cipher.get(), result.data(), result.size(),
+                                                                   data.data(), data.size()));
+    return result;
+}
+
+// RFC 4357, 6.5
+Bytes diversify(const std::string& substitution, View key, View ukm) {
+    Bytes current(key.begin(), key.end());
+    for (std::size_t round = 0; round < blockSize; ++round) {
+        std::uint32_t sums[2] = {};
+        for (std::size_t word = 0; word < keySize / 4; ++word) {
+            std::uint32_t value = 0;
+            for (std::size_t byte = 4; byte-- > 0;)
+                value = value << 8 | current[4 * word + byte];
+            sums[ukm[round] >> word & 1 ? 0 : 1] += value;
+        }
+        Bytes iv;
+        for (const std::uint32_t sum : sums)
+            for (unsigned shift = 0; shift < 32; shift += 8)
+                iv.push_back(static_cast<std::uint8_t>(sum >> shift));
+        current = transform(substitution, GCRY_CIPHER_MODE_CFB, current, iv, current, true);
+    }
+    return current;
+}
+
+}  // namespace
+
+void startArithmetic() {
+    static const bool started = [] {
+        // It would write notes about the machine to the program's error stream.
+        ::gcry_set_log_handler([](void*, int, const char*, va_list) {}, nullptr);
+        // The hardware paths of the static library do not run everywhere.
+        ::gcry_control(GCRYCTL_DISABLE_HWF, "all", nullptr);
+        ::gcry_check_version(nullptr);
+        ::gcry_control(GCRYCTL_DISABLE_SECMEM, 0);
+        ::gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
+        return true;
+    }();
+    static_cast<void>(started);
+}
+
+Bytes randomBytes(std::size_t size) {
+    Bytes bytes(size);
+    ::gcry_randomize(bytes.data(), size, GCRY_STRONG_RANDOM);
+    return bytes;
+}
+
+Bytes makePrivateKey(const std::string& curve, std::size_t size) {
+    const Curve context = openCurve(curve);
+    const Number order(::gcry_mpi_ec_get_mpi("n", context.get(), 1));
+    for (;;) {
+        Bytes candidate = randomBytes(size);
+        const Number value = number(candidate);
+        if (::gcry_mpi_cmp_ui(value.get(), 0) > 0 && ::gcry_mpi_cmp(value.get(), order.get()) < 0)
+            return candidate;
+    }
+}
+
+Bytes publicKey(const std::string& curve, View privateKey) {
+    const Curve context = openCurve(curve);
+    const Point base(::gcry_mpi_ec_get_point("g", context.get(), 1));
+    const Point result(::gcry_mpi_point_new(0));
+    ::gcry_mpi_ec_mul(result.get(), number(privateKey).get(), base.get(), context.get());
+    return coordinates(result.get(), context.get(), privateKey.size());
+}
+
+bool isOnCurve(const std::string& curve, View publicKey) {
+    const Curve context = openCurve(curve);
+    return ::gcry_mpi_ec_curve_point(point(publicKey).get(), context.get()) != 0;
+}
+
+Bytes sign(const std::string& curve, View privateKey, View digest) {
+    const Bytes secret = reversed(privateKey);
+    const Bytes value = reversed(digest);
+    const Bytes both = publicKey(curve, privateKey);
+    Bytes q{0x04};
+    append(q, reversed(View(both).first(both.size() / 2)));
+    append(q, reversed(View(both).subspan(both.size() / 2)));
+    const Expression key = expression("(private-key (ecc (curve %s) (q %b) (d %b)))", libraryName(curve),
+                                      length(q), q.data(), length(secret), secret.data());
+    const Expression data = expression("(data (flags gost) (value %b))", length(value), value.data());
+    gcry_sexp_t made = nullptr;
+    must(::gcry_pk_sign(&made, data.get(), key.get()));
+    const Expression signature(made);
+    Bytes result = valueOf(signature, "s", privateKey.size());
+    return append(result, valueOf(signature, "r", privateKey.size()));
+}
+
+bool verify(const std::string& curve, View publicKey, View digest, View signature) {
+    const std::size_t half = publicKey.size() / 2;
+    if (signature.size() != publicKey.size())
+        return false;
+    Bytes q{0x04};
+    append(q, reversed(publicKey.first(half)));
+    append(q, reversed(publicKey.subspan(half)));
+    const Bytes value = reversed(digest);
+    const Expression key =
+        expression("(public-key (ecc (curve %s) (q %b)))", libraryName(curve), length(q), q.data());
+    const Expression data = expression("(data (flags gost) (value %b))", length(value), value.data());
+    const Expression claim = expression("(sig-val (gost (r %b) (s %b)))", static_cast<int>(half),
+                                        signature.data() + half, static_cast<int>(half), signature.data());
+    return ::gcry_pk_verify(claim.get(), data.get(), key.get()) == 0;
+}
+
+Bytes agree(const std::string& curve, View privateKey, View publicKey, View ukm, int digest) {
+    const Curve context = openCurve(curve);
+    const Number order(::gcry_mpi_ec_get_mpi("n", context.get(), 1));
+    const Number cofactor(::gcry_mpi_ec_get_mpi("h", context.get(), 1));
+    const Number factor(::gcry_mpi_new(0));
+    ::gcry_mpi_mulm(factor.get(), number(ukm).get(), number(privateKey).get(), order.get());
+    if (cofactor)
+        ::gcry_mpi_mul(factor.get(), factor.get(), cofactor.get());
+    const Point result(::gcry_mpi_point_new(0));
+    ::gcry_mpi_ec_mul(result.get(), factor.get(), point(publicKey).get(), context.get());
+    const Bytes shared = coordinates(result.get(), context.get(), privateKey.size());
+    Bytes key(::gcry_md_get_algo_dlen(digest));
+    ::gcry_md_hash_buffer(digest, key.data(), shared.data(), shared.size());
+    return key;
+}
+
+WrappedKey wrap(const std::string& substitution, View keyEncryptionKey, View ukm, View key) {
+    const Bytes wrapping = diversify(substitution, keyEncryptionKey, ukm);
+    return {transform(substitution, GCRY_CIPHER_MODE_ECB, wrapping, {}, key, true),
+            mac(substitution, wrapping, ukm, key)};
+}
+
+Bytes unwrap(const std::string& substitution, View keyEncryptionKey, View ukm, const WrappedKey& wrapped) {
+    const Bytes wrapping = diversify(substitution, keyEncryptionKey, ukm);
+    Bytes key = transform(substitution, GCRY_CIPHER_MODE_ECB, wrapping, {}, wrapped.encrypted, false);
+    return mac(substitution, wrapping, ukm, key) == wrapped.mac ? key : Bytes();
+}
+
+Cipher openCipher(const std::string& substitution, int mode, bool meshing, View key, View iv) {
+    gcry_cipher_hd_t made = nullptr;
+    must(::gcry_cipher_open(&made, meshing ? GCRY_CIPHER_GOST28147_MESH : GCRY_CIPHER_GOST28147, mode, 0));
+    Cipher cipher(made);
+    std::string oid = substitution;
+    if (::gcry_cipher_ctl(made, GCRYCTL_SET_SBOX, oid.data(), 0))
+        return nullptr;
+    must(::gcry_cipher_setkey(made, key.data(), key.size()));
+    if (!iv.empty())
+        must(::gcry_cipher_setiv(made, iv.data(), iv.size()));
+    return cipher;
+}
+
+}  // namespace Corvane::Platform::Gost

@@ -1,0 +1,211 @@
+// Acquiring the provider, its parameters, and its containers.
+#include "objects.h"
+
+#include <algorithm>
+
+namespace Corvane::Platform::Gost {
+
+Handles<Context, NTE_BAD_UID> contexts;
+Handles<Key, NTE_BAD_KEY> keys;
+Handles<Hash, NTE_BAD_HASH> hashes;
+
+namespace {
+
+// The part of VTableProvStruc (cspdk.h) that is read here.
+struct ProviderCallbacks {
+    DWORD version;
+    void* verifyImage;
+    void* returnWindow;
+    DWORD providerType;
+};
+
+std::wstring wide(const char* text) {
+    const int size = ::MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
+    std::wstring result(static_cast<std::size_t>(size), L'\0');
+    ::MultiByteToWideChar(CP_ACP, 0, text, -1, result.data(), size);
+    result.pop_back();
+    return result;
+}
+
+// With the NUL, as parameters of the provider are told.
+Bytes narrow(const std::wstring& text) {
+    const int size = ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
+    Bytes result(static_cast<std::size_t>(size));
+    ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, reinterpret_cast<char*>(result.data()), size, nullptr,
+                          nullptr);
+    return result;
+}
+
+void openContainer(Context& context, const char* name, DWORD flags) {
+    context.container = wide(name ? name : "");
+    constexpr std::wstring_view unique = L"\\\\.\\REGISTRY\\";
+    if (context.container.starts_with(unique))
+        context.container.erase(0, unique.size());
+    if (context.container.empty())
+        context.container = L"default";
+    const bool exists = containerExists(context.container);
+    if (flags & CRYPT_NEWKEYSET) {
+        if (exists)
+            fail(NTE_EXISTS);
+        createContainer(context.container);
+    } else if (!exists) {
+        fail(NTE_BAD_KEYSET);
+    }
+    context.hasContainer = true;
+}
+
+void acquire(HCRYPTPROV* handle, const char* name, DWORD flags, const ProviderCallbacks& callbacks) {
+    startArithmetic();
+    constexpr DWORD known =
+        CRYPT_VERIFYCONTEXT | CRYPT_NEWKEYSET | CRYPT_DELETEKEYSET | CRYPT_MACHINE_KEYSET | CRYPT_SILENT;
+    if (flags & ~known)
+        fail(NTE_BAD_FLAGS);
+    auto context = std::make_unique<Context>();
+    context->algorithm = findByType(callbacks.providerType);
+    if (!context->algorithm)
+        fail(NTE_BAD_PROV_TYPE);
+    if ((flags & CRYPT_VERIFYCONTEXT) == CRYPT_VERIFYCONTEXT) {
+        if (name && *name)
+            fail(NTE_BAD_KEYSET_PARAM);
+    } else {
+        openContainer(*context, name, flags);
+    }
+    if (flags & CRYPT_DELETEKEYSET)
+        return deleteContainer(context->container);
+    *handle = contexts.add(std::move(context));
+}
+
+DWORD keySpecs(const Context& context) {
+    DWORD specs = 0;
+    for (const DWORD spec : {DWORD{AT_KEYEXCHANGE}, DWORD{AT_SIGNATURE}})
+        if (context.hasContainer && loadKey(context.container, spec))
+            specs |= spec;
+    return specs;
+}
+
+// Containers whose keys are of the provider's kind, and empty ones. The first call without a buffer tells the
+// size of the longest name.
+void enumerateContainers(Context& context, BYTE* buffer, DWORD* size, DWORD flags) {
+    if (flags & CRYPT_FIRST)
+        context.enumerated = 0;
+    std::vector<Bytes> names;
+    for (const std::wstring& name : containerNames()) {
+        const auto key = loadKey(name, AT_KEYEXCHANGE);
+        if (!key || key->pair.algorithm == context.algorithm)
+            names.push_back(narrow(name));
+    }
+    if (context.enumerated >= names.size())
+        fail(ERROR_NO_MORE_ITEMS);
+    if (!buffer)
+        return give(buffer, size,
+                    *std::ranges::max_element(names, {}, [](const Bytes& name) { return name.size(); }));
+    give(buffer, size, names[context.enumerated]);
+    ++context.enumerated;
+}
+
+// The system looks for a provider for an algorithm in these lists.
+void enumerateAlgorithms(Context& context, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
+    const Algorithm& own = *context.algorithm;
+    struct Entry {
+        ALG_ID id;
+        std::size_t bytes;
+        const char* name;
+    };
+    const Entry all[] = {{own.hashId, own.hashSize, "GOST R 34.11"},
+                         {own.keyId, 2 * own.size, "GOST R 34.10"},
+                         {cipherId, 32, "GOST 28147-89"}};
+    if (flags & CRYPT_FIRST)
+        context.enumerated = 0;
+    if (context.enumerated >= std::size(all))
+        fail(ERROR_NO_MORE_ITEMS);
+    const Entry& entry = all[context.enumerated];
+    const auto bits = static_cast<DWORD>(8 * entry.bytes);
+    const auto tell = [&](auto filled) {
+        std::copy_n(entry.name, std::char_traits<char>::length(entry.name), filled.szName);
+        give(buffer, size, {reinterpret_cast<const std::uint8_t*>(&filled), sizeof filled});
+    };
+    const auto nameSize = static_cast<DWORD>(std::char_traits<char>::length(entry.name) + 1);
+    if (which == PP_ENUMALGS)
+        tell(PROV_ENUMALGS{entry.id, bits, nameSize, {}});
+    else
+        tell(PROV_ENUMALGS_EX{entry.id, bits, bits, bits, 0, nameSize, {}, 0, {}});
+    if (buffer)
+        ++context.enumerated;
+}
+
+Bytes parameter(const Context& context, DWORD which) {
+    DWORD number = 0;
+    switch (which) {
+        case PP_NAME:
+            return narrow(context.algorithm->provider);
+        case PP_CONTAINER:
+        case PP_UNIQUE_CONTAINER:
+            if (!context.hasContainer)
+                fail(NTE_BAD_KEYSET);
+            return narrow((which == PP_CONTAINER ? L"" : L"\\\\.\\REGISTRY\\") + context.container);
+        case PP_PROVTYPE:
+            number = context.algorithm->providerType;
+            break;
+        case PP_KEYSPEC:
+            number = AT_KEYEXCHANGE | AT_SIGNATURE;
+            break;
+        case PP_IMPTYPE:
+            number = CRYPT_IMPL_SOFTWARE;
+            break;
+        case PP_VERSION:
+            number = 0x0100;
+            break;
+        case PP_KEYSET_TYPE:
+            number = keySpecs(context);
+            break;
+        default:
+            fail(NTE_BAD_TYPE);
+    }
+    const View bytes = bytesOf(number);
+    return {bytes.begin(), bytes.end()};
+}
+
+}  // namespace
+}  // namespace Corvane::Platform::Gost
+
+using namespace Corvane::Platform;
+using namespace Corvane::Platform::Gost;
+
+extern "C" {
+
+BOOL WINAPI CPAcquireContext(HCRYPTPROV* handle, LPSTR container, DWORD flags, void* callbacks) {
+    return entry([&] { acquire(handle, container, flags, *static_cast<ProviderCallbacks*>(callbacks)); });
+}
+
+BOOL WINAPI CPReleaseContext(HCRYPTPROV context, DWORD flags) {
+    return entry([&] { flags ? fail(NTE_BAD_FLAGS) : contexts.remove(context); });
+}
+
+BOOL WINAPI CPGetProvParam(HCRYPTPROV handle, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
+    return entry([&] {
+        Context& context = contexts.get(handle);
+        if (which == PP_ENUMCONTAINERS)
+            enumerateContainers(context, buffer, size, flags);
+        else if (which == PP_ENUMALGS || which == PP_ENUMALGS_EX)
+            enumerateAlgorithms(context, which, buffer, size, flags);
+        else
+            give(buffer, size, parameter(context, which));
+    });
+}
+
+BOOL WINAPI CPSetProvParam(HCRYPTPROV handle, DWORD which, BYTE*, DWORD) {
+    return entry([&] {
+        contexts.get(handle);
+        if (which != PP_CLIENT_HWND && which != PP_SIGNATURE_PIN && which != PP_KEYEXCHANGE_PIN)
+            fail(NTE_BAD_TYPE);
+    });
+}
+
+BOOL WINAPI CPGenRandom(HCRYPTPROV handle, DWORD size, BYTE* buffer) {
+    return entry([&] {
+        contexts.get(handle);
+        std::ranges::copy(randomBytes(size), buffer);
+    });
+}
+
+}  // extern "C"

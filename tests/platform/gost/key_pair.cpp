@@ -1,0 +1,113 @@
+#include "key_pair.h"
+
+#include "arithmetic.h"
+
+namespace Corvane::Platform::Gost {
+namespace {
+
+constexpr std::size_t ukmSize = 8;
+
+Bytes algorithmIdentifier(const KeyPair& key) {
+    Bytes digest;
+    if (key.algorithm->providerType == 75)
+        digest = oid("1.2.643.2.2.30.1");
+    else if (!key.curve.starts_with("1.2.643.7.1.2.1.1."))
+        digest = oid(key.algorithm->hashOid);
+    return tlv(Tag::sequence, oid(key.algorithm->keyOid), tlv(Tag::sequence, oid(key.curve), digest));
+}
+
+KeyPair readAlgorithm(Reader reader) {
+    KeyPair key;
+    key.algorithm = findByKeyOid(oidText(reader.next(Tag::oid).content));
+    if (!key.algorithm)
+        fail(NTE_BAD_ALGID);
+    key.curve = oidText(reader.enter(Tag::sequence).next(Tag::oid).content);
+    return key;
+}
+
+KeyPair readPublicParts(Reader reader) {
+    KeyPair key = readAlgorithm(reader.enter(Tag::sequence));
+    key.publicHalf = octets(Reader(reader.next(Tag::bitString).content.subspan(1)).next(Tag::octetString));
+    if (key.publicHalf.size() != 2 * key.algorithm->size || !isOnCurve(key.curve, key.publicHalf))
+        fail(NTE_BAD_DATA);
+    return key;
+}
+
+Bytes publicParts(const KeyPair& key) {
+    Bytes parts = algorithmIdentifier(key);
+    return append(parts, tlv(Tag::bitString, Bytes{0}, tlv(Tag::octetString, key.publicHalf)));
+}
+
+// The hash of the key agreement: both keys of 2012 use the one of 256 bits.
+int agreementDigest(const Algorithm& algorithm) {
+    return algorithms[algorithm.providerType == 75 ? 0 : 1].digest;
+}
+
+}  // namespace
+
+KeyPair makeKeyPair(const Algorithm& algorithm, const std::string& curve) {
+    KeyPair key{&algorithm, curve, makePrivateKey(curve, algorithm.size), {}};
+    key.publicHalf = publicKey(curve, key.secret);
+    return key;
+}
+
+Bytes publicKeyInfo(const KeyPair& key) {
+    return tlv(Tag::sequence, publicParts(key));
+}
+
+KeyPair readPublicKeyInfo(View der) {
+    return readPublicParts(Reader(der).enter(Tag::sequence));
+}
+
+Bytes privateKeyInfo(const KeyPair& key) {
+    return tlv(Tag::sequence, integer(0), algorithmIdentifier(key), tlv(Tag::octetString, key.secret));
+}
+
+KeyPair readPrivateKeyInfo(View der) {
+    Reader reader = Reader(der).enter(Tag::sequence);
+    reader.next(Tag::integer);
+    KeyPair key = readAlgorithm(reader.enter(Tag::sequence));
+    key.secret = octets(reader.next(Tag::octetString));
+    if (key.secret.size() != key.algorithm->size)
+        fail(NTE_BAD_DATA);
+    key.publicHalf = publicKey(key.curve, key.secret);
+    return key;
+}
+
+Bytes transport(const SessionKey& session, const KeyPair& recipient) {
+    const KeyPair ephemeral = makeKeyPair(*recipient.algorithm, recipient.curve);
+    const Bytes ukm = randomBytes(ukmSize);
+    const Bytes key = agree(recipient.curve, ephemeral.secret, recipient.publicHalf, ukm,
+                            agreementDigest(*recipient.algorithm));
+    const WrappedKey wrapped = wrap(session.substitution, key, ukm, session.key);
+    return tlv(
+        Tag::sequence,
+        tlv(Tag::sequence, tlv(Tag::octetString, wrapped.encrypted), tlv(Tag::octetString, wrapped.mac)),
+        tlv(Tag::within(0), oid(session.substitution), tlv(Tag::within(0), publicParts(ephemeral)),
+            tlv(Tag::octetString, ukm)));
+}
+
+SessionKey receive(View transport, const KeyPair& recipient) {
+    Reader reader = Reader(transport).enter(Tag::sequence);
+    Reader encrypted = reader.enter(Tag::sequence);
+    WrappedKey wrapped;
+    wrapped.encrypted = octets(encrypted.next(Tag::octetString));
+    wrapped.mac = octets(encrypted.next(Tag::octetString));
+    Reader parameters = reader.enter(Tag::within(0));
+    SessionKey session;
+    session.substitution = oidText(parameters.next(Tag::oid).content);
+    const KeyPair ephemeral = readPublicParts(parameters.enter(Tag::within(0)));
+    const Bytes ukm = octets(parameters.next(Tag::octetString));
+    constexpr std::size_t sessionKeySize = 32;
+    if (ukm.size() != ukmSize || wrapped.encrypted.size() != sessionKeySize ||
+        ephemeral.curve != recipient.curve)
+        fail(NTE_BAD_DATA);
+    const Bytes key = agree(recipient.curve, recipient.secret, ephemeral.publicHalf, ukm,
+                            agreementDigest(*recipient.algorithm));
+    session.key = unwrap(session.substitution, key, ukm, wrapped);
+    if (session.key.empty())
+        fail(NTE_BAD_DATA);
+    return session;
+}
+
+}  // namespace Corvane::Platform::Gost

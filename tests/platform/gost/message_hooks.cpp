@@ -1,0 +1,180 @@
+// What the system asks by object identifier: public keys of certificates, and the keys of enveloped messages.
+#include "key_pair.h"
+
+#include <cstring>
+
+namespace Corvane::Platform::Gost {
+namespace {
+
+void must(BOOL result) {
+    if (!result)
+        throw Failure{::GetLastError()};
+}
+
+View viewOf(const CRYPT_DATA_BLOB& blob) {
+    return {blob.pbData, blob.cbData};
+}
+
+Bytes keyInfoOf(const CRYPT_ALGORITHM_IDENTIFIER& algorithm, const CRYPT_BIT_BLOB& key) {
+    return tlv(Tag::sequence, tlv(Tag::sequence, oid(algorithm.pszObjId), viewOf(algorithm.Parameters)),
+               tlv(Tag::bitString, Bytes{0}, View(key.pbData, key.cbData)));
+}
+
+// The context that was given where it is of the key's kind, else one for all that is public.
+HCRYPTPROV contextFor(const Algorithm& algorithm, HCRYPTPROV given) {
+    DWORD type = 0;
+    DWORD size = sizeof type;
+    if (given && ::CryptGetProvParam(given, PP_PROVTYPE, reinterpret_cast<BYTE*>(&type), &size, 0) &&
+        type == algorithm.providerType)
+        return given;
+    static HCRYPTPROV shared[std::size(algorithms)];
+    HCRYPTPROV& context = shared[&algorithm - algorithms];
+    if (!context)
+        must(::CryptAcquireContextW(&context, nullptr, algorithm.provider, algorithm.providerType,
+                                    CRYPT_VERIFYCONTEXT));
+    return context;
+}
+
+HCRYPTKEY importBlob(HCRYPTPROV context, BYTE type, ALG_ID id, View der, HCRYPTKEY with) {
+    const BLOBHEADER head{type, CUR_BLOB_VERSION, 0, id};
+    Bytes blob(sizeof head);
+    std::memcpy(blob.data(), &head, sizeof head);
+    append(blob, der);
+    HCRYPTKEY key = 0;
+    must(::CryptImportKey(context, blob.data(), static_cast<DWORD>(blob.size()), with, 0, &key));
+    return key;
+}
+
+HCRYPTKEY importPublic(HCRYPTPROV given, View keyInfo) {
+    const Algorithm& algorithm = *readPublicKeyInfo(keyInfo).algorithm;
+    return importBlob(contextFor(algorithm, given), PUBLICKEYBLOB, algorithm.keyId, keyInfo, 0);
+}
+
+// What follows the header of the key's blob. Destroys the key.
+Bytes exportBlob(HCRYPTKEY key, HCRYPTKEY with, DWORD type) {
+    DWORD size = 0;
+    BOOL done = ::CryptExportKey(key, with, type, 0, nullptr, &size);
+    Bytes blob(size);
+    done = done && ::CryptExportKey(key, with, type, 0, blob.data(), &size);
+    ::CryptDestroyKey(with ? with : key);
+    must(done);
+    return {blob.begin() + sizeof(BLOBHEADER), blob.begin() + static_cast<std::ptrdiff_t>(size)};
+}
+
+// Lays the public key out behind the structure, as the system's own functions do.
+void giveKeyInfo(View der, CERT_PUBLIC_KEY_INFO* info, DWORD* size) {
+    DWORD decoded = 0;
+    must(::CryptDecodeObject(X509_ASN_ENCODING, X509_PUBLIC_KEY_INFO, der.data(),
+                             static_cast<DWORD>(der.size()), 0, nullptr, &decoded));
+    const DWORD room = *size;
+    *size = decoded;
+    if (!info)
+        return;
+    if (room < decoded)
+        fail(ERROR_MORE_DATA);
+    must(::CryptDecodeObject(X509_ASN_ENCODING, X509_PUBLIC_KEY_INFO, der.data(),
+                             static_cast<DWORD>(der.size()), 0, info, size));
+}
+
+CRYPT_DATA_BLOB allocated(View bytes, PFN_CMSG_ALLOC allocate) {
+    auto* const copy = static_cast<BYTE*>(allocate(bytes.size()));
+    if (!copy)
+        fail(E_OUTOFMEMORY);
+    std::memcpy(copy, bytes.data(), bytes.size());
+    return {static_cast<DWORD>(bytes.size()), copy};
+}
+
+// Gost28147-89-Parameters (RFC 4357)
+void makeContentKey(CMSG_CONTENT_ENCRYPT_INFO& info) {
+    const Algorithm* algorithm = nullptr;
+    DWORD type = 0;
+    DWORD size = sizeof type;
+    if (info.hCryptProv &&
+        ::CryptGetProvParam(info.hCryptProv, PP_PROVTYPE, reinterpret_cast<BYTE*>(&type), &size, 0))
+        algorithm = findByType(type);
+    info.hCryptProv = contextFor(algorithm ? *algorithm : algorithms[0], info.hCryptProv);
+    must(::CryptGenKey(info.hCryptProv, cipherId, CRYPT_EXPORTABLE, &info.hContentEncryptKey));
+    BYTE iv[8];
+    char substitution[64];
+    size = sizeof iv;
+    must(::CryptGetKeyParam(info.hContentEncryptKey, KP_IV, iv, &size, 0));
+    size = sizeof substitution;
+    must(::CryptGetKeyParam(info.hContentEncryptKey, substitutionParameter,
+                            reinterpret_cast<BYTE*>(substitution), &size, 0));
+    const Bytes parameters = tlv(Tag::sequence, tlv(Tag::octetString, iv), oid(substitution));
+    info.ContentEncryptionAlgorithm.Parameters = allocated(parameters, info.pfnAlloc);
+    info.dwFlags |= CMSG_CONTENT_ENCRYPT_FREE_PARA_FLAG;
+}
+
+void useContentParameters(HCRYPTKEY key, const CRYPT_ALGORITHM_IDENTIFIER& algorithm) {
+    Reader parameters = Reader(viewOf(algorithm.Parameters)).enter(Tag::sequence);
+    const Bytes iv = octets(parameters.next(Tag::octetString));
+    const std::string substitution = oidText(parameters.next(Tag::oid).content);
+    constexpr std::size_t ivSize = 8;
+    if (iv.size() != ivSize)
+        fail(NTE_BAD_DATA);
+    must(::CryptSetKeyParam(key, substitutionParameter, reinterpret_cast<const BYTE*>(substitution.c_str()),
+                            0));
+    must(::CryptSetKeyParam(key, KP_IV, iv.data(), 0));
+}
+
+HCRYPTKEY importContentKey(const CRYPT_ALGORITHM_IDENTIFIER& content,
+                           const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA& how) {
+    HCRYPTKEY own = 0;
+    must(::CryptGetUserKey(how.hCryptProv, how.dwKeySpec ? how.dwKeySpec : AT_KEYEXCHANGE, &own));
+    HCRYPTKEY key = 0;
+    const BOOL done = entry([&] {
+        key = importBlob(how.hCryptProv, SIMPLEBLOB, cipherId, viewOf(how.pKeyTrans->EncryptedKey), own);
+    });
+    ::CryptDestroyKey(own);
+    must(done);
+    if (!entry([&] { useContentParameters(key, content); })) {
+        ::CryptDestroyKey(key);
+        must(FALSE);
+    }
+    return key;
+}
+
+}  // namespace
+}  // namespace Corvane::Platform::Gost
+
+using namespace Corvane::Platform;
+using namespace Corvane::Platform::Gost;
+
+extern "C" {
+
+BOOL WINAPI gostExportPublicKeyInfo(HCRYPTPROV context, DWORD spec, DWORD, LPSTR, DWORD, void*,
+                                    CERT_PUBLIC_KEY_INFO* info, DWORD* size) {
+    return entry([&] {
+        HCRYPTKEY key = 0;
+        must(::CryptGetUserKey(context, spec, &key));
+        giveKeyInfo(exportBlob(key, 0, PUBLICKEYBLOB), info, size);
+    });
+}
+
+BOOL WINAPI gostImportPublicKeyInfo(HCRYPTPROV context, DWORD, CERT_PUBLIC_KEY_INFO* info, ALG_ID, DWORD,
+                                    void*, HCRYPTKEY* key) {
+    return entry([&] { *key = importPublic(context, keyInfoOf(info->Algorithm, info->PublicKey)); });
+}
+
+BOOL WINAPI gostGenContentEncryptKey(CMSG_CONTENT_ENCRYPT_INFO* info, DWORD, void*) {
+    return entry([&] { makeContentKey(*info); });
+}
+
+BOOL WINAPI gostExportKeyTrans(CMSG_CONTENT_ENCRYPT_INFO* info,
+                               CMSG_KEY_TRANS_RECIPIENT_ENCODE_INFO* recipient,
+                               CMSG_KEY_TRANS_ENCRYPT_INFO* result, DWORD, void*) {
+    return entry([&] {
+        const HCRYPTKEY key = importPublic(
+            info->hCryptProv, keyInfoOf(recipient->KeyEncryptionAlgorithm, recipient->RecipientPublicKey));
+        result->EncryptedKey =
+            allocated(exportBlob(info->hContentEncryptKey, key, SIMPLEBLOB), info->pfnAlloc);
+    });
+}
+
+BOOL WINAPI gostImportKeyTrans(CRYPT_ALGORITHM_IDENTIFIER* content, CMSG_CTRL_KEY_TRANS_DECRYPT_PARA* how,
+                               DWORD, void*, HCRYPTKEY* key) {
+    return entry([&] { *key = importContentKey(*content, *how); });
+}
+
+}  // extern "C"

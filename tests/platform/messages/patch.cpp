@@ -1,0 +1,129 @@
+// Puts the stand-ins into the import tables of every module that is not the system's: of those that are there
+// when this DLL is loaded, and of those that come later.
+#include "functions.h"
+
+#include <psapi.h>
+
+#include <algorithm>
+
+namespace Corvane::Platform::Messages {
+namespace {
+
+struct Replacement {
+    const char* name;
+    void* function;
+};
+
+template <class Function>
+void* address(Function* function) {
+    return reinterpret_cast<void*>(function);
+}
+
+const Replacement replacements[] = {
+    {"CertGetSubjectCertificateFromStore", address(getSubjectCertificate)},
+    {"CertOpenStore", address(openStore)},
+    {"CryptDecryptMessage", address(decryptMessage)},
+    {"CryptEncryptMessage", address(encryptMessage)},
+    {"CryptExportPublicKeyInfo", address(exportPublicKeyInfo)},
+    {"CryptGetMessageCertificates", address(getMessageCertificates)},
+    {"CryptGetMessageSignerCount", address(getMessageSignerCount)},
+    {"CryptMsgCalculateEncodedLength", address(calculateEncodedLength)},
+    {"CryptMsgClose", address(close)},
+    {"CryptMsgControl", address(control)},
+    {"CryptMsgDuplicate", address(duplicate)},
+    {"CryptMsgGetParam", address(getParam)},
+    {"CryptMsgOpenToDecode", address(openToDecode)},
+    {"CryptMsgOpenToEncode", address(openToEncode)},
+    {"CryptMsgUpdate", address(update)},
+    {"CryptSignMessage", address(signMessage)},
+    {"CryptVerifyDetachedMessageSignature", address(verifyDetachedMessageSignature)},
+    {"CryptVerifyMessageSignature", address(verifyMessageSignature)},
+};
+
+void put(void** slot, void* value) {
+    DWORD protection = 0;
+    ::VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &protection);
+    *slot = value;
+    ::VirtualProtect(slot, sizeof *slot, protection, &protection);
+}
+
+void patchModule(BYTE* module) {
+    const auto* const dos = reinterpret_cast<IMAGE_DOS_HEADER*>(module);
+    const auto* const headers = reinterpret_cast<IMAGE_NT_HEADERS*>(module + dos->e_lfanew);
+    const IMAGE_DATA_DIRECTORY& directory =
+        headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    if (directory.VirtualAddress == 0)
+        return;
+    const auto* imported = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(module + directory.VirtualAddress);
+    for (; imported->Name != 0; ++imported) {
+        if (::lstrcmpiA(reinterpret_cast<char*>(module + imported->Name), "crypt32.dll") != 0 ||
+            imported->OriginalFirstThunk == 0)
+            continue;
+        const auto* name = reinterpret_cast<IMAGE_THUNK_DATA*>(module + imported->OriginalFirstThunk);
+        auto* slot = reinterpret_cast<void**>(module + imported->FirstThunk);
+        for (; name->u1.AddressOfData != 0; ++name, ++slot) {
+            if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal))
+                continue;
+            const char* const text =
+                reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(module + name->u1.AddressOfData)->Name;
+            const auto found = std::ranges::find(replacements, std::string_view(text), &Replacement::name);
+            if (found != std::end(replacements))
+                put(slot, found->function);
+        }
+    }
+}
+
+HMODULE ownModule;
+
+void patch(HMODULE module) {
+    wchar_t path[MAX_PATH];
+    wchar_t windows[MAX_PATH];
+    const DWORD length = ::GetWindowsDirectoryW(windows, MAX_PATH);
+    ::GetModuleFileNameW(module, path, MAX_PATH);
+    const bool isSystem = ::CompareStringOrdinal(path, static_cast<int>(length), windows,
+                                                 static_cast<int>(length), TRUE) == CSTR_EQUAL;
+    if (!isSystem && module != ownModule)
+        patchModule(reinterpret_cast<BYTE*>(module));
+}
+
+// ntdll's, which no header of MinGW has (LdrRegisterDllNotification in Microsoft's documentation).
+struct LoadedModule {
+    ULONG flags;
+    const void* fullName;
+    const void* baseName;
+    void* base;
+    ULONG size;
+};
+void CALLBACK onModule(ULONG reason, const LoadedModule* loaded, void*) {
+    constexpr ULONG isLoaded = 1;
+    if (reason == isLoaded)
+        patch(static_cast<HMODULE>(loaded->base));
+}
+using RegisterNotification = LONG(NTAPI*)(ULONG, decltype(&onModule), void*, void**);
+
+void patchAll() {
+    HMODULE modules[1024];
+    DWORD size = 0;
+    ::EnumProcessModules(::GetCurrentProcess(), modules, sizeof modules, &size);
+    std::for_each(modules, modules + std::min<std::size_t>(size / sizeof(HMODULE), std::size(modules)),
+                  patch);
+    void* cookie = nullptr;
+    const FARPROC notify = ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "LdrRegisterDllNotification");
+    reinterpret_cast<RegisterNotification>(reinterpret_cast<void*>(notify))(0, onModule, nullptr, &cookie);
+}
+
+}  // namespace
+}  // namespace Corvane::Platform::Messages
+
+// The module stays for the process's life: import tables point into it.
+BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+    if (reason == DLL_PROCESS_ATTACH) {
+        Corvane::Platform::Messages::ownModule = module;
+        HMODULE pinned = nullptr;
+        ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                             reinterpret_cast<LPCWSTR>(module), &pinned);
+        ::DisableThreadLibraryCalls(module);
+        Corvane::Platform::Messages::patchAll();
+    }
+    return TRUE;
+}

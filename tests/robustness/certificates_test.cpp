@@ -1,0 +1,150 @@
+// Signatures and dialogs of the DLL as it is handed out, with the system answering as Windows documents it
+// where Wine answers otherwise, or asks the user.
+#include "../platform/import_patch.h"
+#include "../unit/support.h"
+#include "component.h"
+
+#include <prsht.h>
+#include <wincrypt.h>
+
+#include <cryptuiapi.h>
+
+#include <filesystem>
+#include <functional>
+
+namespace robustness {
+namespace {
+
+using Corvane::Test::EntryPatch;
+using Corvane::Test::ImportPatch;
+using Corvane::Test::readTestData;
+
+constexpr HRESULT verifyFailed = static_cast<HRESULT>(0x80040331);
+constexpr HRESULT notOpened = static_cast<HRESULT>(0x8004045C);
+constexpr HRESULT dialogFailed = static_cast<HRESULT>(0x8004032C);
+
+class CertificatesTest : public ComponentTest {
+protected:
+    ComPtr<IBinaryObject> file(const char* name) {
+        ComPtr<IBinaryObject> content;
+        const auto path = std::filesystem::path(CORVANE_TEST_DATA "/pki") / name;
+        EXPECT_EQ(service()->BinaryObjectFromFile(Bstr(path.wstring()).get(), content.put()), S_OK);
+        return content;
+    }
+    ComPtr<ICryptoService> crypto() { return serviceOf<ICryptoService>(__uuidof(CryptoService)); }
+    ComPtr<ICertificate> signer() {
+        ComPtr<ICertificate> certificate;
+        EXPECT_EQ(crypto()->CreateCertificateFromContent(file("signer.pem").get(), certificate.put()), S_OK);
+        return certificate;
+    }
+
+    const HMODULE module_ = ::GetModuleHandleW(componentPath().c_str());
+};
+
+// Whether success comes with the certificate that the message names.
+bool tellsSigner = false;
+
+// "The function succeeds, though nothing is verified", as documented for a detached message without its data.
+WINBOOL WINAPI verifyNothing(PCRYPT_VERIFY_MESSAGE_PARA, DWORD index, const BYTE*, DWORD, BYTE*, DWORD* size,
+                             PCCERT_CONTEXT* signer) {
+    if (index != 0) {
+        ::SetLastError(static_cast<DWORD>(CRYPT_E_NO_SIGNER));
+        return FALSE;
+    }
+    EXPECT_NE(size, nullptr) << "Windows wants to tell the size";
+    if (size)
+        *size = 0;
+    const auto content = readTestData("pki/signer.der");
+    *signer = tellsSigner ? ::CertCreateCertificateContext(X509_ASN_ENCODING, content.data(),
+                                                           static_cast<DWORD>(content.size()))
+                          : nullptr;
+    return TRUE;
+}
+
+TEST_F(CertificatesTest, NothingVerifiedIsNotVerified) {
+    const ImportPatch patch("CryptVerifyMessageSignature", &verifyNothing, module_);
+    const struct {
+        const char* message;
+        bool tellsSigner;
+        HRESULT expected;
+    } rows[] = {
+        {"detached-plain.p7s", true, verifyFailed},
+        {"detached-plain.p7s", false, verifyFailed},
+        {"attached-plain.p7s", false, verifyFailed},
+        {"attached-plain.p7s", true, S_OK},
+        {"attached-ber.p7s", true, S_OK},
+    };
+    for (const auto& row : rows) {
+        tellsSigner = row.tellsSigner;
+        ComPtr<ICertificateCollection> signers;
+        EXPECT_EQ(
+            crypto()->VerifyAttachedSignature(file(row.message).get(), variantOf(VT_EMPTY), signers.put()),
+            row.expected)
+            << row.message;
+        EXPECT_EQ(signers.get() != nullptr, row.expected == S_OK) << row.message;
+    }
+}
+
+// The error with which the viewer ends.
+DWORD viewerError = 0;
+
+WINBOOL WINAPI view(PCCRYPTUI_VIEWCERTIFICATE_STRUCTW view, WINBOOL* changed) {
+    EXPECT_EQ(view->dwSize, sizeof(*view));
+    EXPECT_NE(view->pCertContext, nullptr);
+    EXPECT_EQ(view->hwndParent, nullptr);
+    EXPECT_EQ(view->dwFlags, 0u);
+    EXPECT_EQ(changed, nullptr);
+    ::SetLastError(viewerError);
+    return viewerError == 0;
+}
+
+TEST_F(CertificatesTest, ViewerMayBeCancelled) {
+    const EntryPatch patch(L"cryptui", "CryptUIDlgViewCertificateW", &view);
+    const auto certificate = signer();
+    for (const auto& [error, expected] :
+         {std::pair{0, S_OK}, {ERROR_CANCELLED, S_OK}, {ERROR_OUTOFMEMORY, dialogFailed}}) {
+        viewerError = static_cast<DWORD>(error);
+        EXPECT_EQ(certificate->Display(), expected);
+    }
+}
+
+// What the user does while the picker is open.
+std::function<PCCERT_CONTEXT(HCERTSTORE)> whilePicking;
+
+PCCERT_CONTEXT WINAPI pick(HCERTSTORE store, HWND parent, LPCWSTR title, LPCWSTR text, DWORD hidden,
+                           DWORD flags, void*) {
+    EXPECT_EQ(hidden, 0x10u) << "CRYPTUI_SELECT_LOCATION_COLUMN is not shown";
+    EXPECT_TRUE(!parent && !title && !text && flags == 0);
+    return whilePicking(store);
+}
+
+// The picker shows the store that another call closes in the meantime.
+TEST_F(CertificatesTest, StoreThatIsClosedWhileInUseStaysOpenForItsUser) {
+    const EntryPatch patch(L"cryptui", "CryptUIDlgSelectCertificateFromStore", &pick);
+    const auto store = serviceOf<ICertificateStore>(__uuidof(CertificateStore));
+    ComPtr<ICertificate> picked;
+    EXPECT_EQ(store->SelectCertificate(picked.put()), notOpened);
+    ASSERT_EQ(store->Open(2, Bstr(L"CorvanePicked").get(), 1), S_OK);
+    ComPtr<ICertificate> installed;
+    ASSERT_EQ(store->Install(signer().get(), installed.put()), S_OK);
+    whilePicking = [](HCERTSTORE) { return nullptr; };
+    EXPECT_EQ(store->SelectCertificate(picked.put()), S_OK);
+    EXPECT_EQ(picked.get(), nullptr) << "cancelled";
+
+    whilePicking = [&](HCERTSTORE opened) {
+        EXPECT_EQ(store->Close(), S_OK);
+        return ::CertEnumCertificatesInStore(opened, nullptr);
+    };
+    EXPECT_EQ(store->SelectCertificate(picked.put()), S_OK);
+    Bstr name;
+    ASSERT_NE(picked.get(), nullptr);
+    EXPECT_EQ(picked->get_CommonName(name.put()), S_OK);
+    EXPECT_EQ(name.view(), L"Иванов Иван");
+    EXPECT_EQ(store->get_name(name.put()), notOpened);
+    EXPECT_EQ(installed->Uninstall(), S_OK);
+    EXPECT_EQ(picked->Uninstall(), S_OK);
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Microsoft\\SystemCertificates\\CorvanePicked");
+}
+
+}  // namespace
+}  // namespace robustness

@@ -1,0 +1,34 @@
+// What log-test reads about in the log. Arguments: a file to write, the log.
+var service = create("BinaryObjectService");
+var text = "Секретный код";
+var bytes = service.BinaryObjectFromString(text, 1251);
+var hex = bytes.ToHexString();
+service.BinaryObjectFromHex(hex);
+service.BinaryObjectFromBase64(bytes.ToBase64());
+equal(bytes.ToString(1251), text);
+service.GetMd5(bytes);
+service.GetCrc32(bytes, 7);
+var stream = service.CreateStream();
+stream.Write(bytes, 0, 13);
+stream.Seek(3);
+stream.Read(4);
+wait(function (done) { service.GetSHA256StreamAsync(stream, done); });
+stream.Seek(3);
+wait(function (done) { create("CompressionService").GZipStreamAsync(stream, service.CreateStream(), done); });
+create("CompressionService").OpenZipArchive(service.CreateStream()).Add("имя.txt", bytes);
+equal(wait(function (done) { stream.SeekAndReadAsync(14, 1, done); }), "[23] Смещение превышает размер данных");
+bytes.ToFile(WScript.Arguments(0));
+equal(service.BinaryObjectFromFile(WScript.Arguments(0)).Size, 13);
+service.BinaryObjectFromString("<a>Фамилия Иванов Имя Пётр Отчество Сергеевич</a>", 1251).ToXmlString();
+fails(function () { service.BinaryObjectFromHex("zz"); }, "[11] ");
+var gui = create("GuiService");
+fails(function () { gui.ShowOpenDialog("{"); }, "[202] ");
+throws(function () { gui.ShowSaveDialog(new Array(261).join("n"), ""); }, "0x800405e8", "File name greater then MAX_PATH");
+var token = create("OperationToken");
+token.SetCanceled();
+equal(wait(function (done) { service.GetCrc32StreamAsync(stream, done, token); }), "[35] Операция отменена");
+// Others may read the log, rename it and delete it while it is written.
+check(service.BinaryObjectFromFile(WScript.Arguments(1)).Size > 0, "the log is read while it is open");
+var files = create("FileSystemService");
+files.Move(WScript.Arguments(1), WScript.Arguments(1) + ".old", true);
+files.Move(WScript.Arguments(1) + ".old", WScript.Arguments(1), true);

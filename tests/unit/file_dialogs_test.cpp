@@ -1,0 +1,433 @@
+#include "gui/file_dialogs.h"
+
+#include "dialog_driver.h"
+#include "platform/import_patch.h"
+#include "soon.h"
+#include "support.h"
+
+#include <commdlg.h>
+#include <gtest/gtest.h>
+#include <objbase.h>
+#include <shlobj.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+using namespace Corvane;
+using namespace Corvane::Gui;
+using Corvane::Test::Failure;
+using Corvane::Test::failureOf;
+using Corvane::Test::ImportPatch;
+using Corvane::Test::soon;
+using namespace std::string_literals;
+
+namespace {
+
+constexpr std::uint32_t dialogFailed = 200;
+constexpr std::uint32_t badOptions = 202;
+constexpr std::uint32_t busy = 170;  // ERROR_BUSY
+
+class Apartment {
+public:
+    explicit Apartment(DWORD kind = COINIT_APARTMENTTHREADED) { ::CoInitializeEx(nullptr, kind); }
+    ~Apartment() { ::CoUninitialize(); }
+    Apartment(const Apartment&) = delete;
+    Apartment& operator=(const Apartment&) = delete;
+};
+
+bool isTopmost(HWND window) {
+    return (::GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
+}
+
+HWND makeOwner() {
+    return ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+}
+
+std::wstring show(DialogKind kind, const DialogOptions& options, HWND owner = nullptr) {
+    switch (kind) {
+        case DialogKind::openFile:
+            return showOpenDialog(owner, options);
+        case DialogKind::openFiles:
+            return showMultipleOpenDialog(owner, options);
+        case DialogKind::saveFile:
+            return showSaveDialog(owner, L"имя.txt", options);
+        case DialogKind::selectFolder:
+            break;
+    }
+    return showSelectFolderDialog(owner, options);
+}
+
+constexpr DialogKind allKinds[] = {DialogKind::openFile, DialogKind::openFiles, DialogKind::saveFile,
+                                   DialogKind::selectFolder};
+
+// In the place of the system's dialogs: notes what it was asked and answers as a test wants.
+class SystemDialogs {
+public:
+    SystemDialogs() { current = this; }
+    ~SystemDialogs() { current = nullptr; }
+    SystemDialogs(const SystemDialogs&) = delete;
+    SystemDialogs& operator=(const SystemDialogs&) = delete;
+
+    int calls = 0;
+    bool isSave = false;
+    OPENFILENAMEW file{};
+    BROWSEINFOW folder{};
+    std::wstring title, filter, initialDir;  // of the last call; a dash where there was none
+    std::wstring begin;                      // what stood in the buffer
+    std::wstring answer;                     // what is put there; none: the user cancelled, or
+    DWORD error = 0;                         // what the system calls its failure
+    std::function<void(HWND)> whileOpen = [](HWND) {};
+
+private:
+    static BOOL answerFile(OPENFILENAMEW* dialog, bool isSave) {
+        SystemDialogs& self = *current;
+        ++self.calls;
+        self.file = *dialog;
+        self.isSave = isSave;
+        self.begin = dialog->lpstrFile;
+        self.title = dialog->lpstrTitle ? dialog->lpstrTitle : L"-";
+        self.filter = dialog->lpstrFilter ? std::wstring(dialog->lpstrFilter, 13) : L"-";
+        self.initialDir = dialog->lpstrInitialDir ? dialog->lpstrInitialDir : L"-";
+        self.whileOpen(dialog->hwndOwner);
+        EXPECT_LT(self.answer.size() + 1, dialog->nMaxFile);
+        // Ended as the system ends a list of one string or more.
+        *std::ranges::fill_n(std::ranges::copy(self.answer, dialog->lpstrFile).out, 1, L'\0') = L'\0';
+        return !self.answer.empty();
+    }
+    static BOOL WINAPI open(OPENFILENAMEW* dialog) { return answerFile(dialog, false); }
+    static BOOL WINAPI save(OPENFILENAMEW* dialog) { return answerFile(dialog, true); }
+    static DWORD WINAPI extendedError() { return current->error; }
+    static LPITEMIDLIST WINAPI browse(BROWSEINFOW* dialog) {
+        SystemDialogs& self = *current;
+        ++self.calls;
+        self.folder = *dialog;
+        self.title = dialog->lpszTitle ? dialog->lpszTitle : L"-";
+        self.whileOpen(dialog->hwndOwner);
+        return self.answer.empty() ? nullptr : static_cast<LPITEMIDLIST>(::CoTaskMemAlloc(1));
+    }
+    static BOOL WINAPI pathOf(LPCITEMIDLIST, LPWSTR path) {
+        current->answer.copy(path, MAX_PATH);
+        return current->answer.size() < MAX_PATH;
+    }
+
+    static inline SystemDialogs* current = nullptr;
+    ImportPatch open_{&::GetOpenFileNameW, &open};
+    ImportPatch save_{&::GetSaveFileNameW, &save};
+    ImportPatch extendedError_{&::CommDlgExtendedError, &extendedError};
+    ImportPatch browse_{&::SHBrowseForFolderW, &browse};
+    ImportPatch pathOf_{&::SHGetPathFromIDListW, &pathOf};
+};
+
+TEST(FileDialogs, TheSystemIsAskedAsTheOptionsSay) {
+    const Apartment apartment;
+    const DialogOptions options{L"Название", L"Текст\0*.txt\0"s, L"C:\\Папка", 7};
+    const struct {
+        DialogKind kind;
+        DWORD flags;
+        const wchar_t* begin;
+        DWORD room;  // at least
+    } rows[] = {
+        {DialogKind::openFile, 0x881804, L"", 32'768},
+        {DialogKind::openFiles, 0x881A04, L"", 32'767 * 256},
+        {DialogKind::saveFile, 0x4, L"имя.txt", 32'768},
+    };
+    SystemDialogs system;
+    for (const auto& row : rows) {
+        EXPECT_EQ(show(row.kind, options), L"");
+        EXPECT_EQ(system.isSave, row.kind == DialogKind::saveFile);
+        EXPECT_EQ(system.file.lStructSize, sizeof(void*) == 4 ? 88U : 152U);
+        EXPECT_EQ(system.file.Flags, row.flags);
+        EXPECT_EQ(system.title, options.title);
+        EXPECT_EQ(system.filter, L"Текст\0*.txt\0\0"s);
+        EXPECT_EQ(system.file.nFilterIndex, 7U);
+        EXPECT_EQ(system.initialDir, options.initialDir);
+        EXPECT_EQ(system.begin, row.begin);
+        EXPECT_GE(system.file.nMaxFile, row.room);
+        EXPECT_EQ(show(row.kind, {}), L"");
+        EXPECT_EQ(system.title + system.filter + system.initialDir, L"---");
+    }
+    EXPECT_EQ(show(DialogKind::openFile, {std::wstring(100'000, L't'), L"", std::wstring(100'000, L'd'), -1}),
+              L"");
+    EXPECT_EQ(system.title, std::wstring(1'000, L't')) << "no screen shows more";
+    EXPECT_EQ(system.initialDir, L"-") << "no path is that long";
+    EXPECT_EQ(system.file.nFilterIndex, 0U);
+
+    EXPECT_EQ(show(DialogKind::selectFolder, options), L"");
+    EXPECT_EQ(system.folder.ulFlags, 0x51U);
+    EXPECT_EQ(system.title, options.title);
+}
+
+TEST(FileDialogs, HostIsInvisibleTopmostAndDisablesTheOwner) {
+    const Apartment apartment;
+    SystemDialogs system;
+    for (const bool hasOwner : {true, false}) {
+        const HWND owner = hasOwner ? makeOwner() : nullptr;
+        system.whileOpen = [&](HWND host) {
+            EXPECT_EQ(::GetClassLongPtrW(host, GCW_ATOM), 32770U);
+            EXPECT_EQ(::GetWindow(host, GW_OWNER), owner);
+            EXPECT_FALSE(::IsWindowVisible(host));
+            EXPECT_TRUE(isTopmost(host));
+            EXPECT_FALSE(::IsWindowEnabled(owner));
+            // The message that has the dialog shown, from somebody else: there is one dialog for a call.
+            ::SendMessageW(host, WM_USER + 2, 0, 0);
+        };
+        for (const DialogKind kind : allKinds) {
+            EXPECT_EQ(show(kind, {}, owner), L"");
+            EXPECT_EQ(std::exchange(system.calls, 0), 1);
+            EXPECT_EQ(!hasOwner || ::IsWindowEnabled(owner), true);
+        }
+        ::DestroyWindow(owner);
+    }
+}
+
+TEST(FileDialogs, ChoicesComeBackWhole) {
+    const Apartment apartment;
+    SystemDialogs system;
+    system.answer = L"C:\\Папка\\имя.txt";
+    for (const DialogKind kind : allKinds)
+        EXPECT_EQ(show(kind, {}), system.answer);
+    system.answer.assign(32'766, L'd');
+    for (const DialogKind kind : {DialogKind::openFile, DialogKind::openFiles, DialogKind::saveFile})
+        EXPECT_EQ(show(kind, {}), system.answer);
+
+    // As many files as there is room for, with the longest names.
+    system.answer = L"C:\\dir";
+    std::wstring expected = system.answer;
+    for (int i = 0; i < 32'767; ++i) {
+        const std::wstring name(255, static_cast<wchar_t>(L'a' + i % 26));
+        system.answer += L'\0' + name;
+        expected += L'|' + name;
+    }
+    EXPECT_EQ(show(DialogKind::openFiles, {}), expected);
+}
+
+TEST(FileDialogs, FailuresOfTheSystemTravelToTheCaller) {
+    const Apartment apartment;
+    SystemDialogs system;
+    for (const std::uint32_t number : {0x3002U, 0x3003U}) {
+        system.error = number;
+        try {
+            showSaveDialog(nullptr, L"a*b", {});
+            ADD_FAILURE();
+        } catch (const CommDlgException& exception) {
+            EXPECT_EQ(fullMessage(exception), number == 0x3002
+                                                  ? L"[200] Ошибка при открытии диалога (0x3002)"
+                                                  : L"[200] Ошибка при открытии диалога (0x3003)");
+        }
+    }
+    system.error = 0;
+    system.answer.assign(MAX_PATH, L'f');
+    EXPECT_EQ(failureOf([] { showSelectFolderDialog(nullptr, {}); }), Failure(dialogFailed, 0))
+        << "a folder whose path is too long";
+    system.whileOpen = [](HWND) { throw std::bad_alloc(); };
+    for (const DialogKind kind : allKinds)
+        EXPECT_THROW(show(kind, {}), std::bad_alloc);
+
+    EXPECT_EQ(std::exchange(system.calls, 0), 2 + 1 + 4);
+    try {
+        showSaveDialog(nullptr, std::wstring(260, L'n'), {});
+        ADD_FAILURE();
+    } catch (const std::exception& exception) {
+        EXPECT_STREQ(exception.what(), "File name greater then MAX_PATH");
+    }
+    const HWND gone = makeOwner();
+    ::DestroyWindow(gone);
+    EXPECT_EQ(failureOf([=] { showOpenDialog(gone, {}); }), Failure(badOptions, ERROR_INVALID_WINDOW_HANDLE));
+    EXPECT_EQ(system.calls, 0);
+    system.whileOpen = [](HWND) {};
+    system.answer = L"n";
+    EXPECT_EQ(showSaveDialog(nullptr, std::wstring(259, L'n'), {}), L"n") << "and nothing stands in the way";
+}
+
+BOOL WINAPI refusePost(HWND, UINT, WPARAM, LPARAM) {
+    ::SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+    return FALSE;
+}
+
+TEST(FileDialogs, AFullMessageQueueIsAFailureAndNoDialogThatStays) {
+    const Apartment apartment;
+    const SystemDialogs system;
+    const ImportPatch patch(&::PostMessageW, &refusePost);
+    EXPECT_EQ(failureOf([] { showOpenDialog(nullptr, {}); }), Failure(badOptions, ERROR_NOT_ENOUGH_QUOTA));
+    EXPECT_EQ(system.calls, 0);
+}
+
+TEST(FileDialogs, OneAtATimeInTheProcess) {
+    const Apartment apartment;
+    SystemDialogs system;
+    system.answer = L"C:\\a";
+    system.whileOpen = [&](HWND) {
+        for (const DialogKind kind : allKinds) {
+            const auto again = [=] { show(kind, {}); };
+            EXPECT_EQ(failureOf(again), Failure(dialogFailed, busy)) << "from a callback";
+            std::jthread([&] { EXPECT_EQ(failureOf(again), Failure(dialogFailed, busy)) << "elsewhere"; });
+        }
+    };
+    for (const DialogKind kind : allKinds)
+        EXPECT_EQ(show(kind, {}), system.answer);
+    EXPECT_EQ(system.calls, 4);
+}
+
+TEST(FileDialogs, CurrentFolderIsKept) {
+    const Apartment apartment;
+    const auto before = std::filesystem::current_path();
+    SystemDialogs system;
+    for (const wchar_t* answer : {L"", L"C:\\a"}) {
+        system.answer = answer;
+        system.whileOpen = [](HWND) { ::SetCurrentDirectoryW(L"C:\\"); };
+        show(DialogKind::openFile, {});
+        EXPECT_EQ(std::filesystem::current_path(), before);
+    }
+    system.whileOpen = [](HWND) {
+        ::SetCurrentDirectoryW(L"C:\\");
+        throw std::bad_alloc();
+    };
+    EXPECT_THROW(show(DialogKind::saveFile, {}), std::bad_alloc);
+    EXPECT_EQ(std::filesystem::current_path(), before);
+}
+
+LRESULT CALLBACK answerProcedure(HWND window, UINT message, WPARAM first, LPARAM second) {
+    return message == WM_APP ? 42 : ::DefWindowProcW(window, message, first, second);
+}
+
+// The folder browser fails in the multithreaded apartment without a word.
+TEST(FileDialogs, ThreadsWithoutAnApartmentOfTheirOwnAreServedByOne) {
+    SystemDialogs system;
+    const auto serve = [&](bool isElsewhere) {
+        const HWND owner = makeOwner();
+        ::SetWindowLongPtrW(owner, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(answerProcedure));
+        const DWORD caller = ::GetCurrentThreadId();
+        system.whileOpen = [&](HWND) {
+            APTTYPE type{};
+            APTTYPEQUALIFIER qualifier{};
+            EXPECT_EQ(::CoGetApartmentType(&type, &qualifier), S_OK);
+            EXPECT_TRUE(type == APTTYPE_STA || type == APTTYPE_MAINSTA);
+            EXPECT_TRUE(!isElsewhere || ::GetCurrentThreadId() != caller);
+            EXPECT_EQ(::SendMessageW(owner, WM_APP, 0, 0), 42) << "the owner answers";
+            if (isElsewhere)
+                ::PostThreadMessageW(caller, WM_QUIT, 7, 0);
+        };
+        for (const DialogKind kind : allKinds) {
+            system.answer = L"C:\\a";
+            EXPECT_EQ(show(kind, {}, owner), L"C:\\a");
+            MSG message{};
+            EXPECT_EQ(::PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE), isElsewhere);
+            EXPECT_EQ(message.wParam, isElsewhere ? 7U : 0U) << "what ends the caller's own loop";
+        }
+        ::DestroyWindow(owner);
+        system.whileOpen = [](HWND) { throw std::bad_alloc(); };
+        EXPECT_THROW(show(DialogKind::openFile, {}), std::bad_alloc);
+    };
+    std::jthread([&] {
+        const Apartment apartment(COINIT_MULTITHREADED);
+        serve(true);
+    }).join();
+    std::jthread([&] { serve(false); }).join();  // without COM, which an input method may bring along later
+}
+
+#ifdef _WIN64  // Wine's 32-bit programs on a 64-bit system without 32-bit libraries show no such dialogs
+
+std::wstring textOf(HWND window) {
+    std::wstring text(static_cast<std::size_t>(::GetWindowTextLengthW(window)), L'\0');
+    ::GetWindowTextW(window, text.data(), static_cast<int>(text.size()) + 1);
+    return text;
+}
+
+constexpr int nameEdit = 1148;  // cmb13 of dlgs.h
+
+// A folder of its own with files in it, which is gone in the end.
+class Folder {
+public:
+    Folder() { std::filesystem::create_directories(path); }
+    ~Folder() { std::filesystem::remove_all(path); }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    std::wstring add(const std::wstring& name) const {
+        std::ofstream(path / name) << "x";
+        return (path / name).wstring();
+    }
+
+    const std::filesystem::path path = std::filesystem::temp_directory_path() / L"выбор файлов";
+};
+
+// Types a name into the dialog and answers it.
+void answerWith(HWND dialog, const std::wstring& name) {
+    ::SetDlgItemTextW(dialog, nameEdit, name.c_str());
+    ::PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+}
+
+DialogOptions optionsFor(DialogKind kind, const std::filesystem::path& folder) {
+    DialogOptions options = parseJsonOptions(kind, L"");
+    options.initialDir = folder.wstring();
+    return options;
+}
+
+TEST(RealFileDialogs, CancellingIsAnEmptyText) {
+    const Apartment apartment;
+    for (const HWND owner : {makeOwner(), HWND{}}) {
+        for (const DialogKind kind : allKinds) {
+            const DialogOptions options = parseJsonOptions(kind, L"");
+            const DialogDriver driver([&](HWND dialog) {
+                EXPECT_TRUE(soon([&] { return textOf(dialog) == options.title; })) << textOf(dialog);
+                EXPECT_TRUE(isTopmost(dialog));
+                EXPECT_EQ(::GetWindow(::GetWindow(dialog, GW_OWNER), GW_OWNER), owner);
+                EXPECT_FALSE(::IsWindowVisible(::GetWindow(dialog, GW_OWNER)));
+                ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+            });
+            EXPECT_EQ(show(kind, options, owner), L"");
+            EXPECT_EQ(driver.count(), 1);
+        }
+        ::DestroyWindow(owner);
+    }
+}
+
+TEST(RealFileDialogs, FilesOfAnyNameAreChosen) {
+    const Apartment apartment;
+    const auto before = std::filesystem::current_path();
+    const Folder folder;
+    const std::wstring unicode = folder.add(L"файл \x05D0\x65E5 \xD83D\xDE00.txt");
+    folder.add(L"b.txt");
+    const auto chosen = [&](DialogKind kind, const std::wstring& name) {
+        const DialogDriver driver([&](HWND dialog) { answerWith(dialog, name); });
+        return show(kind, optionsFor(kind, folder.path));
+    };
+    const std::wstring name = std::filesystem::path(unicode).filename();
+    for (const DialogKind kind : {DialogKind::openFile, DialogKind::openFiles, DialogKind::saveFile})
+        EXPECT_EQ(chosen(kind, name), unicode);
+    EXPECT_EQ(chosen(DialogKind::openFiles, L"\"b.txt\" \"" + name + L"\""),
+              folder.path.wstring() + L"|b.txt|" + name);
+    EXPECT_EQ(chosen(DialogKind::saveFile, L"new.txt"), (folder.path / L"new.txt").wstring());
+    EXPECT_EQ(std::filesystem::current_path(), before);
+
+    const std::wstring longName = folder.add(std::wstring(200, L'n') + L".txt");
+    ASSERT_GT(longName.size(), 230U);
+    EXPECT_EQ(chosen(DialogKind::openFile, longName), longName);
+    const DialogDriver driver([](HWND dialog) { ::PostMessageW(dialog, WM_COMMAND, IDOK, 0); });
+    EXPECT_EQ(show(DialogKind::selectFolder, optionsFor(DialogKind::selectFolder, folder.path)),
+              folder.path.wstring());
+}
+
+TEST(RealFileDialogs, OptionsOfAnySizeDoNoHarm) {
+    const Apartment apartment;
+    DialogOptions options;
+    options.title.assign(100'000, L'\x05D0');
+    options.title[0] = L'\x202E';
+    for (int i = 0; i < 10'000; ++i)
+        options.filter += L"\x05D0 " + std::to_wstring(i) + L"|*." + std::to_wstring(i) + L"|";
+    options.filter = Gui::detail::unescapeFilter(options.filter);
+    for (const int index : {10'000, 10'001, -1}) {
+        options.filterIndex = index;
+        options.initialDir.assign(static_cast<std::size_t>(index < 0 ? 100'000 : 0), L'd');
+        for (const DialogKind kind : allKinds) {
+            const DialogDriver driver([](HWND dialog) { ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0); });
+            EXPECT_EQ(show(kind, options), L"");
+        }
+        options.filter = L"\x05D0\0*.*\0"s;  // once is enough: the system is slow with thousands
+    }
+}
+
+#endif
+
+}  // namespace
