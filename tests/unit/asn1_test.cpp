@@ -64,7 +64,7 @@ TEST(DerWriter, NumbersAndLengths) {
     EXPECT_EQ(hexOf(DerWriter().unsignedInteger({}).bytes()), "020100");
     EXPECT_EQ(hexOf(DerWriter().unsignedInteger(hexToBin("000080")).bytes()), "02020080");
     for (const auto& [size, header] :
-         {std::pair{127, "047F"}, {128, "048180"}, {256, "04820100"}, {65536, "0483010000"}})
+         {std::pair{127u, "047F"}, {128u, "048180"}, {256u, "04820100"}, {65536u, "0483010000"}})
         EXPECT_EQ(hexOf(DerWriter().octetString(Bytes(size)).bytes()).substr(0, std::string(header).size()),
                   header);
 }
