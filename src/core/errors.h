@@ -145,6 +145,11 @@ inline constexpr ErrorDescriptor E_CERT_EXT_DECODE{609, "E_CERT_EXT_DECODE", L"�
 inline constexpr ErrorDescriptor E_CERT_STORE_INSTALL{611, "E_CERT_STORE_INSTALL", L"Ошибка при добавлении сертификата в хранилище"};
 inline constexpr ErrorDescriptor E_CERT_CHAIN{613, "E_CERT_CHAIN", L"Ошибка при построении цепочки сертификатов"};
 
+// What a request is made of.
+inline constexpr ErrorDescriptor E_DISTINGUISHED_NAME{614, "E_DISTINGUISHED_NAME", L"Неверное имя субъекта"};
+inline constexpr ErrorDescriptor E_REQUEST_EXTENSIONS{615, "E_REQUEST_EXTENSIONS", L"Неверное описание расширений сертификата"};
+inline constexpr ErrorDescriptor E_CERTIFICATION_REQUEST{616, "E_CERTIFICATION_REQUEST", L"Некорректный запрос на сертификат"};
+
 // XML and signature encodings.
 inline constexpr ErrorDescriptor E_XML_DECODE{700, "E_XML_DECODE", L"Ошибка при определении кодировки XML"};
 inline constexpr ErrorDescriptor E_XML_INVALID{701, "E_XML_INVALID", L"Неверная структура XML"};
