@@ -18,12 +18,13 @@ namespace Corvane::Test {
 struct ApiFaults {
     static constexpr DWORD error = ERROR_GEN_FAILURE;
 
+    static inline bool armed = false;
     static inline int failing = 0;
     static inline int calls = 0;
     static inline int open = 0;
 
     static bool fails() {
-        if (++calls != failing)
+        if (!armed || ++calls != failing)
             return false;
         ::SetLastError(error);
         return true;
@@ -70,23 +71,30 @@ private:
 };
 
 // The codes with which `work` ends when its first call fails, its second, and so on; equal ones that follow
-// each other once. Ends where it succeeds. Nothing may be left open in between.
-template <class Work>
-std::vector<std::uint32_t> codesOfFaults(Work&& work) {
+// each other once. Ends where it succeeds. Nothing may be left open in between. `prepare` comes before each
+// time, and its calls do not fail.
+template <class Work, class Prepare>
+std::vector<std::uint32_t> codesOfFaults(Work&& work, Prepare&& prepare) {
     std::vector<std::uint32_t> codes;
     ApiFaults::open = 0;
     for (ApiFaults::failing = 1;; ++ApiFaults::failing) {
         ApiFaults::calls = 0;
+        prepare();
+        ApiFaults::armed = true;
         const Failure failure = failureOf(work);
+        ApiFaults::armed = false;
         if (ApiFaults::open != 0)
             throw std::runtime_error("handles are open after call " + std::to_string(ApiFaults::failing));
         if (ApiFaults::calls < ApiFaults::failing)
-            break;
+            return codes;
         if (codes.empty() || codes.back() != failure.first)
             codes.push_back(failure.first);
     }
-    ApiFaults::failing = 0;
-    return codes;
+}
+
+template <class Work>
+std::vector<std::uint32_t> codesOfFaults(Work&& work) {
+    return codesOfFaults(work, [] {});
 }
 
 }  // namespace Corvane::Test
