@@ -182,6 +182,12 @@ BerReader BerReader::enter(std::uint8_t identifier) {
     return {contents, rules_, depth_ + 1};
 }
 
+View BerReader::readEncoded() {
+    const View begin = rest_;
+    skip();
+    return begin.first(begin.size() - rest_.size());
+}
+
 void BerReader::skip() {
     readValue();
 }
@@ -198,6 +204,15 @@ bool BerReader::readBoolean() {
     if (rules_ == Rules::der && value.front() != 0 && value.front() != 0xFF)
         throw Asn1Exception("DER: a BOOLEAN that is neither 0 nor 255 (X.690 11.1)");
     return value.front() != 0;
+}
+
+View BerReader::readInteger() {
+    const View value = read(tag::integer);
+    if (value.empty())
+        throw Asn1Exception("an INTEGER without octets (X.690 8.3.1)");
+    if (value.size() > 1 && (value[0] == 0 || value[0] == 0xFF) && (value[0] & 0x80) == (value[1] & 0x80))
+        throw Asn1Exception("an INTEGER in more octets than it needs (X.690 8.3.2)");
+    return value;
 }
 
 // Segments may be made of segments themselves (X.690 8.7.3.2); their end is told to nobody.

@@ -10,44 +10,13 @@
 // X.690 that is broken or the limit that is passed. Pure, any thread.
 #pragma once
 
-#include "binary/bytes.h"
+#include "asn1/base/values.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
-#include <stdexcept>
 #include <string>
 
 namespace asn1 {
-
-class Asn1Exception : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-// Identifier octets (X.690 8.1.2).
-namespace tag {
-
-inline constexpr std::uint8_t boolean = 0x01;
-inline constexpr std::uint8_t integer = 0x02;
-inline constexpr std::uint8_t bitString = 0x03;
-inline constexpr std::uint8_t octetString = 0x04;
-inline constexpr std::uint8_t oid = 0x06;
-inline constexpr std::uint8_t sequence = 0x30;
-inline constexpr std::uint8_t set = 0x31;
-
-// What tells a constructed value from a primitive one.
-inline constexpr std::uint8_t constructed = 0x20;
-
-// A constructed, context-specific tag, as EXPLICIT gives it.
-constexpr std::uint8_t context(unsigned number) {
-    return static_cast<std::uint8_t>(0xA0 | number);
-}
-
-}  // namespace tag
-
-using Corvane::Bytes;
-using View = std::span<const std::uint8_t>;
 
 enum class Rules : std::uint8_t {
     der,
@@ -58,8 +27,6 @@ enum class Rules : std::uint8_t {
 
 // How deep values may lie in one another, counted from the first reader.
 inline constexpr unsigned maxNesting = 64;
-// Octets of an identifier: no registered one comes near, and dotted text costs the square of it.
-inline constexpr std::size_t maxOidSize = 128;
 
 // The bits of a BIT STRING, numbered from the leftmost one.
 class BitString {
@@ -94,12 +61,16 @@ public:
     View read(std::uint8_t identifier);
     // A reader of the values inside the next one.
     BerReader enter(std::uint8_t identifier);
+    // The whole encoding of the next value, whatever it is: header and contents.
+    View readEncoded();
     // Passes over the next value, whatever it is.
     void skip();
     // Passes over the next value if it has this identifier octet.
     void skipOptional(std::uint8_t identifier);
 
     bool readBoolean();
+    // The contents: two's complement, most significant octet first.
+    View readInteger();
     // In dotted text; numbers of any size, within maxOidSize.
     std::string readOid();
     // `joined` is where the segments are put together when a string came in some; what is returned is a view
