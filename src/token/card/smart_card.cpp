@@ -16,7 +16,8 @@ constexpr wchar_t certifiedContext[] = L"Corvane::SmartCard::certified";
 constexpr DWORD longestAnswer = 258;
 
 // Keeps others off the card between a command and the one that builds on it. Libraries that stand in for the
-// system's, as remote desktops bring them, do not all know transactions; the commands go out all the same then.
+// system's, as remote desktops bring them, do not all know transactions; the commands go out all the same
+// then.
 class Transaction {
 public:
     explicit Transaction(SCARDHANDLE card) : card_(card) {
@@ -41,8 +42,7 @@ private:
 };
 
 LONG transmitTo(const Terminal& terminal, const Bytes& command, BYTE* answer, DWORD* size) noexcept {
-    const DWORD protocol =
-        terminal.protocol() == SCARD_PROTOCOL_T0 ? SCARD_PROTOCOL_T0 : SCARD_PROTOCOL_T1;
+    const DWORD protocol = terminal.protocol() == SCARD_PROTOCOL_T0 ? SCARD_PROTOCOL_T0 : SCARD_PROTOCOL_T1;
     const SCARD_IO_REQUEST control{protocol, sizeof control};
     return ::SCardTransmit(terminal.card(), &control, command.data(), static_cast<DWORD>(command.size()),
                            nullptr, answer, size);
@@ -70,7 +70,8 @@ Bytes SmartCard::transmit(const Apdu& apdu) const {
         status = exchange(terminal_, command, answer);
     }
     checkStatus(status, E_SMART_CARD, L"SCardTransmit");
-    writeLog(LogLevel::debug, transmitContext, L"[in] instruction: ", unsigned{apdu.ins}, L", answered: ", answer.size());
+    writeLog(LogLevel::debug, transmitContext, L"[in] instruction: ", unsigned{apdu.ins}, L", answered: ",
+             answer.size());
     return answer;
 }
 
@@ -99,7 +100,7 @@ Certified SmartCard::askJaCarta() const {
     return readJaCartaAnswer(getData({0x00, 0xCA, 0x00, 0x01, {}, 0x00}));
 }
 
-Certified SmartCard::certified(std::wstring_view readerName) const noexcept {
+Certified SmartCard::certified(std::wstring_view readerName) const {
     try {
         if (readerName.starts_with(L"Aktiv"))
             return askRutoken();

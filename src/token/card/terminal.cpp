@@ -15,14 +15,15 @@ void Terminal::open() {
 }
 
 void Terminal::connect(const std::wstring& readerName) {
-    checkStatus(::SCardConnectW(context_.get(), readerName.c_str(), SCARD_SHARE_SHARED,
-                                acceptedProtocols, card_.put(), &protocol_),
+    checkStatus(::SCardConnectW(context_.get(), readerName.c_str(), SCARD_SHARE_SHARED, acceptedProtocols,
+                                card_.put(), &protocol_),
                 E_SMART_CARD, L"SCardConnect");
 }
 
 void Terminal::reconnect() {
-    checkStatus(::SCardReconnect(card_.get(), SCARD_SHARE_SHARED, acceptedProtocols, SCARD_LEAVE_CARD, &protocol_),
-                E_SMART_CARD, L"SCardReconnect");
+    checkStatus(
+        ::SCardReconnect(card_.get(), SCARD_SHARE_SHARED, acceptedProtocols, SCARD_LEAVE_CARD, &protocol_),
+        E_SMART_CARD, L"SCardReconnect");
 }
 
 }  // namespace Corvane

@@ -8,7 +8,8 @@
 
 namespace cryptoki {
 
-// What a call of a module returned. The text is the call's name and the value's: "C_Login: CKR_PIN_INCORRECT".
+// What a call of a module returned. The text is the call's name and the value's: "C_Login:
+// CKR_PIN_INCORRECT".
 class CryptokiException : public std::runtime_error {
 public:
     // `call` must live as long as the process.

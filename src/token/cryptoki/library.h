@@ -1,5 +1,5 @@
-// A vendor's module in single steps, none of which throws, logs, takes a lock of ours or allocates our memory:
-// they are also done on a thread that is ended in the middle of one.
+// A vendor's module in single steps, none of which throws, logs, takes a lock of ours or allocates our
+// memory: they are also done on a thread that is ended in the middle of one.
 #pragma once
 
 #include "core/handle.h"

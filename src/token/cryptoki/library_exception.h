@@ -8,7 +8,8 @@
 
 namespace cryptoki {
 
-// The text is "[0x7e]LoadLibrary " and the system's message for the number; it has no number of ours before it.
+// The text is "[0x7e]LoadLibrary " and the system's message for the number; it has no number of ours before
+// it.
 class LibraryException : public Corvane::Exception {
 public:
     // `call`: "LoadLibrary" or "GetProcAddress"; `details`, where there are any, follow in parentheses.

@@ -74,7 +74,8 @@ std::wstring findModuleFile(const std::wstring& name) {
     if (std::wstring path = findIn(system, name); !path.empty())
         return path;
     return findInList(
-        textOf([](wchar_t* text, DWORD size) { return ::GetEnvironmentVariableW(L"PATH", text, size); }), name);
+        textOf([](wchar_t* text, DWORD size) { return ::GetEnvironmentVariableW(L"PATH", text, size); }),
+        name);
 }
 
 }  // namespace cryptoki

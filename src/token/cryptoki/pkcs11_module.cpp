@@ -44,9 +44,7 @@ const CK_FUNCTION_LIST& Pkcs11Module::functions() const {
 
 std::vector<CK_SLOT_ID> Pkcs11Module::getSlotList() const {
     return Corvane::twoPass<CryptokiCalls, CK_SLOT_ID, CK_ULONG>(
-        [this](CK_SLOT_ID* list, CK_ULONG* count) {
-            return functions().C_GetSlotList(CK_TRUE, list, count);
-        },
+        [this](CK_SLOT_ID* list, CK_ULONG* count) { return functions().C_GetSlotList(CK_TRUE, list, count); },
         "C_GetSlotList");
 }
 

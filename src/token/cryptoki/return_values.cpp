@@ -10,7 +10,8 @@ namespace {
 
 constexpr ReturnValue table[] = {
     {CKR_CANCEL, "CKR_CANCEL", "The operation was cancelled"},
-    {CKR_HOST_MEMORY, "CKR_HOST_MEMORY", "The computer that is running the library does not have enough memory to perform the function"},
+    {CKR_HOST_MEMORY, "CKR_HOST_MEMORY",
+     "The computer that is running the library does not have enough memory to perform the function"},
     {CKR_SLOT_ID_INVALID, "CKR_SLOT_ID_INVALID", "Invalid slot ID"},
     {CKR_GENERAL_ERROR, "CKR_GENERAL_ERROR", "General error when working with library"},
     {CKR_FUNCTION_FAILED, "CKR_FUNCTION_FAILED", "The function was interrupted or it can't be done"},

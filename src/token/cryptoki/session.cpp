@@ -49,7 +49,8 @@ std::vector<CK_OBJECT_HANDLE> Session::findObjects(AttributeTemplate wanted) con
     std::array<CK_OBJECT_HANDLE, 32> found{};
     CK_ULONG count = 0;
     do {
-        checkCryptoki(functions().C_FindObjects(handle(), found.data(), sizeOf(found), &count), "C_FindObjects");
+        checkCryptoki(functions().C_FindObjects(handle(), found.data(), sizeOf(found), &count),
+                      "C_FindObjects");
         objects.insert(objects.end(), found.begin(), found.begin() + std::min(count, sizeOf(found)));
     } while (count != 0);
     return objects;
@@ -73,10 +74,10 @@ KeyPair Session::generateKeyPair(CK_MECHANISM_TYPE mechanism, AttributeTemplate 
     auto ofPublic = publicKey.attributes();
     auto ofPrivate = privateKey.attributes();
     KeyPair pair;
-    checkCryptoki(functions().C_GenerateKeyPair(handle(), &means, ofPublic.data(), sizeOf(ofPublic),
-                                                ofPrivate.data(), sizeOf(ofPrivate), &pair.publicKey,
-                                                &pair.privateKey),
-                  "C_GenerateKeyPair");
+    checkCryptoki(
+        functions().C_GenerateKeyPair(handle(), &means, ofPublic.data(), sizeOf(ofPublic), ofPrivate.data(),
+                                      sizeOf(ofPrivate), &pair.publicKey, &pair.privateKey),
+        "C_GenerateKeyPair");
     return pair;
 }
 
@@ -86,7 +87,8 @@ void Session::digest(CK_MECHANISM_TYPE mechanism, std::span<const std::uint8_t> 
     CK_MECHANISM means{mechanism, nullptr, 0};
     checkCryptoki(functions().C_DigestInit(handle(), &means), "C_DigestInit");
     CK_ULONG size = sizeOf(digest);
-    checkCryptoki(functions().C_Digest(handle(), writable(data), sizeOf(data), digest.data(), &size), "C_Digest");
+    checkCryptoki(functions().C_Digest(handle(), writable(data), sizeOf(data), digest.data(), &size),
+                  "C_Digest");
     checkCryptoki(size == digest.size() ? CKR_OK : CKR_DATA_LEN_RANGE, "C_Digest");
 }
 

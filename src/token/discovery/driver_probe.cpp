@@ -21,18 +21,29 @@ struct ReleaseRecord {
 };
 using Record = std::unique_ptr<ProbeRecord, ReleaseRecord>;
 
-// The code that a thread may come back to, or be in the middle of, stays in memory.
-void keepOwnCode() noexcept {
-    HMODULE module = nullptr;
-    ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                         reinterpret_cast<const wchar_t*>(&runProbe), &module);
-}
+// Keeps the code that the thread runs in memory. Taken beforehand: later it might wait for the loader.
+class OwnCode {
+public:
+    OwnCode() noexcept {
+        ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                             reinterpret_cast<const wchar_t*>(&runProbe), &module_);
+    }
+    ~OwnCode() {
+        if (module_)
+            ::FreeLibrary(module_);
+    }
+    OwnCode(const OwnCode&) = delete;
+    OwnCode& operator=(const OwnCode&) = delete;
+
+    void keep() noexcept { module_ = nullptr; }
+
+private:
+    HMODULE module_ = nullptr;
+};
 
 // Ends a thread that did not end in time, unless that would keep the loader's lock for ever. Until it is told
 // to go on nothing is allocated here: it may stand inside the heap.
 void giveUp(HANDLE thread, ProbeRecord& record) noexcept {
-    record.isGivenUp = true;
-    keepOwnCode();
     ::SuspendThread(thread);
     CONTEXT registers{};
     registers.ContextFlags = CONTEXT_CONTROL;
@@ -42,6 +53,7 @@ void giveUp(HANDLE thread, ProbeRecord& record) noexcept {
         ::WaitForSingleObject(thread, INFINITE);
         record.release();
     } else {
+        record.giveUp();
         ::ResumeThread(thread);
     }
 }
@@ -87,6 +99,7 @@ std::vector<Token> readTokens(const ProbeRecord& record) {
 
 std::vector<Token> probeFile(const std::wstring& path, DWORD milliseconds) {
     cryptoki::ModuleUse use(path, milliseconds);
+    OwnCode code;
     const Record record(ProbeRecord::make(path));
     ThreadHandle thread;
     startProbe(thread, *record);
@@ -94,6 +107,7 @@ std::vector<Token> probeFile(const std::wstring& path, DWORD milliseconds) {
     if (!isInTime(thread.get(), milliseconds)) {
         giveUp(thread.get(), *record);
         use.lose();
+        code.keep();
         logSteps(record->phase);
         writeLog(LogLevel::error, context, L"the driver does not answer and is given up: ", path);
         return {};
@@ -109,6 +123,11 @@ std::vector<Token> probeFile(const std::wstring& path, DWORD milliseconds) {
 }  // namespace
 
 std::vector<Token> probeDriver(const std::wstring& name, DWORD milliseconds) {
+    if (isLoaderStuck()) {
+        writeLog(LogLevel::error, context,
+                 L"token driver was not found: another one has not come out of the loader");
+        return {};
+    }
     const std::wstring path = cryptoki::findModuleFile(name);
     if (path.empty()) {
         writeLog(LogLevel::info, context, L"token driver was not found");

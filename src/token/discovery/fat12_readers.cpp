@@ -10,8 +10,7 @@ namespace Corvane::detail {
 namespace {
 
 constexpr wchar_t context[] = L"Corvane::detail::getActiveFat12Readers";
-constexpr wchar_t devicesKey[] =
-    L"SOFTWARE\\Crypto Pro\\Cryptography\\CurrentVersion\\KeyDevices\\FAT12";
+constexpr wchar_t devicesKey[] = L"SOFTWARE\\Crypto Pro\\Cryptography\\CurrentVersion\\KeyDevices\\FAT12";
 
 struct Disk {
     std::wstring label;
@@ -28,9 +27,9 @@ std::optional<Disk> readDisk(const std::wstring& root) {
     DWORD number = 0;
     ULARGE_INTEGER total{};
     ULARGE_INTEGER free{};
-    const bool isReady = ::GetVolumeInformationW(root.c_str(), label, MAX_PATH, &number, nullptr, nullptr,
-                                                 nullptr, 0) &&
-                         ::GetDiskFreeSpaceExW(root.c_str(), nullptr, &total, &free);
+    const bool isReady =
+        ::GetVolumeInformationW(root.c_str(), label, MAX_PATH, &number, nullptr, nullptr, nullptr, 0) &&
+        ::GetDiskFreeSpaceExW(root.c_str(), nullptr, &total, &free);
     ::SetThreadErrorMode(mode, nullptr);
     if (!isReady)
         return std::nullopt;

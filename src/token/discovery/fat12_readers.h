@@ -9,8 +9,8 @@
 
 namespace Corvane::detail {
 
-// Those with a medium in them, where the CSP is set up for them: the disk as a token whose slot is "FAT12_E", and
-// as a carrier.
+// Those with a medium in them, where the CSP is set up for them: the disk as a token whose slot is "FAT12_E",
+// and as a carrier.
 std::vector<std::pair<Token, KeyCarrier>> getActiveFat12Readers();
 
 }  // namespace Corvane::detail

@@ -9,8 +9,7 @@
 namespace Corvane {
 namespace {
 
-constexpr wchar_t carriersKey[] =
-    L"SOFTWARE\\Crypto Pro\\Cryptography\\CurrentVersion\\KeyCarriers\\";
+constexpr wchar_t carriersKey[] = L"SOFTWARE\\Crypto Pro\\Cryptography\\CurrentVersion\\KeyCarriers\\";
 
 // Which token has its settings where. The first that fits counts, so the particular stand before the general.
 struct Kind {
@@ -60,9 +59,9 @@ std::optional<KeyCarrier> findKeyCarrier(const Token& token) {
     const std::wstring key = std::wstring(carriersKey) + kind->type;
     if (!machineKeyExists(key))
         return std::nullopt;
-    return KeyCarrier{kind->type,         readValue(key, L"Name").value_or(kind->type),
-                      token.slot,         token.serialNumber,
-                      kind->gost,         getMaxContainerCount(key)};
+    return KeyCarrier{kind->type, readValue(key, L"Name").value_or(kind->type),
+                      token.slot, token.serialNumber,
+                      kind->gost, getMaxContainerCount(key)};
 }
 
 }  // namespace Corvane

@@ -8,6 +8,8 @@ namespace {
 
 using cryptoki::StepResult;
 
+std::atomic<long> stuck;
+
 StepResult resultOf(CK_RV value, const char* call) noexcept {
     return value == CKR_OK ? StepResult{} : StepResult{call, value};
 }
@@ -39,7 +41,7 @@ StepResult list(const CK_FUNCTION_LIST& functions, ProbeRecord& record) noexcept
 StepResult ask(cryptoki::Library& library, ProbeRecord& record) noexcept {
     record.phase = ProbePhase::loading;
     StepResult result = library.load(record.path);
-    if (result.failed() || record.isGivenUp)
+    if (result.failed() || record.isGivenUp())
         return result;
     record.phase = ProbePhase::initializing;
     result = library.initialize();
@@ -53,10 +55,9 @@ StepResult ask(cryptoki::Library& library, ProbeRecord& record) noexcept {
 }  // namespace
 
 const wchar_t* nameOf(ProbePhase phase) noexcept {
-    static constexpr const wchar_t* names[] = {L"start new thread",       L"load pkcs11 module",
-                                               L"initialize",             L"get active token slots",
-                                               L"get token information",  L"finalize",
-                                               L"unload pkcs11 module"};
+    static constexpr const wchar_t* names[] = {
+        L"start new thread",      L"load pkcs11 module", L"initialize",          L"get active token slots",
+        L"get token information", L"finalize",           L"unload pkcs11 module"};
     return names[static_cast<std::size_t>(phase)];
 }
 
@@ -64,10 +65,15 @@ bool mayEnd(ProbePhase phase) noexcept {
     return phase > ProbePhase::loading && phase < ProbePhase::unloading;
 }
 
+bool isLoaderStuck() noexcept {
+    return stuck != 0;
+}
+
 ProbeRecord* ProbeRecord::make(const std::wstring& path) {
     if (path.size() >= pathSize)
         throw std::bad_alloc();
-    void* const memory = ::VirtualAlloc(nullptr, sizeof(ProbeRecord), MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+    void* const memory =
+        ::VirtualAlloc(nullptr, sizeof(ProbeRecord), MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
     if (!memory)
         throw std::bad_alloc();
     auto* const record = new (memory) ProbeRecord{};
@@ -81,6 +87,11 @@ void ProbeRecord::release() noexcept {
         ::VirtualFree(this, 0, MEM_RELEASE);
 }
 
+void ProbeRecord::giveUp() noexcept {
+    if (state.exchange(State::givenUp) == State::running)
+        ++stuck;
+}
+
 DWORD WINAPI runProbe(void* data) noexcept {
     auto& record = *static_cast<ProbeRecord*>(data);
     {
@@ -88,6 +99,8 @@ DWORD WINAPI runProbe(void* data) noexcept {
         record.result = ask(library, record);
         record.phase = ProbePhase::unloading;
     }
+    if (record.state.exchange(ProbeRecord::State::ended) == ProbeRecord::State::givenUp)
+        --stuck;
     record.release();
     return 0;
 }

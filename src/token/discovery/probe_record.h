@@ -1,6 +1,6 @@
 // What a driver is asked for on a thread that may have to be given up: the question and the answer in one
-// piece of memory, which whoever of the two ends last gives back to the system. Nothing of it is allocated in a
-// heap, whose lock a thread that is ended could take with it.
+// piece of memory, which whoever of the two ends last gives back to the system. Nothing of it is allocated in
+// a heap, whose lock a thread that is ended could take with it.
 #pragma once
 
 #include "token/cryptoki/cryptoki.h"
@@ -27,6 +27,10 @@ const wchar_t* nameOf(ProbePhase phase) noexcept;
 // Whether a thread that is ended there takes no lock of the loader with it.
 bool mayEnd(ProbePhase phase) noexcept;
 
+// Whether a thread that was given up is still inside the loader. Until it comes out of there, whoever loads
+// a library or looks for one waits for it.
+bool isLoaderStuck() noexcept;
+
 struct ProbedToken {
     cryptoki::StepResult result;
     CK_SLOT_INFO slot;
@@ -41,11 +45,17 @@ struct ProbeRecord {
     static ProbeRecord* make(const std::wstring& path);
     // By each of the owners, at its end.
     void release() noexcept;
+    // Tells the thread, which is left alone, that nobody waits for it any more; from here on isLoaderStuck()
+    // counts it.
+    void giveUp() noexcept;
+    bool isGivenUp() const noexcept { return state == State::givenUp; }
+
+    enum class State : long { running, givenUp, ended };
 
     wchar_t path[pathSize];
     std::atomic<long> owners;
     std::atomic<ProbePhase> phase;
-    std::atomic<bool> isGivenUp;
+    std::atomic<State> state;
     // Written by the thread, read when it has ended.
     cryptoki::StepResult result;
     CK_ULONG count;

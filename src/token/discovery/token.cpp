@@ -15,9 +15,9 @@ std::optional<std::uint64_t> memory(CK_ULONG bytes) {
 
 Token makeToken(const CK_SLOT_INFO& slot, const CK_TOKEN_INFO& token) {
     using cryptoki::fieldText;
-    return {fieldText(slot.slotDescription),    fieldText(token.manufacturerID),
-            fieldText(token.model),             fieldText(token.serialNumber),
-            memory(token.ulTotalPublicMemory), memory(token.ulFreePublicMemory)};
+    return {
+        fieldText(slot.slotDescription), fieldText(token.manufacturerID),   fieldText(token.model),
+        fieldText(token.serialNumber),   memory(token.ulTotalPublicMemory), memory(token.ulFreePublicMemory)};
 }
 
 }  // namespace Corvane

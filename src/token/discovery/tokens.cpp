@@ -13,9 +13,9 @@ namespace {
 constexpr wchar_t context[] = L"Corvane::detail::getTokens";
 
 void logToken(const Token& token) {
-    writeLog(LogLevel::debug, context, L"slot: ", token.slot, L", manufacturer: ", token.manufacturer, L", model: ",
-             token.model, L", serialNumber: ", token.serialNumber, L", totalMemory: ", token.totalMemory.value_or(0),
-             L", freeMemory: ", token.freeMemory.value_or(0));
+    writeLog(LogLevel::debug, context, L"slot: ", token.slot, L", manufacturer: ", token.manufacturer,
+             L", model: ", token.model, L", serialNumber: ", token.serialNumber, L", totalMemory: ",
+             token.totalMemory.value_or(0), L", freeMemory: ", token.freeMemory.value_or(0));
 }
 
 // A reader's name may be the beginning of another's: "... 1" and "... 10".
@@ -43,7 +43,8 @@ std::vector<Token> getTokens() {
         std::vector<Token> found = probeDriver(driver);
         for (const Token& token : found)
             logToken(token);
-        tokens.insert(tokens.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
+        tokens.insert(tokens.end(), std::make_move_iterator(found.begin()),
+                      std::make_move_iterator(found.end()));
     }
     return tokens;
 }

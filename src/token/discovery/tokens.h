@@ -8,8 +8,8 @@
 
 namespace Corvane::detail {
 
-// Asks one driver after the other, each for 15 seconds at most. A token that two of them see is there twice. Any
-// thread.
+// Asks one driver after the other, each for 15 seconds at most. A token that two of them see is there twice.
+// Any thread.
 std::vector<Token> getTokens();
 
 // The token on which a key container lies, by the container's path ("\\.\reader\..."); null where it lies on

@@ -1,15 +1,14 @@
 #include "token/discovery/tokens_info.h"
 
-#include "core/exception_text.h"
+#include "core/exception.h"
 #include "core/json.h"
 #include "core/log.h"
 #include "core/utf8.h"
 #include "token/card/smart_card.h"
 #include "token/discovery/fat12_readers.h"
 #include "token/discovery/key_carrier.h"
+#include "token/discovery/probe_record.h"
 #include "token/discovery/tokens.h"
-
-#include <exception>
 
 namespace Corvane::Crypto {
 namespace {
@@ -22,6 +21,8 @@ Json::Value memoryValue(const std::optional<std::uint64_t>& bytes) {
 
 // A reader that cannot be reached has an unknown answer, too.
 Certified askCard(const std::wstring& reader) {
+    if (detail::isLoaderStuck())  // the service's library may not be loaded yet
+        return Certified::unknown;
     try {
         Terminal terminal;
         writeLog(LogLevel::debug, context, L"open terminal");

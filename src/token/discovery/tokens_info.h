@@ -9,8 +9,8 @@
 
 namespace Corvane::Crypto {
 
-// Members "slot", "manufacturer", "model", "serialNumber", "totalMemory", "freeMemory" (bytes, or null where the
-// token does not tell) and, where its card answers the question, "certified". Asks the card.
+// Members "slot", "manufacturer", "model", "serialNumber", "totalMemory", "freeMemory" (bytes, or null where
+// the token does not tell) and, where its card answers the question, "certified". Asks the card.
 Json::Value describeToken(const Token& token);
 
 // The JSON text of a list of all tokens, and of the removable disks that the CSP keeps keys on. Where the CSP

@@ -1,5 +1,5 @@
-// The request for a certificate (PKCS #10, RFC 2986) of a GOST R 34.10-2001 key (RFC 4491), for keys that only
-// their token can sign with. Pure, any thread.
+// The request for a certificate (PKCS #10, RFC 2986) of a GOST R 34.10-2001 key (RFC 4491), for keys that
+// only their token can sign with. Pure, any thread.
 #pragma once
 
 #include "asn1/base/values.h"

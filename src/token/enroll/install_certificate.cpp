@@ -4,6 +4,7 @@
 #include "core/errors.h"
 #include "core/exception.h"
 #include "core/log.h"
+#include "core/utf8.h"
 #include "token/cryptoki/container_path.h"
 #include "token/cryptoki/cryptoki_exception.h"
 #include "token/cryptoki/driver_path.h"
