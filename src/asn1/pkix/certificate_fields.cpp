@@ -5,10 +5,10 @@
 namespace asn1 {
 namespace {
 
-View readEncoded(BerReader& reader, std::uint8_t identifier) {
+View readWhole(BerReader& reader, std::uint8_t identifier) {
     if (!reader.isNext(identifier))
         throw Asn1Exception("a value of another type was expected");
-    return reader.readEncoded();
+    return reader.readWhole();
 }
 
 }  // namespace
@@ -17,12 +17,12 @@ CertificateFields readCertificateFields(View certificate) {
     BerReader body = BerReader(certificate, Rules::ber).enter(tag::sequence).enter(tag::sequence);
     body.skipOptional(tag::context(0));  // version
     CertificateFields fields;
-    fields.serialNumber = readEncoded(body, tag::integer);
+    fields.serialNumber = readWhole(body, tag::integer);
     body.read(tag::sequence);  // signature
-    fields.issuer = readEncoded(body, tag::sequence);
+    fields.issuer = readWhole(body, tag::sequence);
     body.read(tag::sequence);  // validity
-    fields.subject = readEncoded(body, tag::sequence);
-    fields.publicKeyInfo = readEncoded(body, tag::sequence);
+    fields.subject = readWhole(body, tag::sequence);
+    fields.publicKeyInfo = readWhole(body, tag::sequence);
     return fields;
 }
 

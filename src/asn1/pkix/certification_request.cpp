@@ -10,12 +10,12 @@ CertificationRequestInfo readInfo(BerReader fields) {
     if (version.size() != 1 || version.front() != 0)
         throw Asn1Exception("a request of an unknown version (RFC 2986 4.1)");
     CertificationRequestInfo info;
-    const View subject = fields.readEncoded();
+    const View subject = fields.readWhole();
     decodeName(subject);
     info.subject.assign(subject.begin(), subject.end());
-    info.publicKey = decodePublicKeyInfo(fields.readEncoded());
+    info.publicKey = decodePublicKeyInfo(fields.readWhole());
     for (BerReader list = fields.enter(tag::context(0)); !list.atEnd();)
-        info.attributes.push_back(decodeAttribute(list.readEncoded()));
+        info.attributes.push_back(decodeAttribute(list.readWhole()));
     fields.expectEnd();
     return info;
 }

@@ -13,7 +13,7 @@ NameAttribute decodeNameAttribute(View der) {
     BerReader fields = BerReader(der).enter(tag::sequence);
     NameAttribute attribute;
     attribute.oid = fields.readOid();
-    const View value = fields.readEncoded();
+    const View value = fields.readWhole();
     attribute.value.assign(value.begin(), value.end());
     fields.expectEnd();
     return attribute;

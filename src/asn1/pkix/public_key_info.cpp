@@ -7,7 +7,7 @@ AlgorithmIdentifier readAlgorithm(BerReader& reader) {
     AlgorithmIdentifier algorithm;
     algorithm.oid = fields.readOid();
     if (!fields.atEnd()) {
-        const View parameters = fields.readEncoded();
+        const View parameters = fields.readWhole();
         algorithm.parameters.assign(parameters.begin(), parameters.end());
     }
     fields.expectEnd();

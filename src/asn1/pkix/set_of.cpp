@@ -7,7 +7,7 @@ namespace asn1 {
 std::vector<Bytes> readSetOf(BerReader& reader) {
     std::vector<Bytes> values;
     for (BerReader set = reader.enter(tag::set); !set.atEnd();) {
-        const View value = set.readEncoded();
+        const View value = set.readWhole();
         values.emplace_back(value.begin(), value.end());
     }
     if (!std::ranges::is_sorted(values))
