@@ -29,6 +29,12 @@ public:
         ASSERT_EQ(::RegSetValueExW(key.get(), name.c_str(), 0, REG_SZ, nullptr, 0), ERROR_SUCCESS);
     }
 
+    static void addText(HKEY hive, const wchar_t* path, const wchar_t* name, const std::wstring& text) {
+        ASSERT_EQ(::RegSetKeyValueW(hive, path, name, REG_SZ, text.c_str(),
+                                    static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))),
+                  ERROR_SUCCESS);
+    }
+
 private:
     static std::wstring root() { return L"Software\\CorvaneTest" + std::to_wstring(::GetCurrentProcessId()); }
 

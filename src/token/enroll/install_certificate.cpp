@@ -1,0 +1,56 @@
+#include "token/enroll/install_certificate.h"
+
+#include "asn1/pkix/certificate_fields.h"
+#include "core/errors.h"
+#include "core/exception.h"
+#include "core/log.h"
+#include "core/utf8.h"
+#include "token/cryptoki/container_path.h"
+#include "token/cryptoki/cryptoki_exception.h"
+#include "token/cryptoki/driver_path.h"
+#include "token/cryptoki/session.h"
+
+namespace Corvane {
+namespace {
+
+constexpr wchar_t context[] = L"Corvane::CryptoApiProvider::installCertificateResponseGOST";
+
+// What is searched for by others stands beside the value (PKCS#11 2.20, 10.6.2).
+cryptoki::AttributeTemplate makeTemplate(const Bytes& certificate, const std::wstring& identifier) {
+    const asn1::CertificateFields fields = asn1::readCertificateFields(certificate);
+    const std::string id = toUtf8(identifier);
+    return cryptoki::AttributeTemplate()
+        .number(CKA_CLASS, CKO_CERTIFICATE)
+        .boolean(CKA_TOKEN, true)
+        .boolean(CKA_PRIVATE, false)
+        .number(CKA_CERTIFICATE_TYPE, CKC_X_509)
+        .bytes(CKA_ID, Bytes(id.begin(), id.end()))
+        .bytes(CKA_VALUE, certificate)
+        .bytes(CKA_SUBJECT, fields.subject)
+        .bytes(CKA_ISSUER, fields.issuer)
+        .bytes(CKA_SERIAL_NUMBER, fields.serialNumber);
+}
+
+}  // namespace
+
+void installCertificateResponseGOST(const std::wstring& containerPath, SecretNarrowText pin,
+                                    const std::function<Bytes()>& readCertificate) {
+    writeLog(LogLevel::debug, context, L"path: ", containerPath);
+    const cryptoki::ContainerPath path = cryptoki::parseContainerPath(containerPath);
+    const std::wstring driver = cryptoki::driverPathFor(path.reader);
+    writeLog(LogLevel::debug, context, L"driver path: ", driver);
+    const auto module = cryptoki::Pkcs11Module::load(driver);
+    cryptoki::Session session(module, module.findSlot(path.reader), CKF_SERIAL_SESSION | CKF_RW_SESSION);
+    session.login(pin);
+
+    const Bytes certificate = readCertificate();
+    writeLog(LogLevel::debug, context, L"response: ", certificate.size());
+    const cryptoki::AttributeTemplate object = makeTemplate(certificate, path.identifier);
+    try {
+        session.createObject(object);
+    } catch (const cryptoki::CryptokiException&) {
+        throw Exception(E_TOKEN_BIND_CERTIFICATE);
+    }
+}
+
+}  // namespace Corvane

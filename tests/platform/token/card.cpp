@@ -1,0 +1,123 @@
+// The smart-card service with readers from a table: a section of the settings for each reader's name, with
+// "protocol" (0 or 1) and an answer for each command, both in hexadecimal (others are answered 6D00). In the
+// section "service": fail (settings.h), length=no (the question for the length of an answer fails, as
+// pcsc-lite has it). Each call goes into the log with what it returned.
+#include "settings.h"
+
+#include <winscard.h>
+
+#include <cstdio>
+
+namespace {
+
+using namespace Corvane::Platform;
+
+constexpr SCARDCONTEXT theContext = 0x11;
+constexpr SCARDHANDLE theCard = 0x22;
+std::wstring reader;
+
+template <class Body>
+LONG call(const char* name, const std::string& what, Body body) {
+    auto status = static_cast<LONG>(plannedFailure(L"service", name));
+    if (status == SCARD_S_SUCCESS)
+        status = body();
+    char result[20];
+    std::snprintf(result, sizeof result, " 0x%lx", static_cast<unsigned long>(status));
+    log(name + what + result);
+    return status;
+}
+
+std::string hex(const BYTE* bytes, DWORD size) {
+    std::string text;
+    for (DWORD i = 0; i < size; ++i) {
+        text += "0123456789ABCDEF"[bytes[i] >> 4];
+        text += "0123456789ABCDEF"[bytes[i] & 15];
+    }
+    return text;
+}
+
+LONG give(const std::wstring& digits, BYTE* out, DWORD* size) {
+    const DWORD room = *size;
+    *size = static_cast<DWORD>(digits.size() / 2);
+    if (!out)
+        return setting(L"service", L"length") == L"no" ? SCARD_E_INVALID_PARAMETER : SCARD_S_SUCCESS;
+    if (room < *size)
+        return SCARD_E_INSUFFICIENT_BUFFER;
+    for (DWORD i = 0; i < *size; ++i)
+        out[i] = static_cast<BYTE>(std::stoul(digits.substr(std::size_t{2} * i, 2), nullptr, 16));
+    return SCARD_S_SUCCESS;
+}
+
+DWORD protocolOf(const std::wstring& name) {
+    return setting(name.c_str(), L"protocol", L"1") == L"0" ? SCARD_PROTOCOL_T0 : SCARD_PROTOCOL_T1;
+}
+
+}  // namespace
+
+LONG WINAPI SCardEstablishContext(DWORD scope, LPCVOID, LPCVOID, LPSCARDCONTEXT context) {
+    return call("SCardEstablishContext", " " + std::to_string(scope), [&] {
+        *context = theContext;
+        return SCARD_S_SUCCESS;
+    });
+}
+
+LONG WINAPI SCardReleaseContext(SCARDCONTEXT context) {
+    return call("SCardReleaseContext", "",
+                [&] { return context == theContext ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
+}
+
+LONG WINAPI SCardConnectW(SCARDCONTEXT context, LPCWSTR name, DWORD mode, DWORD protocols, LPSCARDHANDLE card,
+                          LPDWORD protocol) {
+    const std::string what =
+        " " + narrow(name) + " " + std::to_string(mode) + " " + std::to_string(protocols);
+    return call("SCardConnect", what, [&]() -> LONG {
+        if (context != theContext)
+            return SCARD_E_INVALID_HANDLE;
+        for (const std::wstring& each : sections()) {
+            if (each == name && each != L"service") {
+                reader = each;
+                *card = theCard;
+                *protocol = protocolOf(each);
+                return SCARD_S_SUCCESS;
+            }
+        }
+        return SCARD_E_UNKNOWN_READER;
+    });
+}
+
+LONG WINAPI SCardReconnect(SCARDHANDLE card, DWORD, DWORD, DWORD, LPDWORD protocol) {
+    return call("SCardReconnect", "", [&]() -> LONG {
+        *protocol = protocolOf(reader);
+        return card == theCard ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE;
+    });
+}
+
+LONG WINAPI SCardDisconnect(SCARDHANDLE card, DWORD disposition) {
+    return call("SCardDisconnect", " " + std::to_string(disposition),
+                [&] { return card == theCard ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
+}
+
+LONG WINAPI SCardBeginTransaction(SCARDHANDLE card) {
+    return call("SCardBeginTransaction", "",
+                [&] { return card == theCard ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
+}
+
+LONG WINAPI SCardEndTransaction(SCARDHANDLE card, DWORD) {
+    return call("SCardEndTransaction", "",
+                [&] { return card == theCard ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
+}
+
+LONG WINAPI SCardTransmit(SCARDHANDLE card, LPCSCARD_IO_REQUEST control, LPCBYTE command, DWORD size,
+                          LPSCARD_IO_REQUEST back, LPBYTE out, LPDWORD outSize) {
+    const std::string digits = hex(command, size);
+    const std::string what =
+        " T" + std::to_string(control->dwProtocol - 1) + " " + digits + (out ? "" : " length");
+    return call("SCardTransmit", what, [&]() -> LONG {
+        if (card != theCard)
+            return SCARD_E_INVALID_HANDLE;
+        if (control->dwProtocol != protocolOf(reader) || control->cbPciLength != sizeof *control || back)
+            return SCARD_E_PROTO_MISMATCH;
+        const std::wstring key(digits.begin(), digits.end());
+        return give(setting(reader.c_str(), key.c_str(), L"6D00"), out, outSize);
+    });
+}
