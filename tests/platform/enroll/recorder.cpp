@@ -92,7 +92,7 @@ private:
             V_DISPATCH(&result) = new Object(L"key", IID_IDispatch, recorder_);
         } else {
             V_VT(&result) = VT_BSTR;
-            V_BSTR(&result) = ::SysAllocString((name_ + L" in Base64").c_str());
+            V_BSTR(&result) = ::SysAllocString(recorder_.answer().c_str());
         }
     }
 

@@ -49,6 +49,18 @@ fails(function () { provider.CopyKeyContainer(certificate, container + " copy");
 var kept = service.InstallCertificateResponse(answer("plain.cer").ToBase64(), "My");
 fails(function () { provider.CopyKeyContainer(kept, container + " none"); }, "[322] Ошибка при экспортировании ключа");
 fails(function () { provider.InstallCertificateResponseEx(digits, container + " none", "My"); }, "[301] ");
+
+// The objects that Windows has for it answer with what they were asked (tests/platform/enroll).
+function steps(isPkcs7) {
+    return service.GenerateCertificateRenewalRequest(isPkcs7, certificate).split("\n").slice(0, -1).map(function (line) {
+        return line.replace(/\(.*/, "").replace(/=.*/, "");
+    }).join();
+}
+var common = "new pkcs10,pkcs10.InitializeFromCertificate,pkcs10.PrivateKey,key.ProviderName,key.KeySpec,";
+equal(steps(false), common + "pkcs10.Encode,pkcs10.RawData");
+equal(steps(true), common + "new pkcs7,pkcs7.InitializeFromInnerRequest,new signer,signer.Initialize,pkcs7.SignerCertificate," +
+    "pkcs7.Encode,pkcs7.RawData");
+
 kept.Uninstall();
 copied.Uninstall();
 certificate.Uninstall();
