@@ -90,7 +90,7 @@ private:
         if (member == L"PrivateKey") {
             V_VT(&result) = VT_DISPATCH;
             V_DISPATCH(&result) = new Object(L"key", IID_IDispatch, recorder_);
-        } else {
+        } else if (member == L"RawData" || member == L"createRequest") {
             V_VT(&result) = VT_BSTR;
             V_BSTR(&result) = ::SysAllocString(recorder_.answer().c_str());
         }

@@ -28,7 +28,7 @@ equal(opened.GetCertificates().count, 0);
 opened.Close();
 
 function signed(certificate) {
-    equal(JSON.parse(certificate.GetContainerInfo()).containerName.substr(-container.length), container);
+    equal(JSON.parse(certificate.GetContainerInfo()).containerName.slice(-container.length), container);
     var signature = service.Sign(document, certificate, false);
     equal(service.VerifySignature(document, signature).Item(0).CommonName, "Петров Пётр");
     return signature;
@@ -52,9 +52,8 @@ fails(function () { provider.InstallCertificateResponseEx(digits, container + " 
 
 // The objects that Windows has for it answer with what they were asked (tests/platform/enroll).
 function steps(isPkcs7) {
-    return service.GenerateCertificateRenewalRequest(isPkcs7, certificate).split("\n").slice(0, -1).map(function (line) {
-        return line.replace(/\(.*/, "").replace(/=.*/, "");
-    }).join();
+    var lines = service.GenerateCertificateRenewalRequest(isPkcs7, certificate).split("\n").slice(0, -1);
+    return lines.join().replace(/\([^)]*\)/g, "").replace(/=[^,]*/g, "");
 }
 var common = "new pkcs10,pkcs10.InitializeFromCertificate,pkcs10.PrivateKey,key.ProviderName,key.KeySpec,";
 equal(steps(false), common + "pkcs10.Encode,pkcs10.RawData");

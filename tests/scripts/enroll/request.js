@@ -15,7 +15,7 @@ var extensions = service.EncodeExtensions(JSON.stringify({
 var password = hex("3010" + "06092A864886F70D010907" + "31030C0161"); // challengePassword "a" (RFC 2985)
 
 var result = JSON.parse(service.CreateCertificationRequestExV2(container, 1, name, extensions, password, true, true));
-check(result.path.substr(-container.length - 1) === "\\" + container, result.path);
+check(result.path.slice(-container.length - 1) === "\\" + container, result.path);
 check(!("token" in result), "a container in the registry lies on no token");
 var request = bytes.BinaryObjectFromBase64(result.request);
 request.ToFile(folder + "request.der");
