@@ -12,6 +12,13 @@
 
 namespace Corvane::Test {
 
+// A function of a system's DLL that is loaded, by its name.
+template <class Function>
+Function* systemFunction(const wchar_t* library, const char* name) {
+    const auto address = ::GetProcAddress(::GetModuleHandleW(library), name);
+    return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(address));
+}
+
 // As long as it lives, calls of `function` by the module, this program's own where none is given, go to
 // `replacement`. The function is to be imported from a system's DLL: what its address is taken for is what
 // stands in the import table.
