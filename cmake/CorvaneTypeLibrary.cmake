@@ -1,7 +1,7 @@
 # corvane_add_type_library(<target> <idl file> [<imported idl file>...] [SHARED <interface>+<interface>...])
 # Compiles an IDL file with the toolchain's widl, for the bitness that is being built. <target> is a library that holds
-# the GUIDs and brings the include folder of <name>_h.h and of methods/<interface>.h, the declarations of an interface's
-# methods for the body of a class; its property TYPE_LIBRARY is the path of <name>.tlb. For each pair of SHARED interfaces
+# the GUIDs and brings the include folder of <name>_h.h, of methods/<interface>.h, the declarations of an interface's
+# methods for the body of a class, and of methods/members.h, tables of all members for late binding; its property TYPE_LIBRARY is the path of <name>.tlb. For each pair of SHARED interfaces
 # there are also methods/<one>+<other>.h, what both declare alike, and <one>-<other>.h, <other>-<one>.h with the rest.
 function(corvane_add_type_library target idl)
     cmake_parse_arguments(PARSE_ARGV 2 CORVANE "" "" SHARED)
@@ -45,6 +45,7 @@ function(corvane_add_type_library target idl)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${idl})
     file(STRINGS ${idl} interfaces REGEX "^interface I[A-Za-z0-9]+ :")
     list(TRANSFORM interfaces REPLACE "^interface (I[A-Za-z0-9]+) :.*$" "${folder}/methods/\\1.h")
+    list(APPEND interfaces ${folder}/methods/members.h)
     foreach(pair IN LISTS CORVANE_SHARED)
         string(REGEX MATCH "^(.*)[+](.*)$" pair ${pair})
         list(APPEND interfaces
