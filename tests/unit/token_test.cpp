@@ -289,15 +289,19 @@ const Bytes& certificate() {
     return der;
 }
 
+void install() {
+    installCertificateResponseGOST(L"response", L"\\\\.\\Aktiv Rutoken ECP 0\\key", pin(), [](std::wstring_view text) {
+        EXPECT_EQ(text, L"response");
+        return certificate();
+    });
+}
+
 TEST(TokenRequest, EveryCallMayFail) {
     const TokenFolder folder;
     folder.addDriver(driver, slot);
     EXPECT_EQ(failEachCall(
                   folder, [] { request(); }, deviceError),
               18u);
-    const auto install = [] {
-        installCertificateResponseGOST(L"\\\\.\\Aktiv Rutoken ECP 0\\key", pin(), certificate);
-    };
     EXPECT_EQ(failEachCall(folder, install,
                            [](const std::string& call) {
                                return call == "C_CreateObject"
@@ -337,7 +341,7 @@ TEST(TokenRequest, RefusesBeforeThereAreKeys) {
 TEST(TokenCertificate, LiesBesideItsKey) {
     const TokenFolder folder;
     folder.addDriver(driver, slot);
-    installCertificateResponseGOST(L"\\\\.\\Aktiv Rutoken ECP 0\\key", pin(), certificate);
+    install();
     const auto module = cryptoki::Pkcs11Module::load(L"rtPKCS11ECP.dll");
     const cryptoki::Session session(module, module.findSlot(slot), CKF_SERIAL_SESSION);
     const auto found = session.findObjects(cryptoki::AttributeTemplate().number(CKA_CLASS, CKO_CERTIFICATE));
