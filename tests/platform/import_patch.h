@@ -39,6 +39,12 @@ public:
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
 
+    // What calls went to before. (The address of the function would be read from the table again.)
+    template <class Function>
+    Function* original() const noexcept {
+        return reinterpret_cast<Function*>(original_);
+    }
+
 private:
     static void** find(void* address, HMODULE importer) {
         auto* const module = reinterpret_cast<BYTE*>(importer);

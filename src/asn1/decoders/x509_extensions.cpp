@@ -1,13 +1,14 @@
 #include "asn1/decoders/x509_extensions.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace asn1 {
 namespace {
 
 struct UsageBit {
     const char* name;
-    std::size_t bit;  // RFC 5280 4.2.1.3
+    unsigned bit;  // RFC 5280 4.2.1.3
 };
 
 constexpr UsageBit usageBits[] = {
@@ -69,6 +70,12 @@ std::vector<std::string> readKeyUsages(View value) {
             names.emplace_back(usage.name);
     }
     return names;
+}
+
+std::optional<unsigned> keyUsageBit(std::string_view name) noexcept {
+    const auto* found =
+        std::ranges::find_if(usageBits, [&](const UsageBit& usage) { return usage.name == name; });
+    return found == std::end(usageBits) ? std::nullopt : std::optional(found->bit);
 }
 
 std::vector<std::string> readExtendedKeyUsages(View value) {

@@ -34,7 +34,8 @@ cryptoki::AttributeTemplate makeTemplate(const Bytes& certificate, const std::ws
 }  // namespace
 
 void installCertificateResponseGOST(std::wstring_view response, const std::wstring& containerPath,
-                                    SecretNarrowText pin, const std::function<Bytes(std::wstring_view)>& decode) {
+                                    SecretNarrowText pin,
+                                    const std::function<Bytes(std::wstring_view)>& decode) {
     writeLog(LogLevel::debug, context, L"path: ", containerPath);
     writeLog(LogLevel::debug, context, L"response: ", response.size());
     const cryptoki::ContainerPath path = cryptoki::parseContainerPath(containerPath);

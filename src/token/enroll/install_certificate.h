@@ -18,6 +18,7 @@ namespace Corvane {
 // token does not take it, and what cryptoki::driverPathFor, cryptoki::Pkcs11Module and cryptoki::Session
 // throw; asn1::Asn1Exception where the bytes are no certificate. Nothing stays on the token then.
 void installCertificateResponseGOST(std::wstring_view response, const std::wstring& containerPath,
-                                    SecretNarrowText pin, const std::function<Bytes(std::wstring_view)>& decode);
+                                    SecretNarrowText pin,
+                                    const std::function<Bytes(std::wstring_view)>& decode);
 
 }  // namespace Corvane

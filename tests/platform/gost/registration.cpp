@@ -84,6 +84,7 @@ void registerAll() {
     registerIdentifier(CRYPT_ENCRYPT_ALG_OID_GROUP_ID, cipherOid, L"GOST 28147-89", cipherId);
     registerFunction(CMSG_OID_GEN_CONTENT_ENCRYPT_KEY_FUNC, cipherOid, path, "gostGenContentEncryptKey");
 
+    registerFunction(CRYPT_OID_ENCODE_OBJECT_FUNC, "#4", path, "gostEncodeRequest");
     registerIdentifier(CRYPT_ENCRYPT_ALG_OID_GROUP_ID, "2.16.840.1.101.3.4.1.2", L"aes128", CALG_AES_128);
     registerIdentifier(CRYPT_ENCRYPT_ALG_OID_GROUP_ID, "2.16.840.1.101.3.4.1.22", L"aes192", CALG_AES_192);
     registerIdentifier(CRYPT_ENCRYPT_ALG_OID_GROUP_ID, "2.16.840.1.101.3.4.1.42", L"aes256", CALG_AES_256);

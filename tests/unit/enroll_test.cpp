@@ -1,0 +1,345 @@
+// Requests with new keys, their answers, and copies of keys, through CryptoAPI.
+#include "api_faults.h"
+#include "asn1/pkix/certification_request.h"
+#include "binary/base64.h"
+#include "binary/hex.h"
+#include "core/json.h"
+#include "core/wide_text.h"
+#include "crypto/certificate/certificate_store.h"
+#include "crypto/enroll/copy_container.h"
+#include "crypto/enroll/create_request.h"
+#include "crypto/enroll/install_response.h"
+#include "crypto/enroll/key_container.h"
+#include "crypto/enroll/request_signature.h"
+#include "crypto/request/distinguished_name.h"
+#include "crypto/request/extensions_json.h"
+#include "support.h"
+
+#include <gtest/gtest.h>
+#include <json/value.h>
+
+using namespace Corvane;
+using namespace Corvane::Test;
+
+namespace {
+
+using Codes = std::vector<std::uint32_t>;
+
+// Wine's own function asks no provider for the key of a registered algorithm; the one with the identifier
+// does.
+WINBOOL WINAPI exportWithIdentifier(HCRYPTPROV_OR_NCRYPT_KEY_HANDLE provider, DWORD keySpec, DWORD encoding,
+                                    PCERT_PUBLIC_KEY_INFO info, DWORD* size) {
+    char gost[] = "1.2.643.2.2.19";
+    char rsa[] = szOID_RSA_RSA;
+    return ::CryptExportPublicKeyInfoEx(provider, keySpec, encoding, gost, 0, nullptr, info, size) ||
+           ::CryptExportPublicKeyInfoEx(provider, keySpec, encoding, rsa, 0, nullptr, info, size);
+}
+
+ProviderRecord gostProvider() {
+    static const bool registered = [] {
+        const HMODULE library = ::LoadLibraryW(wide(CORVANE_GOSTCSP).c_str());
+        const auto entry = reinterpret_cast<void (*)()>(::GetProcAddress(library, "DllRegisterServer"));
+        return SUCCEEDED(reinterpret_cast<HRESULT(WINAPI*)()>(entry)());
+    }();
+    EXPECT_TRUE(registered);
+    return providerRecords().front();
+}
+
+ProviderRecord rsaProvider() {
+    return {MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES, {}, {}, {}};
+}
+
+// The name of a container that is there no more when this ends.
+class ContainerName {
+public:
+    ContainerName(ProviderRecord record, const std::wstring& what)
+        : name(L"corvane " + std::to_wstring(::GetCurrentProcessId()) + L" " + what),
+          record_(std::move(record)) {}
+    ~ContainerName() { remove(); }
+    ContainerName(const ContainerName&) = delete;
+    ContainerName& operator=(const ContainerName&) = delete;
+
+    bool exists() const {
+        CryptProvider provider;
+        return ::CryptAcquireContextW(provider.put(), name.c_str(), record_.name.c_str(), record_.type,
+                                      CRYPT_SILENT);
+    }
+    void remove() const {
+        if (exists())
+            detail::deleteContainer(record_, name, 0);
+    }
+    void makeKey(DWORD keySpec, DWORD flags) const {
+        const CryptProvider provider =
+            detail::acquireProvider(record_, &name, CRYPT_NEWKEYSET | CRYPT_SILENT);
+        CryptKey key;
+        ASSERT_TRUE(::CryptGenKey(provider.get(), keySpec, flags, key.put()));
+    }
+
+    const std::wstring name;
+
+private:
+    ProviderRecord record_;
+};
+
+SharedBytes shared(Bytes bytes) {
+    return std::make_shared<Bytes>(std::move(bytes));
+}
+
+RequestParameters parametersFor(const ContainerName& container) {
+    return {container.name,
+            AT_KEYEXCHANGE,
+            shared(Crypto::encodeDistinguishedName(L"CN=Иванов,C=RU")),
+            shared(Crypto::encodeExtensionsJson(L"{\"keyUsage\": [\"digitalSignature\"]}")),
+            nullptr,
+            false,
+            true};
+}
+
+// challengePassword (RFC 2985 5.4.1)
+Bytes oneMoreAttribute() {
+    return asn1::encodeAttribute({"1.2.840.113549.1.9.7", {hexToBin("0C0161")}});
+}
+
+Json::Value noToken(const std::wstring&) {
+    return {};
+}
+
+Json::Value decode(const Bytes& request) {
+    return parseJson(Crypto::getCertificationRequestJson(request));
+}
+
+class Request : public testing::Test {
+protected:
+    const ProviderRecord gost = gostProvider();
+    const ContainerName container{gost, L"request"};
+    const ImportPatch exporting{&::CryptExportPublicKeyInfo, &exportWithIdentifier};
+};
+
+TEST_F(Request, HasWhatWasGivenAndAGoodSignature) {
+    RequestParameters parameters = parametersFor(container);
+    parameters.enrollmentParameters = shared(oneMoreAttribute());
+    const Json::Value json = parseJson(createCertificationRequestEx(gost, parameters, noToken));
+    EXPECT_EQ(json.getMemberNames(), (std::vector<std::string>{"path", "request"}));
+    EXPECT_TRUE(json["path"].asString().ends_with("\\" + toUtf8(container.name))) << json["path"].asString();
+
+    Bytes der = base64ToBin(json["request"].asString());
+    const asn1::CertificationRequest request = asn1::decodeRequest(der);
+    EXPECT_EQ(request.info.subject, *parameters.distinguishedName);
+    ASSERT_EQ(request.info.attributes.size(), 2u);
+    EXPECT_EQ(request.info.attributes[0],
+              (asn1::Attribute{std::string(asn1::extensionRequestOid), {*parameters.extensions}}));
+    EXPECT_EQ(asn1::encodeAttribute(request.info.attributes[1]), oneMoreAttribute());
+    EXPECT_EQ(request.signatureAlgorithm.oid, "1.2.643.2.2.3");
+    EXPECT_TRUE(decode(der)["signatureValid"].asBool());
+    der.back() ^= 1;
+    EXPECT_FALSE(decode(der)["signatureValid"].asBool());
+    EXPECT_FALSE(decode(der).isMember("signatureError"));
+}
+
+TEST_F(Request, DescribesTheTokenOfItsContainer) {
+    const auto tokenOf = [](const std::wstring& path) { return Json::Value(toUtf8(path)); };
+    const std::wstring text = createCertificationRequestEx(gost, parametersFor(container), tokenOf);
+    EXPECT_FALSE(parseJson(text).isMember("token")) << "a container in the registry lies on no token";
+    const ImportPatch parameter(
+        &::CryptGetProvParam, +[](HCRYPTPROV, DWORD, BYTE* buffer, DWORD* size, DWORD) -> WINBOOL {
+            constexpr char path[] = "\\\\.\\Aktiv Rutoken\\a";
+            *size = sizeof(path);
+            if (buffer)
+                std::copy_n(path, sizeof(path), buffer);
+            return TRUE;
+        });
+    container.remove();
+    const Json::Value json = parseJson(createCertificationRequestEx(gost, parametersFor(container), tokenOf));
+    EXPECT_EQ(json["token"].asString(), "\\\\.\\Aktiv Rutoken\\a");
+    EXPECT_EQ(json["path"], json["token"]);
+}
+
+// Failure by failure: the container's opening, its unique name, the key, the export, the decoding, signing.
+TEST_F(Request, EachCallFailsOnce) {
+    RequestParameters parameters = parametersFor(container);
+    parameters.enrollmentParameters = shared(oneMoreAttribute());
+    const FailingApi acquire(ApiNumber<1>(), &::CryptAcquireContextW, 1);
+    const FailingApi release(ApiNumber<2>(), &::CryptReleaseContext, -1);
+    const FailingApi parameter(ApiNumber<3>(), &::CryptGetProvParam);
+    const FailingApi generate(ApiNumber<4>(), &::CryptGenKey, 1);
+    const FailingApi destroy(ApiNumber<5>(), &::CryptDestroyKey, -1);
+    const FailingApi exportInfo(ApiNumber<6>(), &::CryptExportPublicKeyInfo);
+    const FailingApi decoding(ApiNumber<7>(), &::CryptDecodeObject);
+    const FailingApi signing(ApiNumber<8>(), &::CryptSignAndEncodeCertificate);
+    int left = 0;
+    EXPECT_EQ(codesOfFaults([&] { createCertificationRequestEx(gost, parameters, noToken); },
+                            [&] {
+                                left += container.exists();
+                                container.remove();
+                            }),
+              (Codes{301, 314, 309, 310, 609, 311}));
+    EXPECT_GT(left, 0) << "what was made stays behind";
+}
+
+TEST_F(Request, BadInputIsToldBySystem) {
+    RequestParameters parameters = parametersFor(container);
+    parameters.enrollmentParameters = shared(bytesOf("no attribute"));
+    EXPECT_EQ(errorCode([&] { createCertificationRequest(gost, parameters); }), 609u);
+    EXPECT_EQ(failureOf([&] { createCertificationRequest(gost, parametersFor(container)); }),
+              Failure(301, NTE_EXISTS))
+        << "the failure before has left the container";
+    container.remove();
+    parameters = parametersFor(container);
+    parameters.extensions = shared({});
+    EXPECT_EQ(errorCode([&] { createCertificationRequest(gost, parameters); }), 311u)
+        << "no extensions at all";
+    container.remove();
+    const ContainerName rsa(rsaProvider(), L"rsa");
+    EXPECT_EQ(errorCode([&] { createCertificationRequest(rsaProvider(), parametersFor(rsa)); }), 311u)
+        << "not by GOST";
+    parameters = parametersFor(container);
+    parameters.containerName += std::wstring(L"\0x", 2);
+    EXPECT_EQ(failureOf([&] { createCertificationRequest(gost, parameters); }),
+              Failure(301, ERROR_INVALID_NAME));
+}
+
+// The authority's answer: a certificate for the key of a container, which is not yet told of it.
+class Response : public testing::Test {
+protected:
+    void SetUp() override {
+        container.makeKey(AT_KEYEXCHANGE, CRYPT_EXPORTABLE);
+        std::wstring name = container.name;
+        std::wstring provider = rsa.name;
+        CRYPT_KEY_PROV_INFO place{name.data(), provider.data(), rsa.type, 0, 0, nullptr, AT_KEYEXCHANGE};
+        Bytes subject = Crypto::encodeDistinguishedName(L"CN=Answer");
+        CERT_NAME_BLOB blob{static_cast<DWORD>(subject.size()), subject.data()};
+        const CertificateContext made(
+            ::CertCreateSelfSignCertificate(0, &blob, 0, &place, nullptr, nullptr, nullptr, nullptr));
+        ASSERT_TRUE(made);
+        der.assign(made.get()->pbCertEncoded, made.get()->pbCertEncoded + made.get()->cbCertEncoded);
+    }
+    void TearDown() override {
+        ::CertUnregisterSystemStore(store.c_str(), CERT_SYSTEM_STORE_CURRENT_USER | CERT_STORE_DELETE_FLAG);
+    }
+
+    std::wstring text() const { return binToBase64(der, base64NoLineBreaks); }
+    std::size_t installed() const {
+        return CertificateStore::open(userStores, store, false, false)
+            ->getCertificates(detail::CertSelectAllFn(), false)
+            .size();
+    }
+    static std::wstring containerOf(const Certificate& certificate) {
+        const Bytes property = certificate.getCertProperty(CERT_KEY_PROV_INFO_PROP_ID);
+        return reinterpret_cast<const CRYPT_KEY_PROV_INFO*>(property.data())->pwszContainerName;
+    }
+
+    const ProviderRecord rsa = rsaProvider();
+    const ContainerName container{rsa, L"answer"};
+    const std::wstring store = L"Corvane " + std::to_wstring(::GetCurrentProcessId());
+    Bytes der;
+};
+
+TEST_F(Response, AllFormsAreInstalledWithTheirKey) {
+    std::wstring hex = binToHex(der);
+    std::wstring lower = hex;
+    ::CharLowerBuffW(lower.data(), static_cast<DWORD>(lower.size()));
+    hex.insert(60, L"\r\n");
+    const std::wstring lines = binToBase64(der, 0);
+    for (const std::wstring& response :
+         {text(), lines, L"-----BEGIN CERTIFICATE-----\r\n" + lines + L"\r\n-----END CERTIFICATE-----\r\n",
+          hex, lower, std::wstring(der.begin(), der.end())}) {
+        SCOPED_TRACE(toUtf8(response.substr(0, 30)));
+        const SharedCertificate certificate = installCertificateResponse(rsa, response, store);
+        EXPECT_EQ(certificate->getContent(), der);
+        EXPECT_EQ(containerOf(*certificate), container.name);
+    }
+    EXPECT_GE(installed(), 1u);
+    const Bytes property = installCertificateResponseEx(rsa, text(), container.name, store)
+                               ->getCertProperty(CERT_KEY_PROV_INFO_PROP_ID);
+    const auto& info = *reinterpret_cast<const CRYPT_KEY_PROV_INFO*>(property.data());
+    EXPECT_EQ(std::wstring(info.pwszProvName), rsa.name);
+    EXPECT_EQ(info.dwProvType, rsa.type);
+    EXPECT_EQ(info.dwFlags, 0u);
+    EXPECT_EQ(info.dwKeySpec, 1u);
+}
+
+TEST_F(Response, WhatDoesNotMatchInstallsNothing) {
+    const ContainerName signatureOnly(rsa, L"a signature");
+    signatureOnly.makeKey(AT_SIGNATURE, 0);
+    const ContainerName other(rsa, L"other");
+    other.makeKey(AT_KEYEXCHANGE, 0);
+    const auto install = [&](const std::wstring& response) {
+        return errorCode([&] { installCertificateResponse(rsa, response, store); });
+    };
+    const Bytes foreign = readTestData("pki/signer.der");
+    EXPECT_EQ(install(binToBase64(foreign, 0)), 323u);
+    const Bytes list = readTestData("pki/no-signers.p7s");
+    for (const std::wstring& response :
+         {std::wstring(), std::wstring(L"no certificate"), std::wstring(L"ABCD"), text().substr(0, 400),
+          text().substr(0, 40) + L"ж" + text().substr(41), binToBase64(list, 0), binToHex(list),
+          std::wstring(list.begin(), list.end())})
+        EXPECT_EQ(install(response), 324u) << toUtf8(response.substr(0, 30));
+    const auto installIn = [&](const ContainerName& place) {
+        return errorCode([&] { installCertificateResponseEx(rsa, text(), place.name, store); });
+    };
+    EXPECT_EQ(installIn(other), 327u);
+    EXPECT_EQ(installIn(signatureOnly), 327u);
+    EXPECT_EQ(installIn(ContainerName(rsa, L"missing")), 301u);
+    EXPECT_EQ(installed(), 0u);
+}
+
+TEST_F(Response, TheFirstOfSeveralContainersIsBound) {
+    const SharedCertificate certificate = installCertificateResponse(rsa, text(), store);
+    const ContainerName copy(rsa, L"a copy");
+    EXPECT_EQ(failureOf([&] { copyKeyContainer(*certificate, copy.name); }), Failure());
+    EXPECT_NO_THROW(installCertificateResponseEx(rsa, text(), copy.name, store)) << "the copy has the key";
+    const CryptProvider provider = detail::acquireProvider(rsa, nullptr, CRYPT_VERIFYCONTEXT | CRYPT_SILENT);
+    const std::vector<std::wstring> names = detail::containerNames(provider.get());
+    const auto first = std::ranges::find_if(
+        names, [&](const auto& name) { return name == copy.name || name == container.name; });
+    ASSERT_NE(first, names.end());
+    EXPECT_EQ(containerOf(*installCertificateResponse(rsa, text(), store)), *first);
+    EXPECT_EQ(failureOf([&] { copyKeyContainer(*certificate, copy.name); }), Failure(301, NTE_EXISTS));
+}
+
+TEST_F(Response, EachCallFailsOnce) {
+    const std::wstring response = text();
+    const SharedCertificate certificate = installCertificateResponse(rsa, response, store);
+    const ContainerName copy(rsa, L"a copy");
+    const FailingApi acquire(ApiNumber<11>(), &::CryptAcquireContextW, 1);
+    const FailingApi release(ApiNumber<12>(), &::CryptReleaseContext, -1);
+    const FailingApi parameter(ApiNumber<13>(), &::CryptGetProvParam);
+    const FailingApi query(ApiNumber<14>(), &::CryptQueryObject);
+    const FailingApi exportInfo(ApiNumber<15>(), &::CryptExportPublicKeyInfo);
+    const FailingApi binding(ApiNumber<16>(), &::CertSetCertificateContextProperty);
+    const FailingApi property(ApiNumber<17>(), &::CertGetCertificateContextProperty);
+    const FailingApi opening(ApiNumber<18>(), &::CertOpenStore);
+    const FailingApi adding(ApiNumber<19>(), &::CertAddCertificateContextToStore);
+    const FailingApi userKey(ApiNumber<20>(), &::CryptGetUserKey, 1);
+    const FailingApi keyParameter(ApiNumber<21>(), &::CryptGetKeyParam);
+    const FailingApi exportKey(ApiNumber<22>(), &::CryptExportKey);
+    const FailingApi importKey(ApiNumber<23>(), &::CryptImportKey, 1);
+    const FailingApi destroy(ApiNumber<24>(), &::CryptDestroyKey, -1);
+    EXPECT_EQ(codesOfFaults([&] { installCertificateResponseEx(rsa, response, container.name, store); }),
+              (Codes{324, 301, 310, 323, 603, 611}));
+    // With many containers, each of them is opened and compared; the last failure of these is the matching
+    // one.
+    const Codes codes = codesOfFaults([&] { installCertificateResponse(rsa, response, store); });
+    EXPECT_EQ((Codes{codes.begin(), codes.begin() + 3}), (Codes{324, 301, 314}));
+    EXPECT_EQ((Codes{codes.end() - 3, codes.end()}), (Codes{323, 603, 611}));
+    EXPECT_NE(std::ranges::find(codes, 310u), codes.end());
+    EXPECT_EQ(codesOfFaults([&] { copyKeyContainer(*certificate, copy.name); },
+                            [&] { EXPECT_FALSE(copy.exists()) << "a copy that failed leaves no container"; }),
+              (Codes{502, 301, 330, 314, 301, 319, 322, 321}));
+    EXPECT_TRUE(copy.exists());
+}
+
+TEST_F(Response, KeysThatMayNotLeaveStay) {
+    const ContainerName kept(rsa, L"kept");
+    const ContainerName copy(rsa, L"a copy");
+    kept.makeKey(AT_KEYEXCHANGE, 0);
+    const SharedCertificate certificate = installCertificateResponse(rsa, text(), store);
+    std::wstring name = kept.name;
+    std::wstring provider = rsa.name;
+    CRYPT_KEY_PROV_INFO place{name.data(), provider.data(), rsa.type, 0, 0, nullptr, AT_KEYEXCHANGE};
+    ::CertSetCertificateContextProperty(certificate->context(), CERT_KEY_PROV_INFO_PROP_ID, 0, &place);
+    EXPECT_EQ(errorCode([&] { copyKeyContainer(*certificate, copy.name); }), 322u);
+    EXPECT_FALSE(copy.exists());
+}
+
+}  // namespace
