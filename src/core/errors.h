@@ -157,14 +157,12 @@ inline constexpr ErrorDescriptor E_XML_ENCODING{702, "E_XML_ENCODING", L"Нев�
 inline constexpr ErrorDescriptor E_SIGNATURE_DECODING{703, "E_SIGNATURE_DECODING", L"Ошибка при декодировании подписи"};
 
 // Tokens. They have no number, and their text stands by itself.
-inline constexpr ErrorDescriptor E_TOKEN_LIBRARY{0, "E_TOKEN_LIBRARY", nullptr};
 inline constexpr ErrorDescriptor E_TOKEN_FUNCTION_LIST{0, "E_TOKEN_FUNCTION_LIST", L"Undefined function list"};
 inline constexpr ErrorDescriptor E_TOKEN_LOCATION{0, "E_TOKEN_LOCATION", L"Не найден каталог установки плагина"};
 inline constexpr ErrorDescriptor E_TOKEN_MODULE_PATH{0, "E_TOKEN_MODULE_PATH", L"Не определен путь до модуля pkcs11 "};
 inline constexpr ErrorDescriptor E_TOKEN_SLOT{0, "E_TOKEN_SLOT", L"Не найден указанный слот"};
 inline constexpr ErrorDescriptor E_TOKEN_CONTAINER_PATH{0, "E_TOKEN_CONTAINER_PATH", L"Не верный формат пути до ключевого контейнера"};
 inline constexpr ErrorDescriptor E_TOKEN_BIND_CERTIFICATE{0, "E_TOKEN_BIND_CERTIFICATE", L"Ошибка при связывании сертификата с ключевым контейнером"};
-inline constexpr ErrorDescriptor E_SMART_CARD{0, "E_SMART_CARD", nullptr};
 
 // Paths and automation.
 inline constexpr ErrorDescriptor E_PATH_TEMP{801, "E_PATH_TEMP", L"Ошибка при определении временной директории"};

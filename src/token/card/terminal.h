@@ -1,6 +1,7 @@
 // The smart-card service and one of its readers.
 #pragma once
 
+#include "core/errors.h"
 #include "core/handle.h"
 
 #include <windows.h>
@@ -10,6 +11,9 @@
 #include <string>
 
 namespace Corvane {
+
+// Goes no further than to the log.
+inline constexpr ErrorDescriptor E_SMART_CARD{0, "E_SMART_CARD", nullptr};
 
 namespace detail {
 

@@ -6,6 +6,9 @@
 namespace cryptoki {
 namespace {
 
+// The text says it all.
+constexpr Corvane::ErrorDescriptor loading{0, "LoadLibrary", nullptr};
+
 // The system's text without its number.
 std::wstring systemMessage(std::uint32_t error) {
     const std::wstring text = Corvane::systemText(error);
@@ -22,6 +25,6 @@ std::wstring textFor(std::uint32_t error, const wchar_t* call, const std::wstrin
 }  // namespace
 
 LibraryException::LibraryException(std::uint32_t error, const wchar_t* call, const std::wstring& details)
-    : Exception(Corvane::E_TOKEN_LIBRARY), error_(error), text_(textFor(error, call, details)) {}
+    : Exception(loading), error_(error), text_(textFor(error, call, details)) {}
 
 }  // namespace cryptoki

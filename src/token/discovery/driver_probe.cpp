@@ -77,68 +77,80 @@ void logSteps(ProbePhase last) {
         writeLog(LogLevel::debug, context, nameOf(phase));
 }
 
-void logFailure(const wchar_t* what, const cryptoki::StepResult& result, const std::wstring& path) {
+std::wstring textOfFailure(const cryptoki::StepResult& result, const std::wstring& path) {
     try {
         cryptoki::throwStep(result, path);
     } catch (const std::exception& exception) {
-        writeLog(LogLevel::error, context, what, textOf(exception));
+        return textOf(exception);
     }
 }
 
-std::vector<Token> readTokens(const ProbeRecord& record) {
-    std::vector<Token> tokens;
+void readTokens(const ProbeRecord& record, std::vector<Token>& tokens) {
     for (CK_ULONG i = 0; i < record.count; ++i) {
         const ProbedToken& probed = record.tokens[i];
         if (probed.result.failed())
-            logFailure(L"token was not read: ", probed.result, record.path);
+            writeLog(LogLevel::error, context, L"token was not read: ",
+                     textOfFailure(probed.result, record.path));
         else
             tokens.push_back(makeToken(probed.slot, probed.token));
     }
-    return tokens;
 }
 
-std::vector<Token> probeFile(const std::wstring& path, DWORD milliseconds) {
-    cryptoki::ModuleUse use(path, milliseconds);
+// What is left of a time that began at `start`.
+DWORD timeLeft(ULONGLONG start, DWORD milliseconds) noexcept {
+    const ULONGLONG passed = ::GetTickCount64() - start;
+    return passed < milliseconds ? milliseconds - static_cast<DWORD>(passed) : 0;
+}
+
+void probeFile(ProbedDriver& driver, DWORD milliseconds) {
+    const ULONGLONG start = ::GetTickCount64();
+    cryptoki::ModuleUse use(driver.path, milliseconds);
     OwnCode code;
-    const Record record(ProbeRecord::make(path));
+    const Record record(ProbeRecord::make(driver.path));
     ThreadHandle thread;
     startProbe(thread, *record);
     // The thread, not an event of it: its last instructions are ours too.
-    if (!isInTime(thread.get(), milliseconds)) {
+    const bool isDone = isInTime(thread.get(), timeLeft(start, milliseconds));
+    if (!isDone) {
         giveUp(thread.get(), *record);
         use.lose();
         code.keep();
-        logSteps(record->phase);
-        writeLog(LogLevel::error, context, L"the driver does not answer and is given up: ", path);
-        return {};
     }
     logSteps(record->phase);
-    if (record->result.failed()) {
-        logFailure(L"token driver was not found: ", record->result, path);
-        return {};
+    if (!isDone)
+        driver.failure = L"the driver does not answer and is given up";
+    else if (record->result.failed())
+        driver.failure = textOfFailure(record->result, driver.path);
+    else
+        readTokens(*record, driver.tokens);
+}
+
+ProbedDriver probe(const std::wstring& name, DWORD milliseconds) {
+    ProbedDriver driver;
+    if (isLoaderStuck()) {
+        driver.failure = L"another driver has not come out of the loader";
+        return driver;
     }
-    return readTokens(*record);
+    driver.path = cryptoki::findModuleFile(name);
+    if (driver.path.empty()) {
+        driver.failure = L"there is no such file";
+        return driver;
+    }
+    try {
+        probeFile(driver, milliseconds);
+    } catch (const cryptoki::CryptokiException& exception) {
+        driver.failure = textOf(exception);
+    }
+    return driver;
 }
 
 }  // namespace
 
-std::vector<Token> probeDriver(const std::wstring& name, DWORD milliseconds) {
-    if (isLoaderStuck()) {
-        writeLog(LogLevel::error, context,
-                 L"token driver was not found: another one has not come out of the loader");
-        return {};
-    }
-    const std::wstring path = cryptoki::findModuleFile(name);
-    if (path.empty()) {
-        writeLog(LogLevel::info, context, L"token driver was not found");
-        return {};
-    }
-    try {
-        return probeFile(path, milliseconds);
-    } catch (const cryptoki::CryptokiException& exception) {
-        writeLog(LogLevel::error, context, L"token driver was not found: ", textOf(exception));
-        return {};
-    }
+ProbedDriver probeDriver(const std::wstring& name, DWORD milliseconds) {
+    ProbedDriver driver = probe(name, milliseconds);
+    if (!driver.failure.empty())
+        writeLog(LogLevel::warning, context, L"token driver was not found: ", driver.failure);
+    return driver;
 }
 
 }  // namespace Corvane::detail

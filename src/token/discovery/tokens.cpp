@@ -2,10 +2,9 @@
 
 #include "core/log.h"
 #include "token/cryptoki/driver_path.h"
-#include "token/discovery/driver_probe.h"
 
+#include <algorithm>
 #include <iterator>
-#include <utility>
 
 namespace Corvane::detail {
 namespace {
@@ -34,18 +33,22 @@ bool isOn(std::wstring_view path, std::wstring_view reader) noexcept {
 
 }  // namespace
 
+std::vector<ProbedDriver> probeDrivers() {
+    std::vector<ProbedDriver> drivers;
+    for (const std::wstring& name : {cryptoki::jaCartaDriverPath(), std::wstring(L"jcPKCS11ds.dll"),
+                                     std::wstring(L"rtPKCS11.dll"), std::wstring(L"isbc_pkcs11_main.dll")}) {
+        writeLog(LogLevel::debug, context, L"load driver: ", name);
+        drivers.push_back(probeDriver(name));
+        for (const Token& token : drivers.back().tokens)
+            logToken(token);
+    }
+    return drivers;
+}
+
 std::vector<Token> getTokens() {
     std::vector<Token> tokens;
-    for (const std::wstring& driver :
-         {cryptoki::jaCartaDriverPath(), std::wstring(L"jcPKCS11ds.dll"), std::wstring(L"rtPKCS11.dll"),
-          std::wstring(L"isbc_pkcs11_main.dll")}) {
-        writeLog(LogLevel::debug, context, L"load driver: ", driver);
-        std::vector<Token> found = probeDriver(driver);
-        for (const Token& token : found)
-            logToken(token);
-        tokens.insert(tokens.end(), std::make_move_iterator(found.begin()),
-                      std::make_move_iterator(found.end()));
-    }
+    for (ProbedDriver& driver : probeDrivers())
+        std::ranges::move(driver.tokens, std::back_inserter(tokens));
     return tokens;
 }
 

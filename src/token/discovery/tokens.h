@@ -1,6 +1,7 @@
 // The tokens at this machine, as the drivers of their makers see them.
 #pragma once
 
+#include "token/discovery/driver_probe.h"
 #include "token/discovery/token.h"
 
 #include <string_view>

@@ -33,9 +33,11 @@ cryptoki::AttributeTemplate makeTemplate(const Bytes& certificate, const std::ws
 
 }  // namespace
 
-void installCertificateResponseGOST(const std::wstring& containerPath, SecretNarrowText pin,
-                                    const std::function<Bytes()>& readCertificate) {
+void installCertificateResponseGOST(std::wstring_view response, const std::wstring& containerPath,
+                                    SecretNarrowText pin,
+                                    const std::function<Bytes(std::wstring_view)>& decode) {
     writeLog(LogLevel::debug, context, L"path: ", containerPath);
+    writeLog(LogLevel::debug, context, L"response: ", response.size());
     const cryptoki::ContainerPath path = cryptoki::parseContainerPath(containerPath);
     const std::wstring driver = cryptoki::driverPathFor(path.reader);
     writeLog(LogLevel::debug, context, L"driver path: ", driver);
@@ -43,9 +45,7 @@ void installCertificateResponseGOST(const std::wstring& containerPath, SecretNar
     cryptoki::Session session(module, module.findSlot(path.reader), CKF_SERIAL_SESSION | CKF_RW_SESSION);
     session.login(pin);
 
-    const Bytes certificate = readCertificate();
-    writeLog(LogLevel::debug, context, L"response: ", certificate.size());
-    const cryptoki::AttributeTemplate object = makeTemplate(certificate, path.identifier);
+    const cryptoki::AttributeTemplate object = makeTemplate(decode(response), path.identifier);
     try {
         session.createObject(object);
     } catch (const cryptoki::CryptokiException&) {

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace Corvane {
 
@@ -16,7 +17,8 @@ namespace Corvane {
 // Throws Exception E_TOKEN_CONTAINER_PATH for another text, E_TOKEN_SLOT, E_TOKEN_BIND_CERTIFICATE where the
 // token does not take it, and what cryptoki::driverPathFor, cryptoki::Pkcs11Module and cryptoki::Session
 // throw; asn1::Asn1Exception where the bytes are no certificate. Nothing stays on the token then.
-void installCertificateResponseGOST(const std::wstring& containerPath, SecretNarrowText pin,
-                                    const std::function<Bytes()>& readCertificate);
+void installCertificateResponseGOST(std::wstring_view response, const std::wstring& containerPath,
+                                    SecretNarrowText pin,
+                                    const std::function<Bytes(std::wstring_view)>& decode);
 
 }  // namespace Corvane

@@ -1,0 +1,48 @@
+// The parts of a request as pages give them, one behind the other, and the answers of cards.
+#include "asn1/decoders/ber_reader.h"
+#include "asn1/pkix/certification_request.h"
+#include "fuzz.h"
+#include "token/card/certified_answer.h"
+#include "token/enroll/gost_request.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+using Corvane::Bytes;
+using Corvane::detail::RequestParts;
+
+// What is accepted stands in the request as it was given.
+void encode(const RequestParts& parts) {
+    constexpr std::array<std::uint8_t, 64> key{};
+    const Bytes der =
+        Corvane::detail::encodeGostRequest(Corvane::detail::encodeGostRequestInfo(parts, key), key);
+    const asn1::CertificationRequest request = asn1::decodeRequest(der);
+    require(std::ranges::equal(request.info.subject, parts.distinguishedName));
+    require(std::ranges::equal(request.info.attributes.at(0).values.at(0), parts.extensions));
+    require(asn1::encodeAttribute(request.info.attributes.at(1)) == *parts.enrollmentParameters);
+}
+
+}  // namespace
+
+void fuzz(Input input) {
+    Corvane::readRutokenAnswer(input);
+    try {
+        Corvane::readJaCartaAnswer(input);
+    } catch (const std::out_of_range&) {
+        // A text that is too short.
+    }
+    try {
+        asn1::BerReader values(input);
+        RequestParts parts;
+        parts.distinguishedName = values.readWhole();
+        parts.extensions = values.readWhole();
+        const asn1::View last = values.readWhole();
+        const Bytes attribute(last.begin(), last.end());
+        parts.enrollmentParameters = &attribute;
+        encode(parts);
+    } catch (const asn1::Asn1Exception&) {
+        // Not such parts.
+    }
+}
