@@ -83,23 +83,30 @@ DWORD keySpecs(const Context& context) {
     return specs;
 }
 
-// Containers whose keys are of the provider's kind, and empty ones. The first call without a buffer tells the
-// size of the longest name.
-void enumerateContainers(Context& context, BYTE* buffer, DWORD* size, DWORD flags) {
-    if (flags & CRYPT_FIRST)
-        context.enumerated = 0;
+// Containers whose keys are of the provider's kind, and empty ones.
+std::vector<Bytes> ownContainers(const Context& context) {
     std::vector<Bytes> names;
     for (const std::wstring& name : containerNames()) {
         const auto key = loadKey(name, AT_KEYEXCHANGE);
         if (!key || key->pair.algorithm == context.algorithm)
             names.push_back(narrow(name));
     }
-    if (context.enumerated >= names.size())
+    return names;
+}
+
+// They are looked up at the first call. That without a buffer tells the size of the longest name.
+void enumerateContainers(Context& context, BYTE* buffer, DWORD* size, DWORD flags) {
+    if (flags & CRYPT_FIRST) {
+        context.enumerated = 0;
+        context.containers = ownContainers(context);
+    }
+    if (context.enumerated >= context.containers.size())
         fail(ERROR_NO_MORE_ITEMS);
     if (!buffer)
         return give(buffer, size,
-                    *std::ranges::max_element(names, {}, [](const Bytes& name) { return name.size(); }));
-    give(buffer, size, names[context.enumerated]);
+                    *std::ranges::max_element(context.containers, {},
+                                              [](const Bytes& name) { return name.size(); }));
+    give(buffer, size, context.containers[context.enumerated]);
     ++context.enumerated;
 }
 

@@ -6,6 +6,7 @@
 
 #include <map>
 #include <mutex>
+#include <vector>
 
 namespace Corvane::Platform::Gost {
 
@@ -14,6 +15,7 @@ struct Context {
     std::wstring container;  // empty: none, as with CRYPT_VERIFYCONTEXT
     bool hasContainer = false;
     std::size_t enumerated = 0;
+    std::vector<Bytes> containers;  // those that are enumerated
 };
 
 struct Key {
