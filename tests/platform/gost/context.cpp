@@ -103,9 +103,9 @@ void enumerateContainers(Context& context, BYTE* buffer, DWORD* size, DWORD flag
     if (context.enumerated >= context.containers.size())
         fail(ERROR_NO_MORE_ITEMS);
     if (!buffer)
-        return give(buffer, size,
-                    *std::ranges::max_element(context.containers, {},
-                                              [](const Bytes& name) { return name.size(); }));
+        return give(buffer, size, *std::ranges::max_element(context.containers, {}, [](const Bytes& name) {
+                        return name.size();
+                    }));
     give(buffer, size, context.containers[context.enumerated]);
     ++context.enumerated;
 }
