@@ -65,7 +65,8 @@ private:
     std::size_t failing_ = 0;
     Platform::Recorder recorder_{
         [this](const std::wstring& line) { notes_.push_back(toUtf8(line)); },
-        [this](const std::wstring&) { return notes_.size() == failing_ ? NTE_SILENT_CONTEXT : S_OK; }};
+        [this](const std::wstring&) { return notes_.size() == failing_ ? NTE_SILENT_CONTEXT : S_OK; },
+        [] { return std::wstring(L"Base64"); }};
     std::vector<DWORD> cookies_;
 };
 
@@ -86,13 +87,13 @@ TEST_F(Renewal, ByTheEnrollmentObjects) {
     EXPECT_EQ(renew(6, false, certificate),
               (Lines{"new pkcs10", "pkcs10.InitializeFromCertificate(1, " + content + ", 1, 386)",
                      "pkcs10.PrivateKey", "key.ProviderName=" + provider, "key.KeySpec=1", "pkcs10.Encode()",
-                     "pkcs10.RawData(1)", "pkcs10 in Base64"}));
+                     "pkcs10.RawData(1)", "Base64"}));
     EXPECT_EQ(renew(10, true, certificate),
               (Lines{"new pkcs10", "pkcs10.InitializeFromCertificate(1, " + content + ", 1, 418)",
                      "pkcs10.PrivateKey", "key.ProviderName=" + provider, "key.KeySpec=1", "new pkcs7",
                      "pkcs7.InitializeFromInnerRequest(pkcs10)", "new signer",
                      "signer.Initialize(false, 0, 1, " + content + ")", "pkcs7.SignerCertificate=signer",
-                     "pkcs7.Encode()", "pkcs7.RawData(1)", "pkcs7 in Base64"}));
+                     "pkcs7.Encode()", "pkcs7.RawData(1)", "Base64"}));
     EXPECT_EQ(namesOfFailures(6, false, certificate),
               (Lines{"E_CO_CREATE_PKCS10", "E_INITIALIZE_PKCS10", "E_GET_PRIVATE_KEY", "E_PUT_PROVIDER_NAME",
                      "E_PUT_KEY_SPEC", "E_ENCODE_CERTIFICATE_REQUEST_PKCS10", "E_REQUEST_BLOB_TO_STRING"}));
@@ -169,7 +170,7 @@ TEST_F(Enroll4Renewal, ByTheEnrollmentControl) {
                    "control.addExtensionToRequest(1, '2.5.29.15', 'BQA=')",
                    "control.addExtensionToRequest(0, '1.2.3', 'BQA=')",
                    isPkcs7 ? "control.createRequest(2, 'CN=a', '')" : "control.createRequest(1, 'CN=a', '')",
-                   "control in Base64"}));
+                   "Base64"}));
     }
     EXPECT_EQ(
         namesOfFailures(5, true, certificate()),

@@ -40,8 +40,8 @@ TEST(DistinguishedName, IsWhatOpenSslMakesOfIt) {
     EXPECT_EQ(
         encodeDistinguishedName(
             L" oid.1.2.3.4 = x y , e=i@example.org, 1.2.643.3.131.1.1=001234567890 + СНИЛС=12345678901,ogrn="
-            L"1234567890123, cn=\"Иванов, Иван\",2.5.4.11=\\231,O=ООО \\22Ромашка\\22 \\+ "
-            L"\\D0\\9A\\d0\\be,l=Москва,"
+            L"1234567890123, cn=\"Иванов, Иван\",2.5.4.11=\\231,O=\"ООО \"\"Ромашка\"\" + "
+            L"\\D0\\9A\\d0\\be\",l=Москва,"
             L"S=77,street=Ленина 1,dc=example,C=RU"),
         request().info.subject);
 }

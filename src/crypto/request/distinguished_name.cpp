@@ -153,9 +153,14 @@ private:
     std::string parseQuoted() {
         std::string value;
         take();
-        for (char c = take(); c != '"'; c = take())
+        for (;;) {
+            const char c = take();
+            if (c == '"' && !isNext('"'))
+                return value;
+            if (c == '"')
+                take();  // two stand for one
             value += c == '\\' ? parseEscaped() : c;
-        return value;
+        }
     }
 
     std::string text_;

@@ -25,12 +25,12 @@ private:
 };
 
 // The name that the text says. Beyond the standard: spaces around "," "+" and "=" mean nothing, a value may
-// stand in quotation marks (RFC 2253), and "OID." may stand before an identifier. Values are written as
-// UTF8String, but as the standards want it where an attribute is known: PrintableString for countries,
-// IA5String for addresses, NumericString for the numbers of the Russian registers; "#" and hexadecimal digits
-// are a whole value in DER. No text is a name without parts. Throws NameTextException E_DISTINGUISHED_NAME
-// for an unknown attribute, an empty value, a character that the attribute's type does not have, NUL, and
-// what else is no name.
+// stand in quotation marks (RFC 2253; two of them inside are one, as Windows writes it), and "OID." may stand
+// before an identifier. Values are written as UTF8String, but as the standards want it where an attribute is
+// known: PrintableString for countries, IA5String for addresses, NumericString for the numbers of the Russian
+// registers; "#" and hexadecimal digits are a whole value in DER. No text is a name without parts. Throws
+// NameTextException E_DISTINGUISHED_NAME for an unknown attribute, an empty value, a character that the
+// attribute's type does not have, NUL, and what else is no name.
 asn1::Name parseDistinguishedName(std::wstring_view text);
 
 // The same in DER.

@@ -90,9 +90,9 @@ private:
         if (member == L"PrivateKey") {
             V_VT(&result) = VT_DISPATCH;
             V_DISPATCH(&result) = new Object(L"key", IID_IDispatch, recorder_);
-        } else {
+        } else if (member == L"RawData" || member == L"createRequest") {
             V_VT(&result) = VT_BSTR;
-            V_BSTR(&result) = ::SysAllocString((name_ + L" in Base64").c_str());
+            V_BSTR(&result) = ::SysAllocString(recorder_.answer().c_str());
         }
     }
 

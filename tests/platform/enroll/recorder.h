@@ -18,6 +18,8 @@ struct Recorder {
     std::function<void(const std::wstring& line)> note;
     // What the call is answered with; S_OK lets it succeed.
     std::function<HRESULT(const std::wstring& member)> judge;
+    // The text of a request.
+    std::function<std::wstring()> answer;
 };
 
 // The classes that are stood in for: a name for the notes, the identifier, and that of the interface.

@@ -30,6 +30,8 @@ struct Algorithm {
     const wchar_t* signatureName;
     const char* signatureOid;
     const char* substitution;  // of GOST 28147-89, for messages
+    ALG_ID ephemeralId;        // of pairs for one agreement
+    ALG_ID keyWrapId;          // by which private keys are exported under an agreed key
 };
 
 constexpr char cipherOid[] = "1.2.643.2.2.21";

@@ -110,4 +110,11 @@ SessionKey receive(View transport, const KeyPair& recipient) {
     return session;
 }
 
+SessionKey agreeOn(const KeyPair& own, const KeyPair& other) {
+    Bytes ukm(ukmSize);
+    ukm.front() = 1;
+    return {agree(own.curve, own.secret, other.publicHalf, ukm, agreementDigest(*own.algorithm)),
+            own.algorithm->substitution};
+}
+
 }  // namespace Corvane::Platform::Gost

@@ -34,4 +34,7 @@ Bytes transport(const SessionKey& session, const KeyPair& recipient);
 // Fails with NTE_BAD_DATA where it was not made for that key.
 SessionKey receive(View transport, const KeyPair& recipient);
 
+// The key that both pairs agree on, with a fixed UKM: for private keys on their way between two containers.
+SessionKey agreeOn(const KeyPair& own, const KeyPair& other);
+
 }  // namespace Corvane::Platform::Gost

@@ -48,6 +48,34 @@ HCRYPTKEY addSession(SessionKey session, bool exportable) {
     return keys.add(std::move(key));
 }
 
+// A pair that no container keeps.
+HCRYPTKEY addEphemeral(const Algorithm& algorithm) {
+    auto key = std::make_unique<Key>();
+    key->pair = makeKeyPair(algorithm, algorithm.curve);
+    key->exportable = true;
+    return keys.add(std::move(key));
+}
+
+HCRYPTKEY addAgreed(const KeyPair& own, const KeyPair& other) {
+    auto key = std::make_unique<Key>();
+    key->session = agreeOn(own, other);
+    key->isAgreed = true;
+    return keys.add(std::move(key));
+}
+
+// A private key under an agreed one, in the one direction or the other.
+Bytes crypted(const Key& agreed, View der, bool encrypt) {
+    if (!agreed.wrapsKeys)
+        fail(NTE_BAD_KEY);
+    Bytes bytes(der.begin(), der.end());
+    const Cipher cipher = openCipher(agreed.session.substitution, GCRY_CIPHER_MODE_CFB, false,
+                                     agreed.session.key, Bytes(blockSize));
+    if ((encrypt ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(cipher.get(), bytes.data(), bytes.size(),
+                                                                  nullptr, 0))
+        fail(NTE_FAIL);
+    return bytes;
+}
+
 HCRYPTKEY generate(const Context& context, ALG_ID id, DWORD flags) {
     constexpr DWORD known = CRYPT_EXPORTABLE | CRYPT_USER_PROTECTED | CRYPT_ARCHIVABLE;
     if (flags & 0xFFFF & ~known)
@@ -55,6 +83,8 @@ HCRYPTKEY generate(const Context& context, ALG_ID id, DWORD flags) {
     const bool exportable = (flags & CRYPT_EXPORTABLE) != 0;
     if (id == cipherId)
         return addSession({randomBytes(sessionKeySize), context.algorithm->substitution}, exportable);
+    if (id == context.algorithm->ephemeralId)
+        return addEphemeral(*context.algorithm);
     const DWORD spec = specOf(context, id);
     const std::wstring& container = containerOf(context);
     const StoredKey stored{makeKeyPair(*context.algorithm, context.algorithm->curve), exportable, {}};
@@ -71,11 +101,15 @@ StoredKey userKey(const Context& context, DWORD spec) {
     return *stored;
 }
 
-HCRYPTKEY importPublic(const Context& context, View der) {
+HCRYPTKEY importPublic(const Context& context, View der, HCRYPTKEY with) {
     auto key = std::make_unique<Key>();
     key->pair = readPublicKeyInfo(der);
     if (key->pair.algorithm != context.algorithm)
         fail(NTE_BAD_ALGID);
+    if (with && keys.get(with).pair.secret.empty())
+        fail(NTE_BAD_KEY);
+    if (with)
+        return addAgreed(keys.get(with).pair, key->pair);
     key->exportable = true;
     return keys.add(std::move(key));
 }
@@ -97,9 +131,10 @@ HCRYPTKEY import(const Context& context, View bytes, HCRYPTKEY with, DWORD flags
     if (head.bVersion != CUR_BLOB_VERSION)
         fail(NTE_BAD_VER);
     if (head.bType == PUBLICKEYBLOB)
-        return importPublic(context, der);
+        return importPublic(context, der, with);
     if (head.bType == PRIVATEKEYBLOB)
-        return importPrivate(context, der, flags);
+        return with ? importPrivate(context, crypted(keys.get(with), der, false), flags)
+                    : importPrivate(context, der, flags);
     if (head.bType != SIMPLEBLOB)
         fail(NTE_BAD_TYPE);
     const KeyPair pair = with ? keys.get(with).pair : userKey(context, AT_KEYEXCHANGE).pair;
@@ -114,7 +149,7 @@ Bytes exportKey(const Key& key, HCRYPTKEY with, DWORD type) {
             fail(NTE_BAD_KEY);
         return blob(SIMPLEBLOB, cipherId, transport(key.session, keys.get(with).pair));
     }
-    if (with)
+    if (with && type != PRIVATEKEYBLOB)
         fail(NTE_BAD_KEY);
     if (key.isSession() || (type != PUBLICKEYBLOB && type != PRIVATEKEYBLOB))
         fail(NTE_BAD_TYPE);
@@ -123,7 +158,8 @@ Bytes exportKey(const Key& key, HCRYPTKEY with, DWORD type) {
         return blob(PUBLICKEYBLOB, id, publicKeyInfo(key.pair));
     if (key.pair.secret.empty() || !key.exportable)
         fail(NTE_BAD_KEY_STATE);
-    return blob(PRIVATEKEYBLOB, id, privateKeyInfo(key.pair));
+    const Bytes der = privateKeyInfo(key.pair);
+    return blob(PRIVATEKEYBLOB, id, with ? crypted(keys.get(with), der, true) : der);
 }
 
 Bytes numberParameter(const Key& key, DWORD which) {
@@ -172,6 +208,10 @@ void setParameter(const Context& context, Key& key, DWORD which, const BYTE* val
         storeKey(context.container, key.spec, stored);
     } else if (which == substitutionParameter && key.isSession()) {
         key.session.substitution = reinterpret_cast<const char*>(value);
+    } else if (which == KP_ALGID && key.isAgreed) {
+        ALG_ID id = 0;
+        std::memcpy(&id, value, sizeof id);
+        key.wrapsKeys = id == context.algorithm->keyWrapId ? true : (fail(NTE_BAD_ALGID), false);
     } else {
         fail(NTE_BAD_TYPE);
     }

@@ -21,6 +21,8 @@ struct Key {
     DWORD spec = 0;  // of a key of the container
     bool exportable = false;
     SessionKey session;
+    bool isAgreed = false;   // the session is one that two pairs agree on
+    bool wrapsKeys = false;  // and private keys may be exported under it
     Bytes iv;
     Cipher running;  // null before the first and after the last block
 
