@@ -27,17 +27,19 @@ class ImportPatch {
 public:
     template <class Function>
     ImportPatch(Function* function, Function* replacement, HMODULE importer = ::GetModuleHandleW(nullptr))
-        : slot_(find(reinterpret_cast<void*>(function), importer)), original_(slot_) {
-        put(reinterpret_cast<void*>(replacement));
+        : slot_(find(reinterpret_cast<void*>(function), importer)),
+          original_(slot_),
+          replacement_(reinterpret_cast<void*>(replacement)) {
+        putIntoSlot(slot_, replacement_);
     }
     // The same by the name of the function: the headers of some libraries do not declare it as imported, and
     // another stand-in may be in its place already.
     template <class Function>
     ImportPatch(const char* name, Function* replacement, HMODULE importer = ::GetModuleHandleW(nullptr))
-        : slot_(find(name, importer)), original_(slot_) {
-        put(reinterpret_cast<void*>(replacement));
+        : slot_(find(name, importer)), original_(slot_), replacement_(reinterpret_cast<void*>(replacement)) {
+        putIntoSlot(slot_, replacement_);
     }
-    ~ImportPatch() { put(original_); }
+    ~ImportPatch() { putIntoSlot(slot_, original_); }
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
 
@@ -45,6 +47,15 @@ public:
     template <class Function>
     Function* original() const noexcept {
         return reinterpret_cast<Function*>(original_);
+    }
+
+    // For after a call of the original: the first one of a library that is loaded then puts the function
+    // itself into the table.
+    void renew() noexcept {
+        if (slot_ == replacement_)
+            return;
+        original_ = slot_;
+        putIntoSlot(slot_, replacement_);
     }
 
 private:
@@ -71,10 +82,9 @@ private:
         return found ? *found : throw std::runtime_error("the function is not imported");
     }
 
-    void put(void* value) noexcept { putIntoSlot(slot_, value); }
-
     void*& slot_;
     void* original_;  // read from the slot: the compiler takes the function's address for a constant
+    void* replacement_;
 };
 
 }  // namespace Corvane::Test

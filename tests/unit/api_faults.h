@@ -1,6 +1,7 @@
 // Every call of a family fails once in turn, and what the calls gave is counted until it is given back.
 #pragma once
 
+#include "core/handle.h"
 #include "platform/import_patch.h"
 #include "support.h"
 
@@ -41,7 +42,7 @@ class FailingApi {
 public:
     FailingApi(ApiNumber<number>, Result(WINAPI* function)(Arguments...), int opened = 0)
         : patch_(function, &replacement) {
-        real_ = patch_.template original<Result WINAPI(Arguments...)>();
+        current_ = &patch_;
         opened_ = opened;
     }
 
@@ -49,7 +50,9 @@ private:
     static Result WINAPI replacement(Arguments... arguments) {
         if (opened_ >= 0 && ApiFaults::fails())
             return Result{};
-        const Result result = real_(arguments...);
+        const Result result = current_->original<Result WINAPI(Arguments...)>()(arguments...);
+        const LastErrorKeeper keeper;
+        current_->renew();
         if (result && !wasDeletion(arguments...))
             ApiFaults::open += opened_;
         return result;
@@ -65,7 +68,7 @@ private:
         return false;
     }
 
-    static inline Result(WINAPI* real_)(Arguments...) = nullptr;
+    static inline ImportPatch* current_ = nullptr;
     static inline int opened_ = 0;
     ImportPatch patch_;
 };
