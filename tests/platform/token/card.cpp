@@ -66,10 +66,10 @@ LONG WINAPI SCardReleaseContext(SCARDCONTEXT context) {
                 [&] { return context == theContext ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
 }
 
-LONG WINAPI SCardConnectW(SCARDCONTEXT hContext, LPCWSTR szReader, DWORD dwShareMode, DWORD dwPreferredProtocols,
-                          LPSCARDHANDLE phCard, LPDWORD pdwActiveProtocol) {
-    const std::string what =
-        " " + narrow(szReader) + " " + std::to_string(dwShareMode) + " " + std::to_string(dwPreferredProtocols);
+LONG WINAPI SCardConnectW(SCARDCONTEXT hContext, LPCWSTR szReader, DWORD dwShareMode,
+                          DWORD dwPreferredProtocols, LPSCARDHANDLE phCard, LPDWORD pdwActiveProtocol) {
+    const std::string what = " " + narrow(szReader) + " " + std::to_string(dwShareMode) + " " +
+                             std::to_string(dwPreferredProtocols);
     return call("SCardConnect", what, [&]() -> LONG {
         if (hContext != theContext)
             return SCARD_E_INVALID_HANDLE;
@@ -107,15 +107,17 @@ LONG WINAPI SCardEndTransaction(SCARDHANDLE card, DWORD) {
                 [&] { return card == theCard ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
 }
 
-LONG WINAPI SCardTransmit(SCARDHANDLE hCard, LPCSCARD_IO_REQUEST pioSendPci, LPCBYTE pbSendBuffer, DWORD cbSendLength,
-                          LPSCARD_IO_REQUEST pioRecvPci, LPBYTE pbRecvBuffer, LPDWORD pcbRecvLength) {
+LONG WINAPI SCardTransmit(SCARDHANDLE hCard, LPCSCARD_IO_REQUEST pioSendPci, LPCBYTE pbSendBuffer,
+                          DWORD cbSendLength, LPSCARD_IO_REQUEST pioRecvPci, LPBYTE pbRecvBuffer,
+                          LPDWORD pcbRecvLength) {
     const std::string digits = hex(pbSendBuffer, cbSendLength);
     const std::string what =
         " T" + std::to_string(pioSendPci->dwProtocol - 1) + " " + digits + (pbRecvBuffer ? "" : " length");
     return call("SCardTransmit", what, [&]() -> LONG {
         if (hCard != theCard)
             return SCARD_E_INVALID_HANDLE;
-        if (pioSendPci->dwProtocol != protocolOf(reader) || pioSendPci->cbPciLength != sizeof *pioSendPci || pioRecvPci)
+        if (pioSendPci->dwProtocol != protocolOf(reader) || pioSendPci->cbPciLength != sizeof *pioSendPci ||
+            pioRecvPci)
             return SCARD_E_PROTO_MISMATCH;
         const std::wstring key(digits.begin(), digits.end());
         return give(setting(reader.c_str(), key.c_str(), L"6D00"), pbRecvBuffer, pcbRecvLength);
