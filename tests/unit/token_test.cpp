@@ -114,7 +114,7 @@ TEST(Cryptoki, ChoosesTheModule) {
         const ScratchRegistry registry;
         const wchar_t key[] = L"Software\\ZimVetrel\\VetrelCorvane";
         if (*row.local != L'-') {
-            const DWORD number = static_cast<DWORD>(*row.local - L'0');
+            const auto number = static_cast<DWORD>(*row.local - L'0');
             ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, key, L"UseLocalPkcs11Drivers", REG_DWORD, &number,
                               sizeof number);
         }

@@ -57,7 +57,7 @@ bool awaitEnd(const std::wstring& path, DWORD milliseconds) noexcept {
 
 }  // namespace
 
-ModuleUse::ModuleUse(std::wstring path, DWORD milliseconds) : record_(nullptr) {
+ModuleUse::ModuleUse(std::wstring path, DWORD milliseconds) {
     auto record = std::make_unique<UseRecord>();
     record->path = std::move(path);
     record->thread = ::GetCurrentThreadId();

@@ -29,7 +29,7 @@ public:
     void lose() noexcept;
 
 private:
-    detail::UseRecord* record_;
+    detail::UseRecord* record_ = nullptr;
 };
 
 }  // namespace cryptoki

@@ -59,7 +59,8 @@ std::vector<CK_OBJECT_HANDLE> Session::findObjects(AttributeTemplate wanted) con
 Corvane::Bytes Session::getAttributeValue(CK_OBJECT_HANDLE object, CK_ATTRIBUTE_TYPE type) const {
     return Corvane::twoPass<CryptokiCalls, std::uint8_t, CK_ULONG>(
         [&](std::uint8_t* value, CK_ULONG* size) -> CK_RV {
-            CK_ATTRIBUTE attribute{type, value, *size};
+            CK_ATTRIBUTE attribute{type, nullptr, *size};
+            attribute.pValue = value;
             const CK_RV result = functions().C_GetAttributeValue(handle(), object, &attribute, 1);
             *size = attribute.ulValueLen;
             const bool isUnknown = *size == CK_UNAVAILABLE_INFORMATION;

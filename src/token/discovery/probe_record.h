@@ -62,7 +62,7 @@ struct ProbeRecord {
     ProbedToken tokens[mostTokens];
 };
 
-// The thread's function: loads the module of the record, asks it and unloads it.
-DWORD WINAPI runProbe(void* record) noexcept;
+// The thread's function: loads the module of the ProbeRecord that it is given, asks it and unloads it.
+DWORD WINAPI runProbe(void* data) noexcept;
 
 }  // namespace Corvane::detail

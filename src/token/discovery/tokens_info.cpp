@@ -68,12 +68,6 @@ Json::Value describeToken(const Token& token) {
     return item;
 }
 
-Json::Value describeTokenOf(const std::wstring& containerPath) {
-    const std::vector<Token> tokens = detail::getTokens();
-    const Token* const token = detail::findTokenOf(containerPath, tokens);
-    return token ? describeToken(*token) : Json::Value();
-}
-
 std::wstring getTokensInfo() {
     Json::Value list(Json::arrayValue);
     for (const Token& token : detail::getTokens()) {

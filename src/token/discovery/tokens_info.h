@@ -13,10 +13,6 @@ namespace Corvane::Crypto {
 // the token does not tell) and, where its card answers the question, "certified". Asks the card.
 Json::Value describeToken(const Token& token);
 
-// The same of the token on which a key container lies, by the container's path; null where it lies on none.
-// Asks the drivers, see detail::getTokens().
-Json::Value describeTokenOf(const std::wstring& containerPath);
-
 // The JSON text of a list of all tokens, and of the removable disks that the CSP keeps keys on. Where the CSP
 // knows the carrier there are also "type", "name", "nickname", "media", "gost" and, if it is limited,
 // "maxContainerCount". Takes at most a minute. Any thread.

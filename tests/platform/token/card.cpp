@@ -66,18 +66,18 @@ LONG WINAPI SCardReleaseContext(SCARDCONTEXT context) {
                 [&] { return context == theContext ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
 }
 
-LONG WINAPI SCardConnectW(SCARDCONTEXT context, LPCWSTR name, DWORD mode, DWORD protocols, LPSCARDHANDLE card,
-                          LPDWORD protocol) {
-    const std::string what =
-        " " + narrow(name) + " " + std::to_string(mode) + " " + std::to_string(protocols);
+LONG WINAPI SCardConnectW(SCARDCONTEXT hContext, LPCWSTR szReader, DWORD dwShareMode,
+                          DWORD dwPreferredProtocols, LPSCARDHANDLE phCard, LPDWORD pdwActiveProtocol) {
+    const std::string what = " " + narrow(szReader) + " " + std::to_string(dwShareMode) + " " +
+                             std::to_string(dwPreferredProtocols);
     return call("SCardConnect", what, [&]() -> LONG {
-        if (context != theContext)
+        if (hContext != theContext)
             return SCARD_E_INVALID_HANDLE;
         for (const std::wstring& each : sections()) {
-            if (each == name && each != L"service") {
+            if (each == szReader && each != L"service") {
                 reader = each;
-                *card = theCard;
-                *protocol = protocolOf(each);
+                *phCard = theCard;
+                *pdwActiveProtocol = protocolOf(each);
                 return SCARD_S_SUCCESS;
             }
         }
@@ -107,17 +107,19 @@ LONG WINAPI SCardEndTransaction(SCARDHANDLE card, DWORD) {
                 [&] { return card == theCard ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
 }
 
-LONG WINAPI SCardTransmit(SCARDHANDLE card, LPCSCARD_IO_REQUEST control, LPCBYTE command, DWORD size,
-                          LPSCARD_IO_REQUEST back, LPBYTE out, LPDWORD outSize) {
-    const std::string digits = hex(command, size);
+LONG WINAPI SCardTransmit(SCARDHANDLE hCard, LPCSCARD_IO_REQUEST pioSendPci, LPCBYTE pbSendBuffer,
+                          DWORD cbSendLength, LPSCARD_IO_REQUEST pioRecvPci, LPBYTE pbRecvBuffer,
+                          LPDWORD pcbRecvLength) {
+    const std::string digits = hex(pbSendBuffer, cbSendLength);
     const std::string what =
-        " T" + std::to_string(control->dwProtocol - 1) + " " + digits + (out ? "" : " length");
+        " T" + std::to_string(pioSendPci->dwProtocol - 1) + " " + digits + (pbRecvBuffer ? "" : " length");
     return call("SCardTransmit", what, [&]() -> LONG {
-        if (card != theCard)
+        if (hCard != theCard)
             return SCARD_E_INVALID_HANDLE;
-        if (control->dwProtocol != protocolOf(reader) || control->cbPciLength != sizeof *control || back)
+        if (pioSendPci->dwProtocol != protocolOf(reader) || pioSendPci->cbPciLength != sizeof *pioSendPci ||
+            pioRecvPci)
             return SCARD_E_PROTO_MISMATCH;
         const std::wstring key(digits.begin(), digits.end());
-        return give(setting(reader.c_str(), key.c_str(), L"6D00"), out, outSize);
+        return give(setting(reader.c_str(), key.c_str(), L"6D00"), pbRecvBuffer, pcbRecvLength);
     });
 }

@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <string_view>
 
-extern "C" IMAGE_DOS_HEADER __ImageBase;
-
 namespace Corvane::Platform {
 namespace {
 
@@ -15,8 +13,11 @@ std::wstring iniFile() {
 }  // namespace
 
 std::wstring besideModule(const wchar_t* extension) {
+    // Asking the loader for the module by a function's address would wait for it where a test hangs in it.
+    MEMORY_BASIC_INFORMATION memory{};
+    ::VirtualQuery(reinterpret_cast<const void*>(&besideModule), &memory, sizeof memory);
     wchar_t path[1024];
-    ::GetModuleFileNameW(reinterpret_cast<HMODULE>(&__ImageBase), path, 1024);
+    ::GetModuleFileNameW(static_cast<HMODULE>(memory.AllocationBase), path, 1024);
     const std::wstring_view whole = path;
     return std::wstring(whole.substr(0, whole.rfind(L'.'))) + extension;
 }
