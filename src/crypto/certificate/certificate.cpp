@@ -37,10 +37,7 @@ Certificate createEncoded(const Bytes& encoded) {
 
 }  // namespace
 
-Certificate::Certificate(CertificateContext context)
-    : context_(std::make_shared<const CertificateContext>(std::move(context))) {}
-
-Certificate Certificate::duplicate(PCCERT_CONTEXT context) {
+Certificate Certificate::duplicate(PCCERT_CONTEXT context) noexcept {
     return Certificate(CertificateContext(::CertDuplicateCertificateContext(context)));
 }
 
@@ -115,9 +112,12 @@ void Certificate::setArchived(bool archived) {
 
 Bytes Certificate::getHash() const {
     writeLog(LogLevel::debug, L"Corvane::Certificate::getHash", L"");
-    return twoPass<BYTE>(E_CERT_HASH, L"CertGetCertificateContextProperty", [&](BYTE* buffer, DWORD* size) {
-        return ::CertGetCertificateContextProperty(context(), CERT_HASH_PROP_ID, buffer, size);
-    });
+    constexpr DWORD sha1Size = 20;
+    Bytes hash(sha1Size);
+    DWORD size = sha1Size;
+    checkCrypto(::CertGetCertificateContextProperty(context(), CERT_HASH_PROP_ID, hash.data(), &size),
+                E_CERT_HASH, L"CertGetCertificateContextProperty");
+    return hash;
 }
 
 Bytes Certificate::getCertProperty(DWORD property) const {

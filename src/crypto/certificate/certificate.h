@@ -7,6 +7,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Corvane {
@@ -24,10 +25,15 @@ using Certificates = std::vector<SharedCertificate>;
 class Certificate {
 public:
     // Takes the context over; it must not be null.
-    explicit Certificate(CertificateContext context);
+    explicit Certificate(CertificateContext context) noexcept : context_(std::move(context)) {}
+    Certificate(Certificate&&) noexcept = default;
+    Certificate& operator=(Certificate&&) noexcept = default;
+    Certificate(const Certificate& other) noexcept : Certificate(duplicate(other.context())) {}
+    Certificate& operator=(const Certificate& other) noexcept { return *this = Certificate(other); }
+    ~Certificate() = default;
 
     // Shares a context that somebody else owns, as CryptoAPI counts references.
-    static Certificate duplicate(PCCERT_CONTEXT context);
+    static Certificate duplicate(PCCERT_CONTEXT context) noexcept;
 
     // A certificate from Base64 text with or without a PEM header; bytes that begin with 0x1E go to the
     // system as they are. DER begins with 0x30 and so is taken for text, on purpose: callers pass text.
@@ -36,7 +42,7 @@ public:
     static Certificate create(const Bytes& bytes);
 
     // Valid as long as this object or a copy of it lives.
-    PCCERT_CONTEXT context() const noexcept { return context_->get(); }
+    PCCERT_CONTEXT context() const noexcept { return context_.get(); }
 
     // CertGetNameStringW: `typeParameter` is what the type asks for (an object identifier or nothing).
     std::wstring getValue(DWORD type, DWORD flags, const void* typeParameter) const;
@@ -95,7 +101,7 @@ private:
     const CERT_INFO& info() const noexcept { return *context()->pCertInfo; }
     bool hasProperty(DWORD property) const;
 
-    std::shared_ptr<const CertificateContext> context_;
+    CertificateContext context_;
 };
 
 // For the log: display name and thumbprint.
