@@ -8,6 +8,7 @@
 #include "crypto/api/encoding.h"
 #include "crypto/api/message_size.h"
 
+#include <algorithm>
 #include <ostream>
 #include <span>
 #include <stdexcept>
@@ -110,14 +111,22 @@ void Certificate::setArchived(bool archived) {
                 E_CERT_SET_PROPERTY, L"CertSetCertificateContextProperty");
 }
 
-Bytes Certificate::getHash() const {
-    writeLog(LogLevel::debug, L"Corvane::Certificate::getHash", L"");
-    constexpr DWORD sha1Size = 20;
-    Bytes hash(sha1Size);
-    DWORD size = sha1Size;
+Certificate::Sha1 Certificate::readHash() const {
+    Sha1 hash;
+    auto size = static_cast<DWORD>(hash.size());
     checkCrypto(::CertGetCertificateContextProperty(context(), CERT_HASH_PROP_ID, hash.data(), &size),
                 E_CERT_HASH, L"CertGetCertificateContextProperty");
     return hash;
+}
+
+Bytes Certificate::getHash() const {
+    writeLog(LogLevel::debug, L"Corvane::Certificate::getHash", L"");
+    const Sha1 hash = readHash();
+    return {hash.begin(), hash.end()};
+}
+
+bool Certificate::hasHash(const Bytes& hash) const {
+    return std::ranges::equal(readHash(), hash);
 }
 
 Bytes Certificate::getCertProperty(DWORD property) const {

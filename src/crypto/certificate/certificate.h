@@ -4,6 +4,8 @@
 #include "binary/bytes.h"
 #include "core/handles.h"
 
+#include <array>
+#include <cstdint>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -24,7 +26,7 @@ using Certificates = std::vector<SharedCertificate>;
 // What reads text or properties throws CryptoException E_CERT_PROPERTY where nothing else is said.
 class Certificate {
 public:
-    // Takes the context over; it must not be null.
+    // Takes the context over; it must not be null unless it is replaced before anything is asked.
     explicit Certificate(CertificateContext context) noexcept : context_(std::move(context)) {}
     Certificate(Certificate&&) noexcept = default;
     Certificate& operator=(Certificate&&) noexcept = default;
@@ -40,6 +42,9 @@ public:
     // Throws std::out_of_range for no bytes, CryptoException E_CRYPTO_PEM_TO_BYTES where they are not
     // Base64, E_CERT_INVALID where they are no certificate.
     static Certificate create(const Bytes& bytes);
+
+    // Gives the context away; nothing else may be asked afterwards.
+    CertificateContext detach() noexcept { return std::move(context_); }
 
     // Valid as long as this object or a copy of it lives.
     PCCERT_CONTEXT context() const noexcept { return context_.get(); }
@@ -63,6 +68,8 @@ public:
 
     // The SHA-1 thumbprint, 20 bytes. Throws CryptoException E_CERT_HASH.
     Bytes getHash() const;
+    // The same question without a log line, for searches.
+    bool hasHash(const Bytes& hash) const;
     Bytes getCertProperty(DWORD property) const;
 
     // Most significant byte first, as in the encoding.
@@ -100,6 +107,8 @@ public:
 private:
     const CERT_INFO& info() const noexcept { return *context()->pCertInfo; }
     bool hasProperty(DWORD property) const;
+    using Sha1 = std::array<std::uint8_t, 20>;
+    Sha1 readHash() const;
 
     CertificateContext context_;
 };
