@@ -1,6 +1,7 @@
-// Operations on messages beside the bare calls of the system's functions: how long they take, and the memory that
-// those on streams hold. The library that the first argument names (tests/platform) is loaded before, so that both
-// use its message functions. The component must be registered, and the keys of tests/platform/prepare be there.
+// Operations on messages beside the bare calls of the system's functions: how long they take, and the memory
+// that those on streams hold. The library that the first argument names (tests/platform) is loaded before, so
+// that both use its message functions. The component must be registered, and the keys of
+// tests/platform/prepare be there.
 #include "bench/hollow_stream.h"
 #include "bench/measure.h"
 #include "bench/trusted_service.h"
@@ -42,14 +43,15 @@ constexpr int turns = 4;
 char sha256[] = szOID_NIST_sha256;
 
 SharedCertificate leaf(const wchar_t* name) {
-    return Corvane::Crypto::findCertificate(LR"({"storeName": "My", "storeLocation": "user", "name": "Leaf )" +
-                                            std::wstring(name) + L"\"}");
+    return Corvane::Crypto::findCertificate(
+        LR"({"storeName": "My", "storeLocation": "user", "name": "Leaf )" + std::wstring(name) + L"\"}");
 }
 
 // The key of a certificate, for the bare calls.
 struct Key {
     explicit Key(const Corvane::Certificate& certificate) {
-        must(::CryptAcquireCertificatePrivateKey(certificate.context(), 0, nullptr, &provider, &spec, &isOwned),
+        must(::CryptAcquireCertificatePrivateKey(certificate.context(), 0, nullptr, &provider, &spec,
+                                                 &isOwned),
              "CryptAcquireCertificatePrivateKey");
     }
     ~Key() {
@@ -152,8 +154,8 @@ void decrypt(IBinaryStream& input, const Corvane::Certificate& recipient) {
     });
 }
 
-// ours(input, output) beside peer(input), each with a new `open`(watch) for its input: the time, the best of turns that
-// alternate, and the memory, of a turn of its own.
+// ours(input, output) beside peer(input), each with a new `open`(watch) for its input: the time, the best of
+// turns that alternate, and the memory, of a turn of its own.
 template <class Open, class Ours, class Peer>
 void compareStreams(const char* work, const char* peerName, double wanted, Open open, Ours ours, Peer peer) {
     const auto run = [&](Watch* watch) {
@@ -231,8 +233,8 @@ void verifyBare(const Bytes& message, const Bytes& data, const std::function<voi
     DWORD sizes[] = {static_cast<DWORD>(data.size())};
     for (LONG index = 0; index < count; ++index) {
         Corvane::CertificateContext signer;
-        must(::CryptVerifyDetachedMessageSignature(&how, static_cast<DWORD>(index), message.data(), length, 1, blocks,
-                                                   sizes, signer.put()),
+        must(::CryptVerifyDetachedMessageSignature(&how, static_cast<DWORD>(index), message.data(), length, 1,
+                                                   blocks, sizes, signer.put()),
              "CryptVerifyDetachedMessageSignature");
         use(signer.get());
     }
@@ -266,7 +268,8 @@ public:
                 digits += L"0123456789ABCDEF"[digit];
         }
         ComPtr<IBinaryObject> object;
-        must(SUCCEEDED(service->BinaryObjectFromHex(Bstr(digits).get(), object.put())), "BinaryObjectFromHex");
+        must(SUCCEEDED(service->BinaryObjectFromHex(Bstr(digits).get(), object.put())),
+             "BinaryObjectFromHex");
         return object;
     }
 
@@ -308,7 +311,8 @@ void compareShort() {
         "VerifySignature, 1 KiB", "CryptVerifyDetachedMes...", 1.05,
         [&] {
             ComPtr<ICertificateCollection> signers;
-            must(SUCCEEDED(objects.crypto->VerifySignature(binary.get(), signature.get(), none, signers.put())),
+            must(SUCCEEDED(
+                     objects.crypto->VerifySignature(binary.get(), signature.get(), none, signers.put())),
                  "VerifySignature");
         },
         [&] { verifyBare(message, data, [](PCCERT_CONTEXT signer) { keep(signer); }); });
@@ -342,8 +346,9 @@ void compareShort() {
 class FilledStore {
 public:
     FilledStore(const Corvane::Certificate& sample, unsigned count) {
-        const Corvane::CertificateStoreHandle store(::CertOpenStore(
-            CERT_STORE_PROV_SYSTEM_W, 0, 0, CERT_SYSTEM_STORE_CURRENT_USER, static_cast<const wchar_t*>(name)));
+        const Corvane::CertificateStoreHandle store(::CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0,
+                                                                    CERT_SYSTEM_STORE_CURRENT_USER,
+                                                                    static_cast<const wchar_t*>(name)));
         must(store.get() != nullptr, "CertOpenStore");
         Bytes encoded = sample.getContent();
         const Bytes serial = sample.getSerialNumber();
@@ -357,7 +362,8 @@ public:
         }
     }
     ~FilledStore() {
-        ::RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\Microsoft\\SystemCertificates\\" + std::wstring(name)).c_str());
+        ::RegDeleteTreeW(HKEY_CURRENT_USER,
+                         (L"Software\\Microsoft\\SystemCertificates\\" + std::wstring(name)).c_str());
     }
     FilledStore(const FilledStore&) = delete;
     FilledStore& operator=(const FilledStore&) = delete;
@@ -369,11 +375,11 @@ void compareSearch() {
     constexpr unsigned count = 2000;
     const FilledStore filled(*leaf(L"rsa-1"), count);
     const auto store = Corvane::CertificateStore::open(Corvane::userStores, FilledStore::name, true, false);
-    const auto filter =
-        Corvane::detail::CertCustomFilterFn::parse(LR"({"hash": "000102030405060708090A0B0C0D0E0F10111213"})");
-    const Corvane::CertificateStoreHandle bare(
-        ::CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, CERT_SYSTEM_STORE_CURRENT_USER | CERT_STORE_READONLY_FLAG,
-                        static_cast<const wchar_t*>(FilledStore::name)));
+    const auto filter = Corvane::detail::CertCustomFilterFn::parse(
+        LR"({"hash": "000102030405060708090A0B0C0D0E0F10111213"})");
+    const Corvane::CertificateStoreHandle bare(::CertOpenStore(
+        CERT_STORE_PROV_SYSTEM_W, 0, 0, CERT_SYSTEM_STORE_CURRENT_USER | CERT_STORE_READONLY_FLAG,
+        static_cast<const wchar_t*>(FilledStore::name)));
     compareRatio(
         "hash among 2,000 certificates", "the store's enumeration", 1.3,
         [&] { must(store->getCertificates(filter, false).empty(), "getCertificates"); },

@@ -3,8 +3,9 @@
 //     cscript //nologo check_certificate.js CERTIFICATE [FLAGS]
 //
 // CERTIFICATE is a file of Base64 text, with or without the lines of PEM around it. FLAGS is the sum of what the system is
-// to do besides: 536870912 (0x20000000) looks up the revocation of the whole chain but the root, and may wait for the
-// network; with -2147483648 (0x80000000) added it keeps to what the machine has already. Ends with status 1 when the certificate is not trusted.
+// to do besides: 0x40000000 looks up the revocation of the whole chain but its root, and may wait for the network; with
+// 0x80000000 added (0xC0000000) it keeps to what the machine has already. Ends with status 1 when the certificate is not
+// trusted.
 
 var bytes = new ActiveXObject("VetrelCorvane2.BinaryObjectService");
 var crypto = new ActiveXObject("VetrelCorvane2.CryptoService");
@@ -24,7 +25,7 @@ if (WScript.Arguments.length < 1) {
     WScript.Quit(2);
 }
 var certificate = crypto.CreateCertificateFromContent(bytes.BinaryObjectFromFile(WScript.Arguments(0)));
-var flags = WScript.Arguments.length > 1 ? Number(WScript.Arguments(1)) : 0;
+var flags = WScript.Arguments.length > 1 ? Number(WScript.Arguments(1)) | 0 : 0; // 32 bits with a sign
 var outcome = null;
 // Looking up a revocation can take its time, so the answer comes later; a page stays alive meanwhile.
 crypto.VerifyCertificateAsync(certificate, flags, function (status, error) {

@@ -87,7 +87,8 @@ Certificates CertificateStore::getCertificates(const CertificateFilter& filter, 
             continue;
         }
         context = Certificate(*certificate).detach();
-        certificates.push_back(std::exchange(certificate, std::make_shared<Certificate>(CertificateContext())));
+        certificates.push_back(
+            std::exchange(certificate, std::make_shared<Certificate>(CertificateContext())));
         if (firstOnly)
             return certificates;
     }
