@@ -6,8 +6,8 @@
 #include "bench/measure.h"
 #include "bench/trusted_service.h"
 #include "com/runtime/automation.h"
-#include "core/utf8.h"
 #include "crypto/api/encoding.h"
+#include "crypto/certificate/certificate_filter.h"
 #include "crypto/certificate/certificate_search.h"
 #include "crypto/certificate/certificate_store.h"
 #include "crypto/message/inspect.h"
@@ -18,7 +18,12 @@
 
 #include <wincrypt.h>
 
+#include <algorithm>
+#include <cstring>
+#include <functional>
 #include <initializer_list>
+#include <memory>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -81,7 +86,7 @@ void forEachBlock(IBinaryStream& input, Use use) {
     }
 }
 
-void hash(IBinaryStream& input) {
+void hashBare(IBinaryStream& input) {
     Corvane::CryptProvider provider;
     Corvane::CryptHash digest;
     must(::CryptAcquireContextW(provider.put(), nullptr, nullptr, PROV_RSA_AES, CRYPT_VERIFYCONTEXT) &&
@@ -102,7 +107,7 @@ void encode(IBinaryStream& input, DWORD type, const void* info) {
     });
 }
 
-void signAttached(IBinaryStream& input, const Corvane::Certificate& certificate) {
+void signAttachedBare(IBinaryStream& input, const Corvane::Certificate& certificate) {
     const Key key(certificate);
     CMSG_SIGNER_ENCODE_INFO signer{};
     signer.cbSize = sizeof(signer);
@@ -120,7 +125,7 @@ void signAttached(IBinaryStream& input, const Corvane::Certificate& certificate)
     encode(input, CMSG_SIGNED, &info);
 }
 
-void encrypt(IBinaryStream& input, const Corvane::Certificate& recipient) {
+void encryptBare(IBinaryStream& input, const Corvane::Certificate& recipient) {
     Corvane::CryptProvider provider;
     must(::CryptAcquireContextW(provider.put(), nullptr, nullptr, PROV_RSA_AES, CRYPT_VERIFYCONTEXT),
          "CryptAcquireContextW");
@@ -135,7 +140,7 @@ void encrypt(IBinaryStream& input, const Corvane::Certificate& recipient) {
     encode(input, CMSG_ENVELOPED, &info);
 }
 
-void decrypt(IBinaryStream& input, const Corvane::Certificate& recipient) {
+void decryptBare(IBinaryStream& input, const Corvane::Certificate& recipient) {
     const Key key(recipient);
     CMSG_STREAM_INFO stream{CMSG_INDEFINITE_LENGTH, ignore, nullptr};
     const Corvane::CryptMessageHandle message(
@@ -183,15 +188,15 @@ void compareStreams() {
             provider->sign(input, output, *certificate, attached, false, nullptr);
         };
     };
-    compareStreams("detached signature, stream", "hashing in such blocks", 1.1, hollow, signing(false), hash);
+    compareStreams("detached signature, stream", "hashing in such blocks", 1.1, hollow, signing(false), hashBare);
     compareStreams("attached signature, stream", "CryptMsgUpdate", 1.15, hollow, signing(true),
-                   [&](IBinaryStream& input) { signAttached(input, *certificate); });
+                   [&](IBinaryStream& input) { signAttachedBare(input, *certificate); });
     const auto encrypting = [&](IBinaryStream& input, IBinaryStream& output) {
         provider->encrypt(input, output, {certificate}, nullptr);
     };
     compareStreams("encryption, stream", "CryptMsgUpdate", 1.15, hollow, encrypting,
-                   [&](IBinaryStream& input) { encrypt(input, *certificate); });
-    const auto message = std::make_shared<MemoryStream>();
+                   [&](IBinaryStream& input) { encryptBare(input, *certificate); });
+    auto message = std::make_shared<MemoryStream>();
     encrypting(*hollow(nullptr), *message);
     compareStreams(
         "decryption, stream", "CryptMsgUpdate", 1.15,
@@ -200,7 +205,7 @@ void compareStreams() {
             return message;
         },
         [&](IBinaryStream& input, IBinaryStream& output) { provider->decrypt(input, output, nullptr); },
-        [&](IBinaryStream& input) { decrypt(input, *certificate); });
+        [&](IBinaryStream& input) { decryptBare(input, *certificate); });
 }
 
 Bytes signBare(const Bytes& data, const Corvane::Certificate& certificate) {
@@ -268,7 +273,7 @@ public:
                 digits += L"0123456789ABCDEF"[digit];
         }
         ComPtr<IBinaryObject> object;
-        must(SUCCEEDED(service->BinaryObjectFromHex(Bstr(digits).get(), object.put())),
+        must(SUCCEEDED(service_->BinaryObjectFromHex(Bstr(digits).get(), object.put())),
              "BinaryObjectFromHex");
         return object;
     }
@@ -278,7 +283,7 @@ public:
 
 private:
     bench::Trust trust_;
-    ComPtr<IBinaryObjectService> service = bench::trustedService();
+    ComPtr<IBinaryObjectService> service_ = bench::trustedService();
 };
 
 void compareRatio(const char* work, const char* peerName, double wanted, const bench::Work& ours,
@@ -352,7 +357,7 @@ public:
         must(store.get() != nullptr, "CertOpenStore");
         Bytes encoded = sample.getContent();
         const Bytes serial = sample.getSerialNumber();
-        const auto at = std::ranges::search(encoded, serial).begin();
+        const auto at = std::search(encoded.begin(), encoded.end(), serial.begin(), serial.end());
         for (unsigned i = 0; i < count; ++i) {
             std::memcpy(&*at + 1, &i, sizeof(i));  // behind the first byte, which is not to become negative
             must(::CertAddEncodedCertificateToStore(store.get(), messageEncoding, encoded.data(),
