@@ -1,10 +1,9 @@
-# corvane_add_type_library(<target> <idl file> [<imported idl file>...] [SHARED <interface>+<interface>...])
+# corvane_add_type_library(<target> <idl file> [<imported idl file>...])
 # Compiles an IDL file with the toolchain's widl, for the bitness that is being built. <target> is a library that holds
 # the GUIDs and brings the include folder of <name>_h.h, of methods/<interface>.h, the declarations of an interface's
-# methods for the body of a class, and of methods/members.h, tables of all members for late binding; its property TYPE_LIBRARY is the path of <name>.tlb. For each pair of SHARED interfaces
-# there are also methods/<one>+<other>.h, what both declare alike, and <one>-<other>.h, <other>-<one>.h with the rest.
+# methods for the body of a class, and of methods/members.h, tables of all members for late binding; its property
+# TYPE_LIBRARY is the path of <name>.tlb.
 function(corvane_add_type_library target idl)
-    cmake_parse_arguments(PARSE_ARGV 2 CORVANE "" "" SHARED)
     find_program(CORVANE_WIDL_PROGRAM NAMES ${CORVANE_WIDL} widl REQUIRED)
     find_package(Python3 REQUIRED COMPONENTS Interpreter)
     set(timeless ${PROJECT_SOURCE_DIR}/cmake/timeless_type_library.py)
@@ -35,7 +34,7 @@ function(corvane_add_type_library target idl)
         COMMAND ${widl} -u -o ${guids} ${idl}
         COMMAND ${widl} -t -o ${library} ${idl}
         COMMAND ${Python3_EXECUTABLE} ${timeless} ${library}
-        DEPENDS ${idl} ${CORVANE_UNPARSED_ARGUMENTS} ${timeless} ${CMAKE_BINARY_DIR}/generated/core/version.h
+        DEPENDS ${idl} ${ARGN} ${timeless} ${CMAKE_BINARY_DIR}/generated/core/version.h
         COMMENT "Compiling the type library ${name}.tlb"
         VERBATIM
     )
@@ -46,17 +45,9 @@ function(corvane_add_type_library target idl)
     file(STRINGS ${idl} interfaces REGEX "^interface I[A-Za-z0-9]+ :")
     list(TRANSFORM interfaces REPLACE "^interface (I[A-Za-z0-9]+) :.*$" "${folder}/methods/\\1.h")
     list(APPEND interfaces ${folder}/methods/members.h)
-    foreach(pair IN LISTS CORVANE_SHARED)
-        string(REGEX MATCH "^(.*)[+](.*)$" pair ${pair})
-        list(APPEND interfaces
-            ${folder}/methods/${pair}.h
-            ${folder}/methods/${CMAKE_MATCH_1}-${CMAKE_MATCH_2}.h
-            ${folder}/methods/${CMAKE_MATCH_2}-${CMAKE_MATCH_1}.h
-        )
-    endforeach()
     add_custom_command(
         OUTPUT ${interfaces}
-        COMMAND Python3::Interpreter ${make_declarations} ${idl} ${folder}/methods ${CORVANE_SHARED}
+        COMMAND Python3::Interpreter ${make_declarations} ${idl} ${folder}/methods
         DEPENDS ${idl} ${make_declarations} ${PROJECT_SOURCE_DIR}/tools/lib/idl.py
         COMMENT "Declaring the methods of ${name}.idl"
         VERBATIM

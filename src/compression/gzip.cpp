@@ -1,11 +1,11 @@
 #include "compression/gzip.h"
 
 #include "compression/inflater.h"
-#include "compression/output_range.h"
 #include "compression/sink.h"
 #include "core/errors.h"
 #include "core/exception.h"
 #include "core/log.h"
+#include "stream/output_range.h"
 #include "stream/stream_loop.h"
 
 #include <algorithm>
@@ -163,7 +163,7 @@ void gzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
              L" [in] output: ", output, L" [in] mode: ", mode);
     if (&input == &output)
         throw Exception(E_GZIP_OPEN);
-    OutputRange range(output);
+    Stream::OutputRange range(output);
     const Sink sink = range.sink();
     Deflater deflater(zlibLevel(mode));
     Stream::forEachBlock(input, pieceSize, progress,
@@ -178,7 +178,7 @@ void ungzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output
              L" [in] output: ", output);
     if (&input == &output)
         throw Exception(E_UNGZIP);
-    OutputRange range(output);
+    Stream::OutputRange range(output);
     const Sink sink = range.sink();
     MemberReader reader;
     Stream::forEachBlock(input, pieceSize, progress,

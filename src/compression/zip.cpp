@@ -1,12 +1,12 @@
 #include "compression/zip.h"
 
-#include "compression/output_range.h"
 #include "compression/sink.h"
 #include "compression/unzip_file.h"
 #include "compression/zip_file.h"
 #include "core/errors.h"
 #include "core/exception.h"
 #include "core/log.h"
+#include "stream/output_range.h"
 #include "stream/stream_loop.h"
 
 #include <utility>
@@ -58,7 +58,7 @@ void zipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output, c
     if (&input == &output)
         throw Exception(E_ZIP_OPEN);
     Stream::throwIfCanceled(progress);
-    OutputRange range(output);
+    Stream::OutputRange range(output);
     ZipFile archive = ZipFile::open(streamStorage(output, range.begin(), [&] { range.noteWriting(); }));
     const Stream::State state = input.state();
     archive.openEntry(onlyEntry(state.size - state.position, mode), E_ZIP_OPEN);
@@ -75,7 +75,7 @@ void unzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
              L" [in] output: ", output, L" [in] file: ", numFile);
     if (&input == &output)
         throw Exception(E_ZIP_OPEN);
-    OutputRange range(output);
+    Stream::OutputRange range(output);
     UnZipFile archive = UnZipFile::open(input);
     selectNumber(archive, numFile);
     if (progress)

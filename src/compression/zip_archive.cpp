@@ -1,6 +1,5 @@
 #include "compression/zip_archive.h"
 
-#include "compression/output_range.h"
 #include "compression/unzip_file.h"
 #include "compression/zip_file.h"
 #include "compression/zip_name.h"
@@ -9,6 +8,7 @@
 #include "core/exception.h"
 #include "core/log.h"
 #include "core/utf8.h"
+#include "stream/output_range.h"
 #include "stream/stream_loop.h"
 
 #include <algorithm>
@@ -203,7 +203,7 @@ void ZipArchive::extract(std::size_t index, Stream::IBinaryStream& output, std::
     if (openStream().get() == &output)
         throw Exception(E_ZIP_GET_ENTRY);
     start(index, maxSize, progress);
-    OutputRange range(output);
+    Stream::OutputRange range(output);
     extractTo(index, range.sink(), progress);
     range.commit();
 }

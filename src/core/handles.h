@@ -57,6 +57,14 @@ struct CryptKeyTraits : NullTraits<HCRYPTKEY> {
     static void close(Type key) noexcept { ::CryptDestroyKey(key); }
 };
 
+struct CryptHashTraits : NullTraits<HCRYPTHASH> {
+    static void close(Type hash) noexcept { ::CryptDestroyHash(hash); }
+};
+
+struct CryptMessageTraits : NullTraits<HCRYPTMSG> {
+    static void close(Type message) noexcept { ::CryptMsgClose(message); }
+};
+
 template <class T>
 struct LocalMemoryTraits : NullTraits<T*> {
     static void close(T* memory) noexcept { ::LocalFree(memory); }
@@ -78,6 +86,8 @@ using CertificateContext = UniqueHandle<detail::CertificateContextTraits>;
 using CertificateChain = UniqueHandle<detail::CertificateChainTraits>;
 using CryptProvider = UniqueHandle<detail::CryptProviderTraits>;
 using CryptKey = UniqueHandle<detail::CryptKeyTraits>;
+using CryptHash = UniqueHandle<detail::CryptHashTraits>;
+using CryptMessageHandle = UniqueHandle<detail::CryptMessageTraits>;
 template <class T>
 using LocalMemory = UniqueHandle<detail::LocalMemoryTraits<T>>;
 template <class T>

@@ -23,10 +23,10 @@ BOX = [
 
 
 class Declarations(unittest.TestCase):
-    def make(self, text, *pairs):
+    def make(self, text):
         source = pathlib.Path(self.folder, "box.idl")
         source.write_text(text, "utf-8")
-        command = [ROOT / "tools/lib/make-declarations", source, self.folder, *pairs]
+        command = [ROOT / "tools/lib/make-declarations", source, self.folder]
         return subprocess.run(command, capture_output=True, text=True)
 
     def test_files(self):
@@ -41,20 +41,6 @@ class Declarations(unittest.TestCase):
             broken = self.make("interface IBox : IDispatch { HRESULT Item(")
             self.assertEqual(broken.returncode, 1)
             self.assertIn("line 1", broken.stderr)
-
-    def test_shared_methods(self):
-        two = """
-            interface IBall : IDispatch { [id(1)] HRESULT Roll([in] long far); HRESULT Stop([in] long when); }
-            interface IBox : IDispatch { HRESULT Stop([in] BSTR when); [id(5)] HRESULT Roll([in] long far); }
-        """
-        with tempfile.TemporaryDirectory() as self.folder:
-            self.assertEqual(self.make(two, "IBall+IBox").returncode, 0)
-            expected = {"IBall+IBox": "Roll(long far)", "IBall-IBox": "Stop(long when)", "IBox-IBall": "Stop(BSTR when)"}
-            for name, method in expected.items():
-                lines = pathlib.Path(self.folder, f"{name}.h").read_text("utf-8").splitlines()[1:]
-                self.assertEqual(lines, [f"HRESULT STDMETHODCALLTYPE {method} override;"])
-            unknown = self.make(two, "IBall+IBag")
-            self.assertEqual((unknown.returncode, "IBag" in unknown.stderr), (1, True))
 
 
 if __name__ == "__main__":

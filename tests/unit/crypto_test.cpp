@@ -11,7 +11,7 @@
 #include "crypto/certificate/certificate_search.h"
 #include "crypto/certificate/certificate_store.h"
 #include "crypto/certificate/certificate_view.h"
-#include "crypto/message/crypto_api_provider.h"
+#include "crypto/message/provider_choice.h"
 #include "dialog_driver.h"
 #include "platform/import_patch.h"
 #include "support.h"

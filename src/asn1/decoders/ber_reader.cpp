@@ -85,11 +85,12 @@ void BerReader::expectEnd() const {
         throw Asn1Exception("something is left over");
 }
 
-View BerReader::take(std::size_t count) {
+View BerReader::take(std::uint64_t count) {
     if (count > rest_.size())
         throw Asn1Exception("a value is longer than what holds it (X.690 8.1.3)");
-    const View taken = rest_.first(count);
-    rest_ = rest_.subspan(count);
+    const auto size = static_cast<std::size_t>(count);
+    const View taken = rest_.first(size);
+    rest_ = rest_.subspan(size);
     return taken;
 }
 
@@ -106,7 +107,7 @@ void BerReader::readTag() {
 }
 
 // False for an indefinite length.
-bool BerReader::readLength(std::size_t& length) {
+bool BerReader::readLength(std::uint64_t& length) {
     const std::uint8_t first = take(1).front();
     length = first;
     if ((first & moreOctets) == 0)
@@ -119,8 +120,8 @@ bool BerReader::readLength(std::size_t& length) {
     const bool padded = octets.front() == 0;
     while (!octets.empty() && octets.front() == 0)
         octets = octets.subspan(1);
-    if (octets.size() > sizeof(std::uint32_t))
-        throw Asn1Exception("a length beyond 32 bits");
+    if (octets.size() > sizeof(length))
+        throw Asn1Exception("a length beyond 64 bits");
     length = 0;
     for (const std::uint8_t octet : octets)
         length = length << 8 | octet;
@@ -130,7 +131,7 @@ bool BerReader::readLength(std::size_t& length) {
 }
 
 // What follows the first octet of an identifier, up to the contents. False for an indefinite length.
-bool BerReader::readHeader(std::uint8_t identifier, std::size_t& length) {
+bool BerReader::readHeader(std::uint8_t identifier, std::uint64_t& length) {
     if ((identifier & longTag) == longTag)
         readTag();
     if (readLength(length))
@@ -153,7 +154,7 @@ View BerReader::readIndefinite() {
             --open;
             continue;
         }
-        if (std::size_t length = 0; readHeader(identifier, length))
+        if (std::uint64_t length = 0; readHeader(identifier, length))
             take(length);
         else if (depth_ + ++open > maxNesting)
             throw Asn1Exception("values are nested too deeply");
@@ -165,13 +166,17 @@ View BerReader::readValue() {
     const std::uint8_t identifier = take(1).front();
     if (identifier == 0)
         throw Asn1Exception("end-of-contents where nothing is to end (X.690 8.1.5)");
-    std::size_t length = 0;
+    std::uint64_t length = 0;
     return readHeader(identifier, length) ? take(length) : readIndefinite();
 }
 
-View BerReader::read(std::uint8_t identifier) {
+void BerReader::expectNext(std::uint8_t identifier) const {
     if (!isNext(identifier))
         throw Asn1Exception("a value of another type was expected");
+}
+
+View BerReader::read(std::uint8_t identifier) {
+    expectNext(identifier);
     return readValue();
 }
 
@@ -180,6 +185,23 @@ BerReader BerReader::enter(std::uint8_t identifier) {
         throw Asn1Exception("values are nested too deeply");
     const View contents = read(identifier);
     return {contents, rules_, depth_ + 1};
+}
+
+BerReader BerReader::enterBeginning(std::uint8_t identifier) {
+    if (depth_ == maxNesting)
+        throw Asn1Exception("values are nested too deeply");
+    expectNext(identifier);
+    take(1);
+    std::uint64_t length = 0;
+    const bool isDefinite = readHeader(identifier, length);
+    const std::size_t size = rest_.size();
+    return {take(isDefinite ? std::min<std::uint64_t>(length, size) : size), rules_, depth_ + 1};
+}
+
+View BerReader::readWhole() {
+    const View begin = rest_;
+    readValue();
+    return begin.first(begin.size() - rest_.size());
 }
 
 void BerReader::skip() {

@@ -94,6 +94,11 @@ public:
     View read(std::uint8_t identifier);
     // A reader of the values inside the next one.
     BerReader enter(std::uint8_t identifier);
+    // The same for the last value in the beginning of an encoding whose rest is not there: a reader of as
+    // much of it as there is, with the end-of-contents octets where the length is indefinite.
+    BerReader enterBeginning(std::uint8_t identifier);
+    // The next value whole, with its identifier and length, whatever it is.
+    View readWhole();
     // Passes over the next value, whatever it is.
     void skip();
     // Passes over the next value if it has this identifier octet.
@@ -111,10 +116,11 @@ private:
     BerReader(View bytes, Rules rules, unsigned depth) noexcept
         : rest_(bytes), rules_(rules), depth_(depth) {}
 
-    View take(std::size_t count);
+    View take(std::uint64_t count);
     void readTag();
-    bool readLength(std::size_t& length);
-    bool readHeader(std::uint8_t identifier, std::size_t& length);
+    bool readLength(std::uint64_t& length);
+    bool readHeader(std::uint8_t identifier, std::uint64_t& length);
+    void expectNext(std::uint8_t identifier) const;
     View readValue();
     View readIndefinite();
     template <class Take>

@@ -56,4 +56,14 @@ void store(VARIANT& out, std::uint32_t number) noexcept {
     makeScriptNumber(out);
 }
 
+void store(VARIANT& out, LONG number) noexcept {
+    V_I4(&out) = number;
+    V_VT(&out) = VT_I4;
+}
+
+void store(VARIANT& out, const std::wstring& text) {
+    V_BSTR(&out) = Bstr(text).detach();
+    V_VT(&out) = VT_BSTR;
+}
+
 }  // namespace Corvane::Com::detail

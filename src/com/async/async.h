@@ -9,6 +9,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <string>
 #include <type_traits>
 
 namespace Corvane::Com {
@@ -40,6 +41,9 @@ void runOnWorker(std::function<void()> work);
 void logFailure(const wchar_t* name, const std::exception_ptr& error) noexcept;
 
 void store(VARIANT& out, std::uint32_t number) noexcept;
+void store(VARIANT& out, LONG number) noexcept;
+// Throws std::bad_alloc.
+void store(VARIANT& out, const std::wstring& text);
 
 template <class T>
 void store(VARIANT& out, ComPtr<T> object) noexcept {

@@ -27,13 +27,8 @@ HRESULT COperationToken::get_Progress(double* fraction) {
 namespace Corvane::Com {
 
 SharedProgress progressOf(const VARIANT& token) {
-    const Variant value = plainValue(token);
-    const ComPtr<IUnknown> object = objectIn(value);
-    if (isLeftOut(value) || (V_VT(&value.get()) == VT_DISPATCH && !object))
-        return nullptr;
-    if (!object)
-        throw SilentFailure{DISP_E_TYPEMISMATCH};
-    return resolve<COperationToken>(object.get())->progress();
+    const ComPtr<IUnknown> object = optionalObject(token);
+    return object ? resolve<COperationToken>(object.get())->progress() : nullptr;
 }
 
 }  // namespace Corvane::Com

@@ -8,6 +8,7 @@
 #include "com/objects/crypto/certificate_collection.h"
 #include "com/objects/crypto/certificate_object.h"
 #include "com/objects/crypto/certificate_store_object.h"
+#include "com/objects/crypto/crypto_provider.h"
 #include "com/objects/crypto/crypto_service.h"
 #include "com/objects/files/file_object.h"
 #include "com/objects/files/file_system_service.h"
@@ -36,6 +37,7 @@ std::span<const Coclass> coclasses() {
         coclass<CCertificate>(L"Certificate"),
         coclass<CCertificateCollection>(L"CertificateCollection"),
         coclass<CCertificateStore>(L"CertificateStore"),
+        coclass<CCryptoProvider>(L"CryptoProvider"),
         coclass<CCryptoService>(L"CryptoService"),
         coclass<CBinaryStream>(L"BinaryStream"),
         // What BinaryStream and FileObject have in common; scripts know its name, nobody creates it.

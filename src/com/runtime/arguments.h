@@ -35,6 +35,10 @@ bool isLeftOut(const Variant& value) noexcept;
 // The object in a plain value; empty when it holds none, or Nothing.
 ComPtr<IUnknown> objectIn(const Variant& value) noexcept;
 
+// The object behind an argument that need not be passed: empty when it is left out, undefined, null or
+// VBScript's Nothing. Anything but an object is DISP_E_TYPEMISMATCH.
+ComPtr<IUnknown> optionalObject(const VARIANT& argument);
+
 // Hands a result to the caller; E_POINTER when there is nowhere to put it.
 template <class Out>
 void give(Out* out, std::type_identity_t<Out> value) {

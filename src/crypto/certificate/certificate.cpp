@@ -192,6 +192,22 @@ Certificates Certificate::getCertificateChain() const {
     return certificates;
 }
 
+DWORD Certificate::verify(DWORD flags) const {
+    return verify(flags, nullptr);
+}
+
+DWORD Certificate::verify(DWORD flags, HCERTSTORE additional) const {
+    writeLog(LogLevel::debug, L"Corvane::Certificate::verify", L"[in] flags: ", flags);
+    CERT_CHAIN_PARA parameters{};
+    parameters.cbSize = sizeof(parameters);
+    parameters.RequestedUsage.dwType = USAGE_MATCH_TYPE_AND;
+    CertificateChain chain;
+    checkCrypto(::CertGetCertificateChain(nullptr, context(), nullptr, additional, &parameters, flags,
+                                          nullptr, chain.put()),
+                E_CERT_CHAIN, L"CertGetCertificateChain");
+    return chain.get()->TrustStatus.dwErrorStatus;
+}
+
 std::wostream& operator<<(std::wostream& out, const Certificate& certificate) {
     return out << certificate.getName(false) << L" (" << binToHex(certificate.getHash()) << L")";
 }

@@ -84,6 +84,13 @@ public:
     // Throws CryptoException E_CERT_GET_CHAIN.
     Certificates getCertificateChain() const;
 
+    // Builds the chain as of now and returns its CERT_TRUST_... error bits; 0 is a complete, trusted chain.
+    // `flags` (CERT_CHAIN_...) go to the system unchanged: without those that ask for it no revocation is
+    // looked up. Throws CryptoException E_CERT_CHAIN where no chain can be built at all.
+    DWORD verify(DWORD flags) const;
+    // The same with certificates of `additional` for its links.
+    DWORD verify(DWORD flags, HCERTSTORE additional) const;
+
 private:
     const CERT_INFO& info() const noexcept { return *context()->pCertInfo; }
     bool hasProperty(DWORD property) const;

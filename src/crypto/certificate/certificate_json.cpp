@@ -4,6 +4,7 @@
 #include "core/json.h"
 #include "core/log.h"
 #include "core/moment.h"
+#include "core/system_exception.h"
 #include "core/wide_text.h"
 
 #include <utility>
@@ -15,6 +16,35 @@ namespace {
 constexpr std::pair<const char*, const char*> attributes[] = {
     {"SN", "2.5.4.4"},           {"ON", "2.5.4.10"},           {"UN", "1.2.840.113549.1.9.2"},
     {"RN", "1.2.643.3.141.1.1"}, {"WRO", "1.2.643.3.141.1.2"},
+};
+
+// As wincrypt.h has them.
+constexpr std::pair<DWORD, const char*> trustStatusBits[] = {
+    {CERT_TRUST_IS_NOT_TIME_VALID, "CERT_TRUST_IS_NOT_TIME_VALID"},
+    {CERT_TRUST_IS_NOT_TIME_NESTED, "CERT_TRUST_IS_NOT_TIME_NESTED"},
+    {CERT_TRUST_IS_REVOKED, "CERT_TRUST_IS_REVOKED"},
+    {CERT_TRUST_IS_NOT_SIGNATURE_VALID, "CERT_TRUST_IS_NOT_SIGNATURE_VALID"},
+    {CERT_TRUST_IS_NOT_VALID_FOR_USAGE, "CERT_TRUST_IS_NOT_VALID_FOR_USAGE"},
+    {CERT_TRUST_IS_UNTRUSTED_ROOT, "CERT_TRUST_IS_UNTRUSTED_ROOT"},
+    {CERT_TRUST_REVOCATION_STATUS_UNKNOWN, "CERT_TRUST_REVOCATION_STATUS_UNKNOWN"},
+    {CERT_TRUST_IS_CYCLIC, "CERT_TRUST_IS_CYCLIC"},
+    {CERT_TRUST_INVALID_EXTENSION, "CERT_TRUST_INVALID_EXTENSION"},
+    {CERT_TRUST_INVALID_POLICY_CONSTRAINTS, "CERT_TRUST_INVALID_POLICY_CONSTRAINTS"},
+    {CERT_TRUST_INVALID_BASIC_CONSTRAINTS, "CERT_TRUST_INVALID_BASIC_CONSTRAINTS"},
+    {CERT_TRUST_INVALID_NAME_CONSTRAINTS, "CERT_TRUST_INVALID_NAME_CONSTRAINTS"},
+    {CERT_TRUST_HAS_NOT_SUPPORTED_NAME_CONSTRAINT, "CERT_TRUST_HAS_NOT_SUPPORTED_NAME_CONSTRAINT"},
+    {CERT_TRUST_HAS_NOT_DEFINED_NAME_CONSTRAINT, "CERT_TRUST_HAS_NOT_DEFINED_NAME_CONSTRAINT"},
+    {CERT_TRUST_HAS_NOT_PERMITTED_NAME_CONSTRAINT, "CERT_TRUST_HAS_NOT_PERMITTED_NAME_CONSTRAINT"},
+    {CERT_TRUST_HAS_EXCLUDED_NAME_CONSTRAINT, "CERT_TRUST_HAS_EXCLUDED_NAME_CONSTRAINT"},
+    {CERT_TRUST_IS_PARTIAL_CHAIN, "CERT_TRUST_IS_PARTIAL_CHAIN"},
+    {CERT_TRUST_CTL_IS_NOT_TIME_VALID, "CERT_TRUST_CTL_IS_NOT_TIME_VALID"},
+    {CERT_TRUST_CTL_IS_NOT_SIGNATURE_VALID, "CERT_TRUST_CTL_IS_NOT_SIGNATURE_VALID"},
+    {CERT_TRUST_CTL_IS_NOT_VALID_FOR_USAGE, "CERT_TRUST_CTL_IS_NOT_VALID_FOR_USAGE"},
+    {CERT_TRUST_HAS_WEAK_SIGNATURE, "CERT_TRUST_HAS_WEAK_SIGNATURE"},
+    {CERT_TRUST_IS_OFFLINE_REVOCATION, "CERT_TRUST_IS_OFFLINE_REVOCATION"},
+    {CERT_TRUST_NO_ISSUANCE_CHAIN_POLICY, "CERT_TRUST_NO_ISSUANCE_CHAIN_POLICY"},
+    {CERT_TRUST_IS_EXPLICIT_DISTRUST, "CERT_TRUST_IS_EXPLICIT_DISTRUST"},
+    {CERT_TRUST_HAS_NOT_SUPPORTED_CRITICAL_EXT, "CERT_TRUST_HAS_NOT_SUPPORTED_CRITICAL_EXT"},
 };
 
 std::string utf8(const wchar_t* text) {
@@ -46,6 +76,18 @@ std::wstring getContainerInfoJson(const Certificate& certificate) {
     info["providerName"] = utf8(key.pwszProvName);
     info["providerType"] = static_cast<Json::UInt>(key.dwProvType);
     return writeJson(info);
+}
+
+std::vector<std::string> getTrustStatusNames(DWORD status) {
+    std::vector<std::string> names;
+    for (const auto& [bit, name] : trustStatusBits) {
+        if ((status & bit) != 0)
+            names.emplace_back(name);
+        status &= ~bit;
+    }
+    if (status != 0)
+        names.push_back(toUtf8(hexNumber(status)));
+    return names;
 }
 
 }  // namespace Corvane::Crypto

@@ -4,6 +4,7 @@
 #include "crypto/certificate/certificate.h"
 
 #include <string>
+#include <vector>
 
 namespace Corvane::Crypto {
 
@@ -14,5 +15,8 @@ std::wstring getCertDescriptionJson(const Certificate& certificate);
 // The container of the private key: "containerName", "providerName", "providerType".
 // Throws CryptoException E_CERT_PROPERTY where no key is attached.
 std::wstring getContainerInfoJson(const Certificate& certificate);
+
+// The names of the bits of a chain's error status (Certificate::verify), the system's own.
+std::vector<std::string> getTrustStatusNames(DWORD status);
 
 }  // namespace Corvane::Crypto

@@ -4,15 +4,21 @@
 #include "crypto/api/encoding.h"
 #include "crypto/api/message_size.h"
 #include "crypto/message/crypto_api_provider.h"
+#include "crypto/message/message_feed.h"
+#include "crypto/message/signer_info.h"
 
 namespace Corvane {
 namespace {
 
-// What goes into the message beside the signature.
-Certificates messageCertificates(const Certificate& certificate, bool addCertChain) {
-    if (addCertChain)
-        return certificate.getCertificateChain();
-    return {std::make_shared<Certificate>(certificate)};
+// The message is made in two calls, and a token may ask for its PIN in each; the key that is opened here
+// stays with the context for both. Where it fails, signing fails and says why.
+void openKeyOnce(const Certificate& certificate) noexcept {
+    HCRYPTPROV_OR_NCRYPT_KEY_HANDLE key = 0;
+    DWORD spec = 0;
+    BOOL isOwned = FALSE;
+    ::CryptAcquireCertificatePrivateKey(certificate.context(),
+                                        CRYPT_ACQUIRE_CACHE_FLAG | CRYPT_ACQUIRE_ALLOW_NCRYPT_KEY_FLAG,
+                                        nullptr, &key, &spec, &isOwned);
 }
 
 }  // namespace
@@ -21,10 +27,8 @@ Bytes CryptoApiProvider::sign(const Bytes& data, const Certificate& certificate,
                               bool addCertChain) const {
     writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::sign", L"provider name: ", record_.name,
              L"certificate: ", certificate, L", attached: ", attached);
-    const Certificates included = messageCertificates(certificate, addCertChain);
-    std::vector<PCCERT_CONTEXT> contexts;
-    for (const SharedCertificate& one : included)
-        contexts.push_back(one->context());
+    const detail::IncludedCertificates included(certificate, addCertChain);
+    std::vector<PCCERT_CONTEXT> contexts = included.contexts();
     std::string hash = toUtf8(record_.hash);
 
     CRYPT_SIGN_MESSAGE_PARA parameters{};
@@ -37,9 +41,35 @@ Bytes CryptoApiProvider::sign(const Bytes& data, const Certificate& certificate,
 
     const BYTE* blocks[] = {data.data()};
     DWORD sizes[] = {detail::messageSize(data)};
+    openKeyOnce(certificate);
     return twoPass<BYTE>(E_CRYPTO_SIGN, L"CryptSignMessage", [&](BYTE* buffer, DWORD* size) {
         return ::CryptSignMessage(&parameters, !attached, 1, blocks, sizes, buffer, size);
     });
+}
+
+void CryptoApiProvider::sign(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
+                             const Certificate& certificate, bool attached, bool addCertChain,
+                             const SharedProgress& progress) const {
+    writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::sign", L"provider name: ", record_.name,
+             L"certificate: ", certificate, L", attached: ", attached, L", input size: ", input.state().size,
+             L", input position: ", input.state().position);
+    const detail::IncludedCertificates included(certificate, addCertChain);
+    std::vector<CRYPT_DATA_BLOB> blobs = included.blobs();
+    const detail::PrivateKey key(certificate, E_CRYPTO_SIGN);
+    detail::SignerInfo signer(record_, certificate, key);
+
+    CMSG_SIGNED_ENCODE_INFO info{};
+    info.cbSize = sizeof(info);
+    info.cSigners = 1;
+    info.rgSigners = signer.get();
+    info.cCertEncoded = static_cast<DWORD>(blobs.size());
+    info.rgCertEncoded = blobs.data();
+
+    detail::MessageContent content(input);
+    auto message = detail::CryptMessage::openToEncode(
+        attached ? 0 : CMSG_DETACHED_FLAG, CMSG_SIGNED, &info, content.announcedSize(),
+        [&output](std::span<const std::uint8_t> piece) { output.write(piece); });
+    content.feed(message, progress);
 }
 
 }  // namespace Corvane

@@ -1,11 +1,11 @@
 #include "asn1/decoders/signed_data.h"
-#include "binary/hex.h"
 #include "core/check.h"
 #include "core/log.h"
-#include "crypto/api/blob.h"
 #include "crypto/api/encoding.h"
 #include "crypto/api/message_size.h"
 #include "crypto/message/crypto_api_provider.h"
+#include "crypto/message/decoded_signatures.h"
+#include "crypto/message/message_feed.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,52 +13,34 @@
 namespace Corvane {
 namespace {
 
-void logSigner(const CERT_INFO& signer) noexcept try {
-    writeLog(LogLevel::debug, L"getSignerCertificateCallback", L"serialNumber: ",
-             binToHex(detail::toBigEndian(signer.SerialNumber)), L"| issuer: ",
-             detail::toText(signer.Issuer, CERT_X500_NAME_STR));
-} catch (...) {
-    // The search for the signer does not depend on the log.
+// Up to here each signer is asked for by its number, where the system decodes the message and computes the
+// digest of the data anew; messages with more signers are decoded once.
+constexpr DWORD fewSigners = 16;
+
+// The system says of a detached message without its data that all is well, though it has verified nothing.
+bool hasContent(std::span<const std::uint8_t> message) try {
+    return asn1::hasContent(message);
+} catch (const asn1::Asn1Exception& exception) {
+    writeLog(LogLevel::error, L"asn1::hasContent", exception.what());
+    return false;
 }
 
-// Called by the system: nothing may be thrown. `argument` is the store of the supplied certificates.
-PCCERT_CONTEXT WINAPI getSignerCertificateCallback(void* argument, DWORD, PCERT_INFO signer,
-                                                   HCERTSTORE messageStore) {
-    if (!signer) {
-        ::SetLastError(static_cast<DWORD>(CRYPT_E_NOT_FOUND));
-        return nullptr;
-    }
-    if (isLogEnabled(LogLevel::debug))
-        logSigner(*signer);
-    if (PCCERT_CONTEXT supplied = ::CertGetSubjectCertificateFromStore(argument, messageEncoding, signer))
-        return supplied;
-    return ::CertGetSubjectCertificateFromStore(messageStore, messageEncoding, signer);
-}
-
-// In a store the system finds certificates by every way in which a message may name its signers.
-CertificateStoreHandle collect(const Certificates& certificates) {
-    CertificateStoreHandle store(checkCrypto(::CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr),
-                                             E_CERT_STORE_OPEN, L"CertOpenStore"));
-    for (const SharedCertificate& certificate : certificates) {
-        checkCrypto(::CertAddCertificateContextToStore(store.get(), certificate->context(),
-                                                       CERT_STORE_ADD_USE_EXISTING, nullptr),
-                    E_CERT_STORE_INSTALL, L"CertAddCertificateContextToStore");
-    }
-    return store;
+[[noreturn]] void failWithoutContent() {
+    failCrypto(E_CRYPTO_VERIFY, L"asn1::hasContent", static_cast<DWORD>(CRYPT_E_INVALID_MSG_TYPE));
 }
 
 // One message, and what the system is asked about each of its signers.
 class SignedMessage {
 public:
-    SignedMessage(const Bytes& signature, const Bytes* data, HCERTSTORE supplied)
+    SignedMessage(const Bytes& signature, const Bytes* data, const detail::SignerLookup& lookup)
         : signature_(signature),
           size_(detail::messageSize(signature)),
           data_(data),
           dataSize_(data ? detail::messageSize(*data) : 0) {
         parameters_.cbSize = sizeof(parameters_);
         parameters_.dwMsgAndCertEncodingType = messageEncoding;
-        parameters_.pfnGetSignerCertificate = getSignerCertificateCallback;
-        parameters_.pvGetArg = supplied;
+        parameters_.pfnGetSignerCertificate = detail::SignerLookup::getSignerCertificateCallback;
+        parameters_.pvGetArg = const_cast<detail::SignerLookup*>(&lookup);
     }
 
     // The certificate of a signer whose signature is good; else empty, and `error` says why: 0 where the
@@ -72,18 +54,17 @@ public:
             return {};
         if (!signer)
             error = static_cast<DWORD>(CRYPT_E_NOT_FOUND);
-        else if (!data_ && !hasContent())
+        else if (!data_ && !hasContent(signature_))
             error = static_cast<DWORD>(CRYPT_E_INVALID_MSG_TYPE);
         else
             return signer;
         return {};
     }
 
-    // How many signers there can be: as many as the message says or, where that cannot be read, fewer than it
-    // has bytes.
-    DWORD signerBound() const noexcept {
+    // As many as the message says or, where that cannot be read, as few as are judged this way.
+    DWORD signerCount() const noexcept {
         const LONG count = ::CryptGetMessageSignerCount(messageEncoding, signature_.data(), size_);
-        return count < 0 ? std::max<DWORD>(size_, 1) : static_cast<DWORD>(count);
+        return count < 0 ? fewSigners : static_cast<DWORD>(count);
     }
 
 private:
@@ -101,15 +82,6 @@ private:
                                              signer.put()) != FALSE;
     }
 
-    // The system says of a detached message without its data that all is well, though it has verified
-    // nothing.
-    bool hasContent() const try {
-        return asn1::hasContent(signature_);
-    } catch (const asn1::Asn1Exception& exception) {
-        writeLog(LogLevel::error, L"asn1::hasContent", exception.what());
-        return false;
-    }
-
     CRYPT_VERIFY_MESSAGE_PARA parameters_{};
     const Bytes& signature_;
     DWORD size_;
@@ -117,17 +89,9 @@ private:
     DWORD dataSize_;
 };
 
-}  // namespace
-
-Certificates CryptoApiProvider::verifyMessageSignature(const Bytes& signature, const Bytes* data,
-                                                       const Certificates& supplied) const {
-    writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::verifyMessageSignature", L"provider name: ",
-             record_.name, L", signature: ", signature.size(), L" bytes, input certificate: ", supplied);
-    const CertificateStoreHandle suppliedStore = collect(supplied);
-    SignedMessage message(signature, data, suppliedStore.get());
+Certificates verifyEach(SignedMessage& message, DWORD count, bool isDetached) {
     Certificates signers;
-    const DWORD bound = message.signerBound();
-    for (DWORD index = 0; index < bound; ++index) {
+    for (DWORD index = 0; index < count; ++index) {
         DWORD error = ERROR_SUCCESS;
         if (CertificateContext signer = message.verify(index, error)) {
             signers.push_back(std::make_shared<Certificate>(std::move(signer)));
@@ -139,9 +103,67 @@ Certificates CryptoApiProvider::verifyMessageSignature(const Bytes& signature, c
         if (error == ERROR_SUCCESS)
             continue;
         failCrypto(E_CRYPTO_VERIFY,
-                   data ? L"CryptVerifyDetachedMessageSignature" : L"CryptVerifyMessageSignature", error);
+                   isDetached ? L"CryptVerifyDetachedMessageSignature" : L"CryptVerifyMessageSignature",
+                   error);
     }
     return signers;
+}
+
+Certificates verifyDecoded(const Bytes& signature, const Bytes* data, const detail::SignerLookup& lookup) {
+    if (!data && !hasContent(signature))
+        failWithoutContent();
+    auto message = detail::CryptMessage::openToDecode(data ? CMSG_DETACHED_FLAG : 0);
+    message.update(signature, true);
+    if (data)
+        message.update(*data, true);
+    return detail::DecodedSignatures(message).verifyAll(lookup);
+}
+
+}  // namespace
+
+Certificates CryptoApiProvider::verifyMessageSignature(const Bytes& signature, const Bytes* data,
+                                                       const Certificates& supplied) const {
+    writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::verifyMessageSignature", L"provider name: ",
+             record_.name, L", signature: ", signature.size(), L" bytes, input certificate: ", supplied);
+    const detail::SignerLookup lookup(supplied);
+    SignedMessage message(signature, data, lookup);
+    const DWORD count = message.signerCount();
+    return count > fewSigners ? verifyDecoded(signature, data, lookup)
+                              : verifyEach(message, count, data != nullptr);
+}
+
+Certificates CryptoApiProvider::verifyMessageSignature(const Bytes& signature, Stream::IBinaryStream& data,
+                                                       const Certificates& supplied,
+                                                       const SharedProgress& progress) const {
+    writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::verifyMessageSignature", L"provider name: ",
+             record_.name, L", signature: ", signature.size(), L" bytes, input certificate: ", supplied,
+             L", data size: ", data.state().size, L", data position: ", data.state().position);
+    const detail::SignerLookup lookup(supplied);
+    detail::messageSize(signature);
+    auto message = detail::CryptMessage::openToDecode(CMSG_DETACHED_FLAG, [](auto) {});
+    message.update(signature, true);
+    Stream::forEachBlock(
+        data, detail::messageBlockSize, progress,
+        [&](std::span<const std::uint8_t> block, bool last) { message.update(block, last); });
+    return detail::DecodedSignatures(message).verifyAll(lookup);
+}
+
+Certificates CryptoApiProvider::verifyMessageSignature(Stream::IBinaryStream& signature,
+                                                       const Certificates& supplied,
+                                                       const SharedProgress& progress) const {
+    writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::verifyMessageSignature", L"provider name: ",
+             record_.name, L", input certificate: ", supplied, L", signature size: ", signature.state().size,
+             L", data position: ", signature.state().position);
+    const detail::SignerLookup lookup(supplied);
+    auto message = detail::CryptMessage::openToDecode(0, [](auto) {});
+    bool isFirst = true;
+    Stream::forEachBlock(signature, detail::messageBlockSize, progress,
+                         [&](std::span<const std::uint8_t> block, bool last) {
+                             if (std::exchange(isFirst, false) && !hasContent(block))
+                                 failWithoutContent();
+                             message.update(block, last);
+                         });
+    return detail::DecodedSignatures(message).verifyAll(lookup);
 }
 
 }  // namespace Corvane

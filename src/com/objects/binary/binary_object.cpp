@@ -168,9 +168,22 @@ HRESULT CBinaryObject::Reset() {
 
 namespace Corvane::Com {
 
-SharedBytes bytesOf(IBinaryObject* object) {
+namespace {
+
+SharedBytes bytesBehind(IUnknown* object) {
     SharedBytes bytes = resolve<CBinaryObject>(object)->bytes();
     return bytes ? bytes : std::make_shared<Bytes>();
+}
+
+}  // namespace
+
+SharedBytes bytesOf(IBinaryObject* object) {
+    return bytesBehind(object);
+}
+
+SharedBytes optionalBytesOf(const VARIANT& argument) {
+    const ComPtr<IUnknown> object = optionalObject(argument);
+    return object ? bytesBehind(object.get()) : nullptr;
 }
 
 ComPtr<CBinaryObject> makeBinary(Bytes bytes) {

@@ -32,6 +32,10 @@ namespace Corvane::Com {
 // The bytes behind an IBinaryObject argument, never null. Fails as resolve() does.
 SharedBytes bytesOf(IBinaryObject* object);
 
+// The same for an argument that may be left out, undefined, null or Nothing: null then. Anything but an
+// object is DISP_E_TYPEMISMATCH.
+SharedBytes optionalBytesOf(const VARIANT& argument);
+
 // A new BinaryObject that holds the bytes. For services, and for objects that only services make.
 ComPtr<CBinaryObject> makeBinary(Bytes bytes);
 

@@ -1,6 +1,7 @@
 // CertificateCollection: an ordered list of certificates that scripts index and enumerate.
 #pragma once
 
+#include "com/async/async.h"
 #include "com/runtime/object.h"
 #include "core/lock.h"
 #include "crypto/certificate/certificate.h"
@@ -28,5 +29,12 @@ namespace Corvane::Com {
 
 // A new CertificateCollection of the certificates.
 ComPtr<CCertificateCollection> makeCollection(Certificates certificates);
+
+template <>
+struct ScriptResult<Certificates> {
+    static ComPtr<CCertificateCollection> make(Certificates certificates) {
+        return makeCollection(std::move(certificates));
+    }
+};
 
 }  // namespace Corvane::Com

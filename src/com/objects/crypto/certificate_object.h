@@ -1,6 +1,7 @@
 // Certificate: an X.509 certificate as scripts see it.
 #pragma once
 
+#include "com/async/async.h"
 #include "com/runtime/object.h"
 #include "crypto/certificate/certificate.h"
 
@@ -30,5 +31,12 @@ SharedCertificate certificateOf(ICertificate* object);
 
 // A new Certificate that shares the certificate, which must not be null.
 ComPtr<CCertificate> makeCertificate(SharedCertificate certificate);
+
+template <>
+struct ScriptResult<SharedCertificate> {
+    static ComPtr<CCertificate> make(SharedCertificate certificate) {
+        return makeCertificate(std::move(certificate));
+    }
+};
 
 }  // namespace Corvane::Com

@@ -60,9 +60,9 @@ HRESULT CCertificateStore::get_location(ULONG* location) {
 HRESULT CCertificateStore::GetCertificates(BSTR filter, ICertificateCollection** certificates) {
     return serviceFrame(L"CCertificateStore::GetCertificates", [&] {
         const std::wstring_view text = viewOf(filter);
-        CertificateFilter accepts = detail::CertSelectAllFn();
+        CertificateFilter accepts = Corvane::detail::CertSelectAllFn();
         if (!text.empty())
-            accepts = detail::CertCustomFilterFn::parse(text);
+            accepts = Corvane::detail::CertCustomFilterFn::parse(text);
         give(certificates, makeCollection(store()->getCertificates(accepts, false)));
     });
 }

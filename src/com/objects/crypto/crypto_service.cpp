@@ -1,45 +1,57 @@
 #include "com/objects/crypto/crypto_service.h"
 
+#include "com/async/async.h"
 #include "com/objects/binary/binary_object.h"
-#include "com/objects/crypto/certificate_arguments.h"
 #include "com/objects/crypto/certificate_collection.h"
 #include "com/objects/crypto/certificate_object.h"
+#include "com/objects/crypto/crypto_provider.h"
 #include "com/runtime/arguments.h"
 #include "crypto/certificate/certificate_search.h"
-#include "crypto/message/crypto_api_provider.h"
+#include "crypto/certificate/certificate_view.h"
+#include "crypto/provider/provider_list.h"
+
+#include <string>
 
 using namespace Corvane;
 using namespace Corvane::Com;
 
 namespace {
 
-ComPtr<CBinaryObject> sign(IBinaryObject* data, ICertificate* signer, bool attached,
-                           VARIANT_BOOL addCertChain) {
-    const SharedBytes bytes = bytesOf(data);
-    const SharedCertificate certificate = certificateOf(signer);
-    const Crypto::SharedProvider provider = Crypto::getCryptoProvider(*certificate);
-    return makeBinary(provider->sign(*bytes, *certificate, attached, addCertChain != VARIANT_FALSE));
+auto searching(BSTR filter) {
+    return Operation{L"Corvane::Crypto::getCertificates", [query = std::wstring(viewOf(filter))] {
+                         return Crypto::getCertificates(query, false);
+                     }};
 }
 
-ComPtr<CCertificateCollection> verify(IBinaryObject* signature, const Bytes* data,
-                                      const VARIANT& certificates) {
-    const SharedBytes message = bytesOf(signature);
-    const Certificates supplied = certificatesOf(certificates);
-    const Crypto::SharedProvider provider = Crypto::getDefaultCryptoProvider();
-    return makeCollection(provider->verifyMessageSignature(*message, data, supplied));
+auto finding(BSTR query) {
+    return Operation{L"Corvane::Crypto::findCertificate",
+                     [text = std::wstring(viewOf(query))] { return Crypto::findCertificate(text); }};
+}
+
+auto verifying(ICertificate* argument, LONG flags) {
+    return Operation{L"Corvane::Certificate::verify",
+                     [certificate = certificateOf(argument), bits = static_cast<DWORD>(flags)] {
+                         return static_cast<LONG>(certificate->verify(bits));
+                     }};
 }
 
 }  // namespace
 
 HRESULT CCryptoService::GetCertificates(BSTR filter, ICertificateCollection** certificates) {
-    return serviceFrame(L"CCryptoService::GetCertificates", [&] {
-        give(certificates, makeCollection(Crypto::getCertificates(viewOf(filter), false)));
-    });
+    return serviceFrame(L"CCryptoService::GetCertificates", [&] { run(certificates, searching(filter)); });
+}
+
+HRESULT CCryptoService::GetCertificatesAsync(BSTR filter, IDispatch* pCallback) {
+    return serviceFrame(L"CCryptoService::GetCertificatesAsync",
+                        [&] { start(pCallback, searching(filter)); });
 }
 
 HRESULT CCryptoService::FindCertificate(BSTR query, ICertificate** certificate) {
-    return serviceFrame(L"CCryptoService::FindCertificate",
-                        [&] { give(certificate, makeCertificate(Crypto::findCertificate(viewOf(query)))); });
+    return serviceFrame(L"CCryptoService::FindCertificate", [&] { run(certificate, finding(query)); });
+}
+
+HRESULT CCryptoService::FindCertificateAsync(BSTR query, IDispatch* pCallback) {
+    return serviceFrame(L"CCryptoService::FindCertificateAsync", [&] { start(pCallback, finding(query)); });
 }
 
 HRESULT CCryptoService::CreateCertificateFromContent(IBinaryObject* content, ICertificate** certificate) {
@@ -50,28 +62,38 @@ HRESULT CCryptoService::CreateCertificateFromContent(IBinaryObject* content, ICe
     });
 }
 
-HRESULT CCryptoService::Sign(IBinaryObject* pData, ICertificate* pCertificate, VARIANT_BOOL addCertChain,
-                             IBinaryObject** signature) {
-    return serviceFrame(L"CCryptoService::Sign",
-                        [&] { give(signature, sign(pData, pCertificate, false, addCertChain)); });
-}
-
-HRESULT CCryptoService::AttachedSign(IBinaryObject* pData, ICertificate* pCertificate,
-                                     VARIANT_BOOL addCertChain, IBinaryObject** signature) {
-    return serviceFrame(L"CCryptoService::AttachedSign",
-                        [&] { give(signature, sign(pData, pCertificate, true, addCertChain)); });
-}
-
-HRESULT CCryptoService::VerifySignature(IBinaryObject* pData, IBinaryObject* signature, VARIANT certificates,
-                                        ICertificateCollection** signers) {
-    return serviceFrame(L"CCryptoService::VerifySignature", [&] {
-        const SharedBytes data = bytesOf(pData);
-        give(signers, verify(signature, data.get(), certificates));
+HRESULT CCryptoService::SelectCertificateFromStore(BSTR storeName, ULONG storeLocation,
+                                                   ICertificate** certificate) {
+    return serviceFrame(L"CCryptoService::SelectCertificateFromStore", [&] {
+        SharedCertificate picked =
+            Crypto::selectCertificateFromStore(std::wstring(viewOf(storeName)), storeLocation);
+        give(certificate, picked ? makeCertificate(std::move(picked)) : ComPtr<CCertificate>());
     });
 }
 
-HRESULT CCryptoService::VerifyAttachedSignature(IBinaryObject* pSignature, VARIANT certificates,
-                                                ICertificateCollection** signers) {
-    return serviceFrame(L"CCryptoService::VerifyAttachedSignature",
-                        [&] { give(signers, verify(pSignature, nullptr, certificates)); });
+HRESULT CCryptoService::VerifyCertificate(ICertificate* pCertificate, LONG flags, LONG* status) {
+    return serviceFrame(L"CCryptoService::VerifyCertificate",
+                        [&] { run(status, verifying(pCertificate, flags)); });
+}
+
+HRESULT CCryptoService::VerifyCertificateAsync(ICertificate* pCertificate, LONG flags, IDispatch* pCallback) {
+    return serviceFrame(L"CCryptoService::VerifyCertificateAsync",
+                        [&] { start(pCallback, verifying(pCertificate, flags)); });
+}
+
+HRESULT CCryptoService::GetCryptoProvidersInfo(BSTR* info) {
+    return serviceFrame(L"CCryptoService::GetCryptoProvidersInfo",
+                        [&] { give(info, Crypto::getCryptoProvidersInfo()); });
+}
+
+HRESULT CCryptoService::GetCryptoProvider(BSTR name, ULONG type, ICryptoProvider** provider) {
+    return serviceFrame(L"CCryptoService::GetCryptoProvider", [&] {
+        give(provider, makeObject<CCryptoProvider>(Crypto::findProvider(std::wstring(viewOf(name)), type)));
+    });
+}
+
+HRESULT CCryptoService::GetDefaultCryptoProvider(ICryptoProvider** provider) {
+    return serviceFrame(L"CCryptoService::GetDefaultCryptoProvider", [&] {
+        give(provider, makeObject<CCryptoProvider>(Crypto::getDefaultCryptoProvider()->record()));
+    });
 }

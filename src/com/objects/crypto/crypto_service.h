@@ -1,12 +1,15 @@
-// CryptoService: search for certificates, signing, verification.
+// CryptoService: search for certificates and their verification, providers, and cryptographic operations
+// with the provider that the key at hand belongs to.
 #pragma once
 
-#include "com/access/service_object.h"
+#include "com/objects/crypto/crypto_operations.h"
 
-#include <VetrelCorvane2_h.h>
+class CCryptoService;
+extern template class CCryptoOperations<CCryptoService, CryptoService, ICryptoService>;
 
-class CCryptoService final
-    : public Corvane::Com::ServiceObject<CCryptoService, CryptoService, ICryptoService> {
+class CCryptoService final : public CCryptoOperations<CCryptoService, CryptoService, ICryptoService> {
 public:
+    static constexpr Corvane::Com::Text className = L"CCryptoService";
+
 #include <methods/ICryptoService.h>
 };

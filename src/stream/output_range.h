@@ -1,22 +1,22 @@
 // What an operation writes into a stream: all of it, or nothing of it stays.
 #pragma once
 
-#include "compression/sink.h"
 #include "stream/binary_stream.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 
-namespace Corvane::Compression::detail {
+namespace Corvane::Stream {
 
 // Begins at the stream's position. After commit() the stream ends behind what was written. Without it the
 // stream ends where the range began, or is as it was when nothing was written, even when somebody has closed
 // the file meanwhile. The stream must outlive it.
 class OutputRange {
 public:
-    explicit OutputRange(Stream::IBinaryStream& stream)
-        : stream_(stream), kept_(Stream::keptOpen(stream)), begin_(stream.state().position) {}
+    explicit OutputRange(IBinaryStream& stream)
+        : stream_(stream), kept_(keptOpen(stream)), begin_(stream.state().position) {}
     OutputRange(const OutputRange&) = delete;
     OutputRange& operator=(const OutputRange&) = delete;
 
@@ -36,28 +36,28 @@ public:
     void noteWriting() noexcept { written_ = true; }
 
     // The stream, to be written at once.
-    Stream::IBinaryStream& stream() noexcept {
+    IBinaryStream& stream() noexcept {
         noteWriting();
         return stream_;
     }
 
-    Sink sink() {
+    std::function<void(std::span<const std::uint8_t>)> sink() {
         return [this](std::span<const std::uint8_t> piece) { stream().write(piece); };
     }
 
     void commit() {
-        const Stream::State state = stream_.state();
+        const State state = stream_.state();
         if (state.position < state.size)
             stream_.resize(state.position);
         committed_ = true;
     }
 
 private:
-    Stream::IBinaryStream& stream_;
-    std::shared_ptr<Stream::IBinaryStream> kept_;
+    IBinaryStream& stream_;
+    std::shared_ptr<IBinaryStream> kept_;
     std::uint64_t begin_;
     bool written_ = false;
     bool committed_ = false;
 };
 
-}  // namespace Corvane::Compression::detail
+}  // namespace Corvane::Stream

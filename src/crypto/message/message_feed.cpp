@@ -1,0 +1,28 @@
+#include "crypto/message/message_feed.h"
+
+#include <algorithm>
+
+namespace Corvane::detail {
+
+MessageContent::MessageContent(Stream::IBinaryStream& input) : input_(input) {
+    const Stream::State state = input.state();
+    size_ = state.size - std::min(state.size, state.position);
+}
+
+DWORD MessageContent::announcedSize() const noexcept {
+    return static_cast<DWORD>(std::min<std::uint64_t>(size_, CMSG_INDEFINITE_LENGTH));
+}
+
+void MessageContent::feed(CryptMessage& message, const SharedProgress& progress) {
+    std::uint64_t left = size_;
+    const bool isBound = announcedSize() != CMSG_INDEFINITE_LENGTH;
+    Stream::forEachBlock(input_, messageBlockSize, progress,
+                         [&](std::span<const std::uint8_t> block, bool last) {
+                             if (isBound && (block.size() > left || (last && block.size() != left)))
+                                 throw Exception(E_READ_OR_WRONG_FILE_SIZE);
+                             left -= std::min<std::uint64_t>(left, block.size());
+                             message.update(block, last);
+                         });
+}
+
+}  // namespace Corvane::detail

@@ -1,0 +1,33 @@
+// The content of a message that is encoded from a stream.
+#pragma once
+
+#include "crypto/message/crypt_message.h"
+#include "stream/binary_stream.h"
+#include "stream/stream_loop.h"
+
+#include <cstdint>
+
+namespace Corvane::detail {
+
+// One byte less than a mebibyte, which messages have always been made with.
+inline constexpr std::size_t messageBlockSize = 0x100000 - 1;
+
+// What lies from the position of a stream to its end.
+class MessageContent {
+public:
+    explicit MessageContent(Stream::IBinaryStream& input);
+
+    // What the message is told of its size: CMSG_INDEFINITE_LENGTH for 4 GiB and more.
+    DWORD announcedSize() const noexcept;
+
+    // Gives the message all of it, whose last block says so, and is shorter than the others or empty. The
+    // system does not compare the sizes, so a stream that grew or shrank since it was announced ends it with
+    // E_READ_OR_WRONG_FILE_SIZE. Throws as CryptMessage::update() and forEachBlock().
+    void feed(CryptMessage& message, const SharedProgress& progress);
+
+private:
+    Stream::IBinaryStream& input_;
+    std::uint64_t size_;
+};
+
+}  // namespace Corvane::detail

@@ -1,0 +1,18 @@
+// Who an enveloped message is for, and which of them is here.
+#pragma once
+
+#include "crypto/message/crypt_message.h"
+#include "crypto/message/private_key.h"
+
+#include <memory>
+
+namespace Corvane::detail {
+
+// Opens the content of a message whose recipients are known by now: of each recipient in turn, the
+// certificates with a private key in the user's store "My" and then in the machine's are tried. Throws
+// std::runtime_error "certificate not found" where there is none; CryptoException E_CRYPTO_DECRYPT, with the
+// error of the first key that failed where none of those found opens it; E_CERT_STORE_OPEN; and what the
+// message's output throws. The key, which must outlive the message, is the caller's.
+std::unique_ptr<PrivateKey> decryptMessage(CryptMessage& message);
+
+}  // namespace Corvane::detail

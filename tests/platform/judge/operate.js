@@ -1,0 +1,166 @@
+// Carries out a list of operations through the component and tells what came of each.
+// argument: a JSON file, a list of lists: the name of an operation below and its arguments. Prints a line for each:
+// "ok" with what the operation says, or the error's text.
+var crypto = create("CryptoService");
+var bytes = create("BinaryObjectService");
+var files = create("FileSystemService");
+
+var certificates = {};
+function certificate(name) { // of a leaf, with its key
+    var filter = { name: "Leaf " + name, storeName: "My", hasPrivateKeyOnly: true };
+    return certificates[name] = certificates[name] || crypto.FindCertificate(JSON.stringify(filter));
+}
+
+function load(path) {
+    return bytes.BinaryObjectFromFile(path);
+}
+
+function input(path) {
+    return files.OpenFile(path);
+}
+
+function output(path) {
+    return files.OpenFile(path, 0xC0000000, 2);
+}
+
+function namesOf(collection) {
+    var names = [];
+    for (var i = 0; i < collection.count; ++i) {
+        names.push(collection.Item(i).CommonName.replace("Leaf ", ""));
+    }
+    return names.join(" ");
+}
+
+function recipients(names) {
+    var list = [];
+    for (var i = 0; i < names.length; ++i) {
+        list.push(certificate(names[i]));
+    }
+    return list;
+}
+
+// Starts an operation and waits; the streams are closed, whatever comes of it.
+function finished(start, streams) {
+    var result;
+    try {
+        result = wait(start);
+    } finally {
+        for (var i = 0; i < (streams || []).length; ++i) {
+            streams[i].Close();
+        }
+    }
+    if (typeof result === "string" && result.substr(0, 1) !== "{") {
+        throw new Error(result);
+    }
+    return result;
+}
+
+function report(text) {
+    var told = JSON.parse(text);
+    var words = [told.verdict];
+    for (var i = 0; i < told.signers.length; ++i) {
+        var signer = told.signers[i];
+        words.push([signer.certificate ? signer.certificate.CN.replace("Leaf ", "") : signer.serialNumber || signer.keyIdentifier,
+            signer.verdict, String(signer.digestAgrees), String(signer.signatureGood)].join("/"));
+    }
+    return words.join(" ");
+}
+
+var operations = {
+    sign: function (data, signer, attached, chain, message) {
+        var method = attached ? "AttachedSign" : "Sign";
+        crypto[method](load(data), certificate(signer), chain).ToFile(message);
+    },
+    signAsync: function (data, signer, attached, chain, message) {
+        finished(function (done) {
+            if (attached) {
+                crypto.AttachedSignAsync(load(data), certificate(signer), done, chain);
+            } else {
+                crypto.SignAsync(load(data), certificate(signer), done, chain);
+            }
+        }).ToFile(message);
+    },
+    signStream: function (data, signer, attached, chain, message) {
+        var from = input(data), to = output(message);
+        finished(function (done) {
+            crypto.SignStreamAsync(from, to, certificate(signer), attached, done, undefined, chain);
+        }, [from, to]);
+    },
+    rawSign: function (data, signer, signature) {
+        crypto.RawSign(load(data), certificate(signer)).ToFile(signature);
+    },
+    addSigner: function (message, data, signer, chain, result) {
+        crypto.AddSignerToSignature(load(message), data ? load(data) : null, certificate(signer), chain).ToFile(result);
+    },
+    verify: function (message, data) {
+        return namesOf(data ? crypto.VerifySignature(load(data), load(message)) : crypto.VerifyAttachedSignature(load(message)));
+    },
+    verifyAsync: function (message, data) {
+        return namesOf(finished(function (done) {
+            if (data) {
+                crypto.VerifySignatureAsync(load(data), load(message), done);
+            } else {
+                crypto.VerifyAttachedSignatureAsync(load(message), done);
+            }
+        }));
+    },
+    verifyStream: function (message, data) {
+        var from = input(data || message);
+        return namesOf(finished(function (done) {
+            if (data) {
+                crypto.VerifyStreamSignatureAsync(from, load(message), done);
+            } else {
+                crypto.VerifyStreamAttachedSignatureAsync(from, done);
+            }
+        }, [from]));
+    },
+    inspect: function (message, data) {
+        return report(crypto.InspectSignature(load(message), data ? load(data) : null));
+    },
+    inspectStream: function (message, data) {
+        var from = input(data || message);
+        return report(finished(function (done) {
+            crypto.InspectStreamSignatureAsync(from, data ? load(message) : null, done);
+        }, [from]));
+    },
+    certificates: function (message) {
+        var from = input(message);
+        var here = namesOf(crypto.GetCertificatesFromSignature(load(message)));
+        equal(here, namesOf(finished(function (done) { crypto.ExtractCertificatesFromSignature(from, done); }, [from])));
+        return here;
+    },
+    content: function (message, content) {
+        var from = input(message), to = output(content);
+        finished(function (done) { crypto.ExtractContentFromSignature(from, to, done); }, [from, to]);
+        check(crypto.GetContentFromSignature(load(message)).Equals(load(content)), "both forms give the same");
+    },
+    encrypt: function (data, names, message) {
+        crypto.Encrypt(load(data), recipients(names)).ToFile(message);
+    },
+    encryptStream: function (data, names, message) {
+        var from = input(data), to = output(message);
+        finished(function (done) { crypto.EncryptStreamAsync(from, to, recipients(names), done); }, [from, to]);
+    },
+    decrypt: function (message, content) {
+        crypto.Decrypt(load(message)).ToFile(content);
+    },
+    decryptStream: function (message, content) {
+        var from = input(message), to = output(content);
+        finished(function (done) { crypto.DecryptStreamAsync(from, to, done); }, [from, to]);
+    },
+    size: function (path) {
+        return files.GetLength(path);
+    }
+};
+
+var plan = JSON.parse(textOf(load(WScript.Arguments(0))));
+for (var i = 0; i < plan.length; ++i) {
+    var line;
+    try {
+        var told = operations[plan[i][0]].apply(null, plan[i].slice(1));
+        line = told === undefined ? "ok" : "ok " + told;
+    } catch (error) {
+        line = error.message;
+    }
+    WScript.Echo(line.replace(/[\r\n]+/g, " "));
+}
