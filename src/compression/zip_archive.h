@@ -64,8 +64,8 @@ private:
 
 // Any thread may call any function. Several entries may be extracted at the same time. Adding waits until no
 // extraction is running, and extractions wait while something is added; entries() never waits for either. The
-// position of the stream changes. When the stream or the archive has been closed, every function except close()
-// throws Exception E_ZIP_ARCHIVE_STREAM_DISPOSE. Other exceptions of the stream are passed on.
+// position of the stream changes. When the stream or the archive has been closed, every function except
+// close() throws Exception E_ZIP_ARCHIVE_STREAM_DISPOSE. Other exceptions of the stream are passed on.
 class ZipArchive {
 public:
     // An empty stream is an archive without entries, to be filled. Throws Exception E_ZIP_OPEN for what is

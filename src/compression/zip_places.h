@@ -10,8 +10,8 @@
 
 namespace Corvane::Compression::detail {
 
-// A tree of path parts. Paths with the same beginning share it, so the memory that the tree takes grows no faster
-// than the text of the paths.
+// A tree of path parts. Paths with the same beginning share it, so the memory that the tree takes grows no
+// faster than the text of the paths.
 class PathTree {
 public:
     static constexpr std::size_t root = 0;

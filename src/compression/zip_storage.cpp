@@ -68,7 +68,8 @@ public:
     std::size_t read(std::uint64_t position, std::span<std::uint8_t> buffer) override {
         std::size_t done = 0;
         if (position < end_) {
-            const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), end_ - position));
+            const auto count =
+                static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), end_ - position));
             done = storage_->read(position, buffer.first(count));
             if (done < count)
                 return done;

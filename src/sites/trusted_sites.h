@@ -20,7 +20,8 @@ SitePattern readSite(const std::wstring& text);
 // A list of trusted sites.
 class TrustedSitesBase {
 public:
-    // Whether a pattern of the list covers the page of this address, as readSite() gives it; never for an empty one.
+    // Whether a pattern of the list covers the page of this address, as readSite() gives it; never for an
+    // empty one.
     virtual bool isTrusted(const SitePattern& page) const;
     bool isTrusted(const std::wstring& address) const { return isTrusted(readSite(address)); }
 

@@ -177,9 +177,9 @@ bool takesObjects(const FUNCDESC& function) {
     return found;
 }
 
-// Names and plain values are as the system finds them in the type library. Reading the name of a method does not
-// call it: scripts ask so whether there is one. A property is read under either flag, and nothing is set that can
-// only be read.
+// Names and plain values are as the system finds them in the type library. Reading the name of a method does
+// not call it: scripts ask so whether there is one. A property is read under either flag, and nothing is set
+// that can only be read.
 TEST_F(CoclassesTest, MembersAnswerToWhatTheyAre) {
     forEach([](const Made& made) {
         const auto dispatch = made.object.query<IDispatch>();
