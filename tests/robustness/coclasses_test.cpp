@@ -32,7 +32,9 @@ struct Made {
     ComPtr<ITypeInfo> defaultInterface;
     ComPtr<IUnknown> object;
 
-    bool isService() const { return name.ends_with(L"Service") || name == L"CertificateStore"; }
+    bool isService() const {
+        return name.ends_with(L"Service") || name == L"CertificateStore" || name == L"CryptoProvider";
+    }
 };
 
 class CoclassesTest : public ComponentTest {
