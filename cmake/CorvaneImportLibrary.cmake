@@ -1,10 +1,32 @@
 # corvane_add_delayed_library(<name>)
 # Adds corvane_<name>, to link with the system's <name>.dll so that it is loaded at the first call of one of its
-# functions, which cmake/import/<name>-<arch>.def lists.
+# functions. Their names, which have the size of the arguments in 32 bits, are those of the toolchain's own import library,
+# or stand in cmake/import/<name>-<arch>.def where that library is of no use.
 function(corvane_add_delayed_library name)
+    set(folder ${CMAKE_BINARY_DIR}/generated/import)
+    set(library ${folder}/libdelayed_${name}.a)
     set(definition ${PROJECT_SOURCE_DIR}/cmake/import/${name}-${CORVANE_ARCH}.def)
-    set(library ${CMAKE_BINARY_DIR}/generated/import/libdelayed_${name}.a)
-    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/generated/import)
+    file(MAKE_DIRECTORY ${folder})
+    if(NOT EXISTS ${definition})
+        set(definition ${folder}/${name}.def)
+        execute_process(
+            COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=lib${name}.a
+            OUTPUT_VARIABLE import_library OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY
+        )
+        execute_process(
+            COMMAND ${CMAKE_NM} --defined-only ${import_library}
+            OUTPUT_VARIABLE symbols ERROR_QUIET COMMAND_ERROR_IS_FATAL ANY
+        )
+        string(REGEX MATCHALL " T [^\n]+" functions "${symbols}")
+        # Symbols of 32 bits begin with an underscore.
+        if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+            list(TRANSFORM functions REPLACE "^ T _" "    ")
+        else()
+            list(TRANSFORM functions REPLACE "^ T " "    ")
+        endif()
+        list(JOIN functions "\n" functions)
+        file(CONFIGURE OUTPUT ${definition} CONTENT "LIBRARY ${name}.dll\nEXPORTS\n${functions}\n" @ONLY)
+    endif()
     add_custom_command(
         OUTPUT ${library}
         # The DLL's own names are without the decoration that the compiler's symbols have.

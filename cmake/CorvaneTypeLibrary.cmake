@@ -1,7 +1,8 @@
 # corvane_add_type_library(<target> <idl file> [<imported idl file>...])
 # Compiles an IDL file with the toolchain's widl, for the bitness that is being built. <target> is a library that holds
-# the GUIDs and brings the include folder of <name>_h.h and of methods/<interface>.h, the declarations of an interface's
-# methods for the body of a class; its property TYPE_LIBRARY is the path of <name>.tlb.
+# the GUIDs and brings the include folder of <name>_h.h, of methods/<interface>.h, the declarations of an interface's
+# methods for the body of a class, and of methods/members.h, tables of all members for late binding; its property
+# TYPE_LIBRARY is the path of <name>.tlb.
 function(corvane_add_type_library target idl)
     find_program(CORVANE_WIDL_PROGRAM NAMES ${CORVANE_WIDL} widl REQUIRED)
     find_package(Python3 REQUIRED COMPONENTS Interpreter)
@@ -43,6 +44,7 @@ function(corvane_add_type_library target idl)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${idl})
     file(STRINGS ${idl} interfaces REGEX "^interface I[A-Za-z0-9]+ :")
     list(TRANSFORM interfaces REPLACE "^interface (I[A-Za-z0-9]+) :.*$" "${folder}/methods/\\1.h")
+    list(APPEND interfaces ${folder}/methods/members.h)
     add_custom_command(
         OUTPUT ${interfaces}
         COMMAND Python3::Interpreter ${make_declarations} ${idl} ${folder}/methods

@@ -15,7 +15,6 @@
 namespace robustness {
 namespace {
 
-using Corvane::Test::EntryPatch;
 using Corvane::Test::ImportPatch;
 using Corvane::Test::readTestData;
 
@@ -99,7 +98,7 @@ WINBOOL WINAPI view(PCCRYPTUI_VIEWCERTIFICATE_STRUCTW view, WINBOOL* changed) {
 }
 
 TEST_F(CertificatesTest, ViewerMayBeCancelled) {
-    const EntryPatch patch(L"cryptui", "CryptUIDlgViewCertificateW", &view);
+    const ImportPatch patch("CryptUIDlgViewCertificateW", &view, module_);
     const auto certificate = signer();
     for (const auto& [error, expected] :
          {std::pair{0, S_OK}, {ERROR_CANCELLED, S_OK}, {ERROR_OUTOFMEMORY, dialogFailed}}) {
@@ -120,7 +119,7 @@ PCCERT_CONTEXT WINAPI pick(HCERTSTORE store, HWND parent, LPCWSTR title, LPCWSTR
 
 // The picker shows the store that another call closes in the meantime.
 TEST_F(CertificatesTest, StoreThatIsClosedWhileInUseStaysOpenForItsUser) {
-    const EntryPatch patch(L"cryptui", "CryptUIDlgSelectCertificateFromStore", &pick);
+    const ImportPatch patch("CryptUIDlgSelectCertificateFromStore", &pick, module_);
     const auto store = serviceOf<ICertificateStore>(__uuidof(CertificateStore));
     ComPtr<ICertificate> picked;
     EXPECT_EQ(store->SelectCertificate(picked.put()), notOpened);

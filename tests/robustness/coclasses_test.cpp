@@ -177,8 +177,9 @@ bool takesObjects(const FUNCDESC& function) {
     return found;
 }
 
-// Reading the name of a method does not call it: scripts ask so whether there is one. A property is read
-// under either flag, and nothing is set that can only be read.
+// Names and plain values are as the system finds them in the type library. Reading the name of a method does not
+// call it: scripts ask so whether there is one. A property is read under either flag, and nothing is set that can
+// only be read.
 TEST_F(CoclassesTest, MembersAnswerToWhatTheyAre) {
     forEach([](const Made& made) {
         const auto dispatch = made.object.query<IDispatch>();
@@ -186,7 +187,26 @@ TEST_F(CoclassesTest, MembersAnswerToWhatTheyAre) {
             const auto answers = [&](WORD flags) {
                 return LateCall(*dispatch, function.memid, {}, flags).hr != DISP_E_MEMBERNOTFOUND;
             };
+            Bstr name;
+            DISPID found = DISPID_UNKNOWN;
+            made.defaultInterface->GetDocumentation(function.memid, name.put(), nullptr, nullptr, nullptr);
+            LPOLESTR names[] = {name.get()};
+            EXPECT_EQ(dispatch->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &found), S_OK);
+            EXPECT_EQ(found, function.memid);
             const bool isMethod = function.invkind == INVOKE_FUNC;
+            if (!isMethod) {
+                DISPPARAMS none{};
+                Variant expected;
+                const HRESULT hr =
+                    made.defaultInterface->Invoke(dispatch.get(), function.memid, DISPATCH_PROPERTYGET, &none,
+                                                  expected.put(), nullptr, nullptr);
+                const VARTYPE type = V_VT(&expected.get());
+                const LateCall call(*dispatch, function.memid, {}, DISPATCH_PROPERTYGET);
+                EXPECT_EQ(call.hr, hr);
+                if (hr == S_OK) {
+                    EXPECT_EQ(V_VT(&call.result.get()), type == VT_UI4 ? VARTYPE{VT_I4} : type);
+                }
+            }
             EXPECT_NE(answers(DISPATCH_PROPERTYGET), isMethod);
             EXPECT_TRUE(answers(DISPATCH_METHOD));
             EXPECT_TRUE(answers(DISPATCH_METHOD | DISPATCH_PROPERTYGET));

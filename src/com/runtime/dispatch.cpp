@@ -4,6 +4,8 @@
 #include "com/runtime/module.h"
 #include "core/lock.h"
 
+#include <VetrelCorvane2_h.h>
+
 #include <algorithm>
 #include <bit>
 #include <map>
@@ -11,7 +13,24 @@
 #include <shared_mutex>
 
 namespace Corvane::Com {
+
+// What the type library's source says of a member, getter and setter of a property being one.
+struct MemberDescription {
+    std::wstring_view name;  // in lower case
+    DISPID id;
+    WORD kinds;              // of INVOKEKIND
+    std::size_t getterSlot;  // in the table of methods, 0 where reading has to go the general way
+    VARTYPE type;            // of the plain value that the getter gives
+};
+
 namespace {
+
+struct InterfaceDescription {
+    const IID& iid;
+    std::span<const MemberDescription> members;
+};
+
+#include <methods/members.h>
 
 struct GuidLess {
     bool operator()(const GUID& left, const GUID& right) const noexcept {
@@ -56,63 +75,6 @@ constexpr OLECHAR folded(OLECHAR c) noexcept {
 
 constexpr std::size_t hashStep(std::size_t hash, OLECHAR c) noexcept {
     return (hash ^ c) * 16777619u;
-}
-
-class FunctionDescription {
-public:
-    FunctionDescription(ITypeInfo& info, UINT index) noexcept : info_(info) {
-        if (FAILED(info.GetFuncDesc(index, &description_)))
-            description_ = nullptr;
-    }
-    FunctionDescription(const FunctionDescription&) = delete;
-    FunctionDescription& operator=(const FunctionDescription&) = delete;
-    ~FunctionDescription() {
-        if (description_)
-            info_.ReleaseFuncDesc(description_);
-    }
-
-    explicit operator bool() const noexcept { return description_ != nullptr; }
-    const FUNCDESC* operator->() const noexcept { return description_; }
-    const FUNCDESC& operator*() const noexcept { return *description_; }
-
-private:
-    ITypeInfo& info_;
-    FUNCDESC* description_ = nullptr;
-};
-
-UINT functionCount(ITypeInfo& info) noexcept {
-    TYPEATTR* attributes = nullptr;
-    if (FAILED(info.GetTypeAttr(&attributes)))
-        return 0;
-    const UINT count = attributes->cFuncs;
-    info.ReleaseTypeAttr(attributes);
-    return count;
-}
-
-bool isPlain(VARTYPE type) noexcept {
-    switch (type) {
-        case VT_I4:
-        case VT_INT:
-        case VT_UI4:
-        case VT_UINT:
-        case VT_BOOL:
-        case VT_BSTR:
-        case VT_DATE:
-            return true;
-        default:
-            return false;
-    }
-}
-
-// The type of what a getter without arguments stores through its only parameter; VT_EMPTY for any other
-// function.
-VARTYPE plainTypeOf(const FUNCDESC& function) noexcept {
-    if (function.invkind != INVOKE_PROPERTYGET || function.funckind != FUNC_PUREVIRTUAL ||
-        function.cParams != 1)
-        return VT_EMPTY;
-    const TYPEDESC& parameter = function.lprgelemdescParam[0].tdesc;
-    return parameter.vt == VT_PTR && isPlain(parameter.lptdesc->vt) ? parameter.lptdesc->vt
-                                                                    : VARTYPE{VT_EMPTY};
 }
 
 // What ITypeInfo::Invoke makes of a member's failure.
@@ -183,14 +145,14 @@ HRESULT DispatchTable::acquire(const IID& iid, const DispatchTable** table) noex
                 }
             }
         }
+        const auto* const description = std::ranges::find_if(
+            interfaceDescriptions, [&](const InterfaceDescription& each) { return each.iid == iid; });
+        if (description == std::end(interfaceDescriptions))
+            return TYPE_E_ELEMENTNOTFOUND;
         const std::lock_guard guard(cacheMutex);
         const DispatchTable*& entry = lockedCache().tables[iid];
-        if (!entry) {
-            ComPtr<ITypeInfo> info;
-            if (const HRESULT hr = lockedTypeInfo(iid, info); FAILED(hr))
-                return hr;
-            entry = new DispatchTable(std::move(info));
-        }
+        if (!entry)
+            entry = new DispatchTable(iid, description->members);
         entry->addRef();
         *table = entry;
         return S_OK;
@@ -210,123 +172,107 @@ void DispatchTable::forgetAll() noexcept {
     delete std::exchange(cache, nullptr);
 }
 
-DispatchTable::DispatchTable(ComPtr<ITypeInfo> typeInfo) : typeInfo_(std::move(typeInfo)) {
-    const UINT count = functionCount(*typeInfo_);
-    for (UINT index = 0; index < count; ++index)
-        addFunction(index);
-    addGetters();
-    buildIndex();
-}
-
-void DispatchTable::addFunction(UINT index) {
-    const FunctionDescription function(*typeInfo_, index);
-    if (!function)
-        return;
-    members_[function->memid].kinds |= static_cast<WORD>(function->invkind);
-    Bstr name;
-    UINT written = 0;
-    if (SUCCEEDED(typeInfo_->GetNames(function->memid, name.put(), 1, &written)) && written == 1)
-        addName(name.get(), function->memid);
-}
-
-// The slots stand in the other view of a dual interface, the one of its table of methods.
-void DispatchTable::addGetters() {
-    HREFTYPE reference = 0;
-    ComPtr<ITypeInfo> methods;
-    if (FAILED(typeInfo_->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference)) ||
-        FAILED(typeInfo_->GetRefTypeInfo(reference, methods.put())))
-        return;
-    const UINT count = functionCount(*methods);
-    for (UINT index = 0; index < count; ++index) {
-        const FunctionDescription function(*methods, index);
-        const VARTYPE type = function ? plainTypeOf(*function) : VARTYPE{VT_EMPTY};
-        if (type == VT_EMPTY)
-            continue;
-        Member& member = members_[function->memid];
-        member.getterSlot = static_cast<std::size_t>(function->oVft) / sizeof(void*);
-        member.type = type;
-    }
-}
-
-void DispatchTable::addName(BSTR name, DISPID id) {
-    std::wstring text(viewOf(name));
-    std::transform(text.begin(), text.end(), text.begin(), folded);
-    const auto known = [&](const Name& other) { return other.id == id; };
-    if (std::any_of(names_.begin(), names_.end(), known))
-        return;  // getter and setter of one property
-    texts_.push_back(std::move(text));
-    names_.push_back({{}, id});
-}
-
-void DispatchTable::buildIndex() {
+DispatchTable::DispatchTable(const IID& iid, std::span<const MemberDescription> members)
+    : iid_(iid), members_(members) {
     // At most half full, so that a name that is not there is found out soon.
-    buckets_.assign(std::bit_ceil(names_.size() * 2 + 1), 0);
-    for (std::size_t i = 0; i < names_.size(); ++i) {
-        names_[i].text = texts_[i];
+    byName_.assign(std::bit_ceil(members.size() * 2 + 1), 0);
+    for (const MemberDescription& member : members) {
+        byId_.emplace(member.id, &member);
         std::size_t hash = 0;
-        for (const OLECHAR c : texts_[i])
+        for (const OLECHAR c : member.name)
             hash = hashStep(hash, c);
-        std::size_t slot = hash & (buckets_.size() - 1);
-        while (buckets_[slot] != 0)
-            slot = (slot + 1) & (buckets_.size() - 1);
-        buckets_[slot] = static_cast<unsigned short>(i + 1);
+        std::size_t slot = hash & (byName_.size() - 1);
+        while (byName_[slot] != 0)
+            slot = (slot + 1) & (byName_.size() - 1);
+        byName_[slot] = static_cast<unsigned short>(&member - members.data() + 1);
     }
 }
 
-const DispatchTable::Name* DispatchTable::find(const OLECHAR* name) const noexcept {
+DispatchTable::~DispatchTable() {
+    if (ITypeInfo* const info = typeInfo_.load(std::memory_order_acquire))
+        info->Release();
+}
+
+HRESULT DispatchTable::typeInfo(ITypeInfo*& info) const noexcept {
+    info = typeInfo_.load(std::memory_order_acquire);
+    if (info)
+        return S_OK;
+    try {
+        const std::lock_guard guard(cacheMutex);
+        ComPtr<ITypeInfo> loaded;
+        if (const HRESULT hr = lockedTypeInfo(iid_, loaded); FAILED(hr))
+            return hr;
+        info = typeInfo_.load(std::memory_order_relaxed);
+        if (!info)
+            typeInfo_.store(info = loaded.detach(), std::memory_order_release);
+        return S_OK;
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+const MemberDescription* DispatchTable::find(const OLECHAR* name) const noexcept {
     std::size_t hash = 0;
     const OLECHAR* end = name;
     for (; *end; ++end)
         hash = hashStep(hash, folded(*end));
     const auto length = static_cast<std::size_t>(end - name);
     const auto same = [](OLECHAR left, OLECHAR right) { return left == folded(right); };
-    for (std::size_t slot = hash & (buckets_.size() - 1); buckets_[slot] != 0;
-         slot = (slot + 1) & (buckets_.size() - 1)) {
-        const Name& candidate = names_[buckets_[slot] - 1u];
-        if (candidate.text.size() == length &&
-            std::equal(candidate.text.begin(), candidate.text.end(), name, same))
+    for (std::size_t slot = hash & (byName_.size() - 1); byName_[slot] != 0;
+         slot = (slot + 1) & (byName_.size() - 1)) {
+        const MemberDescription& candidate = members_[byName_[slot] - 1u];
+        if (candidate.name.size() == length &&
+            std::equal(candidate.name.begin(), candidate.name.end(), name, same))
             return &candidate;
     }
     return nullptr;
 }
 
+const MemberDescription* DispatchTable::find(DISPID id) const noexcept {
+    const auto found = byId_.find(id);
+    return found == byId_.end() ? nullptr : found->second;
+}
+
 HRESULT DispatchTable::getIdsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const noexcept {
     if (!names || !ids || count == 0)
         return E_INVALIDARG;
-    const Name* name = find(names[0]);
-    if (!name) {
+    const MemberDescription* const member = find(names[0]);
+    if (!member) {
         std::fill_n(ids, count, DISPID_UNKNOWN);
         return DISP_E_UNKNOWNNAME;
     }
-    if (count > 1)  // names of arguments, which scripts hardly ever use
-        return typeInfo_->GetIDsOfNames(names, count, ids);
-    ids[0] = name->id;
-    return S_OK;
-}
-
-const DispatchTable::Member& DispatchTable::memberOf(DISPID id) const noexcept {
-    static constexpr Member unknown{};
-    const auto found = members_.find(id);
-    return found == members_.end() ? unknown : found->second;
+    ids[0] = member->id;
+    if (count == 1)
+        return S_OK;
+    // Names of arguments, which scripts hardly ever use.
+    ITypeInfo* info = nullptr;
+    const HRESULT hr = typeInfo(info);
+    return FAILED(hr) ? hr : info->GetIDsOfNames(names, count, ids);
 }
 
 HRESULT DispatchTable::invoke(void* object, DISPID id, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                               EXCEPINFO* exception, UINT* badArgument) const noexcept {
-    const Member& member = memberOf(id);
+    const MemberDescription* const member = find(id);
+    if (!member)
+        return DISP_E_MEMBERNOTFOUND;
     // Engines read a property as a method in places: a read that stands as a statement, an enumerator. Not
     // the other way round: a script that looks whether there is a method must not call it.
-    if (flags == DISPATCH_METHOD && (member.kinds & INVOKE_PROPERTYGET) != 0)
+    if (flags == DISPATCH_METHOD && (member->kinds & INVOKE_PROPERTYGET) != 0)
         flags |= DISPATCH_PROPERTYGET;
     // The system's releases differ in how they refuse to set what can only be read.
     static_assert(INVOKE_FUNC == DISPATCH_METHOD && INVOKE_PROPERTYPUT == DISPATCH_PROPERTYPUT);
-    if ((flags & member.kinds) == 0)
+    if ((flags & member->kinds) == 0)
         return DISP_E_MEMBERNOTFOUND;
-    EarlierErrorInfo earlier;
-    const bool plainRead = member.getterSlot != 0 && (flags & DISPATCH_PROPERTYGET) != 0 && result &&
+    const bool plainRead = member->getterSlot != 0 && (flags & DISPATCH_PROPERTYGET) != 0 && result &&
                            parameters && parameters->cArgs == 0;
-    const HRESULT hr = plainRead
-                           ? readPlain(object, member.getterSlot, member.type, *result, exception)
-                           : typeInfo_->Invoke(object, id, flags, parameters, result, exception, badArgument);
+    ITypeInfo* info = nullptr;
+    if (!plainRead) {
+        if (const HRESULT hr = typeInfo(info); FAILED(hr))
+            return hr;
+    }
+    EarlierErrorInfo earlier;
+    const HRESULT hr = plainRead ? readPlain(object, member->getterSlot, member->type, *result, exception)
+                                 : info->Invoke(object, id, flags, parameters, result, exception, badArgument);
     if (hr != DISP_E_EXCEPTION || !describes(exception))
         earlier.restore();
     if (SUCCEEDED(hr) && result)

@@ -1,5 +1,5 @@
 // Late binding: names, identifiers and calls of one dual interface, from the type library that the DLL
-// carries. Nothing is looked up in the registry, so objects also work without registration.
+// carries and from its source. Nothing is looked up in the registry, so objects also work without registration.
 #pragma once
 
 #include "com/runtime/ptr.h"
@@ -10,19 +10,20 @@
 
 #include <atomic>
 #include <cstring>
-#include <string>
-#include <string_view>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
 namespace Corvane::Com {
 
-// What one interface answers to IDispatch. Built once for the process and shared by all objects of the
-// class, which hold references to it. Immutable, so any thread may use it.
+struct MemberDescription;
+
+// What one interface answers to IDispatch. Names, identifiers and the getters of plain values are known from the type
+// library's source; the type library itself, which takes long to load, is asked at the first call that needs it. Built
+// once for the process and shared by all objects of the class, which hold references to it. Any thread may use it.
 class DispatchTable {
 public:
-    // The table of an interface of the type library; the caller owns the reference. A failure is the
-    // HRESULT of the type library's loading.
+    // The table of an interface of the type library; the caller owns the reference.
     static HRESULT acquire(const IID& iid, const DispatchTable** table) noexcept;
 
     // Forgets the tables that no object holds. For when the module is about to be unloaded.
@@ -34,7 +35,8 @@ public:
             delete this;
     }
 
-    ITypeInfo* typeInfo() const noexcept { return typeInfo_.get(); }
+    // The interface's description, which stays the table's own; a failure is that of loading the type library.
+    HRESULT typeInfo(ITypeInfo*& info) const noexcept;
 
     HRESULT getIdsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const noexcept;
 
@@ -43,33 +45,17 @@ public:
                    EXCEPINFO* exception, UINT* badArgument) const noexcept;
 
 private:
-    struct Name {
-        std::wstring_view text;  // folded
-        DISPID id;
-    };
+    DispatchTable(const IID& iid, std::span<const MemberDescription> members);
+    ~DispatchTable();
 
-    explicit DispatchTable(ComPtr<ITypeInfo> typeInfo);
-    ~DispatchTable() = default;
+    const MemberDescription* find(const OLECHAR* name) const noexcept;
+    const MemberDescription* find(DISPID id) const noexcept;
 
-    // What is known of a member by its identifier.
-    struct Member {
-        WORD kinds = 0;              // of INVOKEKIND
-        std::size_t getterSlot = 0;  // in the table of methods, 0 where reading has to go the general way
-        VARTYPE type = VT_EMPTY;     // of the plain value that the getter gives
-    };
-
-    void addFunction(UINT index);
-    void addGetters();
-    void addName(BSTR name, DISPID id);
-    void buildIndex();
-    const Member& memberOf(DISPID id) const noexcept;
-    const Name* find(const OLECHAR* name) const noexcept;
-
-    ComPtr<ITypeInfo> typeInfo_;
-    std::vector<std::wstring> texts_;
-    std::vector<Name> names_;
-    std::vector<unsigned short> buckets_;  // 1 + index into names_, 0 where there is none
-    std::unordered_map<DISPID, Member> members_;
+    const IID iid_;
+    const std::span<const MemberDescription> members_;
+    std::vector<unsigned short> byName_;  // 1 + index into members_, 0 where there is none
+    std::unordered_map<DISPID, const MemberDescription*> byId_;
+    mutable std::atomic<ITypeInfo*> typeInfo_{nullptr};
     mutable std::atomic<long> references_{1};
 };
 

@@ -57,11 +57,7 @@ public:
         *info = nullptr;
         if (index != 0)
             return DISP_E_BADINDEX;
-        const DispatchTable* table = nullptr;
-        if (const HRESULT hr = dispatchTable(table); FAILED(hr))
-            return hr;
-        *info = ComPtr<ITypeInfo>(table->typeInfo()).detach();
-        return S_OK;
+        return typeInfoOf(__uuidof(Interface), info);
     }
 
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {

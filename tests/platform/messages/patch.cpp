@@ -1,5 +1,6 @@
 // Puts the stand-ins into the import tables of every module that is not the system's: of those that are there
 // when this DLL is loaded, and of those that come later.
+#include "../import_slots.h"
 #include "functions.h"
 
 #include <psapi.h>
@@ -10,7 +11,7 @@ namespace Corvane::Platform::Messages {
 namespace {
 
 struct Replacement {
-    const char* name;
+    std::string_view name;
     void* function;
 };
 
@@ -40,37 +41,12 @@ const Replacement replacements[] = {
     {"CryptVerifyMessageSignature", address(verifyMessageSignature)},
 };
 
-void put(void** slot, void* value) {
-    DWORD protection = 0;
-    ::VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &protection);
-    *slot = value;
-    ::VirtualProtect(slot, sizeof *slot, protection, &protection);
-}
-
-void patchModule(BYTE* module) {
-    const auto* const dos = reinterpret_cast<IMAGE_DOS_HEADER*>(module);
-    const auto* const headers = reinterpret_cast<IMAGE_NT_HEADERS*>(module + dos->e_lfanew);
-    const IMAGE_DATA_DIRECTORY& directory =
-        headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-    if (directory.VirtualAddress == 0)
-        return;
-    const auto* imported = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(module + directory.VirtualAddress);
-    for (; imported->Name != 0; ++imported) {
-        if (::lstrcmpiA(reinterpret_cast<char*>(module + imported->Name), "crypt32.dll") != 0 ||
-            imported->OriginalFirstThunk == 0)
-            continue;
-        const auto* name = reinterpret_cast<IMAGE_THUNK_DATA*>(module + imported->OriginalFirstThunk);
-        auto* slot = reinterpret_cast<void**>(module + imported->FirstThunk);
-        for (; name->u1.AddressOfData != 0; ++name, ++slot) {
-            if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal))
-                continue;
-            const char* const text =
-                reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(module + name->u1.AddressOfData)->Name;
-            const auto found = std::ranges::find(replacements, std::string_view(text), &Replacement::name);
-            if (found != std::end(replacements))
-                put(slot, found->function);
-        }
-    }
+void patchModule(HMODULE module) {
+    Test::forEachImport(module, [](std::string_view name, void*& slot) {
+        const auto found = std::ranges::find(replacements, name, &Replacement::name);
+        if (found != std::end(replacements))
+            Test::putIntoSlot(slot, found->function);
+    });
 }
 
 HMODULE ownModule;
@@ -83,7 +59,7 @@ void patch(HMODULE module) {
     const bool isSystem = ::CompareStringOrdinal(path, static_cast<int>(length), windows,
                                                  static_cast<int>(length), TRUE) == CSTR_EQUAL;
     if (!isSystem && module != ownModule)
-        patchModule(reinterpret_cast<BYTE*>(module));
+        patchModule(module);
 }
 
 // ntdll's, which no header of MinGW has (LdrRegisterDllNotification in Microsoft's documentation).
