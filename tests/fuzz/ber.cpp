@@ -1,5 +1,5 @@
-// Values of BER read from arbitrary bytes; what was read is written as DER and must be read from that alike. The
-// readers of signed messages are asked the same of the whole and of its beginning.
+// Values of BER read from arbitrary bytes; what was read is written as DER and must be read from that alike.
+// The readers of signed messages are asked the same of the whole and of its beginning.
 #include "asn1/decoders/ber_reader.h"
 
 #include "asn1/decoders/signed_data.h"

@@ -500,6 +500,22 @@ TEST_F(Operations, EveryCallFailsOnce) {
     }
 }
 
+DWORD chainFlags = 0;
+
+WINBOOL WINAPI recordChainFlags(HCERTCHAINENGINE, PCCERT_CONTEXT, LPFILETIME, HCERTSTORE, PCERT_CHAIN_PARA,
+                                DWORD flags, LPVOID, PCCERT_CHAIN_CONTEXT*) {
+    chainFlags = flags;
+    return FALSE;
+}
+
+TEST_F(Operations, FlagsOfChainsArePassedBitForBit) {
+    const ImportPatch patch("CertGetCertificateChain", &recordChainFlags);
+    for (const DWORD flags : {DWORD{0}, DWORD{0x20000000}, DWORD{0x80000001}, ~DWORD{0}}) {
+        EXPECT_EQ(errorCode([&] { certificate_->verify(flags); }), E_CERT_CHAIN.code);
+        EXPECT_EQ(chainFlags, flags);
+    }
+}
+
 struct Reader {
     const char* name;
     const Bytes& message;

@@ -271,8 +271,9 @@ HRESULT DispatchTable::invoke(void* object, DISPID id, WORD flags, DISPPARAMS* p
             return hr;
     }
     EarlierErrorInfo earlier;
-    const HRESULT hr = plainRead ? readPlain(object, member->getterSlot, member->type, *result, exception)
-                                 : info->Invoke(object, id, flags, parameters, result, exception, badArgument);
+    const HRESULT hr = plainRead
+                           ? readPlain(object, member->getterSlot, member->type, *result, exception)
+                           : info->Invoke(object, id, flags, parameters, result, exception, badArgument);
     if (hr != DISP_E_EXCEPTION || !describes(exception))
         earlier.restore();
     if (SUCCEEDED(hr) && result)

@@ -1,5 +1,6 @@
 // Late binding: names, identifiers and calls of one dual interface, from the type library that the DLL
-// carries and from its source. Nothing is looked up in the registry, so objects also work without registration.
+// carries and from its source. Nothing is looked up in the registry, so objects also work without
+// registration.
 #pragma once
 
 #include "com/runtime/ptr.h"
@@ -18,9 +19,10 @@ namespace Corvane::Com {
 
 struct MemberDescription;
 
-// What one interface answers to IDispatch. Names, identifiers and the getters of plain values are known from the type
-// library's source; the type library itself, which takes long to load, is asked at the first call that needs it. Built
-// once for the process and shared by all objects of the class, which hold references to it. Any thread may use it.
+// What one interface answers to IDispatch. Names, identifiers and the getters of plain values are known from
+// the type library's source; the type library itself, which takes long to load, is asked at the first call
+// that needs it. Built once for the process and shared by all objects of the class, which hold references to
+// it. Any thread may use it.
 class DispatchTable {
 public:
     // The table of an interface of the type library; the caller owns the reference.
@@ -35,7 +37,8 @@ public:
             delete this;
     }
 
-    // The interface's description, which stays the table's own; a failure is that of loading the type library.
+    // The interface's description, which stays the table's own; a failure is that of loading the type
+    // library.
     HRESULT typeInfo(ITypeInfo*& info) const noexcept;
 
     HRESULT getIdsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const noexcept;
