@@ -38,4 +38,10 @@ function(corvane_add_delayed_library name)
     add_library(corvane_${name} INTERFACE)
     add_dependencies(corvane_${name} corvane_import_${name})
     target_link_libraries(corvane_${name} INTERFACE ${library} delayimp)
+    # So that the headers declare the functions as any other, not as imported: calls through the import table alone do not
+    # keep the code that loads the library when the linker drops what is not called (32 bits).
+    set(declared_crypt32 WINIMPM=)
+    set(declared_comdlg32 _COMDLG32_)
+    set(declared_shell32 _SHELL32_)
+    target_compile_definitions(corvane_${name} INTERFACE ${declared_${name}})
 endfunction()

@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstring>
 #include <stdexcept>
 #include <string_view>
 
@@ -42,6 +43,16 @@ public:
 
 private:
     static void*& find(void* address, HMODULE importer) {
+        // A function that is not declared as imported is a jump through its slot (jmp [slot]).
+        const auto* code = static_cast<const BYTE*>(address);
+        if (code[0] == 0xFF && code[1] == 0x25) {
+            INT32 operand = 0;
+            std::memcpy(&operand, code + 2, sizeof(operand));
+            if constexpr (sizeof(void*) == 8)  // counted from the next instruction
+                return *reinterpret_cast<void**>(reinterpret_cast<INT_PTR>(code) + 6 + operand);
+            else
+                return *reinterpret_cast<void**>(static_cast<INT_PTR>(operand));
+        }
         const auto slots = importSlots(importer);
         const auto slot = std::ranges::find(slots, address);
         return slot != slots.end() ? *slot : throw std::runtime_error("the function is not imported");

@@ -64,7 +64,7 @@ private:
     CryptMessage(std::unique_ptr<Receiver> receiver, HCRYPTMSG message)
         : receiver_(std::move(receiver)), message_(message) {}
 
-    static BOOL WINAPI receive(const void* receiver, BYTE* data, DWORD size, BOOL last) noexcept;
+    static BOOL WINAPI receive(const void* argument, BYTE* data, DWORD size, BOOL last) noexcept;
     // Ends with what the output threw, if it did.
     void rethrow();
 
