@@ -188,7 +188,8 @@ void compareStreams() {
             provider->sign(input, output, *certificate, attached, false, nullptr);
         };
     };
-    compareStreams("detached signature, stream", "hashing in such blocks", 1.1, hollow, signing(false), hashBare);
+    compareStreams("detached signature, stream", "hashing in such blocks", 1.1, hollow, signing(false),
+                   hashBare);
     compareStreams("attached signature, stream", "CryptMsgUpdate", 1.15, hollow, signing(true),
                    [&](IBinaryStream& input) { signAttachedBare(input, *certificate); });
     const auto encrypting = [&](IBinaryStream& input, IBinaryStream& output) {
