@@ -75,7 +75,7 @@ void count(
     Patches& patches, Result(WINAPI* function)(Arguments...),
     std::type_identity_t<void (*)(Result, Arguments...)> account = [](Result, Arguments...) {}) {
     using Call = Counted<name, canFail, Result, Arguments...>;
-    Call::original = function;
+    Call::original = ImportPatch::behind(function);
     Call::account = account;
     patches.push_back(std::make_unique<ImportPatch>(name.text, &Call::call));
 }
@@ -114,7 +114,7 @@ void WINAPI freeChain(PCCERT_CHAIN_CONTEXT chain) {
 
 Patches countCalls() {
     Patches all;
-    openSystemStore = &::CertOpenStore;
+    openSystemStore = ImportPatch::behind(&::CertOpenStore);
     count<"CertOpenStore">(all, &openStore, opens<stores>);
     count<"CertCloseStore", false>(all, &::CertCloseStore, closes<stores>);
     count<"CertAddCertificateContextToStore">(all, &::CertAddCertificateContextToStore);
@@ -132,7 +132,7 @@ Patches countCalls() {
         });
     count<"CertGetCertificateContextProperty">(all, &::CertGetCertificateContextProperty);
     count<"CertGetCertificateChain">(all, &::CertGetCertificateChain, gives<chains>);
-    freeSystemChain = &::CertFreeCertificateChain;
+    freeSystemChain = ImportPatch::behind(&::CertFreeCertificateChain);
     all.push_back(std::make_unique<ImportPatch>("CertFreeCertificateChain", &freeChain));
     count<"CryptAcquireCertificatePrivateKey">(
         all, &::CryptAcquireCertificatePrivateKey,
