@@ -2,7 +2,7 @@
 #
 #   make build    both bitnesses, release: the DLLs in build/x86 and build/x64, the script host and the tests
 #   make check    everything that must hold before a change goes in; ends with a line "N passed, N failed"
-#   make demo     signs and verifies a document from a script, from an empty Wine prefix to the end
+#   make demo     signs, verifies and encrypts a document from scripts, from an empty Wine prefix to the end
 #   make bench    the benchmark's table, both bitnesses
 #   make fuzz     the fuzzers, FUZZ_SECONDS each
 #   make native   what is independent of Windows, with its tests and the sanitizers, for Linux

@@ -93,7 +93,7 @@ inline void compareCalls(const char* work, const char* peerName, double wanted, 
 // The line of what is done once, in microseconds, and may take `wanted` times as long as the peer's.
 inline void printTimes(const char* work, double ours, const char* peerName, double peer, double wanted) {
     const double ratio = ours / peer;
-    std::printf("%-30s %9.0f us    %-28s %9.0f us    ratio %6.2f  at most %4.1f  %s\n", work, ours, peerName,
+    std::printf("%-30s %9.0f us    %-28s %9.0f us    ratio %6.2f  at most %4.2f  %s\n", work, ours, peerName,
                 peer, ratio, wanted, ratio <= wanted ? "reached" : "MISSED");
     std::fflush(stdout);
 }

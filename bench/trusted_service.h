@@ -14,6 +14,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 namespace bench {
 
@@ -37,12 +38,16 @@ class Site final : public Corvane::Com::PlainObject<IServiceProvider> {
 class Trust {
 public:
     Trust() {
+        wchar_t program[MAX_PATH];
+        must(::GetModuleFileNameW(nullptr, program, MAX_PATH) != 0, "GetModuleFileNameW");
+        const std::wstring path(program);
+        address_ = L"name://" + path.substr(path.rfind(L'\\') + 1);
         const DWORD one = 1;
-        must(::RegSetKeyValueW(HKEY_CURRENT_USER, sites, address, REG_DWORD, &one, sizeof(one)) ==
+        must(::RegSetKeyValueW(HKEY_CURRENT_USER, sites, address_.c_str(), REG_DWORD, &one, sizeof(one)) ==
                  ERROR_SUCCESS,
              "RegSetKeyValueW");
     }
-    ~Trust() { ::RegDeleteKeyValueW(HKEY_CURRENT_USER, sites, address); }
+    ~Trust() { ::RegDeleteKeyValueW(HKEY_CURRENT_USER, sites, address_.c_str()); }
     Trust(const Trust&) = delete;
     Trust& operator=(const Trust&) = delete;
 
@@ -56,7 +61,7 @@ public:
 
 private:
     static constexpr wchar_t sites[] = L"SOFTWARE\\ZimVetrel\\VetrelCorvane\\TrustedSites";
-    static constexpr wchar_t address[] = L"name://component_bench.exe";
+    std::wstring address_;
 };
 
 // Tells a service that this program, no browser, is its host.

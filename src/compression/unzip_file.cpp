@@ -44,8 +44,11 @@ UnZipFile UnZipFile::open(std::unique_ptr<ZipStorage> storage) {
     std::optional<ZipEnd> end = readEnd(*storage);
     if (!end || (end->size == 0 && end->entries != 0))
         throw Exception(E_ZIP_OPEN);
+    // minizip looks for zip64 records in the last 64 KiB before it believes that there are none: where they
+    // are always there, and last, it finds them at once.
+    storage =
+        storageWithTail(std::move(storage), end->begin + end->directory + end->size, zip64Records(*end));
     auto io = std::make_unique<ZipIo>(std::move(storage), end->begin);
-    // minizip may fail to find the end of an archive without entries.
     if (end->size == 0)
         return UnZipFile(std::move(io), nullptr, *std::move(end));
     zlib_filefunc64_def functions = io->functions();

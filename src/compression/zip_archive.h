@@ -62,10 +62,10 @@ private:
     std::vector<std::string> added_;
 };
 
-// All functions may be called from any thread. Extracting goes on in parallel; adding waits for it and it for
-// adding; the list is there at any time. The position of the stream moves. Once the stream or the archive is
-// closed every function but close() throws Exception E_ZIP_ARCHIVE_STREAM_DISPOSE. What the stream throws
-// otherwise passes through.
+// Any thread may call any function. Several entries may be extracted at the same time. Adding waits until no
+// extraction is running, and extractions wait while something is added; entries() never waits for either. The
+// position of the stream changes. When the stream or the archive has been closed, every function except
+// close() throws Exception E_ZIP_ARCHIVE_STREAM_DISPOSE. Other exceptions of the stream are passed on.
 class ZipArchive {
 public:
     // An empty stream is an archive without entries, to be filled. Throws Exception E_ZIP_OPEN for what is

@@ -60,6 +60,8 @@ bool readZip64(ZipStorage& storage, std::uint64_t locatorAt, ZipEnd& end, std::u
     return true;
 }
 
+}  // namespace
+
 Bytes zip64Records(const ZipEnd& end) {
     constexpr std::uint64_t version = 45;  // 4.5, the first one with zip64
     Bytes bytes(zip64EndMark.begin(), zip64EndMark.end());
@@ -78,14 +80,25 @@ Bytes zip64Records(const ZipEnd& end) {
     return bytes;
 }
 
+namespace {
+
+// From the last mark of an end record on, among the last `most` bytes; empty when there is none.
+Bytes lastEnd(ZipStorage& storage, std::size_t most) {
+    const std::uint64_t size = storage.size();
+    Bytes tail(static_cast<std::size_t>(std::min<std::uint64_t>(size, most)));
+    tail.resize(storage.read(size - tail.size(), tail));
+    tail.erase(tail.begin(), std::find_end(tail.begin(), tail.end(), endMark.begin(), endMark.end()));
+    return tail;
+}
+
 }  // namespace
 
 std::optional<ZipEnd> readEnd(ZipStorage& storage) {
     const std::uint64_t size = storage.size();
-    Bytes tail(static_cast<std::size_t>(std::min<std::uint64_t>(size, endSize + longestComment)));
-    tail.resize(storage.read(size - tail.size(), tail));
-    const auto mark = std::find_end(tail.begin(), tail.end(), endMark.begin(), endMark.end());
-    const Record record(mark, tail.end());
+    // Most archives have no comment.
+    Bytes record = lastEnd(storage, endSize);
+    if (record.empty())
+        record = lastEnd(storage, endSize + longestComment);
     if (record.size() < endSize)
         return std::nullopt;
     ZipEnd end;
@@ -98,7 +111,7 @@ std::optional<ZipEnd> readEnd(ZipStorage& storage) {
     if (end.directory > directoryEnd || end.size > directoryEnd - end.directory)
         return std::nullopt;
     end.begin = directoryEnd - end.directory - end.size;
-    const Record comment = record.subspan(endSize);
+    const Record comment = Record(record).subspan(endSize);
     const auto commentSize = static_cast<std::size_t>(numberAt(record, 20, 2));
     end.comment.assign(comment.begin(),
                        comment.begin() + static_cast<std::ptrdiff_t>(std::min(commentSize, comment.size())));

@@ -23,6 +23,9 @@ struct ZipEnd {
 // Nothing when there is no end record. Throws what the storage throws.
 std::optional<ZipEnd> readEnd(ZipStorage& storage);
 
+// The zip64 records (APPNOTE.TXT 4.3.14, 4.3.15), which lie behind the directory.
+Bytes zip64Records(const ZipEnd& end);
+
 // The end record, with the zip64 records before it where it cannot hold the numbers (APPNOTE.TXT 4.3.14 to
 // 4.3.16).
 Bytes endRecords(const ZipEnd& end);

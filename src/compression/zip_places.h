@@ -10,8 +10,8 @@
 
 namespace Corvane::Compression::detail {
 
-// The parts of paths, each kept once below the part before it: what many long paths take grows with their
-// length, as their text does, and no faster.
+// A tree of path parts. Paths with the same beginning share it, so the memory that the tree takes grows no
+// faster than the text of the paths.
 class PathTree {
 public:
     static constexpr std::size_t root = 0;

@@ -58,6 +58,33 @@ private:
     Bytes& bytes_;
 };
 
+class StorageWithTail final : public ZipStorage {
+public:
+    StorageWithTail(std::unique_ptr<ZipStorage> storage, std::uint64_t end, Bytes tail)
+        : storage_(std::move(storage)), end_(end), tail_(std::move(tail)) {}
+
+    std::uint64_t size() const override { return end_ + tail_.size(); }
+
+    std::size_t read(std::uint64_t position, std::span<std::uint8_t> buffer) override {
+        std::size_t done = 0;
+        if (position < end_) {
+            const auto count =
+                static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), end_ - position));
+            done = storage_->read(position, buffer.first(count));
+            if (done < count)
+                return done;
+        }
+        return done + copyFrom(tail_, position + done - end_, buffer.subspan(done));
+    }
+
+    void write(std::uint64_t, std::span<const std::uint8_t>) override { throw Exception(E_ZIP); }
+
+private:
+    std::unique_ptr<ZipStorage> storage_;
+    std::uint64_t end_;
+    Bytes tail_;
+};
+
 class StreamStorage final : public ZipStorage {
 public:
     StreamStorage(Stream::IBinaryStream& stream, std::uint64_t begin, std::function<void()> beforeWriting)
@@ -93,6 +120,11 @@ std::unique_ptr<ZipStorage> spanStorage(std::span<const std::uint8_t> bytes) {
 
 std::unique_ptr<ZipStorage> bytesStorage(Bytes& bytes) {
     return std::make_unique<BytesStorage>(bytes);
+}
+
+std::unique_ptr<ZipStorage> storageWithTail(std::unique_ptr<ZipStorage> storage, std::uint64_t end,
+                                            Bytes tail) {
+    return std::make_unique<StorageWithTail>(std::move(storage), end, std::move(tail));
 }
 
 std::unique_ptr<ZipStorage> streamStorage(Stream::IBinaryStream& stream, std::uint64_t begin,

@@ -31,6 +31,10 @@ std::unique_ptr<ZipStorage> spanStorage(std::span<const std::uint8_t> bytes);
 // An archive made in memory; `bytes` must outlive it.
 std::unique_ptr<ZipStorage> bytesStorage(Bytes& bytes);
 
+// What `storage` holds up to `end`, and then `tail`. Writing is an Exception E_ZIP.
+std::unique_ptr<ZipStorage> storageWithTail(std::unique_ptr<ZipStorage> storage, std::uint64_t end,
+                                            Bytes tail);
+
 // An archive in a stream from `begin` on; the stream must outlive it. `beforeWriting` is called each time.
 // Throws what the stream throws.
 std::unique_ptr<ZipStorage> streamStorage(

@@ -32,12 +32,9 @@ constexpr bool isAscii(wchar_t c) {
 
 using SitePatterns = std::vector<SitePattern>;
 
-bool covers(const SitePatterns& patterns, const std::wstring& address) {
-    if (address.empty())
-        return false;
-    const SitePattern site = readSite(address);
-    return std::any_of(patterns.begin(), patterns.end(),
-                       [&](const SitePattern& pattern) { return matchesSite(pattern, site); });
+bool covers(const SitePatterns& patterns, const SitePattern& page) {
+    return std::ranges::any_of(patterns,
+                               [&](const SitePattern& pattern) { return matchesSite(pattern, page); });
 }
 
 // The pattern that stands for a page's site.
@@ -110,14 +107,14 @@ SitePattern readSite(const std::wstring& text) {
     return parseSite(lower, isLetter);
 }
 
-bool TrustedSitesBase::isTrusted(const std::wstring& address) const {
-    return covers(trusted_, address);
+bool TrustedSitesBase::isTrusted(const SitePattern& page) const {
+    return covers(trusted_, page);
 }
 
-bool RegTrustedSites::isTrusted(const std::wstring& address) const {
+bool RegTrustedSites::isTrusted(const SitePattern& page) const {
     static std::array hives{HivePatterns(HKEY_CURRENT_USER), HivePatterns(HKEY_LOCAL_MACHINE)};
     return std::any_of(hives.begin(), hives.end(),
-                       [&](HivePatterns& hive) { return covers(*hive.current(), address); });
+                       [&](HivePatterns& hive) { return covers(*hive.current(), page); });
 }
 
 SessionTrustedSites& SessionTrustedSites::instance() {
@@ -125,9 +122,9 @@ SessionTrustedSites& SessionTrustedSites::instance() {
     return sites;
 }
 
-bool SessionTrustedSites::isTrusted(const std::wstring& address) const {
+bool SessionTrustedSites::isTrusted(const SitePattern& page) const {
     const std::shared_lock lock(mutex_);
-    return TrustedSitesBase::isTrusted(address);
+    return TrustedSitesBase::isTrusted(page);
 }
 
 void SessionTrustedSites::add(const std::wstring& url, bool banned) {
@@ -152,9 +149,9 @@ void SessionTrustedSites::addToRegistry(const std::wstring& url) const {
                 E_REG_VALUE_SET, L"RegSetValueExW");
 }
 
-bool SessionTrustedSites::reject(const std::wstring& url) const {
+bool SessionTrustedSites::reject(const SitePattern& page) const {
     const std::shared_lock lock(mutex_);
-    return covers(refused_, url);
+    return covers(refused_, page);
 }
 
 }  // namespace Corvane

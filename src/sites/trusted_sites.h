@@ -20,8 +20,10 @@ SitePattern readSite(const std::wstring& text);
 // A list of trusted sites.
 class TrustedSitesBase {
 public:
-    // Whether a pattern of the list covers the page at `address`; never for an empty address.
-    virtual bool isTrusted(const std::wstring& address) const;
+    // Whether a pattern of the list covers the page of this address, as readSite() gives it; never for an
+    // empty one.
+    virtual bool isTrusted(const SitePattern& page) const;
+    bool isTrusted(const std::wstring& address) const { return isTrusted(readSite(address)); }
 
     virtual ~TrustedSitesBase() = default;
     TrustedSitesBase(const TrustedSitesBase&) = delete;
@@ -39,7 +41,8 @@ protected:
 // thread.
 class RegTrustedSites : public TrustedSitesBase {
 public:
-    bool isTrusted(const std::wstring& address) const override;
+    using TrustedSitesBase::isTrusted;
+    bool isTrusted(const SitePattern& page) const override;
 };
 
 // The lists of this process, trusted and refused; they only grow. Any thread.
@@ -48,7 +51,8 @@ public:
     // The one of the process, made at first use.
     static SessionTrustedSites& instance();
 
-    bool isTrusted(const std::wstring& address) const override;
+    using TrustedSitesBase::isTrusted;
+    bool isTrusted(const SitePattern& page) const override;
 
     // Appends the site of `url` to the refused list (`banned`) or to the trusted one. Its scheme counts, its
     // port and path do not. Throws E_INVALID_DOMAIN when `url` makes no valid pattern.
@@ -58,8 +62,9 @@ public:
     // Win32Exception E_REG_KEY_CREATE, E_REG_VALUE_SET.
     void addToRegistry(const std::wstring& url) const;
 
-    // Whether a pattern of the refused list covers the page at `url`.
-    bool reject(const std::wstring& url) const;
+    // Whether a pattern of the refused list covers the page of this address.
+    bool reject(const SitePattern& page) const;
+    bool reject(const std::wstring& url) const { return reject(readSite(url)); }
 
 private:
     mutable SharedMutex mutex_;

@@ -1,8 +1,12 @@
 // Values of BER read from arbitrary bytes; what was read is written as DER and must be read from that alike.
+// The readers of signed messages are asked the same of the whole and of its beginning.
 #include "asn1/decoders/ber_reader.h"
 
 #include "asn1/decoders/signed_data.h"
 #include "fuzz.h"
+
+#include <algorithm>
+#include <optional>
 
 namespace {
 
@@ -49,13 +53,33 @@ Bytes toDer(BerReader reader) {
     return encoded;
 }
 
+// Whether it is a signed message with content; nothing when it is none.
+std::optional<bool> contentOf(Input message) {
+    try {
+        return asn1::hasContent(message);
+    } catch (const asn1::Asn1Exception&) {
+        return std::nullopt;
+    }
+}
+
 }  // namespace
 
 void fuzz(Input input) {
+    // Content that is seen at the beginning does not go when more comes.
+    const auto whole = contentOf(input);
+    for (const std::size_t size : {input.size() / 2, input.size() - input.size() / 8}) {
+        const auto beginning = contentOf(input.first(size));
+        require(!beginning || !*beginning || !whole || *whole);
+    }
     try {
-        asn1::hasContent(input);
+        const Bytes set = asn1::signedAttributes(input);
+        require(set.size() <= input.size());
+        // The same bytes under the tag of a set, where there are any.
+        require(set.empty() ||
+                (set.front() == asn1::tag::set &&
+                 std::search(input.begin(), input.end(), set.begin() + 1, set.end()) != input.end()));
     } catch (const asn1::Asn1Exception&) {
-        // No signed message.
+        // No signer.
     }
     try {
         const Bytes der = toDer(BerReader(input, Rules::ber));

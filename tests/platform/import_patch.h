@@ -27,19 +27,21 @@ class ImportPatch {
 public:
     template <class Function>
     ImportPatch(Function* function, Function* replacement, HMODULE importer = ::GetModuleHandleW(nullptr))
-        : slot_(find(reinterpret_cast<void*>(function), importer)),
-          original_(slot_),
-          replacement_(reinterpret_cast<void*>(replacement)) {
-        putIntoSlot(slot_, replacement_);
+        : slot_(find(reinterpret_cast<void*>(function), importer)) {
+        settleSlot(importer, slot_);
+        original_ = slot_;
+        put(reinterpret_cast<void*>(replacement));
     }
     // The same by the name of the function: the headers of some libraries do not declare it as imported, and
     // another stand-in may be in its place already.
     template <class Function>
     ImportPatch(const char* name, Function* replacement, HMODULE importer = ::GetModuleHandleW(nullptr))
-        : slot_(find(name, importer)), original_(slot_), replacement_(reinterpret_cast<void*>(replacement)) {
-        putIntoSlot(slot_, replacement_);
+        : slot_(find(name, importer)) {
+        settleSlot(importer, slot_);
+        original_ = slot_;
+        put(reinterpret_cast<void*>(replacement));
     }
-    ~ImportPatch() { putIntoSlot(slot_, original_); }
+    ~ImportPatch() { put(original_); }
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
 
@@ -49,27 +51,34 @@ public:
         return reinterpret_cast<Function*>(original_);
     }
 
-    // For after a call of the original: the first one of a library that is loaded then puts the function
-    // itself into the table.
-    void renew() noexcept {
-        if (slot_ == replacement_)
-            return;
-        original_ = slot_;
-        putIntoSlot(slot_, replacement_);
+    // What a call of a function of this program reaches now: the address of one that is not declared as
+    // imported is a jump through its slot.
+    template <class Function>
+    static Function* behind(Function* function) {
+        void** slot = slotOf(reinterpret_cast<void*>(function));
+        if (!slot)
+            return function;
+        settleSlot(::GetModuleHandleW(nullptr), *slot);
+        return reinterpret_cast<Function*>(*slot);
     }
 
 private:
-    static void*& find(void* address, HMODULE importer) {
-        // A function that is not declared as imported is a jump through its slot (jmp [slot]).
+    // The slot through which the code at the address jumps (jmp [slot]); null for other code.
+    static void** slotOf(void* address) {
         const auto* code = static_cast<const BYTE*>(address);
-        if (code[0] == 0xFF && code[1] == 0x25) {
-            INT32 operand = 0;
-            std::memcpy(&operand, code + 2, sizeof(operand));
-            if constexpr (sizeof(void*) == 8)  // counted from the next instruction
-                return *reinterpret_cast<void**>(reinterpret_cast<INT_PTR>(code) + 6 + operand);
-            else
-                return *reinterpret_cast<void**>(static_cast<INT_PTR>(operand));
-        }
+        if (code[0] != 0xFF || code[1] != 0x25)
+            return nullptr;
+        INT32 operand = 0;
+        std::memcpy(&operand, code + 2, sizeof(operand));
+        if constexpr (sizeof(void*) == 8)  // counted from the next instruction
+            return reinterpret_cast<void**>(reinterpret_cast<INT_PTR>(code) + 6 + operand);
+        else
+            return reinterpret_cast<void**>(static_cast<INT_PTR>(operand));
+    }
+
+    static void*& find(void* address, HMODULE importer) {
+        if (void** slot = slotOf(address))
+            return *slot;
         const auto slots = importSlots(importer);
         const auto slot = std::ranges::find(slots, address);
         return slot != slots.end() ? *slot : throw std::runtime_error("the function is not imported");
@@ -82,9 +91,11 @@ private:
         return found ? *found : throw std::runtime_error("the function is not imported");
     }
 
+    void put(void* value) noexcept { putIntoSlot(slot_, value); }
+
     void*& slot_;
-    void* original_;  // read from the slot: the compiler takes the function's address for a constant
-    void* replacement_;
+    void* original_ =
+        nullptr;  // read from the slot: the compiler takes the function's address for a constant
 };
 
 }  // namespace Corvane::Test

@@ -50,4 +50,22 @@ inline void putIntoSlot(void*& slot, void* value) noexcept {
     ::VirtualProtect(&slot, sizeof(slot), protection, &protection);
 }
 
+// Puts the function itself into the slot of one whose library is loaded at its first call, so that this call
+// does not overwrite what a test has put there.
+inline void settleSlot(HMODULE module, void*& slot) noexcept {
+    MEMORY_BASIC_INFORMATION memory{};
+    ::VirtualQuery(slot, &memory, sizeof(memory));
+    if (memory.AllocationBase != module)
+        return;
+    forEachImport(module, [&](std::string_view name, void*& each) {
+        for (const wchar_t* library :
+             {L"crypt32", L"shell32", L"comdlg32", L"cryptui", L"ncrypt", L"winscard"}) {
+            const FARPROC function =
+                &each == &slot ? ::GetProcAddress(::LoadLibraryW(library), name.data()) : nullptr;
+            if (function)
+                return putIntoSlot(slot, reinterpret_cast<void*>(function));
+        }
+    });
+}
+
 }  // namespace Corvane::Test

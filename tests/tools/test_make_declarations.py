@@ -12,14 +12,23 @@ IDL = """
 {
     [propget, id(DISPID_VALUE)] HRESULT Item([in] unsigned long index, [out, retval] IBall** ball);
     [propput, id(1)] HRESULT Lid([in, defaultvalue(0)] VARIANT_BOOL lid);
+    [propget, id(1)] HRESULT Lid([out, retval] VARIANT_BOOL* lid);
     [propputref, id(2)] HRESULT Key([in] IDispatch* key);
 }
 """
 BOX = [
     "HRESULT STDMETHODCALLTYPE get_Item(unsigned long index, ::IBall** ball) override;",
     "HRESULT STDMETHODCALLTYPE put_Lid(VARIANT_BOOL lid) override;",
+    "HRESULT STDMETHODCALLTYPE get_Lid(VARIANT_BOOL* lid) override;",
     "HRESULT STDMETHODCALLTYPE putref_Key(IDispatch* key) override;",
 ]
+
+
+# IDispatch has seven methods, IBall one, and two stand before the getter of the lid.
+MEMBERS = """    {L"item", 0, INVOKE_PROPERTYGET, 0, VT_EMPTY},
+    {L"lid", 1, INVOKE_PROPERTYPUT | INVOKE_PROPERTYGET, 10, VT_BOOL},
+    {L"key", 2, INVOKE_PROPERTYPUTREF, 0, VT_EMPTY},
+"""
 
 
 class Declarations(unittest.TestCase):
@@ -34,6 +43,7 @@ class Declarations(unittest.TestCase):
             self.assertEqual(self.make(IDL).returncode, 0)
             box, ball = (pathlib.Path(self.folder, name) for name in ("IBox.h", "IBall.h"))
             self.assertEqual(box.read_text("utf-8").splitlines()[1:], BOX)
+            self.assertIn(MEMBERS, pathlib.Path(self.folder, "members.h").read_text("utf-8"))
             before = box.stat().st_mtime_ns
             self.assertEqual(self.make(IDL.replace("Roll", "Stop")).returncode, 0)
             self.assertIn("Stop() override;", ball.read_text("utf-8"))

@@ -51,8 +51,6 @@ private:
         if (opened_ >= 0 && ApiFaults::fails())
             return Result{};
         const Result result = current_->original<Result WINAPI(Arguments...)>()(arguments...);
-        const LastErrorKeeper keeper;
-        current_->renew();
         if (result && !wasDeletion(arguments...))
             ApiFaults::open += opened_;
         return result;

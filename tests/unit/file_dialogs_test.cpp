@@ -412,19 +412,15 @@ TEST(RealFileDialogs, FilesOfAnyNameAreChosen) {
 TEST(RealFileDialogs, OptionsOfAnySizeDoNoHarm) {
     const Apartment apartment;
     DialogOptions options;
-    options.title.assign(100'000, L'\x05D0');
-    options.title[0] = L'\x202E';
-    for (int i = 0; i < 10'000; ++i)
+    options.title = L'\x202E' + std::wstring(100'000, L'\x05D0');
+    for (int i = 0; i < 300; ++i)  // the system is slow with thousands
         options.filter += L"\x05D0 " + std::to_wstring(i) + L"|*." + std::to_wstring(i) + L"|";
     options.filter = Gui::detail::unescapeFilter(options.filter);
-    for (const int index : {10'000, 10'001, -1}) {
-        options.filterIndex = index;
-        options.initialDir.assign(static_cast<std::size_t>(index < 0 ? 100'000 : 0), L'd');
-        for (const DialogKind kind : allKinds) {
-            const DialogDriver driver([](HWND dialog) { ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0); });
-            EXPECT_EQ(show(kind, options), L"");
-        }
-        options.filter = L"\x05D0\0*.*\0"s;  // once is enough: the system is slow with thousands
+    options.initialDir.assign(100'000, L'd');
+    options.filterIndex = 301;
+    for (const DialogKind kind : allKinds) {
+        const DialogDriver driver([](HWND dialog) { ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0); });
+        EXPECT_EQ(show(kind, options), L"");
     }
 }
 

@@ -2,7 +2,9 @@
 #include "compression/gzip.h"
 #include "compression/zip.h"
 #include "compression/zip_archive.h"
+#include "compression/zip_folder.h"
 #include "files/file_system.h"
+#include "platform/import_patch.h"
 #include "support.h"
 
 #include <gtest/gtest.h>
@@ -87,6 +89,54 @@ TEST(ZipFiles, AnOutputThatIsClosedMeanwhileIsCutBack) {
     EXPECT_EQ(errorCode([&] { gzipFileAsync(input, *file, nullptr, 0); }), E_FILE_WRITE.code);
     EXPECT_EQ(readFile(file->path()), bytesOf("before"));
     FileSystem::deleteFile(file->path());
+}
+
+// What happens meanwhile.
+std::function<void()> meanwhile;
+
+BOOL WINAPI makeFolder(LPCWSTR path, LPSECURITY_ATTRIBUTES) {
+    meanwhile();
+    return systemFunction<decltype(::CreateDirectoryW)>(L"kernel32", "CreateDirectoryW")(path, nullptr);
+}
+
+BOOL WINAPI readSome(HANDLE file, LPVOID buffer, DWORD size, LPDWORD done, LPOVERLAPPED) {
+    meanwhile();
+    return systemFunction<decltype(::ReadFile)>(L"kernel32", "ReadFile")(file, buffer, size, done, nullptr);
+}
+
+class ZipFolders : public testing::Test {
+protected:
+    ~ZipFolders() override {
+        if (FileSystem::folderExists(folder_))
+            FileSystem::deleteFolder(folder_, true);
+    }
+
+    const std::wstring folder_ =
+        FileSystem::temporaryFolder() + L"corvane-zip-" + std::to_wstring(::GetCurrentProcessId());
+    const std::shared_ptr<Stream::MemoryStream> stream_ = std::make_shared<Stream::MemoryStream>();
+    ZipArchive archive_{stream_};
+};
+
+TEST_F(ZipFolders, CancellingIsSeenWhileFoldersAreMade) {
+    archive_.update([](ZipWriter& writer) { writer.addFolder("a/b/c/d", {}); });
+    const auto progress = std::make_shared<Progress>();
+    int made = 0;
+    meanwhile = [&] {
+        if (++made == 3)  // the target, "a", "b"
+            progress->cancel();
+    };
+    const ImportPatch patch(&::CreateDirectoryW, &makeFolder);
+    EXPECT_EQ(errorCode([&] { extractToFolder(archive_, folder_, {}, progress); }), E_CANCELED.code);
+    EXPECT_EQ(made, 3);
+}
+
+TEST_F(ZipFolders, AnArchiveThatIsClosedWhileAFolderIsAddedSaysSo) {
+    FileSystem::createFolder(folder_);
+    writeFile(folder_ + L"\\a", sampleBytes(1000000));
+    meanwhile = [this] { stream_->close(); };
+    const ImportPatch patch(&::ReadFile, &readSome);
+    EXPECT_EQ(errorCode([&] { addFromDisk(archive_, folder_, "", nullptr); }),
+              E_ZIP_ARCHIVE_STREAM_DISPOSE.code);
 }
 
 }  // namespace

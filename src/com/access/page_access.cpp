@@ -3,6 +3,7 @@
 #include "com/access/question.h"
 #include "core/exception.h"
 #include "core/log.h"
+#include "sites/trusted_sites.h"
 
 #include <utility>
 
@@ -24,6 +25,7 @@ SharedAccess PageAccess::checked() noexcept {
 
 SharedAccess PageAccess::of(HostingPage page) {
     const auto access = std::make_shared<PageAccess>();
+    access->site_ = readSite(page.url);
     access->page_ = std::move(page);
     return access;
 }
@@ -45,7 +47,7 @@ void PageAccess::check(bool mayAsk) const {
         throw Exception(E_ACCESS_DENIED);
     }
     writeLog(LogLevel::info, context, L"url address: ", page_.url);
-    const Verdict verdict = verdictOn(page_.url);
+    const Verdict verdict = verdictOn(site_);
     const bool allowed =
         verdict == Verdict::allowed || (verdict == Verdict::unknown && mayAsk && askUser(page_));
     if (!allowed)

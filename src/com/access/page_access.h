@@ -2,6 +2,7 @@
 #pragma once
 
 #include "com/access/hosting_page.h"
+#include "sites/site_pattern.h"
 
 #include <exception>
 #include <memory>
@@ -36,6 +37,7 @@ public:
 
 private:
     HostingPage page_;
+    SitePattern site_;  // of its address
     std::exception_ptr error_;
     bool isChecked_ = false;
 };

@@ -66,11 +66,11 @@ bool remember(Choice choice, const std::wstring& url) {
 
 }  // namespace
 
-Verdict verdictOn(const std::wstring& url) {
+Verdict verdictOn(const SitePattern& page) {
     const SessionTrustedSites& session = SessionTrustedSites::instance();
-    if (RegTrustedSites().isTrusted(url) || session.isTrusted(url))
+    if (RegTrustedSites().isTrusted(page) || session.isTrusted(page))
         return Verdict::allowed;
-    return session.reject(url) ? Verdict::refused : Verdict::unknown;
+    return session.reject(page) ? Verdict::refused : Verdict::unknown;
 }
 
 bool askUser(const HostingPage& page) {
@@ -84,7 +84,7 @@ bool askUser(const HostingPage& page) {
         return false;
     }
     // Another thread's question may have been answered since the caller looked.
-    if (const Verdict verdict = verdictOn(page.url); verdict != Verdict::unknown)
+    if (const Verdict verdict = verdictOn(site); verdict != Verdict::unknown)
         return verdict == Verdict::allowed;
     const Gui::DialogWithCheckBox dialog(siteHost(site));
     return remember(dialog.get(Module::instance(), page.mainWindow), page.url);

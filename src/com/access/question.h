@@ -2,12 +2,13 @@
 #pragma once
 
 #include "com/access/hosting_page.h"
+#include "sites/site_pattern.h"
 
 namespace Corvane::Com {
 
-// What the lists of sites say of the page at an address.
+// What the lists of sites say of the page of an address.
 enum class Verdict { allowed, refused, unknown };
-Verdict verdictOn(const std::wstring& url);
+Verdict verdictOn(const SitePattern& page);
 
 // Asks about a page that the lists do not know, and remembers the answer as the user wishes. False when the
 // user refuses. Messages of the thread are delivered while the question is open; calls that come of them may

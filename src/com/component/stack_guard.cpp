@@ -11,7 +11,7 @@
 
 extern "C" {
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the compiler's names
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the compiler's names
 // A zero byte ends what an overrun of a text can write.
 extern std::uintptr_t __stack_chk_guard;
 std::uintptr_t __stack_chk_guard = 0xFF0A0D00;
@@ -23,7 +23,7 @@ void __stack_chk_fail() {
     ::TerminateProcess(::GetCurrentProcess(), stackBufferOverrun);
     __builtin_unreachable();
 }
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 }
 
 namespace {

@@ -8,6 +8,7 @@
 #include "crypto/api/encoding.h"
 #include "crypto/api/message_size.h"
 
+#include <algorithm>
 #include <ostream>
 #include <span>
 #include <stdexcept>
@@ -37,10 +38,7 @@ Certificate createEncoded(const Bytes& encoded) {
 
 }  // namespace
 
-Certificate::Certificate(CertificateContext context)
-    : context_(std::make_shared<const CertificateContext>(std::move(context))) {}
-
-Certificate Certificate::duplicate(PCCERT_CONTEXT context) {
+Certificate Certificate::duplicate(PCCERT_CONTEXT context) noexcept {
     return Certificate(CertificateContext(::CertDuplicateCertificateContext(context)));
 }
 
@@ -113,11 +111,22 @@ void Certificate::setArchived(bool archived) {
                 E_CERT_SET_PROPERTY, L"CertSetCertificateContextProperty");
 }
 
+Certificate::Sha1 Certificate::readHash() const {
+    Sha1 hash;
+    auto size = static_cast<DWORD>(hash.size());
+    checkCrypto(::CertGetCertificateContextProperty(context(), CERT_HASH_PROP_ID, hash.data(), &size),
+                E_CERT_HASH, L"CertGetCertificateContextProperty");
+    return hash;
+}
+
 Bytes Certificate::getHash() const {
     writeLog(LogLevel::debug, L"Corvane::Certificate::getHash", L"");
-    return twoPass<BYTE>(E_CERT_HASH, L"CertGetCertificateContextProperty", [&](BYTE* buffer, DWORD* size) {
-        return ::CertGetCertificateContextProperty(context(), CERT_HASH_PROP_ID, buffer, size);
-    });
+    const Sha1 hash = readHash();
+    return {hash.begin(), hash.end()};
+}
+
+bool Certificate::hasHash(const Bytes& hash) const {
+    return std::ranges::equal(readHash(), hash);
 }
 
 Bytes Certificate::getCertProperty(DWORD property) const {

@@ -4,9 +4,12 @@
 #include "binary/bytes.h"
 #include "core/handles.h"
 
+#include <array>
+#include <cstdint>
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Corvane {
@@ -23,11 +26,16 @@ using Certificates = std::vector<SharedCertificate>;
 // What reads text or properties throws CryptoException E_CERT_PROPERTY where nothing else is said.
 class Certificate {
 public:
-    // Takes the context over; it must not be null.
-    explicit Certificate(CertificateContext context);
+    // Takes the context over; it must not be null unless it is replaced before anything is asked.
+    explicit Certificate(CertificateContext context) noexcept : context_(std::move(context)) {}
+    Certificate(Certificate&&) noexcept = default;
+    Certificate& operator=(Certificate&&) noexcept = default;
+    Certificate(const Certificate& other) noexcept : Certificate(duplicate(other.context())) {}
+    Certificate& operator=(const Certificate& other) noexcept { return *this = Certificate(other); }
+    ~Certificate() = default;
 
     // Shares a context that somebody else owns, as CryptoAPI counts references.
-    static Certificate duplicate(PCCERT_CONTEXT context);
+    static Certificate duplicate(PCCERT_CONTEXT context) noexcept;
 
     // A certificate from Base64 text with or without a PEM header; bytes that begin with 0x1E go to the
     // system as they are. DER begins with 0x30 and so is taken for text, on purpose: callers pass text.
@@ -35,8 +43,11 @@ public:
     // Base64, E_CERT_INVALID where they are no certificate.
     static Certificate create(const Bytes& bytes);
 
+    // Gives the context away; nothing else may be asked afterwards.
+    CertificateContext detach() noexcept { return std::move(context_); }
+
     // Valid as long as this object or a copy of it lives.
-    PCCERT_CONTEXT context() const noexcept { return context_->get(); }
+    PCCERT_CONTEXT context() const noexcept { return context_.get(); }
 
     // CertGetNameStringW: `typeParameter` is what the type asks for (an object identifier or nothing).
     std::wstring getValue(DWORD type, DWORD flags, const void* typeParameter) const;
@@ -57,6 +68,8 @@ public:
 
     // The SHA-1 thumbprint, 20 bytes. Throws CryptoException E_CERT_HASH.
     Bytes getHash() const;
+    // The same question without a log line, for searches.
+    bool hasHash(const Bytes& hash) const;
     Bytes getCertProperty(DWORD property) const;
 
     // Most significant byte first, as in the encoding.
@@ -94,8 +107,10 @@ public:
 private:
     const CERT_INFO& info() const noexcept { return *context()->pCertInfo; }
     bool hasProperty(DWORD property) const;
+    using Sha1 = std::array<std::uint8_t, 20>;
+    Sha1 readHash() const;
 
-    std::shared_ptr<const CertificateContext> context_;
+    CertificateContext context_;
 };
 
 // For the log: display name and thumbprint.

@@ -87,7 +87,7 @@ bool CertCustomFilterFn::operator()(const SharedCertificate& certificate) const 
         return false;
     if (asks(serialNumber) && certificate->getSerialNumber() != *serialNumber)
         return false;
-    if (asks(hash) && certificate->getHash() != *hash)
+    if (asks(hash) && !certificate->hasHash(*hash))
         return false;
     return !archivedGiven || certificate->getArchived() == archived;
 }

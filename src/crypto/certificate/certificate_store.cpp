@@ -74,15 +74,21 @@ Certificates CertificateStore::getCertificates(const CertificateFilter& filter, 
     const HCERTSTORE store = handle();
     Certificates certificates;
     CertificateContext context;
+    // One that was refused makes room for the next, and hands its context on.
+    auto certificate = std::make_shared<Certificate>(CertificateContext());
     for (;;) {
         // The call frees the context it goes on from.
         context.attach(::CertEnumCertificatesInStore(store, context.detach()));
         if (!context)
             break;
-        auto certificate = std::make_shared<Certificate>(Certificate::duplicate(context.get()));
-        if (!filter(certificate))
+        *certificate = Certificate(std::move(context));
+        if (!filter(certificate)) {
+            context = certificate->detach();
             continue;
-        certificates.push_back(std::move(certificate));
+        }
+        context = Certificate(*certificate).detach();
+        certificates.push_back(
+            std::exchange(certificate, std::make_shared<Certificate>(CertificateContext())));
         if (firstOnly)
             return certificates;
     }

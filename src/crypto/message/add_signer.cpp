@@ -19,6 +19,16 @@ bool hasContent(const Bytes& message) try {
                static_cast<DWORD>(CRYPT_E_UNEXPECTED_MSG_TYPE));
 }
 
+// Whatever step fails, it is the adding that does; the system's error tells the rest.
+template <class Work>
+auto asAdding(Work work) try {
+    return work();
+} catch (const CryptoException& exception) {
+    if (exception.code() == E_CRYPTO_MESSAGE_ADD_CERT.code)
+        throw;
+    throw CryptoException(E_CRYPTO_MESSAGE_ADD_SIGNER, exception.error());
+}
+
 detail::CryptMessage decode(const Bytes& signature, const Bytes* data) {
     auto message = detail::CryptMessage::openToDecode(data ? CMSG_DETACHED_FLAG : 0);
     message.update(signature, true);
@@ -77,16 +87,18 @@ Bytes CryptoApiProvider::addSignerToSignature(const Bytes& signature, const Byte
     const detail::IncludedCertificates included(certificate, addCertChain);
     const detail::PrivateKey key(certificate, E_CRYPTO_MESSAGE_ADD_SIGNER);
     detail::SignerInfo signer(record_, certificate, key);
-    Bytes result;
-    {
-        // Closed before the key.
-        auto message = decode(signature, data);
-        message.control(CMSG_CTRL_ADD_SIGNER, signer.get(), E_CRYPTO_MESSAGE_ADD_SIGNER);
-        addCertificates(message, included.certificates());
-        result = message.parameter(CMSG_ENCODED_MESSAGE);
-    }
-    expectGoodSignatures(result, data);
-    return result;
+    return asAdding([&] {
+        Bytes result;
+        {
+            // Closed before the key.
+            auto message = decode(signature, data);
+            message.control(CMSG_CTRL_ADD_SIGNER, signer.get(), E_CRYPTO_MESSAGE_ADD_SIGNER);
+            addCertificates(message, included.certificates());
+            result = message.parameter(CMSG_ENCODED_MESSAGE);
+        }
+        expectGoodSignatures(result, data);
+        return result;
+    });
 }
 
 }  // namespace Corvane

@@ -45,8 +45,9 @@ public:
 
     // The signed message with one more signer, and the certificates that it has not yet. `data` is what a
     // detached message is for, null for an attached one. The result is verified before it is returned, as far
-    // as it carries its signers' certificates. Throws CryptoException E_CRYPTO_MESSAGE_ADD_SIGNER, also where
-    // data are missing or not wanted or the signatures do not hold for them, and E_CRYPTO_MESSAGE_ADD_CERT.
+    // as it carries its signers' certificates. Throws CryptoException E_CRYPTO_MESSAGE_ADD_SIGNER for every
+    // step that fails, also where the message cannot be read, data are missing or not wanted, or the
+    // signatures do not hold for them; but E_CRYPTO_MESSAGE_ADD_CERT and E_CERT_GET_CHAIN for those.
     virtual Bytes addSignerToSignature(const Bytes& signature, const Bytes* data,
                                        const Certificate& certificate, bool addCertChain) const;
 

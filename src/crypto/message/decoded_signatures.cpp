@@ -52,8 +52,7 @@ Certificates DecodedSignatures::verifyAll(const SignerLookup& lookup) {
     for (DWORD index = 0; index < count_; ++index) {
         CertificateContext certificate = findCertificate(lookup, index);
         if (!certificate)
-            failCrypto(E_CRYPTO_VERIFY, L"CertGetSubjectCertificateFromStore",
-                       static_cast<DWORD>(CRYPT_E_NOT_FOUND));
+            failCrypto(E_CRYPTO_VERIFY, L"CertGetSubjectCertificateFromStore", ::GetLastError());
         if (const DWORD error = verify(index, certificate.get()); error != ERROR_SUCCESS)
             failCrypto(E_CRYPTO_VERIFY, L"CryptMsgControl", error);
         signers.push_back(std::make_shared<Certificate>(std::move(certificate)));
@@ -64,9 +63,17 @@ Certificates DecodedSignatures::verifyAll(const SignerLookup& lookup) {
 Certificates certificatesIn(const CryptMessage& message) {
     const CertificateStoreHandle store = storeOf(message, E_CRYPTO_EXTRACT_CERT);
     Certificates certificates;
-    PCCERT_CONTEXT context = nullptr;
-    while ((context = ::CertEnumCertificatesInStore(store.get(), context)) != nullptr)
-        certificates.push_back(std::make_shared<Certificate>(Certificate::duplicate(context)));
+    CertificateContext context;
+    const auto next = [&] {
+        // The call frees the context it goes on from.
+        context.attach(::CertEnumCertificatesInStore(store.get(), context.detach()));
+        return static_cast<bool>(context);
+    };
+    while (next())
+        certificates.push_back(std::make_shared<Certificate>(Certificate::duplicate(context.get())));
+    const DWORD error = ::GetLastError();
+    if (error != static_cast<DWORD>(CRYPT_E_NOT_FOUND) && error != ERROR_NO_MORE_FILES)
+        failCrypto(E_CRYPTO_EXTRACT_CERT, L"CertEnumCertificatesInStore", error);
     return certificates;
 }
 

@@ -52,7 +52,10 @@ SharedProvider ProviderChoice::forRecipients(const Certificates& recipients) con
 }
 
 SharedProvider ProviderChoice::forNoKey() const {
-    return record_ ? std::make_shared<CryptoApiProvider>(*record_) : getDefaultCryptoProvider();
+    if (record_)
+        return std::make_shared<CryptoApiProvider>(*record_);
+    static const SharedProvider usual = getDefaultCryptoProvider();
+    return usual;
 }
 
 }  // namespace Corvane::Crypto

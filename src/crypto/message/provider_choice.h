@@ -36,6 +36,7 @@ public:
     SharedProvider forKey(const Certificate& certificate) const;
     // For recipients of one message the first decides; for none, as for work without a key.
     SharedProvider forRecipients(const Certificates& recipients) const;
+    // The default one is looked for once in a process: no such work calls it.
     SharedProvider forNoKey() const;
 
 private:

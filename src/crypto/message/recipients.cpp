@@ -34,9 +34,14 @@ public:
                 if (certificate.hasPrivateKey() && use(certificate))
                     return true;
             }
+            if (const DWORD error = ::GetLastError(); error != static_cast<DWORD>(CRYPT_E_NOT_FOUND))
+                error_ = error;
         }
         return false;
     }
+
+    // Why a store could not be searched; 0 where all could.
+    DWORD error() const noexcept { return error_; }
 
 private:
     struct Place {
@@ -51,6 +56,7 @@ private:
     }
 
     Place places_[2] = {{CERT_SYSTEM_STORE_CURRENT_USER, {}}, {CERT_SYSTEM_STORE_LOCAL_MACHINE, {}}};
+    DWORD error_ = ERROR_SUCCESS;
 };
 
 class Decryption {
@@ -66,6 +72,8 @@ public:
         }
         if (error_)
             failCrypto(E_CRYPTO_DECRYPT, L"CryptMsgControl", *error_);
+        if (stores_.error() != ERROR_SUCCESS)
+            failCrypto(E_CRYPTO_DECRYPT, L"CertFindCertificateInStore", stores_.error());
         throw std::runtime_error("certificate not found");
     }
 

@@ -11,8 +11,9 @@ namespace Corvane::detail {
 // Opens the content of a message whose recipients are known by now: of each recipient in turn, the
 // certificates with a private key in the user's store "My" and then in the machine's are tried. Throws
 // std::runtime_error "certificate not found" where there is none; CryptoException E_CRYPTO_DECRYPT, with the
-// error of the first key that failed where none of those found opens it; E_CERT_STORE_OPEN; and what the
-// message's output throws. The key, which must outlive the message, is the caller's.
+// error of the first key that failed where none of those found opens it, or that of a store that could not be
+// searched; E_CERT_STORE_OPEN; E_CERT_PROPERTY; and what the message's output throws. The key, which must
+// outlive the message, is the caller's.
 std::unique_ptr<PrivateKey> decryptMessage(CryptMessage& message);
 
 }  // namespace Corvane::detail

@@ -148,6 +148,24 @@ var operations = {
         var from = input(message), to = output(content);
         finished(function (done) { crypto.DecryptStreamAsync(from, to, done); }, [from, to]);
     },
+    // Of messages of one size, one behind the other: how many are not taken for good, and the numbers of those that are.
+    sweep: function (method, path, size) {
+        var from = input(path), refused = 0, taken = "";
+        for (var i = 0; i < from.Size / size; ++i) {
+            var message = from.Read(size);
+            try {
+                if (method === "verify" ? crypto.VerifyAttachedSignature(message) : report(crypto.InspectSignature(message)).substr(0, 5) === "good ") {
+                    taken += " " + i;
+                    continue;
+                }
+            } catch (error) {
+                check(error.message.substr(0, 2) === "[3", error.message);
+            }
+            ++refused;
+        }
+        from.Close();
+        return refused + taken;
+    },
     size: function (path) {
         return files.GetLength(path);
     }

@@ -1,0 +1,34 @@
+#!/bin/bash
+# Makes the GOST keys, certificates and messages of this folder with OpenSSL's "gost" engine, for machines where OpenSSL has
+# none. Everything is made anew: run it only when a file has to be added, and commit all of the result.
+#
+# document.bin is the content of all messages: KIND-1.p7m (attached, by KIND-1, no signed attributes), KIND-2.p7m (attached,
+# by both, in indefinite lengths, with signed attributes), KIND-3.p7s (detached, by KIND-2, with attributes, signer by key
+# identifier), and KIND.env (for KIND-1 and KIND-2).
+set -euo pipefail
+cd "$(dirname "$0")"
+export OPENSSL_CONF=$PWD/../../platform/pki/openssl.cnf
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+rm -f ./*.pem ./*.key ./*.p7? ./*.env
+../../platform/pki/make "$work"
+cp "$work"/gost*.pem "$work"/gost*.key .
+head -c 5000 /dev/urandom >document.bin
+for pair in gost2001:md_gost94 gost256:md_gost12_256 gost512:md_gost12_512; do
+    kind=${pair%:*}
+    sign() { # OUT NAME... -- OPTION...
+        local out=$1 signers=()
+        shift
+        for (( ; $# > 0; )); do
+            [[ $1 != -- ]] || break
+            signers+=(-signer "$1.pem" -inkey "$1.key")
+            shift
+        done
+        shift
+        openssl cms -sign -binary -outform DER -in document.bin -out "$out" -md "${pair#*:}" "${signers[@]}" "$@"
+    }
+    sign "$kind-1.p7m" "$kind-1" -- -nodetach -noattr
+    sign "$kind-2.p7m" "$kind-1" "$kind-2" -- -nodetach -stream
+    sign "$kind-3.p7s" "$kind-2" -- -keyid
+    openssl cms -encrypt -binary -outform DER -in document.bin -out "$kind.env" -gost89 "$kind-1.pem" "$kind-2.pem"
+done

@@ -1,0 +1,96 @@
+// The operations as scripts call them: what is left out, what is nothing, lists of certificates, tokens and streams.
+// argument: a certificate's file, in PEM
+var service = create("CryptoService");
+var bytes = create("BinaryObjectService");
+var key = service.FindCertificate('{"name": "Leaf rsa-1", "storeName": "My", "hasPrivateKeyOnly": true}');
+var bare = service.CreateCertificateFromContent(bytes.BinaryObjectFromFile(WScript.Arguments(0)));
+var document = binaryOf("document");
+var list = create("CertificateCollection");
+list.Add(bare);
+
+function big() { // more than a block
+    var stream = bytes.CreateStream();
+    stream.Resize(5000000);
+    return stream;
+}
+
+// Left out, undefined, null
+var signature = service.Sign(document, key);
+var attached = service.AttachedSign(document, key, undefined);
+equal(service.GetCertificatesFromSignature(signature).count, 1);
+equal(service.GetCertificatesFromSignature(service.Sign(document, key, true)).count, 2);
+throws(function () { service.Sign(document, key, null); }, mismatch, "", "null is no Boolean");
+var nothing = [undefined, null, list, bare, [bare], []];
+for (var i = 0; i < nothing.length; ++i) {
+    equal(service.VerifySignature(document, signature, nothing[i]).count, 1, "certificates " + i);
+    equal(wait(function (done) { service.VerifySignatureAsync(document, signature, done, nothing[i]); }).count, 1, "certificates " + i);
+    equal(wait(function (done) { service.VerifyStreamAttachedSignatureAsync(streamOf(attached), done, undefined, nothing[i]); }).count, 1);
+    equal(JSON.parse(service.InspectSignature(signature, document, nothing[i])).verdict, "good");
+    equal(JSON.parse(service.InspectSignature(attached, [undefined, null][i % 2], nothing[i], 0)).verdict, "good");
+}
+var added = service.AddSignerToSignature(attached, null, key);
+added = service.AddSignerToSignature(added, undefined, key, true);
+equal(service.VerifyAttachedSignature(added).count, 3);
+var wrong = [5, "text", {}, create, [5], [null], document];
+for (i = 0; i < wrong.length; ++i) {
+    throws(function () { service.Encrypt(document, wrong[i]); }, mismatch, "", "recipients " + i);
+    throws(function () { service.InspectSignature(signature, document, wrong[i]); }, mismatch, "", "certificates " + i);
+}
+fails(function () { service.Encrypt(document, undefined); }, "[302] ");
+fails(function () { service.Encrypt(document, [create("Certificate")]); }, "[606] ");
+var lists = [bare, [bare], list, [bare, key]];
+for (i = 0; i < lists.length; ++i) {
+    equal(textOf(service.Decrypt(service.Encrypt(document, lists[i]))), "document", "recipients " + i);
+}
+throws(function () { service.Sign(undefined, key); }, mismatch);
+throws(function () { service.Decrypt(null); }, mismatch);
+throws(function () { service.Decrypt(key); }, "0x80004002");
+throws(function () { service.SignStreamAsync(big(), document, key, true, function () {}); }, "0x80004002");
+
+// Progress reaches 1, and a token cancels before and meanwhile.
+var envelope = bytes.CreateStream();
+var signed = bytes.CreateStream();
+var out, token;
+function streaming(work) {
+    out = bytes.CreateStream();
+    token = create("OperationToken");
+    return wait(function (done) { work(done); });
+}
+equal(streaming(function (done) { service.EncryptStreamAsync(big(), envelope, bare, done, token); }), undefined);
+equal(token.Progress, 1);
+equal(streaming(function (done) { service.SignStreamAsync(big(), signed, key, true, done, token); }), undefined);
+equal(token.Progress, 1);
+function again(stream) {
+    stream.Seek(0);
+    return stream;
+}
+var canceled = "[35] Операция отменена";
+var works = {
+    sign: function (done) { service.SignStreamAsync(big(), out, key, true, done, token); },
+    encrypt: function (done) { service.EncryptStreamAsync(big(), out, bare, done, token); },
+    decrypt: function (done) { service.DecryptStreamAsync(again(envelope), out, done, token); },
+    extract: function (done) { service.ExtractContentFromSignature(again(signed), out, done, token); },
+    certificates: function (done) { service.ExtractCertificatesFromSignature(again(signed), done, token); },
+    verify: function (done) { service.VerifyStreamAttachedSignatureAsync(again(signed), done, token); },
+    verifyDetached: function (done) { service.VerifyStreamSignatureAsync(big(), signature, done, token); },
+    inspect: function (done) { service.InspectStreamSignatureAsync(again(signed), null, done, token); }
+};
+for (var name in works) {
+    equal(streaming(function (done) { token.SetCanceled(); works[name](done); }), canceled, name);
+    equal(out.Size, 0, name);
+    var result = streaming(function (done) { works[name](done); token.SetCanceled(); });
+    check(result === canceled || typeof result !== "string" || token.Progress === 1 || name === "verifyDetached", name + ": " + result);
+    check(name === "sign" || result !== canceled || out.Size === 0, name + " took back what it wrote");
+}
+
+// A stream of files that is closed while the operation runs ends it, or is done with by then.
+var files = create("FileSystemService");
+var file = files.CreateTempFile();
+var path = file.Path;
+file.Resize(20000000);
+file.Seek(0);
+result = wait(function (done) { service.SignStreamAsync(file, bytes.CreateStream(), key, false, done); file.Close(); });
+check(result === undefined || typeof result === "string", "closed: " + result);
+file = files.CreateTempFile();
+result = wait(function (done) { service.EncryptStreamAsync(big(), file, bare, done); file.Close(); });
+check(result === undefined || typeof result === "string", "closed: " + result);

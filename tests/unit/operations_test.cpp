@@ -1,0 +1,618 @@
+// Operations on messages while the system's calls fail one after the other, and on messages that are torn or
+// changed. The message functions and the GOST provider are those of tests/platform; the keys are made here.
+#include "core/utf8.h"
+#include "crypto/api/encoding.h"
+#include "crypto/message/inspect.h"
+#include "crypto/message/provider_choice.h"
+#include "crypto/provider/provider_list.h"
+#include "platform/import_patch.h"
+#include "support.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <map>
+#include <optional>
+#include <set>
+
+using namespace Corvane;
+using namespace Corvane::Test;
+using Corvane::Stream::MemoryStream;
+
+namespace {
+
+constexpr DWORD denied = ERROR_ACCESS_DENIED;
+
+enum Kind : std::uint8_t { messages, stores, contexts, chains, providers, hashes, keys, kinds };
+
+// What the operation under test asks of the system: its calls, the one that is to fail, and what it has open.
+struct Trace {
+    int calls = 0;
+    int failing = 0;
+    std::string failed;
+    std::array<int, kinds> open{};
+    int contextsBefore = 0;  // the call that is accounted
+
+    bool fails(const char* name) {
+        if (++calls != failing)
+            return false;
+        failed = name;
+        return true;
+    }
+} trace;
+
+template <std::size_t size>
+struct Name {
+    // NOLINTNEXTLINE(google-explicit-constructor): so that a literal can stand for it
+    consteval Name(const char (&literal)[size]) { std::copy_n(literal, size, text); }
+    char text[size]{};
+};
+
+// A call that is counted, fails when its turn has come (but closing does not), and tells what it opened.
+template <Name name, bool canFail, class Result, class... Arguments>
+struct Counted {
+    static inline Result(WINAPI* original)(Arguments...) = nullptr;
+    static inline void (*account)(Result, Arguments...) = nullptr;
+
+    static Result WINAPI call(Arguments... arguments) {
+        const int before = trace.open[contexts];
+        const bool fails = canFail && trace.fails(name.text);
+        Result result = std::is_same_v<Result, LONG> ? Result(-1) : Result(0);
+        if (fails)
+            ::SetLastError(denied);
+        else
+            result = original(arguments...);
+        trace.contextsBefore = before;
+        account(result, arguments...);
+        return result;
+    }
+};
+
+using Patches = std::vector<std::unique_ptr<ImportPatch>>;
+
+template <Name name, bool canFail = true, class Result, class... Arguments>
+void count(
+    Patches& patches, Result(WINAPI* function)(Arguments...),
+    std::type_identity_t<void (*)(Result, Arguments...)> account = [](Result, Arguments...) {}) {
+    using Call = Counted<name, canFail, Result, Arguments...>;
+    Call::original = ImportPatch::behind(function);
+    Call::account = account;
+    patches.push_back(std::make_unique<ImportPatch>(name.text, &Call::call));
+}
+
+template <Kind kind>
+constexpr auto opens = [](auto result, auto...) { trace.open[kind] += result ? 1 : 0; };
+// By its last argument.
+template <Kind kind>
+constexpr auto gives = [](BOOL result, auto...) { trace.open[kind] += result ? 1 : 0; };
+template <Kind kind>
+constexpr auto closes = [](auto, auto handle, auto...) { trace.open[kind] -= handle ? 1 : 0; };
+
+void verified(bool good, const PCCERT_CONTEXT* signer) {
+    // What the system asked of the component meanwhile is the system's.
+    trace.open[contexts] = trace.contextsBefore + (good && signer && *signer ? 1 : 0);
+}
+
+HCERTSTORE personal = nullptr;  // in the place of the user's "My"; the machine's is empty
+decltype(&::CertOpenStore) openSystemStore = nullptr;
+
+HCERTSTORE WINAPI openStore(LPCSTR provider, DWORD encoding, HCRYPTPROV_LEGACY context, DWORD flags,
+                            const void* argument) {
+    if (provider != CERT_STORE_PROV_SYSTEM_W)
+        return openSystemStore(provider, encoding, context, flags, argument);
+    return (flags & CERT_SYSTEM_STORE_LOCATION_MASK) == CERT_SYSTEM_STORE_CURRENT_USER
+               ? ::CertDuplicateStore(personal)
+               : openSystemStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr);
+}
+
+decltype(&::CertFreeCertificateChain) freeSystemChain = nullptr;
+
+void WINAPI freeChain(PCCERT_CHAIN_CONTEXT chain) {
+    --trace.open[chains];
+    freeSystemChain(chain);
+}
+
+Patches countCalls() {
+    Patches all;
+    openSystemStore = ImportPatch::behind(&::CertOpenStore);
+    count<"CertOpenStore">(all, &openStore, opens<stores>);
+    count<"CertCloseStore", false>(all, &::CertCloseStore, closes<stores>);
+    count<"CertAddCertificateContextToStore">(all, &::CertAddCertificateContextToStore);
+    count<"CertDuplicateCertificateContext", false>(all, &::CertDuplicateCertificateContext, opens<contexts>);
+    count<"CertFreeCertificateContext", false>(all, &::CertFreeCertificateContext, closes<contexts>);
+    count<"CertGetSubjectCertificateFromStore">(all, &::CertGetSubjectCertificateFromStore, opens<contexts>);
+    count<"CertEnumCertificatesInStore">(all, &::CertEnumCertificatesInStore,
+                                         [](PCCERT_CONTEXT found, HCERTSTORE, PCCERT_CONTEXT previous) {
+                                             trace.open[contexts] += (found ? 1 : 0) - (previous ? 1 : 0);
+                                         });
+    count<"CertFindCertificateInStore">(
+        all, &::CertFindCertificateInStore,
+        [](PCCERT_CONTEXT found, HCERTSTORE, DWORD, DWORD, DWORD, const void*, PCCERT_CONTEXT previous) {
+            trace.open[contexts] += (found ? 1 : 0) - (previous ? 1 : 0);
+        });
+    count<"CertGetCertificateContextProperty">(all, &::CertGetCertificateContextProperty);
+    count<"CertGetCertificateChain">(all, &::CertGetCertificateChain, gives<chains>);
+    freeSystemChain = ImportPatch::behind(&::CertFreeCertificateChain);
+    all.push_back(std::make_unique<ImportPatch>("CertFreeCertificateChain", &freeChain));
+    count<"CryptAcquireCertificatePrivateKey">(
+        all, &::CryptAcquireCertificatePrivateKey,
+        [](BOOL done, PCCERT_CONTEXT, DWORD, void*, HCRYPTPROV_OR_NCRYPT_KEY_HANDLE*, DWORD*, BOOL* owned) {
+            trace.open[providers] += done && *owned ? 1 : 0;
+        });
+    count<"CryptAcquireContextW">(all, &::CryptAcquireContextW, gives<providers>);
+    count<"CryptReleaseContext", false>(all, &::CryptReleaseContext, closes<providers>);
+    count<"CryptCreateHash">(all, &::CryptCreateHash, gives<hashes>);
+    count<"CryptHashData">(all, &::CryptHashData);
+    count<"CryptSignHashW">(all, &::CryptSignHashW);
+    count<"CryptVerifySignatureW">(all, &::CryptVerifySignatureW);
+    count<"CryptDestroyHash", false>(all, &::CryptDestroyHash, closes<hashes>);
+    count<"CryptImportPublicKeyInfo">(all, &::CryptImportPublicKeyInfo, gives<keys>);
+    count<"CryptDestroyKey", false>(all, &::CryptDestroyKey, closes<keys>);
+    count<"CryptDecodeObject">(all, &::CryptDecodeObject);
+    count<"CryptFindOIDInfo">(all, &::CryptFindOIDInfo);
+    count<"CryptEnumProvidersW">(all, &::CryptEnumProvidersW);
+    count<"CryptEncryptMessage">(all, &::CryptEncryptMessage);
+    count<"CryptSignMessage">(all, &::CryptSignMessage);
+    count<"CryptGetMessageSignerCount">(all, &::CryptGetMessageSignerCount);
+    count<"CryptMsgOpenToEncode">(all, &::CryptMsgOpenToEncode, opens<messages>);
+    count<"CryptMsgOpenToDecode">(all, &::CryptMsgOpenToDecode, opens<messages>);
+    count<"CryptMsgUpdate">(all, &::CryptMsgUpdate);
+    count<"CryptMsgControl">(all, &::CryptMsgControl);
+    count<"CryptMsgGetParam">(all, &::CryptMsgGetParam);
+    count<"CryptMsgClose", false>(all, &::CryptMsgClose, closes<messages>);
+    count<"CryptVerifyMessageSignature">(
+        all, &::CryptVerifyMessageSignature,
+        [](BOOL good, PCRYPT_VERIFY_MESSAGE_PARA, DWORD, const BYTE*, DWORD, BYTE*, DWORD*,
+           PCCERT_CONTEXT* signer) { verified(good, signer); });
+    count<"CryptVerifyDetachedMessageSignature">(
+        all, &::CryptVerifyDetachedMessageSignature,
+        [](BOOL good, PCRYPT_VERIFY_MESSAGE_PARA, DWORD, const BYTE*, DWORD, DWORD, const BYTE**, DWORD*,
+           PCCERT_CONTEXT* signer) { verified(good, signer); });
+    return all;
+}
+
+constexpr wchar_t containerName[] = L"Corvane operations";
+
+// A key in a container of its own.
+class KeyContainer {
+public:
+    KeyContainer(const wchar_t* provider, DWORD type) : provider_(provider), type_(type) {
+        remove();
+        must(::CryptAcquireContextW(&context_, containerName, provider, type, CRYPT_NEWKEYSET));
+        CryptKey key;
+        must(::CryptGenKey(context_, AT_KEYEXCHANGE, CRYPT_EXPORTABLE, key.put()));
+        // Wine finds a new key only in a container that was opened behind it.
+        key.reset();
+        ::CryptReleaseContext(context_, 0);
+        must(::CryptAcquireContextW(&context_, containerName, provider, type, 0));
+    }
+    KeyContainer(const KeyContainer&) = delete;
+    KeyContainer& operator=(const KeyContainer&) = delete;
+    ~KeyContainer() {
+        ::CryptReleaseContext(context_, 0);
+        remove();
+    }
+
+    HCRYPTPROV context() const noexcept { return context_; }
+    CRYPT_KEY_PROV_INFO info() const noexcept {
+        return {const_cast<wchar_t*>(containerName),
+                const_cast<wchar_t*>(provider_),
+                type_,
+                0,
+                0,
+                nullptr,
+                AT_KEYEXCHANGE};
+    }
+
+    static void must(BOOL done) {
+        if (!done)
+            throw std::runtime_error("system error " + std::to_string(::GetLastError()));
+    }
+
+private:
+    void remove() noexcept {
+        HCRYPTPROV none = 0;
+        ::CryptAcquireContextW(&none, containerName, provider_, type_, CRYPT_DELETEKEYSET);
+    }
+
+    const wchar_t* provider_;
+    DWORD type_;
+    HCRYPTPROV context_ = 0;
+};
+
+void takeStandIns() {
+    const HMODULE gost = ::LoadLibraryW(CORVANE_PLATFORM L"/gostcsp.dll");
+    ASSERT_TRUE(gost && ::LoadLibraryW(CORVANE_PLATFORM L"/msgstandin.dll")) << ::GetLastError();
+    const auto install = reinterpret_cast<HRESULT(WINAPI*)()>(
+        reinterpret_cast<void (*)()>(::GetProcAddress(gost, "DllRegisterServer")));
+    ASSERT_EQ(install(), S_OK);
+}
+
+using Operation = std::function<std::string()>;
+
+// Certificates as a text that can be compared.
+std::string told(const Certificates& certificates) {
+    std::string all = std::to_string(certificates.size());
+    for (const SharedCertificate& one : certificates) {
+        const Bytes content = one->getContent();
+        all.append(content.begin(), content.end());
+    }
+    return all;
+}
+
+std::string told(const Bytes& bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+class Operations : public testing::Test {
+protected:
+    static void SetUpTestSuite() { takeStandIns(); }
+
+    Operations()
+        : rsa_(MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES),
+          gost_(L"Crypto-Pro GOST R 34.10-2001 Cryptographic Service Provider", 75),
+          provider_(rsaRecord()),
+          store_(::CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr)) {
+        certificate_ = selfSigned('A');
+        other_ = selfSigned('B');
+        const Bytes der = readTestData("pki/gost2001.der");
+        const CertificateContext foreign(
+            ::CertCreateCertificateContext(X509_ASN_ENCODING, der.data(), static_cast<DWORD>(der.size())));
+        CRYPT_KEY_PROV_INFO info = gost_.info();
+        KeyContainer::must(
+            ::CertSetCertificateContextProperty(foreign.get(), CERT_KEY_PROV_INFO_PROP_ID, 0, &info));
+        gostCertificate_ = add(foreign);
+        personal = store_.get();
+
+        detached_ = signedBy(false);
+        attached_ = signedBy(true);
+        enveloped_ = provider_.encrypt(data_, {certificate_});
+    }
+
+    // With a cipher that the system knows by itself: what is registered it only reads when it is loaded.
+    static ProviderRecord rsaRecord() {
+        ProviderRecord record = providerRecords().back();
+        record.cipher = wide(szOID_RSA_DES_EDE3_CBC);
+        return record;
+    }
+
+    SharedCertificate add(const CertificateContext& certificate) {
+        CertificateContext added;
+        KeyContainer::must(::CertAddCertificateContextToStore(store_.get(), certificate.get(),
+                                                              CERT_STORE_ADD_ALWAYS, added.put()));
+        return std::make_shared<Certificate>(std::move(added));
+    }
+
+    SharedCertificate selfSigned(BYTE letter) {
+        BYTE name[] = {0x30, 0x0C, 0x31, 0x0A, 0x30, 0x08, 0x06, 0x03, 0x55, 0x04, 0x03, 0x0C, 0x01, letter};
+        CERT_NAME_BLOB subject{sizeof(name), name};
+        CRYPT_KEY_PROV_INFO info = rsa_.info();
+        const CertificateContext made(::CertCreateSelfSignCertificate(rsa_.context(), &subject, 0, &info,
+                                                                      nullptr, nullptr, nullptr, nullptr));
+        KeyContainer::must(static_cast<bool>(made));
+        return add(made);
+    }
+
+    // By two signers.
+    Bytes signedBy(bool attached) const {
+        return provider_.addSignerToSignature(provider_.sign(data_, *certificate_, attached, false),
+                                              attached ? nullptr : &data_, *certificate_, false);
+    }
+
+    // What an operation writes behind what was there.
+    std::string written(const std::function<void(Stream::IBinaryStream&)>& operation) {
+        operation(*output_);
+        return told(contentOf(*output_)).substr(before.size());
+    }
+
+    void renewOutput() {
+        output_.emplace();
+        output_->write(bytesOf(before));
+    }
+
+    static constexpr std::string_view before = "before";
+
+    KeyContainer rsa_;
+    KeyContainer gost_;
+    CryptoApiProvider provider_;
+    CertificateStoreHandle store_;
+    SharedCertificate certificate_;
+    SharedCertificate other_;  // of the same key
+    SharedCertificate gostCertificate_;
+    Bytes data_ = sampleBytes(100);
+    Bytes detached_;
+    Bytes attached_;
+    Bytes enveloped_;
+    std::optional<MemoryStream> output_;
+};
+
+// What may come of a failing call, besides the codes of the error table.
+enum Outcome : std::uint32_t { sameAnswer, otherAnswer };
+using Outcomes = std::map<std::string_view, std::set<std::uint32_t>>;
+
+const Outcomes usual = {
+    {"CertAddCertificateContextToStore", {E_CERT_STORE_INSTALL.code}},
+    {"CertEnumCertificatesInStore", {E_CRYPTO_EXTRACT_CERT.code}},
+    {"CertFindCertificateInStore", {E_CRYPTO_DECRYPT.code}},
+    {"CertGetCertificateChain", {E_CERT_GET_CHAIN.code}},
+    // Those that the caller supplied are not the only ones.
+    {"CertGetSubjectCertificateFromStore", {sameAnswer, E_CRYPTO_VERIFY.code}},
+    {"CertOpenStore", {E_CERT_STORE_OPEN.code}},
+    {"CryptAcquireCertificatePrivateKey", {E_CRYPTO_SIGN.code}},
+    {"CryptAcquireContextW", {E_CRYPTO_PROVIDER.code}},
+    {"CryptCreateHash", {E_CRYPTO_HASH.code}},
+    {"CryptEncryptMessage", {E_CRYPTO_ENCRYPT.code}},
+    {"CryptEnumProvidersW", {E_CRYPTO_ENUM_PROVIDERS.code}},
+    {"CryptGetMessageSignerCount", {sameAnswer}},
+    {"CryptHashData", {E_CRYPTO_HASH.code}},
+    {"CryptMsgControl", {E_CRYPTO_VERIFY.code}},
+    {"CryptMsgGetParam", {E_CRYPTO_MESSAGE_PARAM.code}},
+    {"CryptMsgOpenToDecode", {E_CRYPTO_MESSAGE_OPEN_DECODE.code}},
+    {"CryptMsgOpenToEncode", {E_CRYPTO_MESSAGE_OPEN_ENCODE.code}},
+    {"CryptMsgUpdate", {E_CRYPTO_MESSAGE_UPDATE.code}},
+    {"CryptSignHashW", {E_CRYPTO_SIGN.code}},
+    {"CryptSignMessage", {E_CRYPTO_SIGN.code}},
+    {"CryptVerifyDetachedMessageSignature", {E_CRYPTO_VERIFY.code}},
+    {"CryptVerifyMessageSignature", {E_CRYPTO_VERIFY.code}},
+};
+
+// For every call of adding a signer.
+const Outcomes adding = {
+    {"", {E_CRYPTO_MESSAGE_ADD_SIGNER.code}},
+    {"CertGetCertificateChain", {E_CERT_GET_CHAIN.code}},
+    {"CertGetSubjectCertificateFromStore", {sameAnswer}},
+    {"CryptMsgControl", {E_CRYPTO_MESSAGE_ADD_SIGNER.code, E_CRYPTO_MESSAGE_ADD_CERT.code}},
+};
+
+const Outcomes decrypting = {
+    {"CertGetCertificateContextProperty", {E_CERT_PROPERTY.code}},
+    {"CryptAcquireCertificatePrivateKey", {E_CRYPTO_DECRYPT.code}},
+    {"CryptMsgControl", {E_CRYPTO_DECRYPT.code}},
+    {"CryptMsgGetParam", {E_CRYPTO_DECRYPT.code, E_CRYPTO_MESSAGE_PARAM.code}},
+};
+
+// Most of what cannot be found out is told as such.
+const Outcomes inspecting = {
+    {"CertGetCertificateChain", {E_CERT_CHAIN.code}},
+    {"CertGetCertificateContextProperty", {E_CERT_HASH.code}},
+    {"CertGetSubjectCertificateFromStore", {sameAnswer, otherAnswer}},
+    {"CryptAcquireContextW", {sameAnswer, otherAnswer}},
+    {"CryptCreateHash", {otherAnswer}},
+    {"CryptDecodeObject", {otherAnswer}},
+    {"CryptFindOIDInfo", {otherAnswer}},
+    {"CryptHashData", {otherAnswer}},
+    {"CryptImportPublicKeyInfo", {otherAnswer}},
+    {"CryptMsgControl", {sameAnswer, otherAnswer}},
+    {"CryptMsgGetParam", {otherAnswer, E_CRYPTO_MESSAGE_PARAM.code}},
+    {"CryptVerifySignatureW", {otherAnswer}},
+};
+
+const Outcomes extracting = {{"CertOpenStore", {E_CRYPTO_EXTRACT_CERT.code}}};
+
+std::set<std::uint32_t> expectedOf(const std::string& call, const Outcomes& own) {
+    for (const auto& [outcomes, name] :
+         {std::pair(&own, std::string_view(call)), {&own, ""}, {&usual, std::string_view(call)}}) {
+        if (const auto found = outcomes->find(name); found != outcomes->end())
+            return found->second;
+    }
+    return {};
+}
+
+struct Row {
+    const char* name;
+    Operation work;
+    Outcomes own = {};
+    bool leavesOutput = false;
+};
+
+TEST_F(Operations, EveryCallFailsOnce) {
+    using Output = Stream::IBinaryStream;
+    const SharedProgress none;
+    const auto from = [](const Bytes& bytes) { return std::make_shared<SourceStream>(bytes); };
+    const auto sizeOf = [](const auto& bytes) { return std::to_string(bytes.size()); };
+    // The content is another one, so that the signature over the attributes is asked for by itself.
+    Bytes inspected = readTestData("pki/attached-attributes.p7s");
+    const Bytes document = readTestData("pki/document.bin");
+    *std::ranges::search(inspected, document).begin() ^= 1;
+    const Row rows[] = {
+        {"sign",
+         [&] { return sizeOf(provider_.sign(data_, *certificate_, true, true)); },
+         {{"CryptAcquireCertificatePrivateKey", {sameAnswer}}}},  // signing itself says why
+        {"sign a stream",
+         [&] {
+             return sizeOf(written([&](Output& output) {
+                 provider_.sign(*from(data_), output, *certificate_, true, true, none);
+             }));
+         },
+         {},
+         true},
+        {"raw", [&] { return sizeOf(provider_.rawSign(data_, *gostCertificate_)); }},
+        {"add", [&] { return sizeOf(provider_.addSignerToSignature(detached_, &data_, *other_, true)); },
+         adding},
+        {"verify", [&] { return told(provider_.verifyMessageSignature(detached_, &data_, {certificate_})); }},
+        {"verify attached", [&] { return told(provider_.verifyMessageSignature(attached_, nullptr, {})); }},
+        {"verify data of a stream",
+         [&] {
+             return told(provider_.verifyMessageSignature(detached_, *from(data_), {certificate_}, none));
+         }},
+        {"verify a stream",
+         [&] { return told(provider_.verifyMessageSignature(*from(attached_), {}, none)); }},
+        {"certificates", [&] { return told(provider_.getCertificatesFromSignature(detached_)); }, extracting},
+        {"certificates of a stream",
+         [&] { return told(provider_.extractCertificatesFromSignature(*from(detached_), none)); },
+         extracting},
+        {"content", [&] { return told(provider_.getContentFromSignature(attached_)); }},
+        {"content of a stream",
+         [&] {
+             return written([&](Output& output) {
+                 provider_.extractContentFromSignature(*from(attached_), output, none);
+             });
+         }},
+        {"encrypt",
+         [&] {
+             return sizeOf(provider_.encrypt(data_, {certificate_, other_}));
+         }},
+        {"encrypt a stream",
+         [&] {
+             return sizeOf(written(
+                 [&](Output& output) { provider_.encrypt(*from(data_), output, {certificate_}, none); }));
+         }},
+        {"decrypt", [&] { return told(provider_.decrypt(enveloped_)); }, decrypting},
+        {"decrypt a stream",
+         [&] { return written([&](Output& output) { provider_.decrypt(*from(enveloped_), output, none); }); },
+         decrypting},
+        {"inspect", [&] { return toUtf8(Crypto::inspectSignature(inspected, nullptr, {}, 0)); }, inspecting},
+        {"chain",
+         [&] { return std::to_string(certificate_->verify(0)); },
+         {{"CertGetCertificateChain", {E_CERT_CHAIN.code}}}},
+        {"providers",
+         [] { return toUtf8(Crypto::getCryptoProvidersInfo()); },
+         {{"CryptAcquireContextW", {sameAnswer, otherAnswer}}}},
+        {"provider", [&] { return toUtf8(Crypto::findProvider(MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES).name); }},
+    };
+    const Patches patches = countCalls();
+    for (const Row& row : rows) {
+        renewOutput();
+        trace = {};
+        std::string good;
+        EXPECT_EQ(failureOf([&] { good = row.work(); }), Failure()) << row.name;
+        EXPECT_EQ(trace.open, decltype(trace.open){}) << row.name;
+        for (int call = 1, calls = trace.calls; call <= calls; ++call) {
+            renewOutput();
+            trace = {};
+            trace.failing = call;
+            std::string answer;
+            auto [outcome, error] = failureOf([&] { answer = row.work(); });
+            SCOPED_TRACE(row.name + (", call " + std::to_string(call)) + ": " + trace.failed);
+            const bool isAnswer = outcome == 0;
+            if (isAnswer)
+                outcome = answer == good ? sameAnswer : otherAnswer;
+            EXPECT_TRUE(expectedOf(trace.failed, row.own).contains(outcome)) << outcome;
+            // The system has a code of its own for a certificate that its caller does not give it.
+            EXPECT_TRUE(isAnswer || error == denied ||
+                        (trace.failed == "CertGetSubjectCertificateFromStore" &&
+                         error == static_cast<DWORD>(CRYPT_E_NOT_FOUND)))
+                << error;
+            EXPECT_EQ(trace.open, decltype(trace.open){});
+            const std::string left = told(contentOf(*output_));
+            EXPECT_TRUE(isAnswer || left == before || (row.leavesOutput && left.starts_with(before)));
+        }
+    }
+}
+
+DWORD chainFlags = 0;
+
+WINBOOL WINAPI recordChainFlags(HCERTCHAINENGINE, PCCERT_CONTEXT, LPFILETIME, HCERTSTORE, PCERT_CHAIN_PARA,
+                                DWORD flags, LPVOID, PCCERT_CHAIN_CONTEXT*) {
+    chainFlags = flags;
+    return FALSE;
+}
+
+TEST_F(Operations, FlagsOfChainsArePassedBitForBit) {
+    const ImportPatch patch("CertGetCertificateChain", &recordChainFlags);
+    for (const DWORD flags : {DWORD{0}, DWORD{0x20000000}, DWORD{0x80000001}, ~DWORD{0}}) {
+        EXPECT_EQ(errorCode([&] { certificate_->verify(flags); }), E_CERT_CHAIN.code);
+        EXPECT_EQ(chainFlags, flags);
+    }
+}
+
+struct Reader {
+    const char* name;
+    const Bytes& message;
+    std::function<std::string(const Bytes&)> read;
+    bool isCertain;  // another answer than the good one is none
+};
+
+TEST_F(Operations, TornAndChangedMessages) {
+    using Output = Stream::IBinaryStream;
+    const SharedProgress none;
+    const auto from = [](const Bytes& bytes) { return std::make_shared<SourceStream>(bytes, 300); };
+    const Reader readers[] = {
+        {"verify", detached_,
+         [&](const Bytes& bytes) {
+             return told(provider_.verifyMessageSignature(bytes, &data_, {certificate_}));
+         },
+         true},
+        {"verify attached", attached_,
+         [&](const Bytes& bytes) {
+             return told(provider_.verifyMessageSignature(bytes, nullptr, {certificate_}));
+         },
+         true},
+        {"verify data of a stream", detached_,
+         [&](const Bytes& bytes) {
+             return told(provider_.verifyMessageSignature(bytes, *from(data_), {certificate_}, none));
+         },
+         true},
+        {"verify a stream", attached_,
+         [&](const Bytes& bytes) {
+             return told(provider_.verifyMessageSignature(*from(bytes), {certificate_}, none));
+         },
+         true},
+        {"add", attached_,
+         [&](const Bytes& bytes) {
+             // Whatever came of it is good, with one signer more.
+             const Bytes more = provider_.addSignerToSignature(bytes, nullptr, *certificate_, false);
+             return std::to_string(provider_.verifyMessageSignature(more, nullptr, {certificate_}).size());
+         },
+         true},
+        {"certificates", attached_,
+         [&](const Bytes& bytes) { return told(provider_.getCertificatesFromSignature(bytes)); }, false},
+        {"content", attached_,
+         [&](const Bytes& bytes) { return told(provider_.getContentFromSignature(bytes)); }, false},
+        {"content of a stream", attached_,
+         [&](const Bytes& bytes) {
+             renewOutput();
+             return written(
+                 [&](Output& output) { provider_.extractContentFromSignature(*from(bytes), output, none); });
+         },
+         false},
+        {"inspect", attached_,
+         [&](const Bytes& bytes) { return toUtf8(Crypto::inspectSignature(bytes, nullptr, {}, 0)); }, false},
+        {"decrypt", enveloped_, [&](const Bytes& bytes) { return told(provider_.decrypt(bytes)); }, false},
+        {"decrypt a stream", enveloped_,
+         [&](const Bytes& bytes) {
+             renewOutput();
+             return written([&](Output& output) { provider_.decrypt(*from(bytes), output, none); });
+         },
+         false},
+    };
+    const Patches patches = countCalls();
+    std::uint32_t number = 1;
+    const auto random = [&](std::size_t below) {
+        number = number * 1664525u + 1013904223u;
+        return static_cast<std::size_t>(number >> 8) % below;
+    };
+    for (const Reader& reader : readers) {
+        trace = {};
+        const std::string good = reader.read(reader.message);
+        // Nothing is left open; null where there is no answer but one of the component's errors.
+        const auto answerTo = [&](const Bytes& bytes) -> std::optional<std::string> {
+            trace = {};
+            std::optional<std::string> answer;
+            try {
+                answer = reader.read(bytes);
+            } catch (const Exception&) {
+            } catch (const std::runtime_error& exception) {
+                EXPECT_STREQ(exception.what(), "certificate not found");
+            }
+            EXPECT_EQ(trace.open, decltype(trace.open){}) << reader.name;
+            return answer;
+        };
+        for (std::size_t size = 0; size < reader.message.size(); ++size)
+            EXPECT_FALSE(answerTo(
+                Bytes(reader.message.begin(), reader.message.begin() + static_cast<std::ptrdiff_t>(size))))
+                << reader.name << " of the first " << size;
+        for (int round = 0; round < 250; ++round) {
+            Bytes changed = reader.message;
+            for (std::size_t changes = 1 + random(3); changes != 0; --changes)
+                changed[random(changed.size())] = static_cast<std::uint8_t>(random(256));
+            const auto answer = answerTo(changed);
+            EXPECT_TRUE(!answer || *answer == good || !reader.isCertain)
+                << reader.name << ", round " << round;
+            EXPECT_TRUE(!answer || answer->size() <= 8 * good.size() + 1000)
+                << reader.name << ", round " << round;
+        }
+    }
+}
+
+}  // namespace
