@@ -7,7 +7,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cstring>
 #include <stdexcept>
 #include <string_view>
 
@@ -63,19 +62,6 @@ public:
     }
 
 private:
-    // The slot through which the code at the address jumps (jmp [slot]); null for other code.
-    static void** slotOf(void* address) {
-        const auto* code = static_cast<const BYTE*>(address);
-        if (code[0] != 0xFF || code[1] != 0x25)
-            return nullptr;
-        INT32 operand = 0;
-        std::memcpy(&operand, code + 2, sizeof(operand));
-        if constexpr (sizeof(void*) == 8)  // counted from the next instruction
-            return reinterpret_cast<void**>(reinterpret_cast<INT_PTR>(code) + 6 + operand);
-        else
-            return reinterpret_cast<void**>(static_cast<INT_PTR>(operand));
-    }
-
     static void*& find(void* address, HMODULE importer) {
         if (void** slot = slotOf(address))
             return *slot;

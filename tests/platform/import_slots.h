@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -50,12 +51,25 @@ inline void putIntoSlot(void*& slot, void* value) noexcept {
     ::VirtualProtect(&slot, sizeof(slot), protection, &protection);
 }
 
+// The slot through which the code at the address jumps (jmp [slot]); null for other code.
+inline void** slotOf(const void* address) noexcept {
+    const auto* code = static_cast<const BYTE*>(address);
+    if (code[0] != 0xFF || code[1] != 0x25)
+        return nullptr;
+    INT32 operand = 0;
+    std::memcpy(&operand, code + 2, sizeof(operand));
+    if constexpr (sizeof(void*) == 8)  // counted from the next instruction
+        return reinterpret_cast<void**>(reinterpret_cast<INT_PTR>(code) + 6 + operand);
+    else
+        return reinterpret_cast<void**>(static_cast<INT_PTR>(operand));
+}
+
 // Puts the function itself into the slot of one whose library is loaded at its first call, so that this call
 // does not overwrite what a test has put there.
 inline void settleSlot(HMODULE module, void*& slot) noexcept {
-    MEMORY_BASIC_INFORMATION memory{};
-    ::VirtualQuery(slot, &memory, sizeof(memory));
-    if (memory.AllocationBase != module)
+    // Until then it leads to what follows the jump through it.
+    constexpr std::ptrdiff_t jumpSize = 6;
+    if (slotOf(static_cast<const BYTE*>(slot) - jumpSize) != &slot)
         return;
     forEachImport(module, [&](std::string_view name, void*& each) {
         for (const wchar_t* library :
