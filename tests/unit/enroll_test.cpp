@@ -132,18 +132,19 @@ TEST_F(Request, HasWhatWasGivenAndAGoodSignature) {
     EXPECT_FALSE(decode(der).isMember("signatureError"));
 }
 
+BOOL WINAPI tellToken(HCRYPTPROV, DWORD, BYTE* buffer, DWORD* size, DWORD) {
+    constexpr char path[] = "\\\\.\\Aktiv Rutoken\\a";
+    *size = sizeof(path);
+    if (buffer)
+        std::copy_n(path, sizeof(path), buffer);
+    return TRUE;
+}
+
 TEST_F(Request, DescribesTheTokenOfItsContainer) {
     const auto tokenOf = [](const std::wstring& path) { return Json::Value(toUtf8(path)); };
     const std::wstring text = createCertificationRequestEx(gost, parametersFor(container), tokenOf);
     EXPECT_FALSE(parseJson(text).isMember("token")) << "a container in the registry lies on no token";
-    const ImportPatch parameter(
-        &::CryptGetProvParam, +[](HCRYPTPROV, DWORD, BYTE* buffer, DWORD* size, DWORD) -> WINBOOL {
-            constexpr char path[] = "\\\\.\\Aktiv Rutoken\\a";
-            *size = sizeof(path);
-            if (buffer)
-                std::copy_n(path, sizeof(path), buffer);
-            return TRUE;
-        });
+    const ImportPatch parameter(&::CryptGetProvParam, &tellToken);
     container.remove();
     const Json::Value json = parseJson(createCertificationRequestEx(gost, parametersFor(container), tokenOf));
     EXPECT_EQ(json["token"].asString(), "\\\\.\\Aktiv Rutoken\\a");
