@@ -134,11 +134,10 @@ Patches countCalls() {
     count<"CertGetCertificateChain">(all, &::CertGetCertificateChain, gives<chains>);
     freeSystemChain = ImportPatch::behind(&::CertFreeCertificateChain);
     all.push_back(std::make_unique<ImportPatch>("CertFreeCertificateChain", &freeChain));
-    count<"CryptAcquireCertificatePrivateKey">(
-        all, &::CryptAcquireCertificatePrivateKey,
-        [](BOOL done, PCCERT_CONTEXT, DWORD, void*, HCRYPTPROV_OR_NCRYPT_KEY_HANDLE*, DWORD*, BOOL* owned) {
-            trace.open[providers] += done && *owned ? 1 : 0;
-        });
+    count<"CryptAcquireCertificatePrivateKey">(all, &::CryptAcquireCertificatePrivateKey,
+                                               [](BOOL done, auto, auto, auto, auto, auto, auto owned) {
+                                                   trace.open[providers] += done && *owned ? 1 : 0;
+                                               });
     count<"CryptAcquireContextW">(all, &::CryptAcquireContextW, gives<providers>);
     count<"CryptReleaseContext", false>(all, &::CryptReleaseContext, closes<providers>);
     count<"CryptCreateHash">(all, &::CryptCreateHash, gives<hashes>);
@@ -413,7 +412,7 @@ TEST_F(Operations, EveryCallFailsOnce) {
     // The content is another one, so that the signature over the attributes is asked for by itself.
     Bytes inspected = readTestData("pki/attached-attributes.p7s");
     const Bytes document = readTestData("pki/document.bin");
-    *std::ranges::search(inspected, document).begin() ^= 1;
+    *std::search(inspected.begin(), inspected.end(), document.begin(), document.end()) ^= 1;
     const Row rows[] = {
         {"sign",
          [&] { return sizeOf(provider_.sign(data_, *certificate_, true, true)); },

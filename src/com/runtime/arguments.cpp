@@ -44,7 +44,7 @@ ComPtr<IUnknown> objectIn(const Variant& value) noexcept {
 
 ComPtr<IUnknown> optionalObject(const VARIANT& argument) {
     const Variant value = plainValue(argument);
-    const ComPtr<IUnknown> object = objectIn(value);
+    ComPtr<IUnknown> object = objectIn(value);
     if (!object && !isLeftOut(value) && V_VT(&value.get()) != VT_DISPATCH)
         throw SilentFailure{DISP_E_TYPEMISMATCH};
     return object;
