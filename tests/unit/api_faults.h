@@ -42,22 +42,24 @@ class FailingApi {
 public:
     FailingApi(ApiNumber<number>, Result(WINAPI* function)(Arguments...), int opened = 0)
         : patch_(function, &replacement) {
-        current_ = &patch_;
-        opened_ = opened;
+        currentPatch = &patch_;
+        openedHandles = opened;
     }
 
 private:
     static Result WINAPI replacement(Arguments... arguments) {
-        if (opened_ >= 0 && ApiFaults::fails())
+        if (openedHandles >= 0 && ApiFaults::fails())
             return Result{};
-        const Result result = current_->original<Result WINAPI(Arguments...)>()(arguments...);
+        const Result result = currentPatch->original<Result WINAPI(Arguments...)>()(arguments...);
         if (result && !wasDeletion(arguments...))
-            ApiFaults::open += opened_;
+            ApiFaults::open += openedHandles;
         return result;
     }
 
     // CryptAcquireContext that takes a container away gives no handle.
     template <class... Others>
+    // NOLINTNEXTLINE(readability-non-const-parameter): a pointer to const would match less well than the
+    // other
     static bool wasDeletion(HCRYPTPROV* handle, const Others&...) {
         return *handle == 0;
     }
@@ -66,8 +68,8 @@ private:
         return false;
     }
 
-    static inline ImportPatch* current_ = nullptr;
-    static inline int opened_ = 0;
+    static inline ImportPatch* currentPatch = nullptr;
+    static inline int openedHandles = 0;
     ImportPatch patch_;
 };
 

@@ -133,7 +133,7 @@ TEST_F(Request, HasWhatWasGivenAndAGoodSignature) {
 }
 
 BOOL WINAPI tellToken(HCRYPTPROV, DWORD, BYTE* buffer, DWORD* size, DWORD) {
-    constexpr char path[] = "\\\\.\\Aktiv Rutoken\\a";
+    constexpr char path[] = R"(\\.\Aktiv Rutoken\a)";
     *size = sizeof(path);
     if (buffer)
         std::copy_n(path, sizeof(path), buffer);

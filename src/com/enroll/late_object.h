@@ -44,7 +44,7 @@ private:
     explicit LateObject(ComPtr<IDispatch> object) noexcept : object_(std::move(object)) {}
 
     static Variant toVariant(long number) noexcept;
-    static Variant toVariant(bool value) noexcept;
+    static Variant toVariant(bool flag) noexcept;
     static Variant toVariant(std::wstring_view text);
     static Variant toVariant(const LateObject& object) noexcept;
     static std::wstring textIn(const Variant& value, const ErrorDescriptor& descriptor,

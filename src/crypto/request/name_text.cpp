@@ -7,6 +7,7 @@
 #include "crypto/request/name_attributes.h"
 
 #include <optional>
+#include <ranges>
 
 namespace Corvane::Crypto {
 namespace {
@@ -75,8 +76,8 @@ std::string relativeText(const RelativeName& relative) {
 
 std::wstring distinguishedNameText(const Name& name) {
     std::string text;
-    for (auto relative = name.rbegin(); relative != name.rend(); ++relative)
-        text += (text.empty() ? "" : ",") + relativeText(*relative);
+    for (const auto& relative : std::views::reverse(name))
+        text += (text.empty() ? "" : ",") + relativeText(relative);
     return fromUtf8(text);
 }
 
