@@ -6,8 +6,8 @@
 #include "crypto/request/distinguished_name.h"
 #include "crypto/request/name_attributes.h"
 
+#include <algorithm>
 #include <optional>
-#include <ranges>
 
 namespace Corvane::Crypto {
 namespace {
@@ -76,8 +76,9 @@ std::string relativeText(const RelativeName& relative) {
 
 std::wstring distinguishedNameText(const Name& name) {
     std::string text;
-    for (const auto& relative : std::views::reverse(name))
+    std::for_each(name.rbegin(), name.rend(), [&text](const auto& relative) {
         text += (text.empty() ? "" : ",") + relativeText(relative);
+    });
     return fromUtf8(text);
 }
 
