@@ -58,8 +58,7 @@ private:
 
     // CryptAcquireContext that takes a container away gives no handle.
     template <class... Others>
-    // NOLINTNEXTLINE(readability-non-const-parameter): a pointer to const would match less well than the
-    // other
+    // NOLINTNEXTLINE(readability-non-const-parameter): chosen by its type
     static bool wasDeletion(HCRYPTPROV* handle, const Others&...) {
         return *handle == 0;
     }

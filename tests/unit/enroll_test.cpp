@@ -263,7 +263,7 @@ TEST_F(Response, WhatDoesNotMatchInstallsNothing) {
     const auto install = [&](const std::wstring& response) {
         return errorCode([&] { installCertificateResponse(rsa, response, store); });
     };
-    const Bytes foreign = readTestData("pki/signer.der");
+    const Bytes foreign = readTestData("pki/root.der");
     EXPECT_EQ(install(binToBase64(foreign, 0)), 323u);
     const Bytes list = readTestData("pki/no-signers.p7s");
     for (const std::wstring& response :
