@@ -1,9 +1,8 @@
-#include "asn1/decoders/signed_data.h"
 #include "core/check.h"
 #include "core/log.h"
-#include "crypto/api/message_size.h"
 #include "crypto/message/crypto_api_provider.h"
 #include "crypto/message/decoded_signatures.h"
+#include "crypto/message/message_content.h"
 #include "crypto/message/signer_info.h"
 
 #include <algorithm>
@@ -11,12 +10,15 @@
 namespace Corvane {
 namespace {
 
-bool hasContent(const Bytes& message) try {
-    return asn1::hasContent(message);
-} catch (const asn1::Asn1Exception& exception) {
-    writeLog(LogLevel::error, L"asn1::hasContent", exception.what());
-    failCrypto(E_CRYPTO_MESSAGE_ADD_SIGNER, L"asn1::hasContent",
-               static_cast<DWORD>(CRYPT_E_UNEXPECTED_MSG_TYPE));
+// Data must be given for a detached message, and for no other.
+void expectForm(const Bytes& message, bool isDetached) {
+    const detail::Content content = detail::contentOf(message);
+    if (content == detail::Content::unreadable)
+        failCrypto(E_CRYPTO_MESSAGE_ADD_SIGNER, L"asn1::hasContent",
+                   static_cast<DWORD>(CRYPT_E_UNEXPECTED_MSG_TYPE));
+    if (isDetached == (content == detail::Content::inside))
+        failCrypto(E_CRYPTO_MESSAGE_ADD_SIGNER, L"asn1::hasContent",
+                   static_cast<DWORD>(CRYPT_E_INVALID_MSG_TYPE));
 }
 
 // Whatever step fails, it is the adding that does; the system's error tells the rest.
@@ -77,13 +79,7 @@ Bytes CryptoApiProvider::addSignerToSignature(const Bytes& signature, const Byte
     writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::addSignerToSignature", L"provider name: ",
              record_.name, L", signature: ", signature.size(), L" bytes, certificate: ", certificate,
              L", detached: ", data != nullptr);
-    detail::messageSize(signature);
-    if (data)
-        detail::messageSize(*data);
-    if (hasContent(signature) == (data != nullptr))
-        failCrypto(E_CRYPTO_MESSAGE_ADD_SIGNER, L"asn1::hasContent",
-                   static_cast<DWORD>(CRYPT_E_INVALID_MSG_TYPE));
-
+    expectForm(signature, data != nullptr);
     const detail::IncludedCertificates included(certificate, addCertChain);
     const detail::PrivateKey key(certificate, E_CRYPTO_MESSAGE_ADD_SIGNER);
     detail::SignerInfo signer(record_, certificate, key);

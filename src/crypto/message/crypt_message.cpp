@@ -2,6 +2,7 @@
 
 #include "core/errors.h"
 #include "crypto/api/encoding.h"
+#include "crypto/api/message_size.h"
 
 #include <utility>
 
@@ -23,29 +24,26 @@ BOOL WINAPI CryptMessage::receive(const void* argument, BYTE* data, DWORD size, 
     return FALSE;
 }
 
-CMSG_STREAM_INFO CryptMessage::Receiver::streamInfo(DWORD contentSize) {
-    CMSG_STREAM_INFO info{};
+CryptMessage::Receiver::Receiver(Output sink, DWORD contentSize) : output(std::move(sink)) {
     info.cbContent = contentSize;
     info.pfnStreamOutput = receive;
     info.pvArg = this;
-    return info;
 }
 
 CryptMessage CryptMessage::openToEncode(DWORD flags, DWORD type, const void* info, DWORD contentSize,
                                         Output output) {
-    auto receiver = std::make_unique<Receiver>(Receiver{std::move(output), nullptr});
-    CMSG_STREAM_INFO stream = receiver->streamInfo(contentSize);
+    auto receiver = std::make_unique<Receiver>(std::move(output), contentSize);
     HCRYPTMSG message =
-        checkCrypto(::CryptMsgOpenToEncode(messageEncoding, flags, type, info, nullptr, &stream),
+        checkCrypto(::CryptMsgOpenToEncode(messageEncoding, flags, type, info, nullptr, &receiver->info),
                     E_CRYPTO_MESSAGE_OPEN_ENCODE, L"CryptMsgOpenToEncode");
     return {std::move(receiver), message};
 }
 
 CryptMessage CryptMessage::openToDecode(DWORD flags, Output output) {
-    auto receiver = std::make_unique<Receiver>(Receiver{std::move(output), nullptr});
-    CMSG_STREAM_INFO stream = receiver->streamInfo(CMSG_INDEFINITE_LENGTH);
-    HCRYPTMSG message = checkCrypto(::CryptMsgOpenToDecode(messageEncoding, flags, 0, 0, nullptr, &stream),
-                                    E_CRYPTO_MESSAGE_OPEN_DECODE, L"CryptMsgOpenToDecode");
+    auto receiver = std::make_unique<Receiver>(std::move(output), CMSG_INDEFINITE_LENGTH);
+    HCRYPTMSG message =
+        checkCrypto(::CryptMsgOpenToDecode(messageEncoding, flags, 0, 0, nullptr, &receiver->info),
+                    E_CRYPTO_MESSAGE_OPEN_DECODE, L"CryptMsgOpenToDecode");
     return {std::move(receiver), message};
 }
 
@@ -60,8 +58,7 @@ void CryptMessage::rethrow() {
 }
 
 void CryptMessage::update(std::span<const std::uint8_t> bytes, bool last) {
-    const BOOL updated =
-        ::CryptMsgUpdate(message_.get(), bytes.data(), static_cast<DWORD>(bytes.size()), last);
+    const BOOL updated = ::CryptMsgUpdate(message_.get(), bytes.data(), messageSize(bytes), last);
     const DWORD error = ::GetLastError();
     rethrow();
     if (!updated)

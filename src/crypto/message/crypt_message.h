@@ -33,8 +33,8 @@ public:
     static CryptMessage openToDecode(DWORD flags, Output output);
     static CryptMessage openToDecode(DWORD flags);
 
-    // Throws CryptoException E_CRYPTO_MESSAGE_UPDATE, after which nothing else works, and what the output
-    // throws.
+    // Throws Exception E_BINARY_MAX_SIZE for 4 GiB and more; CryptoException E_CRYPTO_MESSAGE_UPDATE, after
+    // which nothing else works, and what the output throws.
     void update(std::span<const std::uint8_t> bytes, bool last);
 
     // CryptMsgControl. Throws CryptoException with `descriptor`, and what the output throws.
@@ -55,10 +55,11 @@ public:
 
 private:
     struct Receiver {
-        Output output;
-        std::exception_ptr error;
+        Receiver(Output sink, DWORD contentSize);
 
-        CMSG_STREAM_INFO streamInfo(DWORD contentSize);
+        Output output;
+        CMSG_STREAM_INFO info{};
+        std::exception_ptr error;
     };
 
     CryptMessage(std::unique_ptr<Receiver> receiver, HCRYPTMSG message)

@@ -1,6 +1,5 @@
 #include "core/check.h"
 #include "core/log.h"
-#include "crypto/api/message_size.h"
 #include "crypto/message/crypto_api_provider.h"
 #include "crypto/message/message_feed.h"
 #include "crypto/message/recipients.h"
@@ -50,7 +49,6 @@ private:
 
 Bytes CryptoApiProvider::decrypt(const Bytes& message) const {
     writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::decrypt", L"message size: ", message.size());
-    detail::messageSize(message);
     Bytes content;
     EnvelopedMessage enveloped([&content](std::span<const std::uint8_t> piece) {
         content.insert(content.end(), piece.begin(), piece.end());

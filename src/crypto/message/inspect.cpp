@@ -9,10 +9,10 @@
 #include "core/utf8.h"
 #include "crypto/api/blob.h"
 #include "crypto/api/encoding.h"
-#include "crypto/api/message_size.h"
 #include "crypto/certificate/certificate_json.h"
 #include "crypto/message/attribute_signature.h"
 #include "crypto/message/decoded_signatures.h"
+#include "crypto/message/message_content.h"
 #include "crypto/message/message_feed.h"
 
 #include <algorithm>
@@ -188,11 +188,11 @@ private:
     DWORD flags_;
 };
 
-bool hasContent(std::span<const std::uint8_t> message) try {
-    return asn1::hasContent(message);
-} catch (const asn1::Asn1Exception& exception) {
-    writeLog(LogLevel::error, L"asn1::hasContent", exception.what());
-    failCrypto(E_CRYPTO_VERIFY, L"asn1::hasContent", static_cast<DWORD>(CRYPT_E_UNEXPECTED_MSG_TYPE));
+bool hasContent(std::span<const std::uint8_t> message) {
+    const detail::Content content = detail::contentOf(message);
+    if (content == detail::Content::unreadable)
+        failCrypto(E_CRYPTO_VERIFY, L"asn1::hasContent", static_cast<DWORD>(CRYPT_E_UNEXPECTED_MSG_TYPE));
+    return content == detail::Content::inside;
 }
 
 // The system would take what comes after a message with content for more of it.
@@ -210,14 +210,11 @@ std::wstring inspectSignature(const Bytes& signature, const Bytes* data, const C
                               DWORD flags) {
     writeLog(LogLevel::debug, context, L"signature: ", signature.size(), L" bytes, input certificate: ",
              supplied, L", [in] flags: ", flags, L", detached: ", data != nullptr);
-    detail::messageSize(signature);
     const bool content = data ? expectDetached(signature) : hasContent(signature);
     auto message = CryptMessage::openToDecode(content ? 0 : CMSG_DETACHED_FLAG, [](auto) {});
     message.update(signature, true);
-    if (data) {
-        detail::messageSize(*data);
+    if (data)
         message.update(*data, true);
-    }
     return Inspection(message, content, content || data, supplied, flags).run();
 }
 
@@ -226,13 +223,10 @@ std::wstring inspectSignature(const Bytes& signature, Stream::IBinaryStream& dat
     writeLog(LogLevel::debug, context, L"signature: ", signature.size(), L" bytes, input certificate: ",
              supplied, L", [in] flags: ", flags, L", data size: ", data.state().size, L", data position: ",
              data.state().position);
-    detail::messageSize(signature);
     expectDetached(signature);
     auto message = CryptMessage::openToDecode(CMSG_DETACHED_FLAG, [](auto) {});
     message.update(signature, true);
-    Stream::forEachBlock(
-        data, detail::messageBlockSize, progress,
-        [&](std::span<const std::uint8_t> block, bool last) { message.update(block, last); });
+    detail::feed(message, data, progress);
     return Inspection(message, false, true, supplied, flags).run();
 }
 
@@ -240,17 +234,10 @@ std::wstring inspectSignature(Stream::IBinaryStream& signature, const Certificat
                               const SharedProgress& progress) {
     writeLog(LogLevel::debug, context, L"input certificate: ", supplied, L", [in] flags: ", flags,
              L", signature size: ", signature.state().size, L", data position: ", signature.state().position);
-    std::optional<CryptMessage> message;
+    auto message = CryptMessage::openToDecode(0, [](auto) {});
     bool content = false;
-    Stream::forEachBlock(
-        signature, detail::messageBlockSize, progress, [&](std::span<const std::uint8_t> block, bool last) {
-            if (!message) {
-                content = hasContent(block);
-                message = CryptMessage::openToDecode(content ? 0 : CMSG_DETACHED_FLAG, [](auto) {});
-            }
-            message->update(block, last);
-        });
-    return Inspection(*message, content, content, supplied, flags).run();
+    detail::feed(message, signature, progress, [&](auto block) { content = hasContent(block); });
+    return Inspection(message, content, content, supplied, flags).run();
 }
 
 }  // namespace Corvane::Crypto

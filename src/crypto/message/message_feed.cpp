@@ -1,8 +1,24 @@
 #include "crypto/message/message_feed.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Corvane::detail {
+
+void feed(CryptMessage& message, Stream::IBinaryStream& input, const SharedProgress& progress) {
+    feed(message, input, progress, [](auto) {});
+}
+
+void feed(CryptMessage& message, Stream::IBinaryStream& input, const SharedProgress& progress,
+          const Look& look) {
+    bool isFirst = true;
+    Stream::forEachBlock(input, messageBlockSize, progress,
+                         [&](std::span<const std::uint8_t> block, bool last) {
+                             if (std::exchange(isFirst, false))
+                                 look(block);
+                             message.update(block, last);
+                         });
+}
 
 MessageContent::MessageContent(Stream::IBinaryStream& input) : input_(input) {
     const Stream::State state = input.state();

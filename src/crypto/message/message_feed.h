@@ -6,11 +6,22 @@
 #include "stream/stream_loop.h"
 
 #include <cstdint>
+#include <functional>
+#include <span>
 
 namespace Corvane::detail {
 
 // One byte less than a mebibyte, which messages have always been made with.
 inline constexpr std::size_t messageBlockSize = 0x100000 - 1;
+
+// Gives a message all that lies from the position of a stream to its end, and says which block is the last.
+// Throws as CryptMessage::update() and forEachBlock().
+void feed(CryptMessage& message, Stream::IBinaryStream& input, const SharedProgress& progress);
+
+// The same, with a look at the first block before the message gets it; `look` may throw.
+using Look = std::function<void(std::span<const std::uint8_t>)>;
+void feed(CryptMessage& message, Stream::IBinaryStream& input, const SharedProgress& progress,
+          const Look& look);
 
 // What lies from the position of a stream to its end.
 class MessageContent {

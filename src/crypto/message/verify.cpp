@@ -1,10 +1,10 @@
-#include "asn1/decoders/signed_data.h"
 #include "core/check.h"
 #include "core/log.h"
 #include "crypto/api/encoding.h"
 #include "crypto/api/message_size.h"
 #include "crypto/message/crypto_api_provider.h"
 #include "crypto/message/decoded_signatures.h"
+#include "crypto/message/message_content.h"
 #include "crypto/message/message_feed.h"
 
 #include <algorithm>
@@ -17,16 +17,17 @@ namespace {
 // digest of the data anew; messages with more signers are decoded once.
 constexpr DWORD fewSigners = 16;
 
-// The system says of a detached message without its data that all is well, though it has verified nothing.
-bool hasContent(std::span<const std::uint8_t> message) try {
-    return asn1::hasContent(message);
-} catch (const asn1::Asn1Exception& exception) {
-    writeLog(LogLevel::error, L"asn1::hasContent", exception.what());
-    return false;
+// Whether a message is of the form that the caller says. Of a detached message without its data the system
+// says that all is well, though it has verified nothing; and one that holds its content may be good for that
+// content, which says nothing about the data beside it.
+bool isOfForm(std::span<const std::uint8_t> message, bool isDetached) {
+    const detail::Content content = detail::contentOf(message);
+    return isDetached ? content != detail::Content::inside : content == detail::Content::inside;
 }
 
-[[noreturn]] void failWithoutContent() {
-    failCrypto(E_CRYPTO_VERIFY, L"asn1::hasContent", static_cast<DWORD>(CRYPT_E_INVALID_MSG_TYPE));
+void expectForm(std::span<const std::uint8_t> message, bool isDetached) {
+    if (!isOfForm(message, isDetached))
+        failCrypto(E_CRYPTO_VERIFY, L"asn1::hasContent", static_cast<DWORD>(CRYPT_E_INVALID_MSG_TYPE));
 }
 
 // One message, and what the system is asked about each of its signers.
@@ -54,7 +55,7 @@ public:
             return {};
         if (!signer)
             error = static_cast<DWORD>(CRYPT_E_NOT_FOUND);
-        else if (!data_ && !hasContent(signature_))
+        else if (!isOfForm(signature_, data_ != nullptr))
             error = static_cast<DWORD>(CRYPT_E_INVALID_MSG_TYPE);
         else
             return signer;
@@ -110,8 +111,7 @@ Certificates verifyEach(SignedMessage& message, DWORD count, bool isDetached) {
 }
 
 Certificates verifyDecoded(const Bytes& signature, const Bytes* data, const detail::SignerLookup& lookup) {
-    if (!data && !hasContent(signature))
-        failWithoutContent();
+    expectForm(signature, data != nullptr);
     auto message = detail::CryptMessage::openToDecode(data ? CMSG_DETACHED_FLAG : 0);
     message.update(signature, true);
     if (data)
@@ -139,12 +139,10 @@ Certificates CryptoApiProvider::verifyMessageSignature(const Bytes& signature, S
              record_.name, L", signature: ", signature.size(), L" bytes, input certificate: ", supplied,
              L", data size: ", data.state().size, L", data position: ", data.state().position);
     const detail::SignerLookup lookup(supplied);
-    detail::messageSize(signature);
+    expectForm(signature, true);
     auto message = detail::CryptMessage::openToDecode(CMSG_DETACHED_FLAG, [](auto) {});
     message.update(signature, true);
-    Stream::forEachBlock(
-        data, detail::messageBlockSize, progress,
-        [&](std::span<const std::uint8_t> block, bool last) { message.update(block, last); });
+    detail::feed(message, data, progress);
     return detail::DecodedSignatures(message).verifyAll(lookup);
 }
 
@@ -156,13 +154,7 @@ Certificates CryptoApiProvider::verifyMessageSignature(Stream::IBinaryStream& si
              L", data position: ", signature.state().position);
     const detail::SignerLookup lookup(supplied);
     auto message = detail::CryptMessage::openToDecode(0, [](auto) {});
-    bool isFirst = true;
-    Stream::forEachBlock(signature, detail::messageBlockSize, progress,
-                         [&](std::span<const std::uint8_t> block, bool last) {
-                             if (std::exchange(isFirst, false) && !hasContent(block))
-                                 failWithoutContent();
-                             message.update(block, last);
-                         });
+    detail::feed(message, signature, progress, [](auto block) { expectForm(block, false); });
     return detail::DecodedSignatures(message).verifyAll(lookup);
 }
 
