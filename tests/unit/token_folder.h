@@ -17,8 +17,7 @@ using Lines = std::vector<std::string>;
 
 class TokenFolder {
 public:
-    TokenFolder() : path_(std::filesystem::temp_directory_path() / name()) {
-        std::filesystem::create_directories(path_);
+    TokenFolder() : path_(make()) {
         wchar_t old[32767]{};
         ::GetEnvironmentVariableW(L"PATH", old, 32767);
         searched_ = old;
@@ -58,9 +57,14 @@ public:
     }
 
 private:
-    static std::wstring name() {
-        static int count;
-        return L"corvane-token-" + std::to_wstring(::GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
+    // A DLL that stayed loaded stays in its folder, where a later program of the same number finds it.
+    static std::filesystem::path make() {
+        const auto name = L"corvane-token-" + std::to_wstring(::GetCurrentProcessId()) + L"-";
+        for (int number = 1;; ++number) {
+            auto folder = std::filesystem::temp_directory_path() / (name + std::to_wstring(number));
+            if (std::filesystem::create_directory(folder))
+                return folder;
+        }
     }
 
     std::filesystem::path path_;

@@ -1,8 +1,10 @@
 #include "arithmetic.h"
+#include "../import_patch.h"
 
 #include <algorithm>
 #include <cstdarg>
 #include <stdexcept>
+#include <string_view>
 
 namespace Corvane::Platform::Gost {
 namespace {
@@ -133,10 +135,47 @@ Bytes diversify(const std::string& substitution, View key, View ukm) {
     return current;
 }
 
+using QuerySystemInformation = LONG WINAPI(ULONG type, void* information, ULONG size, ULONG* needed);
+QuerySystemInformation* querySystemInformation = nullptr;
+
+// The system's, but for the handles of all processes: Wine's server dies at that question while any process
+// has none, as one that is just starting, and every program with it.
+LONG WINAPI queryWithoutHandles(ULONG type, void* information, ULONG size, ULONG* needed) {
+    constexpr ULONG systemHandleInformation = 16;
+    constexpr auto notImplemented = static_cast<LONG>(0xC0000002);
+    return type == systemHandleInformation ? notImplemented
+                                           : querySystemInformation(type, information, size, needed);
+}
+
+FARPROC WINAPI findFunction(HMODULE module, const char* name);
+
+HMODULE thisModule() {
+    HMODULE module = nullptr;
+    ::GetModuleHandleExW(
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+        reinterpret_cast<const wchar_t*>(&findFunction), &module);
+    return module;
+}
+
+// For the library's seeding, which asks the system for all that it tells.
+const Test::ImportPatch& seedingPatch() {
+    static const Test::ImportPatch patch("GetProcAddress", &findFunction, thisModule());
+    return patch;
+}
+
+FARPROC WINAPI findFunction(HMODULE module, const char* name) {
+    return std::string_view(name) == "NtQuerySystemInformation"
+               ? reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(queryWithoutHandles))
+               : seedingPatch().original<FARPROC WINAPI(HMODULE, const char*)>()(module, name);
+}
+
 }  // namespace
 
 void startArithmetic() {
     static const bool started = [] {
+        querySystemInformation =
+            Test::systemFunction<QuerySystemInformation>(L"ntdll.dll", "NtQuerySystemInformation");
+        seedingPatch();
         // It would write notes about the machine to the program's error stream.
         ::gcry_set_log_handler([](void*, int, const char*, va_list) {}, nullptr);
         // The hardware paths of the static library do not run everywhere.
