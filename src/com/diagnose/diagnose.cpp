@@ -18,8 +18,8 @@ namespace Corvane::Com {
 namespace {
 
 // In milliseconds from the beginning. What loads libraries of the system comes before the drivers, one of
-// which may keep the loader busy; a driver that hangs has its 15 seconds behind that.
-constexpr ULONGLONG headStart = 2000;
+// which may keep the loader busy.
+constexpr ULONGLONG headStart = 1500;
 constexpr ULONGLONG endOfDrivers = 17'000;
 constexpr ULONGLONG endOfAll = 18'000;
 

@@ -18,7 +18,9 @@ namespace Corvane::Com {
 namespace {
 
 // With less a driver that works might be given up, and would be lost for the process.
-constexpr ULONGLONG leastMilliseconds = 1000;
+constexpr ULONGLONG leastMilliseconds = 2000;
+// Less than GetTokensInfo gives each, so that those behind one that hangs are asked as well.
+constexpr ULONGLONG mostMilliseconds = 12'000;
 // From the end of a driver's time until its answer is here.
 constexpr ULONGLONG margin = 500;
 
@@ -123,7 +125,7 @@ Json::Value reportDriver(const std::wstring& name, ULONGLONG until) {
     if (!driver.get("found", false).asBool())
         return driver;
     const ULONGLONG left = until - std::min(until, ::GetTickCount64());
-    const auto milliseconds = static_cast<DWORD>(std::min<ULONGLONG>(left, detail::probeMilliseconds));
+    const auto milliseconds = static_cast<DWORD>(std::min(left, mostMilliseconds));
     return Inquiry(driver,
                    [driver, name, milliseconds] { return describeAnswer(driver, name, milliseconds); })
         .answer(until + margin);

@@ -1,5 +1,6 @@
 #include "token/cryptoki/image.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace cryptoki {
@@ -7,6 +8,7 @@ namespace {
 
 constexpr std::size_t mostLibraries = 1000;
 constexpr std::size_t longestName = 260;
+constexpr std::uint32_t mostSections = 96;  // that the system loads
 
 // Numbers are little-endian, and 0 beyond the end.
 class File {
@@ -53,7 +55,7 @@ private:
 
     // Where in the file an address of the loaded image stands; beyond the file where it is in no section.
     std::size_t place(std::uint32_t address) const noexcept {
-        const std::uint32_t count = file_.word(header_ + 6);
+        const std::uint32_t count = std::min(file_.word(header_ + 6), mostSections);
         std::size_t section = header_ + 24 + file_.word(header_ + 20);
         for (std::uint32_t i = 0; i < count; ++i, section += 40) {
             const std::uint32_t offset = address - file_.number(section + 12);
