@@ -429,7 +429,8 @@ std::string issue(const Words& words) {
     fields.next(Tag::integer);
     const View name = fields.next(Tag::sequence).whole;
     Bytes keyMemory;
-    auto* const key = decode<CERT_PUBLIC_KEY_INFO>(X509_PUBLIC_KEY_INFO, fields.next(Tag::sequence).whole, keyMemory);
+    auto* const key =
+        decode<CERT_PUBLIC_KEY_INFO>(X509_PUBLIC_KEY_INFO, fields.next(Tag::sequence).whole, keyMemory);
     CRYPT_DATA_BLOB whole{sizeOf(request), request.data()};
     must(::CryptVerifyCertificateSignatureEx(0, encoding, CRYPT_VERIFY_CERT_SIGN_SUBJECT_BLOB, &whole,
                                              CRYPT_VERIFY_CERT_SIGN_ISSUER_PUBKEY, key, 0, nullptr));
@@ -455,8 +456,8 @@ std::string issue(const Words& words) {
     info.rgExtension = extensions->rgExtension;
     Bytes made(1 << 16);
     DWORD size = sizeOf(made);
-    must(::CryptSignAndEncodeCertificate(own.provider, own.spec, encoding, X509_CERT_TO_BE_SIGNED, &info, &algorithm,
-                                         nullptr, made.data(), &size));
+    must(::CryptSignAndEncodeCertificate(own.provider, own.spec, encoding, X509_CERT_TO_BE_SIGNED, &info,
+                                         &algorithm, nullptr, made.data(), &size));
     write(words[1], View(made).first(size));
     return "";
 }
