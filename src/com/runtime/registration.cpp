@@ -169,7 +169,8 @@ std::wstring readAboutKey(const wchar_t* name) {
     if (::RegGetValueW(HKEY_CLASSES_ROOT, path.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, text.data(),
                        &size) != ERROR_SUCCESS)
         return {};
-    return text.c_str();
+    text.resize(wcsnlen(text.data(), text.size()));
+    return text;
 }
 
 }  // namespace
