@@ -530,6 +530,21 @@ TEST_F(Operations, FlagsOfChainsArePassedBitForBit) {
     }
 }
 
+std::vector<std::pair<DWORD, BOOL>> updates;
+
+WINBOOL WINAPI recordUpdate(HCRYPTMSG, const BYTE*, DWORD size, BOOL last) {
+    updates.emplace_back(size, last);
+    return TRUE;
+}
+
+TEST_F(Operations, ContentComesInBlocksOfOneByteLessThanAMebibyte) {
+    const ImportPatch patch("CryptMsgUpdate", &recordUpdate);
+    SourceStream input(Bytes(1048575));
+    MemoryStream output;
+    provider_.sign(input, output, *certificate_, true, false, {});
+    EXPECT_EQ(updates, (decltype(updates){{1048575, FALSE}, {0, TRUE}}));
+}
+
 DWORD announced = 0;
 
 HCRYPTMSG WINAPI recordSize(DWORD, DWORD, DWORD, const void*, LPSTR, PCMSG_STREAM_INFO stream) {
@@ -593,7 +608,11 @@ TEST_F(Operations, KeysForSignaturesAlone) {
     EXPECT_EQ(provider_.rawSign(data_, *withGostKey(gost)).size(), 64u);
 }
 
-TEST_F(Operations, CertificatesAreTheOnesThatAreNamed) {
+TEST_F(Operations, MessagesAndCertificatesAreTheOnesThatAreMeant) {
+    for (const auto& [message, data] :
+         {std::pair<const Bytes&, const Bytes*>(attached_, &data_), {detached_, nullptr}})
+        EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(message, data, {}); }),
+                  E_CRYPTO_VERIFY.code);
     // Of the same key, but not what the message names.
     EXPECT_EQ(told(provider_.verifyMessageSignature(attached_, nullptr, {other_})),
               told({certificate_, certificate_}));
