@@ -32,9 +32,9 @@ struct Trace {
     int failing = 0;
     std::string failed;
     std::array<int, kinds> open{};
-    int contextsBefore = 0;      // the call that is accounted
-    DWORD keyFlags = ~DWORD{0};  // with which the last key was acquired
-    std::vector<DWORD> places;   // of the system stores, as they were opened
+    int contextsBefore = 0;                      // the call that is accounted
+    DWORD keyFlags = CRYPT_ACQUIRE_SILENT_FLAG;  // with which the last key was acquired
+    std::vector<DWORD> places;                   // of the system stores, as they were opened
 
     bool fails(const char* name) {
         if (++calls != failing)
@@ -618,6 +618,17 @@ TEST_F(Operations, MessagesAndCertificatesAreTheOnesThatAreMeant) {
               told({certificate_, certificate_}));
 
     const Patches patches = countCalls();
+    const CertificateStoreHandle second = memoryStore();
+    KeyContainer::must(::CertAddCertificateContextToStore(second.get(), certificate_->context(),
+                                                          CERT_STORE_ADD_ALWAYS, nullptr));
+    personal = second.get();
+    renewOutput();
+    SourceStream input(data_);
+    provider_.encrypt(input, *output_, {other_, certificate_}, {});
+    for (const Bytes& message : {provider_.encrypt(data_, {other_, certificate_}),
+                                 bytesOf(told(contentOf(*output_)).substr(before.size()))})
+        EXPECT_EQ(provider_.decrypt(message), data_);
+
     const CertificateStoreHandle bare = memoryStore();
     const Bytes der = certificate_->getContent();
     KeyContainer::must(::CertAddEncodedCertificateToStore(bare.get(), X509_ASN_ENCODING, der.data(),
@@ -631,6 +642,55 @@ TEST_F(Operations, MessagesAndCertificatesAreTheOnesThatAreMeant) {
     EXPECT_EQ(provider_.decrypt(enveloped_), data_);
     EXPECT_EQ(trace.places,
               (std::vector<DWORD>{CERT_SYSTEM_STORE_CURRENT_USER, CERT_SYSTEM_STORE_LOCAL_MACHINE}));
+}
+
+TEST_F(Operations, SecondSigners) {
+    // Once, though both bring it.
+    const std::string content = told(certificate_->getContent());
+    EXPECT_EQ(told(attached_).find(content), told(attached_).rfind(content));
+    const Bytes others = sampleBytes(99);
+    EXPECT_EQ(errorCode([&] { provider_.addSignerToSignature(detached_, &others, *certificate_, false); }),
+              E_CRYPTO_MESSAGE_ADD_SIGNER.code);
+    attached_.back() ^= 1;  // of the second signature
+    EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(attached_, nullptr, {}); }),
+              E_CRYPTO_VERIFY.code);
+    SourceStream stream(attached_);
+    EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(stream, {}, {}); }), E_CRYPTO_VERIFY.code);
+}
+
+TEST_F(Operations, StreamsThatAreCanceledOrNotAsLongAsTheySaid) {
+    class GrownStream : public SourceStream {
+    public:
+        using SourceStream::SourceStream;
+        Stream::State state() const override {
+            const Stream::State state = SourceStream::state();
+            return {state.position, state.size - 1};
+        }
+    };
+    const Patches patches = countCalls();
+    const std::function<void(Stream::IBinaryStream&, const SharedProgress&)> works[] = {
+        [&](auto& input, const auto& progress) {
+            provider_.sign(input, *output_, *certificate_, true, false, progress);
+        },
+        [&](auto& input, const auto& progress) {
+            provider_.encrypt(input, *output_, {certificate_}, progress);
+        },
+        [&](auto& input, const auto& progress) { provider_.decrypt(input, *output_, progress); },
+    };
+    for (const auto& work : works) {
+        const auto progress = std::make_shared<Progress>();
+        renewOutput();
+        SourceStream input(enveloped_);
+        work(input, progress);
+        EXPECT_EQ(progress->fraction(), 1.0);
+        progress->cancel();
+        input.seek(0, Stream::Origin::beginning);
+        EXPECT_EQ(errorCode([&] { work(input, progress); }), E_CANCELED.code);
+        GrownStream grown(enveloped_);
+        if (&work != &works[2]) {
+            EXPECT_EQ(errorCode([&] { work(grown, {}); }), E_READ_OR_WRONG_FILE_SIZE.code);
+        }
+    }
 }
 
 TEST_F(Operations, AFailedDecryptionIsToldAsOneAndLeavesNothing) {
