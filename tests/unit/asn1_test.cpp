@@ -15,11 +15,6 @@ using Corvane::hexToBin;
 
 namespace {
 
-std::string hexOf(View bytes) {
-    const std::wstring digits = Corvane::binToHex(bytes);
-    return {digits.begin(), digits.end()};
-}
-
 Bytes toBytes(View view) {
     return {view.begin(), view.end()};
 }

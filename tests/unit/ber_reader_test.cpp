@@ -15,11 +15,6 @@ using Corvane::hexToBin;
 
 namespace {
 
-std::string hexOf(View bytes) {
-    const std::wstring digits = Corvane::binToHex(bytes);
-    return {digits.begin(), digits.end()};
-}
-
 std::string bitsOf(const BitString& bits) {
     std::string text;
     for (std::size_t i = 0; i < bits.size(); ++i)

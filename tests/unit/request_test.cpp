@@ -28,11 +28,6 @@ asn1::CertificationRequest request() {
     return asn1::decodeRequest(readTestData("requests/rsa.der"));
 }
 
-std::string hexOf(const Bytes& bytes) {
-    const std::wstring digits = binToHex(bytes);
-    return {digits.begin(), digits.end()};
-}
-
 TEST(DistinguishedName, IsWhatOpenSslMakesOfIt) {
     EXPECT_EQ(encodeDistinguishedName(subject), request().info.subject);
     EXPECT_EQ(distinguishedNameText(asn1::decodeName(request().info.subject)), subject);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "binary/bytes.h"
+#include "binary/hex.h"
 #include "core/exception.h"
 #include "stream/memory_stream.h"
 #ifdef _WIN32
@@ -26,6 +27,11 @@ namespace Corvane::Test {
 
 inline Bytes bytesOf(std::string_view text) {
     return {text.begin(), text.end()};
+}
+
+inline std::string hexOf(std::span<const std::uint8_t> bytes) {
+    const std::wstring digits = binToHex(bytes);
+    return {digits.begin(), digits.end()};
 }
 
 // ASCII as it stands.

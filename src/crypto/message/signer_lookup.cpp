@@ -19,10 +19,13 @@ void logSigner(const CERT_INFO& signer) noexcept try {
 
 }  // namespace
 
-// In a store the system finds certificates by every way in which a message may name its signers.
-SignerLookup::SignerLookup(const Certificates& supplied)
-    : supplied_(checkCrypto(::CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr), E_CERT_STORE_OPEN,
-                            L"CertOpenStore")) {
+// In a store, which there is only where certificates are supplied, the system finds certificates by every way
+// in which a message may name its signers.
+SignerLookup::SignerLookup(const Certificates& supplied) {
+    if (supplied.empty())
+        return;
+    supplied_ = CertificateStoreHandle(checkCrypto(::CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr),
+                                                   E_CERT_STORE_OPEN, L"CertOpenStore"));
     for (const SharedCertificate& certificate : supplied) {
         checkCrypto(::CertAddCertificateContextToStore(supplied_.get(), certificate->context(),
                                                        CERT_STORE_ADD_USE_EXISTING, nullptr),
@@ -37,8 +40,11 @@ CertificateContext SignerLookup::find(CERT_INFO* signer, HCERTSTORE messageStore
     }
     if (isLogEnabled(LogLevel::debug))
         logSigner(*signer);
-    if (PCCERT_CONTEXT found = ::CertGetSubjectCertificateFromStore(supplied_.get(), messageEncoding, signer))
-        return CertificateContext(found);
+    if (supplied_) {
+        if (PCCERT_CONTEXT found =
+                ::CertGetSubjectCertificateFromStore(supplied_.get(), messageEncoding, signer))
+            return CertificateContext(found);
+    }
     return CertificateContext(::CertGetSubjectCertificateFromStore(messageStore, messageEncoding, signer));
 }
 

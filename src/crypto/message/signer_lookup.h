@@ -27,7 +27,7 @@ public:
                                                               HCERTSTORE messageStore);
 
 private:
-    CertificateStoreHandle supplied_;
+    CertificateStoreHandle supplied_;  // empty where none are
 };
 
 }  // namespace Corvane::detail

@@ -12,13 +12,15 @@ constexpr GUID enrollmentGuid(unsigned long first) {
 
 std::vector<std::wstring> memberNames;
 
-class Object final : public IDispatch {
+// An object on the heap with the reference of whoever made it.
+template <class Interface>
+class Counted : public Interface {
 public:
-    Object(std::wstring name, const IID& iid, const Recorder& recorder)
-        : name_(std::move(name)), iid_(iid), recorder_(recorder) {}
+    explicit Counted(const IID& iid) : iid_(iid) {}
+    virtual ~Counted() = default;
 
     HRESULT WINAPI QueryInterface(REFIID iid, void** object) override {
-        *object = iid == IID_IUnknown || iid == IID_IDispatch || iid == iid_ ? this : nullptr;
+        *object = iid == IID_IUnknown || iid == __uuidof(Interface) || iid == iid_ ? this : nullptr;
         if (!*object)
             return E_NOINTERFACE;
         AddRef();
@@ -31,6 +33,17 @@ public:
             delete this;
         return left;
     }
+
+private:
+    IID iid_;
+    std::atomic<ULONG> references_ = 1;
+};
+
+class Object final : public Counted<IDispatch> {
+public:
+    Object(std::wstring name, const IID& iid, const Recorder& recorder)
+        : Counted(iid), name_(std::move(name)), recorder_(recorder) {}
+
     HRESULT WINAPI GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT WINAPI GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT WINAPI GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override {
@@ -56,8 +69,6 @@ public:
     }
 
 private:
-    ~Object() = default;
-
     static std::wstring valueText(const VARIANT& value) {
         switch (V_VT(&value)) {
             case VT_I4:
@@ -97,30 +108,14 @@ private:
     }
 
     std::wstring name_;
-    IID iid_;
     const Recorder& recorder_;
-    std::atomic<ULONG> references_ = 1;
 };
 
-class Factory final : public IClassFactory {
+class Factory final : public Counted<IClassFactory> {
 public:
     Factory(const RecordedClass& recorded, const Recorder& recorder)
-        : recorded_(recorded), recorder_(recorder) {}
+        : Counted(IID_IClassFactory), recorded_(recorded), recorder_(recorder) {}
 
-    HRESULT WINAPI QueryInterface(REFIID iid, void** object) override {
-        *object = iid == IID_IUnknown || iid == IID_IClassFactory ? this : nullptr;
-        if (!*object)
-            return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    ULONG WINAPI AddRef() override { return ++references_; }
-    ULONG WINAPI Release() override {
-        const ULONG left = --references_;
-        if (left == 0)
-            delete this;
-        return left;
-    }
     HRESULT WINAPI CreateInstance(IUnknown*, REFIID iid, void** object) override {
         recorder_.note(std::wstring(L"new ") + recorded_.name);
         if (const HRESULT hr = recorder_.judge(recorded_.name); FAILED(hr))
@@ -133,11 +128,8 @@ public:
     HRESULT WINAPI LockServer(BOOL) override { return S_OK; }
 
 private:
-    ~Factory() = default;
-
     const RecordedClass& recorded_;
     const Recorder& recorder_;
-    std::atomic<ULONG> references_ = 1;
 };
 
 }  // namespace

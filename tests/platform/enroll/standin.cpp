@@ -1,4 +1,5 @@
 // The recorded classes as a DLL: the request that they give is the list of what they were asked.
+#include "../own_module.h"
 #include "recorder.h"
 
 #include <algorithm>
@@ -22,15 +23,6 @@ std::wstring takeNotes() {
 }
 
 const Recorder recorder{note, [](const std::wstring&) { return S_OK; }, takeNotes};
-
-std::wstring ownPath() {
-    HMODULE module = nullptr;
-    ::GetModuleHandleExW(
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-        reinterpret_cast<LPCWSTR>(&ownPath), &module);
-    wchar_t path[MAX_PATH];
-    return {path, ::GetModuleFileNameW(module, path, MAX_PATH)};
-}
 
 LSTATUS registerClass(const CLSID& clsid, const std::wstring& path) {
     wchar_t text[40];

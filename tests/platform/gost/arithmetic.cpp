@@ -1,5 +1,6 @@
 #include "arithmetic.h"
 #include "../import_patch.h"
+#include "../own_module.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -149,17 +150,9 @@ LONG WINAPI queryWithoutHandles(ULONG type, void* information, ULONG size, ULONG
 
 FARPROC WINAPI findFunction(HMODULE module, const char* name);
 
-HMODULE thisModule() {
-    HMODULE module = nullptr;
-    ::GetModuleHandleExW(
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-        reinterpret_cast<const wchar_t*>(&findFunction), &module);
-    return module;
-}
-
 // For the library's seeding, which asks the system for all that it tells.
 const Test::ImportPatch& seedingPatch() {
-    static const Test::ImportPatch patch("GetProcAddress", &findFunction, thisModule());
+    static const Test::ImportPatch patch("GetProcAddress", &findFunction, ownModule());
     return patch;
 }
 

@@ -1,5 +1,6 @@
 // Registration for the bitness of the DLL: the providers, and by the system's own calls the identifiers and
 // the functions that it asks by identifier. Also what Windows knows by itself and Wine does not.
+#include "../own_module.h"
 #include "algorithms.h"
 
 #include <cstring>
@@ -7,15 +8,6 @@
 
 namespace Corvane::Platform::Gost {
 namespace {
-
-std::wstring ownPath() {
-    HMODULE module = nullptr;
-    ::GetModuleHandleExW(
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-        reinterpret_cast<LPCWSTR>(&ownPath), &module);
-    wchar_t path[MAX_PATH];
-    return {path, ::GetModuleFileNameW(module, path, MAX_PATH)};
-}
 
 void setValue(const std::wstring& key, const wchar_t* name, DWORD type, const void* data, std::size_t size) {
     const std::wstring path = L"Software\\Microsoft\\Cryptography\\Defaults\\" + key;
