@@ -10,9 +10,10 @@
 
 namespace Corvane::Stream {
 
-// Begins at the stream's position. After commit() the stream ends behind what was written. Without it the
-// stream ends where the range began, or is as it was when nothing was written, even when somebody has closed
-// the file meanwhile. The stream must outlive it.
+// Begins at the stream's position, where the stream itself is written at that of the first writing: it may be
+// read meanwhile, and what was read is not lost. After commit() the stream ends behind what was written.
+// Without it the stream ends where the range began, or is as it was when nothing was written, even when
+// somebody has closed the file meanwhile. The stream must outlive it.
 class OutputRange {
 public:
     explicit OutputRange(IBinaryStream& stream)
@@ -36,7 +37,9 @@ public:
     void noteWriting() noexcept { written_ = true; }
 
     // The stream, to be written at once.
-    IBinaryStream& stream() noexcept {
+    IBinaryStream& stream() {
+        if (!written_)
+            begin_ = stream_.state().position;
         noteWriting();
         return stream_;
     }

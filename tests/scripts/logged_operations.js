@@ -21,7 +21,7 @@ service.VerifyAttachedSignature(attached);
 service.GetCertificatesFromSignature(attached);
 service.GetContentFromSignature(attached);
 service.InspectSignature(attached);
-var message = service.Encrypt(document, key);
+var message = service.Encrypt(document, [key, key]);
 service.Decrypt(message);
 var stream = finished(function (out, done) { service.SignStreamAsync(streamOf(document), out, key, true, done); });
 finished(function (out, done) { service.VerifyStreamAttachedSignatureAsync(stream, done); });

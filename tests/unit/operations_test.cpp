@@ -8,6 +8,7 @@
 #include "platform/import_patch.h"
 #include "support.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -31,7 +32,9 @@ struct Trace {
     int failing = 0;
     std::string failed;
     std::array<int, kinds> open{};
-    int contextsBefore = 0;  // the call that is accounted
+    int contextsBefore = 0;                      // the call that is accounted
+    DWORD keyFlags = CRYPT_ACQUIRE_SILENT_FLAG;  // with which the last key was acquired
+    std::vector<DWORD> places;                   // of the system stores, as they were opened
 
     bool fails(const char* name) {
         if (++calls != failing)
@@ -93,16 +96,16 @@ void verified(bool good, const PCCERT_CONTEXT* signer) {
     trace.open[contexts] = trace.contextsBefore + (good && signer && *signer ? 1 : 0);
 }
 
-HCERTSTORE personal = nullptr;  // in the place of the user's "My"; the machine's is empty
+HCERTSTORE personal = nullptr;  // in the place of the user's "My"
+HCERTSTORE machines = nullptr;  // and of the machine's
 decltype(&::CertOpenStore) openSystemStore = nullptr;
 
 HCERTSTORE WINAPI openStore(LPCSTR provider, DWORD encoding, HCRYPTPROV_LEGACY context, DWORD flags,
                             const void* argument) {
     if (provider != CERT_STORE_PROV_SYSTEM_W)
         return openSystemStore(provider, encoding, context, flags, argument);
-    return (flags & CERT_SYSTEM_STORE_LOCATION_MASK) == CERT_SYSTEM_STORE_CURRENT_USER
-               ? ::CertDuplicateStore(personal)
-               : openSystemStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr);
+    trace.places.push_back(flags & CERT_SYSTEM_STORE_LOCATION_MASK);
+    return ::CertDuplicateStore(trace.places.back() == CERT_SYSTEM_STORE_CURRENT_USER ? personal : machines);
 }
 
 decltype(&::CertFreeCertificateChain) freeSystemChain = nullptr;
@@ -134,10 +137,12 @@ Patches countCalls() {
     count<"CertGetCertificateChain">(all, &::CertGetCertificateChain, gives<chains>);
     freeSystemChain = ImportPatch::behind(&::CertFreeCertificateChain);
     all.push_back(std::make_unique<ImportPatch>("CertFreeCertificateChain", &freeChain));
-    count<"CryptAcquireCertificatePrivateKey">(all, &::CryptAcquireCertificatePrivateKey,
-                                               [](BOOL done, auto, auto, auto, auto, auto, auto owned) {
-                                                   trace.open[providers] += done && *owned ? 1 : 0;
-                                               });
+    count<"CryptAcquireCertificatePrivateKey">(
+        all, &::CryptAcquireCertificatePrivateKey,
+        [](BOOL done, auto, DWORD flags, auto, auto, auto, auto owned) {
+            trace.keyFlags = flags;
+            trace.open[providers] += done && *owned ? 1 : 0;
+        });
     count<"CryptAcquireContextW">(all, &::CryptAcquireContextW, gives<providers>);
     count<"CryptReleaseContext", false>(all, &::CryptReleaseContext, closes<providers>);
     count<"CryptCreateHash">(all, &::CryptCreateHash, gives<hashes>);
@@ -170,20 +175,19 @@ Patches countCalls() {
     return all;
 }
 
-constexpr wchar_t containerName[] = L"Corvane operations";
-
 // A key in a container of its own.
 class KeyContainer {
 public:
-    KeyContainer(const wchar_t* provider, DWORD type) : provider_(provider), type_(type) {
+    KeyContainer(const wchar_t* provider, DWORD type, DWORD spec = AT_KEYEXCHANGE)
+        : provider_(provider), type_(type), spec_(spec) {
         remove();
-        must(::CryptAcquireContextW(&context_, containerName, provider, type, CRYPT_NEWKEYSET));
+        must(::CryptAcquireContextW(&context_, name(), provider, type, CRYPT_NEWKEYSET));
         CryptKey key;
-        must(::CryptGenKey(context_, AT_KEYEXCHANGE, CRYPT_EXPORTABLE, key.put()));
+        must(::CryptGenKey(context_, spec, CRYPT_EXPORTABLE, key.put()));
         // Wine finds a new key only in a container that was opened behind it.
         key.reset();
         ::CryptReleaseContext(context_, 0);
-        must(::CryptAcquireContextW(&context_, containerName, provider, type, 0));
+        must(::CryptAcquireContextW(&context_, name(), provider, type, 0));
     }
     KeyContainer(const KeyContainer&) = delete;
     KeyContainer& operator=(const KeyContainer&) = delete;
@@ -194,13 +198,7 @@ public:
 
     HCRYPTPROV context() const noexcept { return context_; }
     CRYPT_KEY_PROV_INFO info() const noexcept {
-        return {const_cast<wchar_t*>(containerName),
-                const_cast<wchar_t*>(provider_),
-                type_,
-                0,
-                0,
-                nullptr,
-                AT_KEYEXCHANGE};
+        return {const_cast<wchar_t*>(name()), const_cast<wchar_t*>(provider_), type_, 0, 0, nullptr, spec_};
     }
 
     static void must(BOOL done) {
@@ -209,13 +207,17 @@ public:
     }
 
 private:
+    const wchar_t* name() const noexcept {
+        return spec_ == AT_KEYEXCHANGE ? L"Corvane operations" : L"Corvane operations, signatures";
+    }
     void remove() noexcept {
         HCRYPTPROV none = 0;
-        ::CryptAcquireContextW(&none, containerName, provider_, type_, CRYPT_DELETEKEYSET);
+        ::CryptAcquireContextW(&none, name(), provider_, type_, CRYPT_DELETEKEYSET);
     }
 
     const wchar_t* provider_;
     DWORD type_;
+    DWORD spec_;
     HCRYPTPROV context_ = 0;
 };
 
@@ -249,23 +251,34 @@ protected:
 
     Operations()
         : rsa_(MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES),
-          gost_(L"Crypto-Pro GOST R 34.10-2001 Cryptographic Service Provider", 75),
+          gost_(gostProvider, 75),
           provider_(rsaRecord()),
-          store_(::CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr)) {
-        certificate_ = selfSigned('A');
-        other_ = selfSigned('B');
-        const Bytes der = readTestData("pki/gost2001.der");
-        const CertificateContext foreign(
-            ::CertCreateCertificateContext(X509_ASN_ENCODING, der.data(), static_cast<DWORD>(der.size())));
-        CRYPT_KEY_PROV_INFO info = gost_.info();
-        KeyContainer::must(
-            ::CertSetCertificateContextProperty(foreign.get(), CERT_KEY_PROV_INFO_PROP_ID, 0, &info));
-        gostCertificate_ = add(foreign);
+          store_(memoryStore()),
+          empty_(memoryStore()) {
+        certificate_ = selfSigned(rsa_, 'A');
+        other_ = selfSigned(rsa_, 'B');
+        gostCertificate_ = withGostKey(gost_);
         personal = store_.get();
+        machines = empty_.get();
 
         detached_ = signedBy(false);
         attached_ = signedBy(true);
         enveloped_ = provider_.encrypt(data_, {certificate_});
+    }
+
+    static CertificateStoreHandle memoryStore() {
+        return CertificateStoreHandle(::CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr));
+    }
+
+    // Some certificate for such keys.
+    SharedCertificate withGostKey(const KeyContainer& key) {
+        const Bytes der = readTestData("pki/gost2001.der");
+        const CertificateContext foreign(
+            ::CertCreateCertificateContext(X509_ASN_ENCODING, der.data(), static_cast<DWORD>(der.size())));
+        CRYPT_KEY_PROV_INFO info = key.info();
+        KeyContainer::must(
+            ::CertSetCertificateContextProperty(foreign.get(), CERT_KEY_PROV_INFO_PROP_ID, 0, &info));
+        return add(foreign);
     }
 
     // With a cipher that the system knows by itself: what is registered it only reads when it is loaded.
@@ -282,11 +295,11 @@ protected:
         return std::make_shared<Certificate>(std::move(added));
     }
 
-    SharedCertificate selfSigned(BYTE letter) {
+    SharedCertificate selfSigned(const KeyContainer& key, BYTE letter) {
         BYTE name[] = {0x30, 0x0C, 0x31, 0x0A, 0x30, 0x08, 0x06, 0x03, 0x55, 0x04, 0x03, 0x0C, 0x01, letter};
         CERT_NAME_BLOB subject{sizeof(name), name};
-        CRYPT_KEY_PROV_INFO info = rsa_.info();
-        const CertificateContext made(::CertCreateSelfSignCertificate(rsa_.context(), &subject, 0, &info,
+        CRYPT_KEY_PROV_INFO info = key.info();
+        const CertificateContext made(::CertCreateSelfSignCertificate(key.context(), &subject, 0, &info,
                                                                       nullptr, nullptr, nullptr, nullptr));
         KeyContainer::must(static_cast<bool>(made));
         return add(made);
@@ -310,11 +323,13 @@ protected:
     }
 
     static constexpr std::string_view before = "before";
+    static constexpr wchar_t gostProvider[] = L"Crypto-Pro GOST R 34.10-2001 Cryptographic Service Provider";
 
     KeyContainer rsa_;
     KeyContainer gost_;
     CryptoApiProvider provider_;
     CertificateStoreHandle store_;
+    CertificateStoreHandle empty_;
     SharedCertificate certificate_;
     SharedCertificate other_;  // of the same key
     SharedCertificate gostCertificate_;
@@ -372,7 +387,7 @@ const Outcomes decrypting = {
 
 // Most of what cannot be found out is told as such.
 const Outcomes inspecting = {
-    {"CertGetCertificateChain", {E_CERT_CHAIN.code}},
+    {"CertGetCertificateChain", {otherAnswer}},
     {"CertGetCertificateContextProperty", {E_CERT_HASH.code}},
     {"CertGetSubjectCertificateFromStore", {sameAnswer, otherAnswer}},
     {"CryptAcquireContextW", {sameAnswer, otherAnswer}},
@@ -513,6 +528,188 @@ TEST_F(Operations, FlagsOfChainsArePassedBitForBit) {
         EXPECT_EQ(errorCode([&] { certificate_->verify(flags); }), E_CERT_CHAIN.code);
         EXPECT_EQ(chainFlags, flags);
     }
+}
+
+std::vector<std::pair<DWORD, BOOL>> updates;
+
+WINBOOL WINAPI recordUpdate(HCRYPTMSG, const BYTE*, DWORD size, BOOL last) {
+    updates.emplace_back(size, last);
+    return TRUE;
+}
+
+TEST_F(Operations, ContentComesInBlocksOfOneByteLessThanAMebibyte) {
+    const ImportPatch patch("CryptMsgUpdate", &recordUpdate);
+    SourceStream input(Bytes(1048575));
+    MemoryStream output;
+    provider_.sign(input, output, *certificate_, true, false, {});
+    EXPECT_EQ(updates, (decltype(updates){{1048575, FALSE}, {0, TRUE}}));
+}
+
+DWORD announced = 0;
+
+HCRYPTMSG WINAPI recordSize(DWORD, DWORD, DWORD, const void*, LPSTR, PCMSG_STREAM_INFO stream) {
+    announced = stream->cbContent;
+    return nullptr;
+}
+
+TEST_F(Operations, SizesAreAnnouncedWhereTheyFit) {
+    class SizedStream : public MemoryStream {
+    public:
+        explicit SizedStream(Stream::State state) : state_(state) {}
+        Stream::State state() const override { return state_; }
+
+    private:
+        Stream::State state_;
+    };
+    constexpr DWORD unknown = CMSG_INDEFINITE_LENGTH;
+    const struct {
+        Stream::State state;
+        DWORD whenSigned;
+        DWORD whenEncrypted;
+    } rows[] = {
+        {{0, 0}, 0, 0},
+        {{30, 100}, 70, 70},
+        {{0, 0xFF000000}, 0xFF000000, 0xFF000000},
+        // With padding and recipients the message would be of 4 GiB.
+        {{0, 0xFFFFFFFE}, 0xFFFFFFFE, unknown},
+        {{0, 0xFFFFFFFF}, unknown, unknown},
+        {{0, 0x100000005}, unknown, unknown},
+        {{6, 0x100000005}, unknown, unknown},
+    };
+    const ImportPatch patch("CryptMsgOpenToEncode", &recordSize);
+    for (const auto& [state, whenSigned, whenEncrypted] : rows) {
+        SizedStream input(state);
+        MemoryStream output;
+        EXPECT_EQ(errorCode([&] { provider_.sign(input, output, *certificate_, true, false, {}); }),
+                  E_CRYPTO_MESSAGE_OPEN_ENCODE.code);
+        EXPECT_EQ(announced, whenSigned) << state.size;
+        EXPECT_EQ(errorCode([&] { provider_.encrypt(input, output, {certificate_}, {}); }),
+                  E_CRYPTO_MESSAGE_OPEN_ENCODE.code);
+        EXPECT_EQ(announced, whenEncrypted) << state.size;
+    }
+}
+
+TEST_F(Operations, KeysForSignaturesAlone) {
+    const KeyContainer rsa(MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES, AT_SIGNATURE);
+    const KeyContainer gost(gostProvider, 75, AT_SIGNATURE);
+    const SharedCertificate signer = selfSigned(rsa, 'S');
+    const Patches patches = countCalls();
+    trace = {};
+    const Bytes once = provider_.sign(data_, *signer, true, false);
+    // Asked for once and kept, since the message is made in two calls.
+    EXPECT_EQ(trace.keyFlags & CRYPT_ACQUIRE_CACHE_FLAG, CRYPT_ACQUIRE_CACHE_FLAG);
+    renewOutput();
+    provider_.sign(*std::make_shared<SourceStream>(data_), *output_, *signer, true, false, {});
+    EXPECT_EQ(trace.keyFlags, 0u);
+    const Bytes twice = provider_.addSignerToSignature(
+        bytesOf(told(contentOf(*output_)).substr(before.size())), nullptr, *signer, false);
+    EXPECT_EQ(told(provider_.verifyMessageSignature(once, nullptr, {})), told(Certificates{signer}));
+    EXPECT_EQ(told(provider_.verifyMessageSignature(twice, nullptr, {})), told({signer, signer}));
+    EXPECT_EQ(provider_.rawSign(data_, *withGostKey(gost)).size(), 64u);
+}
+
+TEST_F(Operations, MessagesAndCertificatesAreTheOnesThatAreMeant) {
+    for (const auto& [message, data] :
+         {std::pair<const Bytes&, const Bytes*>(attached_, &data_), {detached_, nullptr}})
+        EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(message, data, {}); }),
+                  E_CRYPTO_VERIFY.code);
+    // Of the same key, but not what the message names.
+    EXPECT_EQ(told(provider_.verifyMessageSignature(attached_, nullptr, {other_})),
+              told({certificate_, certificate_}));
+
+    const Patches patches = countCalls();
+    const CertificateStoreHandle second = memoryStore();
+    KeyContainer::must(::CertAddCertificateContextToStore(second.get(), certificate_->context(),
+                                                          CERT_STORE_ADD_ALWAYS, nullptr));
+    personal = second.get();
+    renewOutput();
+    SourceStream input(data_);
+    provider_.encrypt(input, *output_, {other_, certificate_}, {});
+    for (const Bytes& message : {provider_.encrypt(data_, {other_, certificate_}),
+                                 bytesOf(told(contentOf(*output_)).substr(before.size()))})
+        EXPECT_EQ(provider_.decrypt(message), data_);
+
+    const CertificateStoreHandle bare = memoryStore();
+    const Bytes der = certificate_->getContent();
+    KeyContainer::must(::CertAddEncodedCertificateToStore(bare.get(), X509_ASN_ENCODING, der.data(),
+                                                          static_cast<DWORD>(der.size()),
+                                                          CERT_STORE_ADD_ALWAYS, nullptr));
+    personal = bare.get();
+    EXPECT_THAT([&] { provider_.decrypt(enveloped_); },
+                testing::ThrowsMessage<std::runtime_error>("certificate not found"));
+    machines = store_.get();
+    trace = {};
+    EXPECT_EQ(provider_.decrypt(enveloped_), data_);
+    EXPECT_EQ(trace.places,
+              (std::vector<DWORD>{CERT_SYSTEM_STORE_CURRENT_USER, CERT_SYSTEM_STORE_LOCAL_MACHINE}));
+}
+
+TEST_F(Operations, SecondSigners) {
+    // Once, though both bring it.
+    const std::string content = told(certificate_->getContent());
+    EXPECT_EQ(told(attached_).find(content), told(attached_).rfind(content));
+    const Bytes others = sampleBytes(99);
+    EXPECT_EQ(errorCode([&] { provider_.addSignerToSignature(detached_, &others, *certificate_, false); }),
+              E_CRYPTO_MESSAGE_ADD_SIGNER.code);
+    attached_.back() ^= 1;  // of the second signature
+    EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(attached_, nullptr, {}); }),
+              E_CRYPTO_VERIFY.code);
+    SourceStream stream(attached_);
+    EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(stream, {}, {}); }), E_CRYPTO_VERIFY.code);
+}
+
+TEST_F(Operations, StreamsThatAreCanceledOrNotAsLongAsTheySaid) {
+    class GrownStream : public SourceStream {
+    public:
+        using SourceStream::SourceStream;
+        Stream::State state() const override {
+            const Stream::State state = SourceStream::state();
+            return {state.position, state.size - 1};
+        }
+    };
+    const Patches patches = countCalls();
+    const std::function<void(Stream::IBinaryStream&, const SharedProgress&)> works[] = {
+        [&](auto& input, const auto& progress) {
+            provider_.sign(input, *output_, *certificate_, true, false, progress);
+        },
+        [&](auto& input, const auto& progress) {
+            provider_.encrypt(input, *output_, {certificate_}, progress);
+        },
+        [&](auto& input, const auto& progress) { provider_.decrypt(input, *output_, progress); },
+    };
+    for (const auto& work : works) {
+        const auto progress = std::make_shared<Progress>();
+        renewOutput();
+        SourceStream input(enveloped_);
+        work(input, progress);
+        EXPECT_EQ(progress->fraction(), 1.0);
+        progress->cancel();
+        input.seek(0, Stream::Origin::beginning);
+        EXPECT_EQ(errorCode([&] { work(input, progress); }), E_CANCELED.code);
+        GrownStream grown(enveloped_);
+        if (&work != &works[2]) {
+            EXPECT_EQ(errorCode([&] { work(grown, {}); }), E_READ_OR_WRONG_FILE_SIZE.code);
+        }
+    }
+}
+
+TEST_F(Operations, AFailedDecryptionIsToldAsOneAndLeavesNothing) {
+    // Of full ciphers' blocks, and more than one block of a stream; the padding, eight times 8 (RFC 5652
+    // 6.3), ends with 0x88 when that bit of the block before changes.
+    Bytes message = provider_.encrypt(sampleBytes(0x100000 + 64), {certificate_});
+    message[message.size() - 9] ^= 0x80;
+    const Failure expected{E_CRYPTO_DECRYPT.code, static_cast<DWORD>(NTE_BAD_DATA)};
+    const Patches patches = countCalls();
+    renewOutput();
+    EXPECT_EQ(failureOf([&] { provider_.decrypt(message); }), expected);
+    EXPECT_EQ(failureOf([&] { provider_.decrypt(*std::make_shared<SourceStream>(message), *output_, {}); }),
+              expected);
+    EXPECT_EQ(told(contentOf(*output_)), before);
+
+    // Into the stream that it is read from, which is still there.
+    SourceStream both(attached_);
+    EXPECT_EQ(errorCode([&] { provider_.decrypt(both, both, {}); }), E_CRYPTO_DECRYPT.code);
+    EXPECT_EQ(contentOf(both), attached_);
 }
 
 struct Reader {

@@ -19,7 +19,7 @@ public:
         : message_(detail::CryptMessage::openToDecode(0, std::move(output))) {}
 
     void update(std::span<const std::uint8_t> bytes, bool last) {
-        message_.update(bytes, last);
+        feed(bytes, last);
         size_ += bytes.size();
         if (key_)
             return;
@@ -30,6 +30,17 @@ public:
     }
 
 private:
+    // With the key at hand this is where the content is decrypted. What a provider refuses (NTE_...) fails
+    // the decryption, all else is about the message's form.
+    void feed(std::span<const std::uint8_t> bytes, bool last) try {
+        message_.update(bytes, last);
+    } catch (const CryptoException& exception) {
+        constexpr DWORD family = 0xFFFFF000;
+        if (!key_ || (exception.error() & family) != (static_cast<DWORD>(NTE_BAD_UID) & family))
+            throw;
+        throw CryptoException(E_CRYPTO_DECRYPT, exception.error());
+    }
+
     bool isHeaderRead(bool last) {
         DWORD error = ERROR_SUCCESS;
         if (!message_.has(CMSG_ENVELOPE_ALGORITHM_PARAM, 0, error)) {

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,17 @@ CryptProvider acquireProvider(const ProviderRecord& record) {
     return provider;
 }
 
+// Each recipient by itself, for the log.
+struct Each {
+    const Certificates& recipients;
+
+    friend std::wostream& operator<<(std::wostream& out, const Each& each) {
+        for (const SharedCertificate& recipient : each.recipients)
+            out << L", certificate: " << *recipient;
+        return out;
+    }
+};
+
 // The system would make a message that nobody can open.
 void expectRecipients(const Certificates& recipients) {
     if (recipients.empty())
@@ -33,7 +45,7 @@ void expectRecipients(const Certificates& recipients) {
 
 Bytes CryptoApiProvider::encrypt(const Bytes& data, const Certificates& recipients) const {
     writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::encrypt", L"provider name: ", record_.name,
-             L", certificate: ", recipients, L", data size: ", data.size());
+             Each{recipients}, L", data size: ", data.size());
     expectRecipients(recipients);
     const DWORD size = detail::messageSize(data);
     const CryptProvider provider = acquireProvider(record_);
@@ -56,7 +68,7 @@ Bytes CryptoApiProvider::encrypt(const Bytes& data, const Certificates& recipien
 void CryptoApiProvider::encrypt(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
                                 const Certificates& recipients, const SharedProgress& progress) const {
     writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::encrypt", L"provider name: ", record_.name,
-             L", certificate: ", recipients, L", input size: ", input.state().size, L", input position: ",
+             Each{recipients}, L", input size: ", input.state().size, L", input position: ",
              input.state().position);
     expectRecipients(recipients);
     const CryptProvider provider = acquireProvider(record_);
@@ -73,7 +85,7 @@ void CryptoApiProvider::encrypt(Stream::IBinaryStream& input, Stream::IBinaryStr
     info.rgpRecipients = infos.data();
 
     Stream::OutputRange range(output);
-    detail::MessageContent content(input);
+    detail::MessageContent content(input, detail::MessageContent::largestPadded);
     {
         auto message = detail::CryptMessage::openToEncode(0, CMSG_ENVELOPED, &info, content.announcedSize(),
                                                           range.sink());

@@ -122,13 +122,24 @@ private:
         }
         const Certificate found(std::move(certificate));
         report["certificate"] = parseJson(getCertDescriptionJson(found));
-        const DWORD status = found.verify(flags_, signatures_.store());
-        report["chain"]["status"] = static_cast<Json::UInt>(status);
-        report["chain"]["names"] = Json::Value(Json::arrayValue);
-        for (const std::string& name : getTrustStatusNames(status))
-            report["chain"]["names"].append(name);
-        judge(report, index, signer.AuthAttrs, found, status);
+        judge(report, index, signer.AuthAttrs, found, tellChain(report["chain"], found));
         return report;
+    }
+
+    // None where the system cannot build a chain at all, which is no fault of the message.
+    std::optional<DWORD> tellChain(Json::Value& chain, const Certificate& certificate) const {
+        chain["status"] = Json::Value();
+        chain["names"] = Json::Value(Json::arrayValue);
+        try {
+            const DWORD status = certificate.verify(flags_, signatures_.store());
+            chain["status"] = static_cast<Json::UInt>(status);
+            for (const std::string& name : getTrustStatusNames(status))
+                chain["names"].append(name);
+            return status;
+        } catch (const CryptoException& exception) {
+            chain["error"] = toUtf8(numberForLog(exception.error()));
+            return std::nullopt;
+        }
     }
 
     void tellIdentity(Json::Value& report, DWORD index) const {
@@ -143,7 +154,7 @@ private:
     }
 
     void judge(Json::Value& report, DWORD index, const CRYPT_ATTRIBUTES& attributes,
-               const Certificate& certificate, DWORD status) {
+               const Certificate& certificate, std::optional<DWORD> status) {
         const bool hasAttributes = attributes.cAttr != 0;
         Answer agrees = Answer::unknown;
         Answer good = Answer::unknown;
@@ -167,7 +178,7 @@ private:
         report["verdict"] = verdict(agrees, good, hasAttributes, status);
     }
 
-    const char* verdict(Answer agrees, Answer good, bool hasAttributes, DWORD status) const {
+    const char* verdict(Answer agrees, Answer good, bool hasAttributes, std::optional<DWORD> status) const {
         // Without attributes another content and another key look the same; the content is the usual case.
         if (good == Answer::no)
             return hasAttributes ? "forged" : "changed";
@@ -175,9 +186,9 @@ private:
             return "changed";
         if (!isContentHere_)
             return "noContent";
-        if (good == Answer::unknown || agrees == Answer::unknown)
+        if (good == Answer::unknown || agrees == Answer::unknown || !status)
             return "unknown";
-        return status == 0 ? "good" : "untrusted";
+        return *status == 0 ? "good" : "untrusted";
     }
 
     CryptMessage& message_;

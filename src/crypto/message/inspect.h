@@ -9,18 +9,16 @@ namespace Corvane::Crypto {
 
 // JSON about a message: "contentType", "hasContent", "verdict" and "signers", each with
 //   - "certificate" (as getCertDescriptionJson) where one is found, and always "issuer" and "serialNumber",
-//   or
-//     "keyIdentifier" where the message names its signer by that;
+//     or "keyIdentifier" where the message names its signer by that;
 //   - "digestAlgorithm" and "signatureAlgorithm", dotted identifiers, and "signingTime" where it is stated;
 //   - "digestAgrees": whether the content is what was signed, and "signatureGood": whether the signature was
 //     made by the certificate's key; null where that cannot be told. Without signed attributes the signature
 //     is over the content itself, and the two cannot be told apart when it does not hold;
 //   - "error" where the system gave one, and "chain" with the "status" for `flags` (Certificate::verify) and
-//     its "names";
+//     its "names", or a null status and an "error" where the system builds no chain at all;
 //   - "verdict": "good"; "untrusted", a good signature of a certificate whose chain is not; "changed",
-//   another
-//     content; "forged", no signature of that key; "noCertificate"; "noContent"; "unknown", where an
-//     algorithm is not here.
+//     another content; "forged", no signature of that key; "noCertificate"; "noContent"; "unknown", where an
+//     algorithm is not here, or no chain.
 // The message's verdict is its signers', the first that is not "good"; "unsigned" where there are none.
 //
 // `data` is what a detached message is for, null for an attached one or where there is none. Certificates are

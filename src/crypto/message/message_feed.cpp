@@ -20,13 +20,15 @@ void feed(CryptMessage& message, Stream::IBinaryStream& input, const SharedProgr
                          });
 }
 
-MessageContent::MessageContent(Stream::IBinaryStream& input) : input_(input) {
+MessageContent::MessageContent(Stream::IBinaryStream& input, std::uint64_t largest)
+    : input_(input), largest_(largest) {
     const Stream::State state = input.state();
     size_ = state.size - std::min(state.size, state.position);
 }
 
 DWORD MessageContent::announcedSize() const noexcept {
-    return static_cast<DWORD>(std::min<std::uint64_t>(size_, CMSG_INDEFINITE_LENGTH));
+    return size_ > largest_ ? CMSG_INDEFINITE_LENGTH
+                            : static_cast<DWORD>(std::min<std::uint64_t>(size_, CMSG_INDEFINITE_LENGTH));
 }
 
 void MessageContent::feed(CryptMessage& message, const SharedProgress& progress) {

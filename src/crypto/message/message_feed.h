@@ -26,7 +26,12 @@ void feed(CryptMessage& message, Stream::IBinaryStream& input, const SharedProgr
 // What lies from the position of a stream to its end.
 class MessageContent {
 public:
-    explicit MessageContent(Stream::IBinaryStream& input);
+    // Content that is padded and has much around it is announced up to this size: the system computes the
+    // lengths of the whole message in 32 bits.
+    static constexpr std::uint64_t largestPadded = 0xFF000000;
+
+    // What is larger than `largest` is not announced.
+    explicit MessageContent(Stream::IBinaryStream& input, std::uint64_t largest = CMSG_INDEFINITE_LENGTH);
 
     // What the message is told of its size: CMSG_INDEFINITE_LENGTH for 4 GiB and more.
     DWORD announcedSize() const noexcept;
@@ -38,6 +43,7 @@ public:
 
 private:
     Stream::IBinaryStream& input_;
+    std::uint64_t largest_;
     std::uint64_t size_;
 };
 

@@ -23,6 +23,9 @@ SharedProvider getCryptoProvider(const Certificate& certificate) {
 
 ProviderRecord findProvider(const std::wstring& name, DWORD type) {
     writeLog(LogLevel::debug, L"Corvane::Crypto::findProvider", L"[in] name: ", name, L" [in] type: ", type);
+    // The system would open the provider whose name ends before it.
+    if (name.find(L'\0') != std::wstring::npos)
+        failCrypto(E_CRYPTO_PROVIDER, L"CryptAcquireContextW", static_cast<DWORD>(NTE_KEYSET_NOT_DEF));
     CryptProvider opened;
     checkCrypto(
         ::CryptAcquireContextW(opened.put(), nullptr, name.c_str(), type, CRYPT_VERIFYCONTEXT | CRYPT_SILENT),
