@@ -609,10 +609,10 @@ TEST_F(Operations, KeysForSignaturesAlone) {
 }
 
 TEST_F(Operations, MessagesAndCertificatesAreTheOnesThatAreMeant) {
-    for (const auto& [message, data] :
-         {std::pair<const Bytes&, const Bytes*>(attached_, &data_), {detached_, nullptr}})
-        EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(message, data, {}); }),
-                  E_CRYPTO_VERIFY.code);
+    EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(attached_, &data_, {}); }),
+              E_CRYPTO_VERIFY.code);
+    EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(detached_, nullptr, {}); }),
+              E_CRYPTO_VERIFY.code);
     // Of the same key, but not what the message names.
     EXPECT_EQ(told(provider_.verifyMessageSignature(attached_, nullptr, {other_})),
               told({certificate_, certificate_}));
