@@ -93,7 +93,7 @@ const Answer answers[] = {
 
 TEST_F(SmartCardTest, TellsWhatTheTokenSays) {
     for (const Answer& row : answers) {
-        for (const wchar_t* length : {L"", L"no"}) {
+        for (const wchar_t* length : {L"", L"no", L"0"}) {
             SCOPED_TRACE(row.what);
             set(L"service", L"length", length);
             set(row.reader, L"protocol", row.protocol);
