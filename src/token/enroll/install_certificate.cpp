@@ -20,7 +20,7 @@ constexpr wchar_t context[] = L"Corvane::CryptoApiProvider::installCertificateRe
 // list of containers tells it. Digits that are nobody's are a text.
 Bytes identifierIn(const cryptoki::Session& session, const std::wstring& identifier) {
     const std::string text = toUtf8(identifier);
-    const Bytes plain(text.begin(), text.end());
+    Bytes plain(text.begin(), text.end());
     if (text.size() % 2 != 0 || text.find_first_not_of("0123456789ABCDEF") != std::string::npos)
         return plain;
     const Bytes octets = hexToBin(text);
