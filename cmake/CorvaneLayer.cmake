@@ -22,7 +22,7 @@ function(corvane_add_layers file)
         target_link_libraries(${target} PUBLIC corvane_flags)
         # The codecs and digests gain from CMake's own choice, -O3. Objects, certificates and dialogs wait for the system or
         # for users: there it counts how large the DLL is.
-        if(folder MATCHES "^(com/component|com/objects/|crypto/|gui)")
+        if(folder MATCHES "^(com/component|com/diagnose|com/objects/|crypto/|gui)")
             target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-Os>)
         elseif(NOT folder STREQUAL "binary")
             target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O2>)

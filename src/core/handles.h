@@ -27,6 +27,14 @@ struct ThreadTraits : NullTraits<HANDLE> {
     static void close(Type thread) noexcept { ::CloseHandle(thread); }
 };
 
+struct EventTraits : NullTraits<HANDLE> {
+    static void close(Type event) noexcept { ::CloseHandle(event); }
+};
+
+struct ServiceTraits : NullTraits<SC_HANDLE> {
+    static void close(Type service) noexcept { ::CloseServiceHandle(service); }
+};
+
 struct FileSearchTraits {
     using Type = HANDLE;
     static Type invalid() noexcept { return INVALID_HANDLE_VALUE; }
@@ -78,6 +86,8 @@ struct CoTaskMemoryTraits : NullTraits<T*> {
 }  // namespace detail
 
 using ThreadHandle = UniqueHandle<detail::ThreadTraits>;
+using EventHandle = UniqueHandle<detail::EventTraits>;
+using ServiceHandle = UniqueHandle<detail::ServiceTraits>;
 using FileHandle = UniqueHandle<detail::FileTraits>;
 using FileSearch = UniqueHandle<detail::FileSearchTraits>;
 using RegistryKey = UniqueHandle<detail::RegistryKeyTraits>;

@@ -13,6 +13,13 @@ namespace {
 constexpr std::uint64_t ticksPerSecond = 10'000'000;
 constexpr std::uint64_t settingLifetimeSeconds = 61;
 
+// Several processes may share the log, so nobody is kept from writing, renaming or deleting it.
+FileHandle openForAppending(const std::wstring& path, DWORD access, DWORD disposition, DWORD flags) noexcept {
+    return FileHandle(::CreateFileW(path.c_str(), FILE_APPEND_DATA | SYNCHRONIZE | access,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    disposition, flags, nullptr));
+}
+
 detail::LevelCache levelCache;
 
 }  // namespace
@@ -52,6 +59,19 @@ std::wstring logPath() {
     return std::wstring(folder.data(), known ? length : 0) + L"Corvane2.log";
 }
 
+LogState logState() {
+    return {readNumberSetting(L"LogLevel").value_or(0), logPath()};
+}
+
+DWORD tryLogFile(const LogState& state) noexcept {
+    // While the log is off nobody else can come to write into a file that goes away at once.
+    FileHandle file = openForAppending(state.path, 0, state.level == 0 ? OPEN_EXISTING : OPEN_ALWAYS,
+                                       FILE_ATTRIBUTE_NORMAL);
+    if (!file && state.level == 0 && ::GetLastError() == ERROR_FILE_NOT_FOUND)
+        file = openForAppending(state.path, DELETE, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE);
+    return file ? ERROR_SUCCESS : ::GetLastError();
+}
+
 ILogger& processLogger() {
     static FileLogger logger(logPath());
     return logger;
@@ -62,11 +82,8 @@ void FileLogger::write(std::wstring_view line) {
     const std::string encoded = toUtf8(line);
     const std::lock_guard guard(mutex_);
     if (!std::exchange(opened_, true)) {
-        // Several processes may share the log, so nobody is kept from writing, renaming or deleting it, and
-        // the system appends each line in one step.
-        file_.attach(::CreateFileW(path_.c_str(), FILE_APPEND_DATA | SYNCHRONIZE,
-                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                   OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+        // The system appends each line in one step.
+        file_ = openForAppending(path_, 0, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL);
     }
     if (!file_)
         return;

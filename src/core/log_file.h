@@ -26,6 +26,18 @@ private:
 // The configured path of the log, or its default in the temporary folder.
 std::wstring logPath();
 
+// The settings of the log as they are now.
+struct LogState {
+    std::uint32_t level = 0;
+    std::wstring path;
+};
+
+LogState logState();
+
+// ERROR_SUCCESS where this process may append to the file, or make it where there is none; else the system's
+// number. Leaves no file behind while the log is off.
+DWORD tryLogFile(const LogState& state) noexcept;
+
 // Appends lines to a file, opened at the first line. Lines of different threads never interleave.
 class FileLogger : public ILogger {
 public:

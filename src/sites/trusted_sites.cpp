@@ -58,20 +58,42 @@ LSTATUS valueName(HKEY key, DWORD index, std::wstring& name, DWORD& length) {
     }
 }
 
-// The valid patterns among the names of the key's values; none when they cannot be read to their end.
-SitePatterns readPatterns(HKEY key) {
-    SitePatterns patterns;
+// Calls `visit` with the text and the pattern of each value's name. ERROR_SUCCESS when they were read to
+// their end.
+template <class Visit>
+LSTATUS visitPatterns(HKEY key, Visit visit) {
     std::wstring name(firstNameBuffer, L'\0');
     DWORD length = 0;
     LSTATUS status = ERROR_SUCCESS;
     for (DWORD index = 0; (status = valueName(key, index, name, length)) == ERROR_SUCCESS; ++index) {
-        SitePattern pattern = readSite(name.substr(0, length));
+        const std::wstring text = name.substr(0, length);
+        visit(text, readSite(text));
+    }
+    return status == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : status;
+}
+
+// The valid patterns among the names of the key's values; none when they cannot be read to their end.
+SitePatterns readPatterns(HKEY key) {
+    SitePatterns patterns;
+    const LSTATUS status = visitPatterns(key, [&](const std::wstring&, SitePattern pattern) {
         if (isValidSitePattern(pattern))
             patterns.push_back(std::move(pattern));
+    });
+    return status == ERROR_SUCCESS ? patterns : SitePatterns{};
+}
+
+void addInvalid(std::vector<InvalidSitePattern>& list, HKEY hive) {
+    RegistryKey key;
+    LSTATUS status = ::RegOpenKeyExW(hive, trustedSitesKey, 0, KEY_READ, key.put());
+    if (status == ERROR_FILE_NOT_FOUND)
+        return;
+    if (status == ERROR_SUCCESS) {
+        status = visitPatterns(key.get(), [&](const std::wstring& text, const SitePattern& pattern) {
+            if (!isValidSitePattern(pattern))
+                list.push_back({text, hive == HKEY_CURRENT_USER});
+        });
     }
-    if (status != ERROR_NO_MORE_ITEMS)
-        patterns.clear();
-    return patterns;
+    checkStatus(status, E_REG_KEY_CREATE, L"RegEnumValueW");
 }
 
 // The patterns of one hive, read anew only when its key has changed.
@@ -105,6 +127,13 @@ SitePattern readSite(const std::wstring& text) {
     std::transform(text.begin(), text.end(), lower.begin(), lower.begin(),
                    [](wchar_t from, wchar_t to) { return isAscii(to) && !isAscii(from) ? from : to; });
     return parseSite(lower, isLetter);
+}
+
+std::vector<InvalidSitePattern> invalidTrustedSites() {
+    std::vector<InvalidSitePattern> list;
+    addInvalid(list, HKEY_CURRENT_USER);
+    addInvalid(list, HKEY_LOCAL_MACHINE);
+    return list;
 }
 
 bool TrustedSitesBase::isTrusted(const SitePattern& page) const {

@@ -35,6 +35,16 @@ protected:
     std::vector<SitePattern> trusted_;
 };
 
+// What stands in the registry for a permission and is none.
+struct InvalidSitePattern {
+    std::wstring text;
+    bool isOfUser = false;  // else of the machine
+};
+
+// The values of the permanent list that are passed over since they are no valid patterns, those of the user
+// first. Any thread. Throws Win32Exception E_REG_KEY_CREATE where a list is there and cannot be read.
+std::vector<InvalidSitePattern> invalidTrustedSites();
+
 // The permanent list: the current user's values, then the machine's if those do not cover the page. Each test
 // sees the registry as it is then, so that an edit counts from the next check on; an unchanged key is not
 // read again. Values that are no valid pattern, and keys that cannot be read, are passed over silently. Any

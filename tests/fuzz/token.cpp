@@ -1,8 +1,10 @@
-// The parts of a request as pages give them, one behind the other, and the answers of cards.
+// The parts of a request as pages give them, one behind the other, the answers of
+// cards, and the files of drivers.
 #include "asn1/decoders/ber_reader.h"
 #include "asn1/pkix/certification_request.h"
 #include "fuzz.h"
 #include "token/card/certified_answer.h"
+#include "token/cryptoki/image.h"
 #include "token/enroll/gost_request.h"
 
 #include <algorithm>
@@ -27,6 +29,7 @@ void encode(const RequestParts& parts) {
 }  // namespace
 
 void fuzz(Input input) {
+    cryptoki::readImage(input);
     Corvane::readRutokenAnswer(input);
     try {
         Corvane::readJaCartaAnswer(input);

@@ -2,6 +2,7 @@
 // options: --url https://bank.example:x@evil.example/ --untrusted
 equal(new ActiveXObject("VetrelCorvane2.About").HasAccess, false, "HasAccess");
 fails(function () { new ActiveXObject("VetrelCorvane2.BinaryObjectService").CreateStream(); }, "[32] Невалидный домен", "a call");
+fails(function () { new ActiveXObject("VetrelCorvane2.About").Diagnose(); }, "[32] Невалидный домен", "a diagnosis");
 
 // Neither do the methods about keys and tokens tell it anything, whatever they are given.
 var b = new ActiveXObject("VetrelCorvane2.BinaryObject");

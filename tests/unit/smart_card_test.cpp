@@ -3,10 +3,12 @@
 #include "core/system_exception.h"
 #include "core/utf8.h"
 #include "support.h"
+#include "token/discovery/tokens_info.h"
 #include "token_folder.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
 
 using namespace Corvane;
@@ -88,10 +90,19 @@ const Answer answers[] = {
      L"00000000000000000000000831323334353631", Certified::yes},
     {"JaCarta, ends before the length", jaCarta, L"1", jaCartaCommand, L"0000000000000000000000",
      Certified::unknown},
+    {"JaCarta, asked on at T=0", jaCarta, L"0", jaCartaCommand, L"6114", Certified::yes},
+    {"JaCarta, at T=1 that is all it says", jaCarta, L"1", jaCartaCommand, L"6114", Certified::unknown},
+    {"JaCarta, ends behind the length", jaCarta, L"1", jaCartaCommand, L"000000000000000000000000",
+     Certified::unknown},
+    {"Rutoken, the name only later", L"My Aktiv 0", L"1", rutokenCommand, L"000102030405",
+     Certified::unknown},
+    {"JaCarta, the name only later", L"My ARDS 0", L"1", jaCartaCommand,
+     L"0000000000000000000000073132333435363190", Certified::unknown},
     {"another maker's", L"Other 0", L"1", rutokenCommand, L"000102030405", Certified::unknown},
 };
 
 TEST_F(SmartCardTest, TellsWhatTheTokenSays) {
+    set(jaCarta, L"00C0000014", L"0000000000000000000000073132333435363190");
     for (const Answer& row : answers) {
         for (const wchar_t* length : {L"", L"no", L"0"}) {
             SCOPED_TRACE(row.what);
@@ -100,6 +111,23 @@ TEST_F(SmartCardTest, TellsWhatTheTokenSays) {
             set(row.reader, row.command, row.bytes);
             EXPECT_EQ(ask(row.reader), row.certified);
         }
+    }
+}
+
+// What scripts are told: nothing where nothing is known, be it that there is no card to ask.
+TEST_F(SmartCardTest, DescribesACertifiedToken) {
+    set(rutoken, L"protocol", L"1");
+    for (const auto& [bytes, failing, wanted] : std::initializer_list<std::array<const wchar_t*, 3>>{
+             {L"000102030405", L"", L"true"},
+             {L"000102030400", L"", L"false"},
+             {L"6A82", L"", L""},
+             {L"000102030405", L"SCardConnect=0x8010000C", L""},
+             {L"000102030405", L"SCardEstablishContext=0x8010001D", L""}}) {
+        SCOPED_TRACE(toUtf8(bytes) + " " + toUtf8(failing));
+        set(rutoken, rutokenCommand, bytes);
+        set(L"service", L"fail", failing);
+        const Json::Value item = Crypto::describeToken({rutoken, L"", L"", L"", {}, {}});
+        EXPECT_EQ(item.isMember("certified") ? item["certified"].asString() : "", toUtf8(wanted));
     }
 }
 

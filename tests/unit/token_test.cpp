@@ -5,6 +5,7 @@
 #include "core/exception_text.h"
 #include "core/json.h"
 #include "core/utf8.h"
+#include "platform/import_patch.h"
 #include "scratch_registry.h"
 #include "support.h"
 #include "token/cryptoki/container_path.h"
@@ -29,6 +30,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
+#include <optional>
 #include <set>
 #include <thread>
 
@@ -402,6 +405,65 @@ TEST(TokenDiscovery, AsksTheDriversInTheirOrder) {
     EXPECT_FALSE(list[1].isMember("type") || list[1].isMember("certified"));
     EXPECT_EQ(folder.takeLog("jcPKCS11ds"),
               (Lines{"C_GetFunctionList 0x0", "C_Initialize 0x0", "C_GetSlotList 0x0", "C_Finalize 0x0"}));
+}
+
+// Drives as the system tells of them, by their letter.
+struct Drive {
+    UINT type;
+    std::optional<std::wstring> label;  // none where there is no medium
+    std::optional<ULONGLONG> total;     // none where it cannot be read
+};
+const std::map<wchar_t, Drive> drives{
+    {L'A', {DRIVE_REMOVABLE, std::nullopt, std::nullopt}},     {L'C', {DRIVE_FIXED, L"System", 1}},
+    {L'E', {DRIVE_REMOVABLE, L"Ключи", 0x2'0000'0003}},        {L'F', {DRIVE_REMOVABLE, L"", 1'457'664}},
+    {L'G', {DRIVE_REMOVABLE, L"not formatted", std::nullopt}}, {L'N', {DRIVE_REMOTE, L"Share", 1}}};
+bool wasDialogAllowed;
+
+UINT WINAPI driveType(LPCWSTR root) {
+    return drives.contains(*root) ? drives.at(*root).type : DRIVE_NO_ROOT_DIR;
+}
+
+BOOL WINAPI volumeInformation(LPCWSTR root, LPWSTR label, DWORD room, LPDWORD number, LPDWORD, LPDWORD,
+                              LPWSTR, DWORD) {
+    wasDialogAllowed = wasDialogAllowed || !(::GetThreadErrorMode() & SEM_FAILCRITICALERRORS);
+    const Drive& drive = drives.at(*root);
+    if (!drive.label || drive.label->size() >= room)
+        return FALSE;
+    std::copy_n(drive.label->c_str(), drive.label->size() + 1, label);
+    *number = 0x0012ABCD;
+    return TRUE;
+}
+
+BOOL WINAPI diskFreeSpace(LPCWSTR root, PULARGE_INTEGER, PULARGE_INTEGER total, PULARGE_INTEGER free) {
+    const Drive& drive = drives.at(*root);
+    free->QuadPart = 512;
+    total->QuadPart = drive.total.value_or(0);
+    return drive.total ? TRUE : FALSE;
+}
+
+TEST(TokenDiscovery, ListsTheRemovableDisksOfTheProvider) {
+    const ScratchRegistry registry;
+    const TokenFolder folder;
+    const ImportPatch type(&::GetDriveTypeW, &driveType);
+    const ImportPatch volume(&::GetVolumeInformationW, &volumeInformation);
+    const ImportPatch space(&::GetDiskFreeSpaceExW, &diskFreeSpace);
+    EXPECT_EQ(parseJson(Crypto::getTokensInfo()), Json::Value(Json::arrayValue))
+        << "the provider keeps no keys on disks";
+    RegistryKey key;
+    ::RegCreateKeyW(HKEY_LOCAL_MACHINE,
+                    L"SOFTWARE\\Crypto Pro\\Cryptography\\CurrentVersion\\KeyDevices\\FAT12", key.put());
+    const DWORD mode = ::GetThreadErrorMode();
+    EXPECT_EQ(
+        parseJson(Crypto::getTokensInfo()),
+        parseJson(
+            LR"([{"slot": "FAT12_E", "nickname": "FAT12_E", "name": "Ключи", "type": "FAT12", "gost": false,
+              "manufacturer": "", "model": "", "serialNumber": "0012ABCD", "media": "0012ABCD",
+              "totalMemory": 8589934595, "freeMemory": 512},
+             {"slot": "FAT12_F", "nickname": "FAT12_F", "name": "F:", "type": "FAT12", "gost": false,
+              "manufacturer": "", "model": "", "serialNumber": "0012ABCD", "media": "0012ABCD",
+              "totalMemory": 1457664, "freeMemory": 512}])"));
+    EXPECT_FALSE(wasDialogAllowed);
+    EXPECT_EQ(::GetThreadErrorMode(), mode);
 }
 
 TEST(TokenDiscovery, FindsTheTokenOfAContainer) {

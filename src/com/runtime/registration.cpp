@@ -160,6 +160,19 @@ void unregisterTypeLibrary(RegistrationScope scope) {
         checkHresult(hr, E_ACTIVEX, L"UnRegisterTypeLib");
 }
 
+// The text of a key of the class registry below the class of About; empty where there is none.
+std::wstring readAboutKey(const wchar_t* name) {
+    const std::wstring path = L"CLSID\\" + textOf(__uuidof(About)) + L"\\" + name;
+    // Longer than the longest path.
+    std::wstring text(32768, L'\0');
+    auto size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+    if (::RegGetValueW(HKEY_CLASSES_ROOT, path.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, text.data(),
+                       &size) != ERROR_SUCCESS)
+        return {};
+    text.resize(wcsnlen(text.data(), text.size()));
+    return text;
+}
+
 }  // namespace
 
 void registerComponent(RegistrationScope scope) {
@@ -199,13 +212,11 @@ void unregisterComponent(RegistrationScope scope) {
 }
 
 std::wstring registeredVersion() {
-    const std::wstring path = L"CLSID\\" + textOf(__uuidof(About)) + L"\\Version";
-    std::array<wchar_t, 64> text{};
-    DWORD size = sizeof(text);
-    if (::RegGetValueW(HKEY_CLASSES_ROOT, path.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, text.data(),
-                       &size) != ERROR_SUCCESS)
-        return {};
-    return text.data();
+    return readAboutKey(L"Version");
+}
+
+std::wstring registeredFile() {
+    return readAboutKey(L"InprocServer32");
 }
 
 }  // namespace Corvane::Com

@@ -23,4 +23,8 @@ void unregisterComponent(RegistrationScope scope);
 // The version that registration left in the registry, as this process sees it; empty when there is none.
 std::wstring registeredVersion();
 
+// The file that the registry names for this process's bitness, with its variables replaced; empty when there
+// is none.
+std::wstring registeredFile();
+
 }  // namespace Corvane::Com

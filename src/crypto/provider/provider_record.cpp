@@ -26,10 +26,15 @@ std::vector<ProviderRecord> providerRecords() {
     };
 }
 
-bool isInstalled(const ProviderRecord& record) noexcept {
+DWORD tryProvider(const ProviderRecord& record) noexcept {
     CryptProvider provider;
-    return ::CryptAcquireContextW(provider.put(), nullptr, record.name.c_str(), record.type,
-                                  CRYPT_VERIFYCONTEXT | CRYPT_SILENT) != FALSE;
+    const BOOL isOpen = ::CryptAcquireContextW(provider.put(), nullptr, record.name.c_str(), record.type,
+                                               CRYPT_VERIFYCONTEXT | CRYPT_SILENT);
+    return isOpen ? ERROR_SUCCESS : ::GetLastError();
+}
+
+bool isInstalled(const ProviderRecord& record) noexcept {
+    return tryProvider(record) == ERROR_SUCCESS;
 }
 
 const ProviderRecord* findProviderRecord(std::span<const ProviderRecord> records,

@@ -23,7 +23,10 @@ struct ProviderRecord {
 // The component's own records, in the order in which they are tried.
 std::vector<ProviderRecord> providerRecords();
 
-// Whether the provider can be opened on this machine. Shows no dialog.
+// ERROR_SUCCESS where the provider can be opened on this machine, else the system's number. Shows no dialog.
+DWORD tryProvider(const ProviderRecord& record) noexcept;
+
+// Whether it can.
 bool isInstalled(const ProviderRecord& record) noexcept;
 
 // Of the records for keys of this algorithm the first that is installed or, where none of them is, the first

@@ -117,12 +117,14 @@ void probeFile(ProbedDriver& driver, DWORD milliseconds) {
         code.keep();
     }
     logSteps(record->phase);
-    if (!isDone)
+    if (!isDone) {
         driver.failure = L"the driver does not answer and is given up";
-    else if (record->result.failed())
+    } else if (record->result.failed()) {
         driver.failure = textOfFailure(record->result, driver.path);
-    else
+        driver.error = record->result.error;
+    } else {
         readTokens(*record, driver.tokens);
+    }
 }
 
 ProbedDriver probe(const std::wstring& name, DWORD milliseconds) {

@@ -15,6 +15,7 @@ struct ProbedDriver {
     std::wstring path;  // of its file; empty where there is none
     std::vector<Token> tokens;
     std::wstring failure;  // why there are none; empty where the driver works
+    DWORD error = 0;       // the system's number where it did not load the file
 };
 
 // Loads the module on a thread of its own and asks it. Where it does not end in time, the thread is ended, or

@@ -3,8 +3,7 @@
 #include "core/log.h"
 #include "token/cryptoki/driver_path.h"
 
-#include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace Corvane::detail {
 namespace {
@@ -33,22 +32,19 @@ bool isOn(std::wstring_view path, std::wstring_view reader) noexcept {
 
 }  // namespace
 
-std::vector<ProbedDriver> probeDrivers() {
-    std::vector<ProbedDriver> drivers;
-    for (const std::wstring& name : {cryptoki::jaCartaDriverPath(), std::wstring(L"jcPKCS11ds.dll"),
-                                     std::wstring(L"rtPKCS11.dll"), std::wstring(L"isbc_pkcs11_main.dll")}) {
-        writeLog(LogLevel::debug, context, L"load driver: ", name);
-        drivers.push_back(probeDriver(name));
-        for (const Token& token : drivers.back().tokens)
-            logToken(token);
-    }
-    return drivers;
+std::vector<std::wstring> driverNames() {
+    return {cryptoki::jaCartaDriverPath(), L"jcPKCS11ds.dll", L"rtPKCS11.dll", L"isbc_pkcs11_main.dll"};
 }
 
 std::vector<Token> getTokens() {
     std::vector<Token> tokens;
-    for (ProbedDriver& driver : probeDrivers())
-        std::ranges::move(driver.tokens, std::back_inserter(tokens));
+    for (const std::wstring& name : driverNames()) {
+        writeLog(LogLevel::debug, context, L"load driver: ", name);
+        for (Token& token : probeDriver(name).tokens) {
+            logToken(token);
+            tokens.push_back(std::move(token));
+        }
+    }
     return tokens;
 }
 

@@ -9,6 +9,9 @@
 
 namespace Corvane::detail {
 
+// The files that are asked for, or only their names, in their order.
+std::vector<std::wstring> driverNames();
+
 // Asks one driver after the other, each for 15 seconds at most. A token that two of them see is there twice.
 // Any thread.
 std::vector<Token> getTokens();

@@ -1,7 +1,7 @@
-"""What the tests of messages share: keys and certificates, and OpenSSL's verdicts.
+"""What the tests of messages and requests share: keys and certificates, an authority, and OpenSSL's verdicts.
 
-Where OpenSSL has no GOST engine, libgcrypt judges messages with GOST keys by way of tests/platform (msgtool), and messages
-that the engine once made (tests/data/pki-gost) take the place of new ones.
+Where OpenSSL has no GOST engine, libgcrypt judges messages and answers requests with GOST keys by way of tests/platform
+(msgtool), and messages that the engine once made (tests/data/pki-gost) take the place of new ones.
 """
 
 import os
@@ -100,3 +100,26 @@ def decrypt(message, content, name):
 def encrypt(message, content, names, cipher, *options):
     return openssl("cms", "-encrypt", "-binary", "-outform", "DER", cipher, *options, "-in", content, "-out", message,
                    *map(certificate_of, names))
+
+
+def issue(authority, request, answer):
+    """What an authority of that kind has against a request; where nothing, the answer is its certificate with the extensions
+    that the request asks for."""
+    if is_beyond_openssl(request):
+        return ask_libgcrypt("issue", answer, request, f"Leaf {authority}-1")
+    fault = openssl("x509", "-req", "-inform", "DER", "-in", request, "-CA", certificate_of(f"{authority}-root"), "-CAkey",
+                    key_of(f"{authority}-root"), "-CAcreateserial", "-CAserial", answer.with_suffix(".srl"), "-days", "30",
+                    "-copy_extensions", "copyall", "-outform", "DER", "-out", answer)
+    # This one's status is 0 either way.
+    judged = harness.Outcome("openssl", "req", "-verify", "-inform", "DER", "-in", request, "-noout")
+    return fault or (None if "verify OK" in judged.output + judged.all_errors else judged)
+
+
+def damaged(path, at=-1):
+    """The file with one bit changed, of its last byte where nothing else is said: the signature's, in a request and in a
+    message."""
+    content = bytearray(path.read_bytes())
+    content[at] ^= 1
+    changed = path.with_name("damaged-" + path.name)
+    changed.write_bytes(content)
+    return changed

@@ -7,6 +7,7 @@
 #define CMSG_SIGNER_ENCODE_INFO_HAS_CMS_FIELDS
 #define CMSG_SIGNED_ENCODE_INFO_HAS_CMS_FIELDS
 #define CMSG_ENVELOPED_ENCODE_INFO_HAS_CMS_FIELDS
+#include <objbase.h>
 #include <wincrypt.h>
 
 #include <algorithm>
@@ -30,6 +31,7 @@ passes, 0: no stream. LENGTH: known, unknown. NAME: the common name of a certifi
   encrypt  OUT CONTENT CIPHER STEP LENGTH NAME...
   decrypt  OUT MESSAGE STEP NAME
   chain    NAME                                           answers the trust status
+  issue    OUT REQUEST NAME                               as an authority with that key does: judges, and answers
 )";
 
 constexpr DWORD encoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
@@ -393,10 +395,77 @@ std::string chain(const Words& words) {
     return ' ' + status;
 }
 
+// The structure behind DER; it lives as long as the bytes.
+template <class Structure>
+Structure* decode(const char* type, View der, Bytes& memory) {
+    DWORD size = 0;
+    must(::CryptDecodeObject(encoding, type, der.data(), sizeOf(der), 0, nullptr, &size));
+    memory.resize(size);
+    must(::CryptDecodeObject(encoding, type, der.data(), sizeOf(der), 0, memory.data(), &size));
+    return reinterpret_cast<Structure*>(memory.data());
+}
+
+// The extensions that a request's attributes ask for (RFC 2985, 5.4.2).
+View wantedExtensions(Reader attributes) {
+    while (!attributes.atEnd()) {
+        Reader attribute = attributes.enter(Tag::sequence);
+        if (oidText(attribute.next(Tag::oid).content) == "1.2.840.113549.1.9.14")
+            return attribute.enter(Tag::set).next(Tag::sequence).whole;
+    }
+    throw std::runtime_error("the request asks for no extensions");
+}
+
+FILETIME inDays(int days) {
+    FILETIME now{};
+    ::GetSystemTimeAsFileTime(&now);
+    ULARGE_INTEGER ticks{{now.dwLowDateTime, now.dwHighDateTime}};
+    ticks.QuadPart += static_cast<ULONGLONG>(days * 864'000'000'000LL);
+    return {ticks.LowPart, ticks.HighPart};
+}
+
+std::string issue(const Words& words) {
+    Bytes request = read(words[2]);
+    Reader fields = Reader(request).enter(Tag::sequence).enter(Tag::sequence);
+    fields.next(Tag::integer);
+    const View name = fields.next(Tag::sequence).whole;
+    Bytes keyMemory;
+    auto* const key =
+        decode<CERT_PUBLIC_KEY_INFO>(X509_PUBLIC_KEY_INFO, fields.next(Tag::sequence).whole, keyMemory);
+    CRYPT_DATA_BLOB whole{sizeOf(request), request.data()};
+    must(::CryptVerifyCertificateSignatureEx(0, encoding, CRYPT_VERIFY_CERT_SIGN_SUBJECT_BLOB, &whole,
+                                             CRYPT_VERIFY_CERT_SIGN_ISSUER_PUBKEY, key, 0, nullptr));
+    Bytes extensionMemory;
+    const auto* const extensions = decode<CERT_EXTENSIONS>(
+        X509_EXTENSIONS, wantedExtensions(fields.enter(Tag::within(0))), extensionMemory);
+
+    PCCERT_CONTEXT const authority = find(words[3]);
+    const Key own(authority);
+    CRYPT_ALGORITHM_IDENTIFIER algorithm = authority->pCertInfo->SignatureAlgorithm;
+    GUID number{};
+    must(::CoCreateGuid(&number) == S_OK);
+    CERT_INFO info{};
+    info.dwVersion = CERT_V3;
+    info.SerialNumber = {8, reinterpret_cast<BYTE*>(&number)};
+    info.SignatureAlgorithm = algorithm;
+    info.Issuer = authority->pCertInfo->Subject;
+    info.NotBefore = inDays(-1);
+    info.NotAfter = inDays(30);
+    info.Subject = {sizeOf(name), const_cast<BYTE*>(name.data())};
+    info.SubjectPublicKeyInfo = *key;
+    info.cExtension = extensions->cExtension;
+    info.rgExtension = extensions->rgExtension;
+    Bytes made(1 << 16);
+    DWORD size = sizeOf(made);
+    must(::CryptSignAndEncodeCertificate(own.provider, own.spec, encoding, X509_CERT_TO_BE_SIGNED, &info,
+                                         &algorithm, nullptr, made.data(), &size));
+    write(words[1], View(made).first(size));
+    return "";
+}
+
 std::string answer(const std::string& line) {
     static const std::map<std::string, std::string (*)(const Words&)> commands = {
         {"sign", sign},       {"simple", simple},   {"cosign", cosign}, {"verify", verify},
-        {"encrypt", encrypt}, {"decrypt", decrypt}, {"chain", chain}};
+        {"encrypt", encrypt}, {"decrypt", decrypt}, {"chain", chain},   {"issue", issue}};
     std::istringstream stream(line);
     Words words;
     for (std::string word; std::getline(stream, word, '\t');)

@@ -1,7 +1,8 @@
 // The smart-card service with readers from a table: a section of the settings for each reader's name, with
-// "protocol" (0 or 1) and an answer for each command, both in hexadecimal (others are answered 6D00). In the
-// section "service": fail (settings.h), length=no (the question for the length of an answer fails, as
-// pcsc-lite has it) or length=0 (it tells nothing). Each call goes into the log with what it returned.
+// "protocol" (0 or 1), "atr" (without it the reader is told to be empty) and an answer for each command, both
+// in hexadecimal (others are answered 6D00). In the section "service": fail (settings.h), length=no (the
+// question for the length of an answer fails, as pcsc-lite has it) or length=0 (it tells nothing). Each call
+// goes into the log with what it returned.
 #include "settings.h"
 
 #include <winscard.h>
@@ -66,6 +67,41 @@ LONG WINAPI SCardEstablishContext(DWORD scope, LPCVOID, LPCVOID, LPSCARDCONTEXT 
 LONG WINAPI SCardReleaseContext(SCARDCONTEXT context) {
     return call("SCardReleaseContext", "",
                 [&] { return context == theContext ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
+}
+
+LONG WINAPI SCardListReadersW(SCARDCONTEXT hContext, LPCWSTR mszGroups, LPWSTR mszReaders,
+                              LPDWORD pcchReaders) {
+    return call("SCardListReaders", "", [&]() -> LONG {
+        if (hContext != theContext || mszGroups)
+            return SCARD_E_INVALID_HANDLE;
+        std::wstring names;
+        for (const std::wstring& each : sections())
+            names += each == L"service" ? L"" : each + L'\0';
+        if (names.empty())
+            return static_cast<LONG>(SCARD_E_NO_READERS_AVAILABLE);
+        names += L'\0';
+        const DWORD room = *pcchReaders;
+        *pcchReaders = static_cast<DWORD>(names.size());
+        if (mszReaders && room < names.size())
+            return SCARD_E_INSUFFICIENT_BUFFER;
+        if (mszReaders)
+            names.copy(mszReaders, names.size());
+        return SCARD_S_SUCCESS;
+    });
+}
+
+LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT hContext, DWORD, LPSCARD_READERSTATEW rgReaderStates,
+                                  DWORD cReaders) {
+    return call("SCardGetStatusChange", "", [&]() -> LONG {
+        for (SCARD_READERSTATEW* each = rgReaderStates; each != rgReaderStates + cReaders; ++each) {
+            const std::wstring atr = setting(each->szReader, L"atr");
+            each->cbAtr = sizeof each->rgbAtr;
+            each->dwEventState =
+                SCARD_STATE_CHANGED | (atr.empty() ? SCARD_STATE_EMPTY : SCARD_STATE_PRESENT);
+            give(atr, each->rgbAtr, &each->cbAtr);
+        }
+        return hContext == theContext ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE;
+    });
 }
 
 LONG WINAPI SCardConnectW(SCARDCONTEXT hContext, LPCWSTR szReader, DWORD dwShareMode,

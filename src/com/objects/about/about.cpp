@@ -1,5 +1,6 @@
 #include "com/objects/about/about.h"
 
+#include "com/diagnose/diagnose.h"
 #include "com/runtime/arguments.h"
 #include "com/runtime/registration.h"
 #include "com/runtime/version_text.h"
@@ -29,4 +30,8 @@ HRESULT CAbout::get_HasAccess(VARIANT_BOOL* access) {
 
 HRESULT CAbout::get_WinVersion(BSTR* version) {
     return frame(L"CAbout::get_WinVersion", [&] { give(version, windowsVersion()); });
+}
+
+HRESULT CAbout::Diagnose(BSTR* report) {
+    return serviceFrame(L"CAbout::Diagnose", [&] { give(report, diagnose()); });
 }
