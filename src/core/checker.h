@@ -1,6 +1,7 @@
 // What the checkers of all families of calls have in common, those of vendors' modules included.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -23,7 +24,8 @@ Result check(Result result, const About&... about) {
 
 // Calls that are made twice: once to learn how much room the answer needs, once to fill it. `call`(buffer,
 // &size) is made with a null buffer and then with room for `size` elements. Returns exactly what the second
-// call delivered; the failure of either is the family's.
+// call delivered, and never more than there was room for, whatever size a vendor's module names by then; the
+// failure of either is the family's.
 //
 //     twoPass<CryptoCalls, BYTE, DWORD>(call, E_CRYPTO_SIGN, L"CryptSignMessage");
 template <class Family, class T, class Size, class Call, class... About>
@@ -32,7 +34,7 @@ std::vector<T> twoPass(Call call, const About&... about) {
     check<Family>(call(static_cast<T*>(nullptr), &size), about...);
     std::vector<T> buffer(static_cast<std::size_t>(size));
     check<Family>(call(buffer.data(), &size), about...);
-    buffer.resize(static_cast<std::size_t>(size));
+    buffer.resize(std::min(static_cast<std::size_t>(size), buffer.size()));
     return buffer;
 }
 

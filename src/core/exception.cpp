@@ -1,5 +1,7 @@
 #include "core/exception.h"
 
+#include "core/utf8.h"
+
 #include <string_view>
 
 namespace Corvane {
@@ -46,7 +48,7 @@ void CustomException::getMessage(std::wstring& text) const {
 }
 
 std::wstring JsonException::details() const {
-    return widen(detail_);
+    return fromUtf8(detail_);
 }
 
 std::wstring fullMessage(const Exception& exception) {

@@ -44,7 +44,7 @@ public:
     virtual std::wstring details() const = 0;
 };
 
-// A JSON text from a script could not be read; `detail` is the parser's own message.
+// A JSON text from a script could not be read; `detail` is the parser's own message, or one of ours in UTF-8.
 class JsonException : public CustomException {
 public:
     JsonException(const ErrorDescriptor& descriptor, std::string detail)

@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 #include <json/value.h>
 
+#include <chrono>
+
 using namespace Corvane;
 using namespace Corvane::Crypto;
 using namespace Corvane::Test;
@@ -59,6 +61,17 @@ TEST(DistinguishedName, FollowsRfc4514) {
         SCOPED_TRACE(toUtf8(text));
         EXPECT_EQ(hexOf(encodeDistinguishedName(text)), hex);
     }
+}
+
+// A page's text of a megabyte does not stop the page: one that takes the square of it would be at it for
+// minutes.
+TEST(DistinguishedName, TakesTimeInProportion) {
+    std::wstring text = L"CN=a";
+    for (int i = 1; i < 200'000; ++i)
+        text += L",CN=a";
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(parseDistinguishedName(text).size(), 200'000u);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 TEST(DistinguishedName, TellsWhereAndWhy) {
@@ -148,11 +161,21 @@ TEST(RequestExtensions, OnlyWhatIsTold) {
              L"{\"subjectAltName\": [{\"mail\": \"a\"}]}",
              L"{\"subjectAltName\": [{\"email\": \"ящик@b\"}]}",
              L"{\"subjectAltName\": [{\"ip\": \"1\"}]}",
+             L"{\"subjectAltName\": [{\"dns\": \"a.example\\u0000.b\"}]}",
+             L"{\"subjectAltName\": [{\"upn\": \"\"}]}",
+             L"{\"subjectAltName\": [{\"upn\": \"a\\u0000\"}]}",
+             L"{\"subjectAltName\": [{\"upn\": \"\\udc00\"}]}",
              L"{\"other\": [{\"oid\": \"1.2.3\"}]}",
              L"{\"other\": [{\"oid\": \"1.2.3\", \"value\": \"DAPQ\"}]}",
              L"{\"policies\": [\"1.2.3\"], \"other\": [{\"oid\": \"2.5.29.32\", \"value\": \"BQA=\"}]}",
          })
         EXPECT_EQ(errorCode([&] { encodeExtensionsJson(text); }), E_REQUEST_EXTENSIONS.code) << toUtf8(text);
+    try {
+        encodeExtensionsJson(L"{\"ключ\": []}");
+        ADD_FAILURE();
+    } catch (const JsonException& exception) {
+        EXPECT_EQ(exception.details(), L"unknown member: ключ");
+    }
     EXPECT_EQ(errorCode([] { encodeExtensionsJson(L"{\"subjectAltName\": [{\"directoryName\": \"a\"}]}"); }),
               E_DISTINGUISHED_NAME.code);
 }

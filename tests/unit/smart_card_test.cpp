@@ -104,7 +104,7 @@ const Answer answers[] = {
 TEST_F(SmartCardTest, TellsWhatTheTokenSays) {
     set(jaCarta, L"00C0000014", L"0000000000000000000000073132333435363190");
     for (const Answer& row : answers) {
-        for (const wchar_t* length : {L"", L"no"}) {
+        for (const wchar_t* length : {L"", L"no", L"0"}) {
             SCOPED_TRACE(row.what);
             set(L"service", L"length", length);
             set(row.reader, L"protocol", row.protocol);

@@ -292,8 +292,8 @@ const Bytes& certificate() {
     return der;
 }
 
-void install() {
-    installCertificateResponseGOST(L"response", L"\\\\.\\Aktiv Rutoken ECP 0\\key", pin(),
+void install(const std::wstring& identifier = L"key") {
+    installCertificateResponseGOST(L"response", cryptoki::makeContainerPath(slot, identifier), pin(),
                                    [](std::wstring_view text) {
                                        EXPECT_EQ(text, L"response");
                                        return certificate();
@@ -306,12 +306,13 @@ TEST(TokenRequest, EveryCallMayFail) {
     EXPECT_EQ(failEachCall(
                   folder, [] { request(); }, deviceError),
               18u);
-    EXPECT_EQ(failEachCall(folder, install,
-                           [](const std::string& call) {
-                               return call == "C_CreateObject"
-                                          ? L"Ошибка при связывании сертификата с ключевым контейнером"
-                                          : deviceError(call);
-                           }),
+    EXPECT_EQ(failEachCall(
+                  folder, [] { install(); },
+                  [](const std::string& call) {
+                      return call == "C_CreateObject"
+                                 ? L"Ошибка при связывании сертификата с ключевым контейнером"
+                                 : deviceError(call);
+                  }),
               11u);
     EXPECT_EQ(failEachCall(
                   folder, [] { Crypto::getTokenContainers(slot); }, deviceError) > 10u,
@@ -345,11 +346,18 @@ TEST(TokenRequest, RefusesBeforeThereAreKeys) {
 TEST(TokenCertificate, LiesBesideItsKey) {
     const TokenFolder folder;
     folder.addDriver(driver, slot);
-    install();
+    // The public key of another program, whose identifier is no text.
+    std::ofstream(folder.path() / "rtPKCS11ECP.objects") << "0 02000000\n1 01\n102 01ab\n\n";
+    EXPECT_EQ(parseJson(Crypto::getTokenContainers(slot))[0]["containerName"].asString(), "01AB");
+    install(L"key");
+    install(L"01AB");
+    install(L"ABCD");
     const auto module = cryptoki::Pkcs11Module::load(L"rtPKCS11ECP.dll");
     const cryptoki::Session session(module, module.findSlot(slot), CKF_SERIAL_SESSION);
     const auto found = session.findObjects(cryptoki::AttributeTemplate().number(CKA_CLASS, CKO_CERTIFICATE));
-    ASSERT_EQ(found.size(), 1u);
+    ASSERT_EQ(found.size(), 3u);
+    EXPECT_EQ(session.getAttributeValue(found[1], CKA_ID), (Bytes{0x01, 0xAB}));
+    EXPECT_EQ(session.getAttributeValue(found[2], CKA_ID), bytesOf("ABCD"));
     const CertificateContext context(::CertCreateCertificateContext(
         X509_ASN_ENCODING, certificate().data(), static_cast<DWORD>(certificate().size())));
     const auto& info = *context.get()->pCertInfo;

@@ -78,9 +78,10 @@ void copyKey(HCRYPTPROV source, const CryptKey& key, HCRYPTPROV destination) {
 
 // A name that the provider tells of is taken; others, paths of readers among them, the system judges.
 void expectNew(HCRYPTPROV provider, const std::wstring& container) {
-    const std::vector<std::wstring> names = detail::containerNames(provider);
+    constexpr wchar_t context[] = L"GetCryptoContainersList";
+    const std::vector<std::wstring> names = detail::containerNames(provider, context);
     if (std::ranges::find(names, container) != names.end())
-        failCrypto(E_CRYPTO_PROVIDER, L"GetCryptoContainersList", static_cast<DWORD>(NTE_EXISTS));
+        failCrypto(E_CRYPTO_PROVIDER, context, static_cast<DWORD>(NTE_EXISTS));
 }
 
 }  // namespace

@@ -38,7 +38,7 @@ void logParameters(const wchar_t* context, const ProviderRecord& record, const R
              parameters.keySpec, L" [in]exportable: ", parameters.exportable, L" [in]silent: ",
              parameters.silent);
     writeLog(LogLevel::debug, context, L"[in]distinguished name: ", hexOf(parameters.distinguishedName),
-             L" [in] extensions: ", hexOf(parameters.extensions));
+             L" [in]extensions: ", hexOf(parameters.extensions));
     if (extended)
         writeLog(LogLevel::debug, context, L"enrollmentParameters: ", hexOf(parameters.enrollmentParameters));
 }

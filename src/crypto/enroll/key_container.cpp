@@ -41,7 +41,7 @@ std::wstring uniqueContainerName(HCRYPTPROV provider) {
         }));
 }
 
-std::vector<std::wstring> containerNames(HCRYPTPROV provider) {
+std::vector<std::wstring> containerNames(HCRYPTPROV provider, const wchar_t* call) {
     std::vector<std::wstring> names;
     // The size for the longest of the names. To ask it again for each of them would begin anew.
     DWORD longest = 0;
@@ -56,7 +56,7 @@ std::vector<std::wstring> containerNames(HCRYPTPROV provider) {
     }
     const DWORD error = ::GetLastError();
     if (error != ERROR_NO_MORE_ITEMS)
-        failCrypto(E_CRYPTO_PROVIDER_PARAM, L"CryptGetProvParam", error);
+        failCrypto(E_CRYPTO_PROVIDER_PARAM, call, error);
     return names;
 }
 

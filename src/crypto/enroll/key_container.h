@@ -23,8 +23,9 @@ Bytes exportPublicKeyInfo(HCRYPTPROV provider, DWORD keySpec, DWORD encoding);
 // CryptoException E_CRYPTO_PROVIDER_PARAM.
 std::wstring uniqueContainerName(HCRYPTPROV provider);
 
-// In the order in which the provider tells them. Throws CryptoException E_CRYPTO_PROVIDER_PARAM.
-std::vector<std::wstring> containerNames(HCRYPTPROV provider);
+// In the order in which the provider tells them. Throws CryptoException E_CRYPTO_PROVIDER_PARAM; `call` is
+// what the log calls it.
+std::vector<std::wstring> containerNames(HCRYPTPROV provider, const wchar_t* call = L"CryptGetProvParam");
 
 // Takes a container away with its keys; `flags` are CRYPT_MACHINE_KEYSET or nothing. A failure is only
 // logged.

@@ -29,14 +29,15 @@ public:
     asn1::Name parse() {
         asn1::Name name;
         for (skipSpaces(); !rest_.empty(); skipSpaces()) {
-            name.insert(name.begin(), parseRelative());
+            name.push_back(parseRelative());
             if (rest_.empty())
-                return name;
+                break;
             rest_.remove_prefix(1);  // the comma
             skipSpaces();
             if (rest_.empty())
                 fail(L"после запятой ничего нет");
         }
+        std::ranges::reverse(name);
         return name;
     }
 

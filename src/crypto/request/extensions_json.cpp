@@ -21,7 +21,7 @@ namespace {
 using asn1::DerWriter;
 
 [[noreturn]] void refuse(std::string_view member, const std::string& why) {
-    throw JsonException(E_REQUEST_EXTENSIONS, std::string(member) + ": " + why);
+    throw JsonException(E_REQUEST_EXTENSIONS, member.empty() ? why : std::string(member) + ": " + why);
 }
 
 // RFC 5280 4.2.1.12, and the one by which Windows lets cards log on.

@@ -30,11 +30,16 @@ asn1::View viewOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
+// A NUL would make one name of it for some readers and another for others.
+void expectText(std::uint8_t type, const std::string& text) {
+    if (text.empty() || text.find('\0') != std::string::npos || !asn1::fitsStringType(type, text))
+        refuse("a name that is empty or has characters that it may not have: " + text);
+}
+
 // An IA5String under its own number.
 template <unsigned number>
 void writeAscii(DerWriter& names, const std::string& text) {
-    if (text.empty() || !asn1::fitsStringType(asn1::tag::ia5String, text))
-        refuse("not in ASCII: " + text);
+    expectText(asn1::tag::ia5String, text);
     names.value(contextPrimitive(number), viewOf(text));
 }
 
@@ -57,6 +62,7 @@ void writeIdentifier(DerWriter& names, const std::string& text) {
 }
 
 void writePrincipal(DerWriter& names, const std::string& text) {
+    expectText(asn1::tag::utf8String, text);
     names.nest(context(0), [&](DerWriter& other) {
         other.oid(userPrincipalName).nest(context(0), [&](DerWriter& value) {
             value.text(asn1::tag::utf8String, text);

@@ -4,6 +4,7 @@
 #include "core/exception_text.h"
 #include "core/log.h"
 
+#include <algorithm>
 #include <exception>
 
 namespace Corvane {
@@ -48,14 +49,14 @@ LONG transmitTo(const Terminal& terminal, const Bytes& command, BYTE* answer, DW
                            nullptr, answer, size);
 }
 
-// Asks for the length first, which not every service knows.
+// Asks for the length first, which not every service knows, and which some tell as 0.
 LONG exchange(const Terminal& terminal, const Bytes& command, Bytes& answer) {
     DWORD size = 0;
-    if (transmitTo(terminal, command, nullptr, &size) != SCARD_S_SUCCESS)
+    if (transmitTo(terminal, command, nullptr, &size) != SCARD_S_SUCCESS || size == 0)
         size = longestAnswer;
     answer.resize(size);
     const LONG status = transmitTo(terminal, command, answer.data(), &size);
-    answer.resize(status == SCARD_S_SUCCESS ? size : 0);
+    answer.resize(status == SCARD_S_SUCCESS ? std::min<std::size_t>(size, answer.size()) : 0);
     return status;
 }
 
@@ -69,7 +70,11 @@ Bytes SmartCard::transmit(const Apdu& apdu) const {
         terminal_.reconnect();
         status = exchange(terminal_, command, answer);
     }
-    checkStatus(status, E_SMART_CARD, L"SCardTransmit");
+    if (status != SCARD_S_SUCCESS) {
+        const auto error = static_cast<std::uint32_t>(status);
+        writeLog(LogLevel::error, transmitContext, L"SCardTransmit: ", numberForLog(error));
+        throw Win32Exception(E_SMART_CARD, error);
+    }
     writeLog(LogLevel::debug, transmitContext, L"[in] instruction: ", unsigned{apdu.ins}, L", answered: ",
              answer.size());
     return answer;

@@ -11,8 +11,9 @@
 namespace Corvane {
 
 // Writes a certificate onto the token and beside the key that `containerPath` names, as
-// createCertificationRequestGOST() returned it. `readCertificate` is called for its DER encoding once the
-// user is logged in, and what it throws passes on. Whether the key is there is not asked.
+// createCertificationRequestGOST() or Crypto::getTokenContainers() returned it. `decode` is called for its
+// DER encoding once the user is logged in, and what it throws passes on. Whether the key is there is not
+// asked.
 //
 // Throws Exception E_TOKEN_CONTAINER_PATH for another text, E_TOKEN_SLOT, E_TOKEN_BIND_CERTIFICATE where the
 // token does not take it, and what cryptoki::driverPathFor, cryptoki::Pkcs11Module and cryptoki::Session

@@ -12,8 +12,10 @@ SecretNarrowText pinText(std::wstring_view pin) {
     SecretNarrowText text(pin.size() * 3);
     if (pin.empty())
         return text;
-    const int size = ::WideCharToMultiByte(CP_UTF8, 0, pin.data(), static_cast<int>(pin.size()), text.data(),
-                                           static_cast<int>(text.size()), nullptr, nullptr);
+    // What is no text is no PIN, and does not cost a try.
+    const int size =
+        ::WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, pin.data(), static_cast<int>(pin.size()),
+                              text.data(), static_cast<int>(text.size()), nullptr, nullptr);
     checkWin32(size, E_WIDE_TO_ANSI, L"WideCharToMultiByte");
     text.resize(static_cast<std::size_t>(size));
     return text;

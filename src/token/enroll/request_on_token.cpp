@@ -1,6 +1,7 @@
 #include "token/enroll/request_on_token.h"
 
 #include "binary/base64.h"
+#include "binary/hex.h"
 #include "core/check.h"
 #include "core/json.h"
 #include "core/log.h"
@@ -24,11 +25,13 @@ using cryptoki::Session;
 constexpr wchar_t context[] = L"Corvane::CryptoApiProvider::createCertificationRequestGOST";
 
 void logInputs(const std::wstring& slot, const detail::RequestParts& parts) {
+    if (!isLogEnabled(LogLevel::debug))
+        return;
     writeLog(LogLevel::debug, context, L"slot: ", slot);
-    writeLog(LogLevel::debug, context, L"distinguished name: ", parts.distinguishedName.size());
-    writeLog(LogLevel::debug, context, L"extensions: ", parts.extensions.size());
+    writeLog(LogLevel::debug, context, L"distinguished name: ", binToHex(parts.distinguishedName));
+    writeLog(LogLevel::debug, context, L"extensions: ", binToHex(parts.extensions));
     writeLog(LogLevel::debug, context, L"enrollmentParameters: ",
-             parts.enrollmentParameters ? std::to_wstring(parts.enrollmentParameters->size()) : L"nullptr");
+             parts.enrollmentParameters ? binToHex(*parts.enrollmentParameters) : L"nullptr");
 }
 
 // Text, since it is a part of the container's path; unlike any other.

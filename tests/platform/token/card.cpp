@@ -1,8 +1,8 @@
 // The smart-card service with readers from a table: a section of the settings for each reader's name, with
 // "protocol" (0 or 1), "atr" (without it the reader is told to be empty) and an answer for each command, both
 // in hexadecimal (others are answered 6D00). In the section "service": fail (settings.h), length=no (the
-// question for the length of an answer fails, as pcsc-lite has it). Each call goes into the log with what it
-// returned.
+// question for the length of an answer fails, as pcsc-lite has it) or length=0 (it tells nothing). Each call
+// goes into the log with what it returned.
 #include "settings.h"
 
 #include <winscard.h>
@@ -40,6 +40,8 @@ std::string hex(const BYTE* bytes, DWORD size) {
 LONG give(const std::wstring& digits, BYTE* out, DWORD* size) {
     const DWORD room = *size;
     *size = static_cast<DWORD>(digits.size() / 2);
+    if (!out && setting(L"service", L"length") == L"0")
+        *size = 0;
     if (!out)
         return setting(L"service", L"length") == L"no" ? SCARD_E_INVALID_PARAMETER : SCARD_S_SUCCESS;
     if (room < *size)

@@ -15,11 +15,12 @@ function failsPlainly(action, text) {
 throws(function () { provider.CreateCertificationRequestGOST(slot, "0000", name, usage); }, "0x800405e8", "C_Login: CKR_PIN_INCORRECT");
 failsPlainly(function () { provider.CreateCertificationRequestGOST("ACS 0", "12345678", name, usage); }, "Не определен путь до модуля pkcs11 ");
 failsPlainly(function () { provider.CreateCertificationRequestGOST("ARDS 0", "12345678", name, usage); }, "Не найден каталог установки плагина");
+throws(function () { provider.CreateCertificationRequestGOST(slot, "\udc00", name, usage); }, "0x80040208", "[8] ");
 failsPlainly(function () { provider.CreateCertificationRequestGOST("Aktiv 9", "12345678", name, usage); }, "Не найден указанный слот");
 throws(function () { provider.CreateCertificationRequestGOST(slot, "12345678", slot, usage); }, mismatch);
 equal(create("CryptoService").GetTokenContainers(slot).replace(/\s/g, ""), "[]");
 
-var first = JSON.parse(provider.CreateCertificationRequestGOST(slot, "12345678", name, usage));
+var first = JSON.parse(provider.CreateCertificationRequestGOSTV2(slot, "12345678", name, usage, null));
 var result = JSON.parse(provider.CreateCertificationRequestGOSTV2(slot, "12345678", name, usage, attribute));
 check(/^S-1-/.test(result.sid), result.sid);
 equal(result.path.indexOf("\\\\.\\" + slot + "\\"), 0);

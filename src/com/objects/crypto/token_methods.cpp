@@ -62,12 +62,11 @@ HRESULT CCryptoProvider::CreateCertificationRequestGOST(BSTR slot, BSTR pin,
 HRESULT CCryptoProvider::CreateCertificationRequestGOSTV2(BSTR slot, BSTR pin,
                                                           IBinaryObject* pDistinguishedName,
                                                           IBinaryObject* pExtensions,
-                                                          IBinaryObject* pEnrollmentParameters,
-                                                          BSTR* request) {
+                                                          VARIANT pEnrollmentParameters, BSTR* request) {
     return serviceFrame(L"CCryptoProvider::CreateCertificationRequestGOSTV2", [&] {
         const SharedBytes name = bytesOf(pDistinguishedName);
         const SharedBytes extensions = bytesOf(pExtensions);
-        const SharedBytes parameters = bytesOf(pEnrollmentParameters);
+        const SharedBytes parameters = optionalBytesOf(pEnrollmentParameters);
         give(request, requestOnToken(slot, pin, *name, *extensions, parameters.get()));
     });
 }
