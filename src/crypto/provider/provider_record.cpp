@@ -30,7 +30,11 @@ DWORD tryProvider(const ProviderRecord& record) noexcept {
     CryptProvider provider;
     const BOOL isOpen = ::CryptAcquireContextW(provider.put(), nullptr, record.name.c_str(), record.type,
                                                CRYPT_VERIFYCONTEXT | CRYPT_SILENT);
-    return isOpen ? ERROR_SUCCESS : ::GetLastError();
+    if (isOpen)
+        return ERROR_SUCCESS;
+    // A provider may fail without a number.
+    const DWORD error = ::GetLastError();
+    return error != ERROR_SUCCESS ? error : static_cast<DWORD>(NTE_FAIL);
 }
 
 bool isInstalled(const ProviderRecord& record) noexcept {
