@@ -27,8 +27,7 @@ MessageContent::MessageContent(Stream::IBinaryStream& input, std::uint64_t large
 }
 
 DWORD MessageContent::announcedSize() const noexcept {
-    return size_ > largest_ ? CMSG_INDEFINITE_LENGTH
-                            : static_cast<DWORD>(std::min<std::uint64_t>(size_, CMSG_INDEFINITE_LENGTH));
+    return size_ > largest_ ? CMSG_INDEFINITE_LENGTH : static_cast<DWORD>(size_);
 }
 
 void MessageContent::feed(CryptMessage& message, const SharedProgress& progress) {
