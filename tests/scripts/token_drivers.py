@@ -34,11 +34,11 @@ def drivers(bitness):
         yield folder
 
 
-def run(bitness, folder, script, *arguments, options=()):
+def run(bitness, folder, script, *arguments, options=(), cwd=None):
     """A script with the drivers of the folder on the search path and its card service."""
     return harness.windows_program(
         "env", f"WINEPATH={harness.windows(folder)}", harness.ROOT / "tools/run-script", bitness, "--timeout", "150",
-        "--with", folder / "winscard.dll", *options, script, *arguments)
+        "--with", folder / "winscard.dll", *options, script, *arguments, cwd=cwd)
 
 
 def certificates(folder):

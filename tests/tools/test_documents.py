@@ -8,6 +8,10 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 DOCUMENTS = sorted([*ROOT.glob("*.md"), *ROOT.glob("docs/**/*.md"), *ROOT.glob("tests/**/*.md")])
 LINK = re.compile(r"\]\(([^)#\s]+)(?:#[^)]*)?\)")
 PATH = re.compile(r"(?<![\w./\\-])((?:src|tools|tests|docs|bench|examples|resources|cmake)/[\w./-]*[\w/])")
+# An error as scripts see it, its number in brackets before its text, which "..." may cut short; and one by its number.
+ERROR = re.compile(r"\[(\d+)\] ([А-Я][^`|(\n\"]*)")
+ERROR_NUMBER = re.compile(r"(?:\berror|\bошибк[а-я]+) (\d+)\b")
+DESCRIPTOR = re.compile(r'\{(\d+), "\w+", L"([^"]*)"\}')
 COMMAND = re.compile(r"(?:`|^    )make ([a-z]+)", re.MULTILINE)
 
 
@@ -29,6 +33,17 @@ class Documents(unittest.TestCase):
     def test_make_knows_the_commands(self):
         targets = set(re.findall(r"^([a-z]+):", (ROOT / "Makefile").read_text(encoding="utf-8"), re.MULTILINE))
         self.assertEqual(list(self.missing(COMMAND, lambda _, name: name in targets)), [])
+
+    def test_errors_are_those_of_the_table(self):
+        errors = dict(DESCRIPTOR.findall((ROOT / "src/core/errors.h").read_text(encoding="utf-8")))
+
+        def resolve(_, found):
+            shown, dots, _ = found[1].rstrip().partition("...")
+            text = errors.get(found[0], "")
+            return text.startswith(shown.rstrip()) if dots else text == shown
+
+        self.assertEqual(list(self.missing(ERROR, resolve)), [])
+        self.assertEqual(list(self.missing(ERROR_NUMBER, lambda _, number: number in errors)), [])
 
 
 if __name__ == "__main__":
