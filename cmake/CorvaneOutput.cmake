@@ -30,3 +30,14 @@ function(corvane_hand_out target)
         VERBATIM
     )
 endfunction()
+
+# corvane_hand_out_file(<target> <file>)
+# Copies the file to CORVANE_OUTPUT whenever a release of the target is made, which depends on it.
+function(corvane_hand_out_file target file)
+    if(CMAKE_BUILD_TYPE STREQUAL "Release")
+        add_custom_command(TARGET ${target} POST_BUILD
+            COMMAND ${CMAKE_COMMAND} -E copy ${file} ${CORVANE_OUTPUT}
+            VERBATIM
+        )
+    endif()
+endfunction()

@@ -3,6 +3,9 @@
 # the GUIDs and brings the include folder of <name>_h.h, of methods/<interface>.h, the declarations of an interface's
 # methods for the body of a class, and of methods/members.h, tables of all members for late binding; its property
 # TYPE_LIBRARY is the path of <name>.tlb.
+#
+# Its property MANIFEST is the path of <name>.manifest, which names the coclasses to programs that use the DLL <name>
+# without its being registered.
 function(corvane_add_type_library target idl)
     find_program(CORVANE_WIDL_PROGRAM NAMES ${CORVANE_WIDL} widl REQUIRED)
     find_package(Python3 REQUIRED COMPONENTS Interpreter)
@@ -53,8 +56,18 @@ function(corvane_add_type_library target idl)
         VERBATIM
     )
 
+    set(manifest ${folder}/${name}.manifest)
+    set(make_manifest ${PROJECT_SOURCE_DIR}/tools/lib/make-manifest)
+    add_custom_command(
+        OUTPUT ${manifest}
+        COMMAND Python3::Interpreter ${make_manifest} ${idl} ${PROJECT_VERSION} ${CORVANE_ARCH} ${manifest}
+        DEPENDS ${idl} ${make_manifest} ${PROJECT_SOURCE_DIR}/tools/lib/idl.py
+        COMMENT "Making the manifest of ${name}.idl"
+        VERBATIM
+    )
+
     # Generated code: not held to our warnings, and a system header for those who include it.
-    add_library(${target} STATIC ${guids} ${header} ${library} ${interfaces})
+    add_library(${target} STATIC ${guids} ${header} ${library} ${interfaces} ${manifest})
     target_include_directories(${target} SYSTEM INTERFACE ${folder})
-    set_target_properties(${target} PROPERTIES TYPE_LIBRARY ${library})
+    set_target_properties(${target} PROPERTIES TYPE_LIBRARY ${library} MANIFEST ${manifest})
 endfunction()

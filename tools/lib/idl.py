@@ -1,4 +1,4 @@
-"""Reads as much of an IDL file as the reference needs: interfaces, coclasses, enumerations, and their attributes.
+"""Reads as much of an IDL file as is needed: the library, interfaces, coclasses, enumerations, and their attributes.
 
 It is not a compiler: the file has been through one. Text that is none of these declarations is passed over; text that
 begins as one and does not go on as one raises IdlError with its line.
@@ -60,6 +60,8 @@ class Enumeration:
 
 @dataclass
 class Library:
+    name: str = ""
+    attributes: dict = field(default_factory=dict)
     interfaces: dict = field(default_factory=dict)
     coclasses: list = field(default_factory=list)
     enumerations: dict = field(default_factory=dict)
@@ -192,6 +194,8 @@ def parse(text):
         elif word in READERS:
             READERS[word](reader, attributes, library)
             attributes = {}
+        elif word == "library":
+            library.name, library.attributes = reader.take(), dict(attributes)
         elif word in (";", "{", "}"):  # "library NAME {" and "import ...;" end here and leave no attributes behind
             attributes = {}
     return library
