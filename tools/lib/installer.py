@@ -140,8 +140,9 @@ class Package:
 
     def add_product(self):
         properties = {
-            "ALLUSERS": "1",
+            "ALLUSERS": "1",  # for the machine, unless told otherwise
             "ARPNOMODIFY": "1",
+            "MSIRESTARTMANAGERCONTROL": "Disable",  # or a silent update would close the programs that use the DLL
             "Manufacturer": MANUFACTURER,
             "ProductCode": guid(f"product {self.version} {self.arch}"),
             "ProductLanguage": US_ENGLISH,
