@@ -1,7 +1,8 @@
 """Writes the packages of the Windows Installer: the tables as texts, which msibuild puts into a database.
 
-The tables are written out instead of being made by a compiler of installers, since the one at hand has its own mind of
-some of them (the root of registry rows, the version of files, bounds of upgrades) and another in each of its releases.
+The tables are written out instead of being compiled by wixl, which gets some of them wrong without a word: it has no root
+that follows the scope, no version of files, no bounds of upgrades that include their end. What they mean is told by
+Microsoft's "Windows Installer Database Tables".
 
 Everything but the bytes of the files is computed from the version, so the same files make the same package.
 """
@@ -88,8 +89,8 @@ SEQUENCES = {
         "CostInitialize": 800, "FileCost": 900, "CostFinalize": 1000, "InstallValidate": 1400,
         "InstallInitialize": 1500, "RemoveExistingProducts": 1501, "ProcessComponents": 1600,
         "UnpublishFeatures": 1800, "RemoveRegistryValues": 2600, "RemoveFiles": 3500, "RemoveFolders": 3600,
-        "CreateFolders": 3700, "InstallFiles": 4000, "WriteRegistryValues": 5000, "RegisterUser": 6000, "RegisterProduct": 6100, "PublishFeatures": 6300,
-        "PublishProduct": 6400, "InstallFinalize": 6600,
+        "CreateFolders": 3700, "InstallFiles": 4000, "WriteRegistryValues": 5000, "RegisterUser": 6000,
+        "RegisterProduct": 6100, "PublishFeatures": 6300, "PublishProduct": 6400, "InstallFinalize": 6600,
     },
 }
 FIRST_OWN_ACTION = 100
@@ -133,10 +134,7 @@ class Package:
         self.add_sequences()
 
     def add(self, table, *values):
-        self.tables[table].append(tuple("" if value is None else str(value) for value in values))
-
-    def is_64bit(self, view):
-        return view == "x64"
+        self.tables[table].append(tuple(map(str, values)))
 
     def add_product(self):
         properties = {
@@ -160,7 +158,7 @@ class Package:
                      "This package is for a Windows of 32 bits; the x64 package brings both bitnesses.")
 
     def add_component(self, name, directory, view, attributes, key_path):
-        attributes |= COMPONENT_64BIT if self.is_64bit(view) else 0
+        attributes |= COMPONENT_64BIT if view == "x64" else 0
         self.add("Component", name, guid(f"component {name}"), directory, attributes, "", key_path)
         self.add("FeatureComponents", "Complete", name)
 
@@ -223,7 +221,7 @@ class Package:
         """What was given stands for what is given now. Only a value that is given, or removed with the product that
         wrote it, is touched: neither an upgrade nor a repair changes what somebody has set since."""
         for_user = "NOT ALLUSERS OR (ALLUSERS=2 AND MSIINSTALLPERUSER=1)"
-        kind = SEARCH_VALUE | (SEARCH_64BIT if self.is_64bit(self.views[0]) else 0)
+        kind = SEARCH_VALUE | (SEARCH_64BIT if self.arch == "x64" else 0)
         for name in ("Build", *(name for name, _, _ in settings())):
             for scope, root in ROOTS.items():
                 self.add("RegLocator", f"{scope}_{name}", root, MEMORY_KEY, name, kind)
@@ -233,12 +231,12 @@ class Package:
         for name, value_name, _ in settings():
             self.add("Property", f"Key_{name}", NOWHERE_KEY)
             self.set_property(f"Key_{name}", setting_key(value_name),
-                              f'{name} OR (Was_{name} AND REMOVE~="ALL" AND NOT UPGRADINGPRODUCTCODE)')
-            self.set_property(name, f"[Was_{name}]", f"NOT {name} AND Was_{name}")
+                              f'{name}<>"" OR (Was_{name}<>"" AND REMOVE~="ALL" AND NOT UPGRADINGPRODUCTCODE)')
+            self.set_property(name, f"[Was_{name}]", f'{name}=""')
         # A number even where it is written nowhere.
         self.add("Property", "Level", "0")
-        self.set_property("Level", "[LOGLEVEL]", "LOGLEVEL")
-        self.add("LaunchCondition", "NOT LOGLEVEL OR (LOGLEVEL >= 0 AND LOGLEVEL <= 4)", "LOGLEVEL is a number from 0 to 4.")
+        self.set_property("Level", "[LOGLEVEL]", 'LOGLEVEL<>""')
+        self.add("LaunchCondition", 'LOGLEVEL="" OR (LOGLEVEL >= 0 AND LOGLEVEL <= 4)', "LOGLEVEL is a number from 0 to 4.")
 
     def add_upgrades(self):
         """The Windows Installer compares three numbers of a version; the fourth is compared by our condition."""
