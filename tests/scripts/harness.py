@@ -4,6 +4,7 @@ import concurrent.futures
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 
@@ -82,6 +83,16 @@ def test_script(bitness, path, *arguments, options=(), cwd=None):
     """A script that uses the checks of lib.js or lib.vbs."""
     library = pathlib.Path(__file__).with_name("lib" + path.suffix)
     return script(bitness, path, *arguments, options=("--include", library, *options), cwd=cwd)
+
+
+def deploy(bitness, folder, file, *others):
+    """A program of ours in a folder with the component beside it and a manifest that names it, so that it need not be
+    registered. Returns the program's path."""
+    for each in (file, "VetrelCorvane2.dll", *others):
+        shutil.copy(BUILD / bitness / each, folder)
+    copy = pathlib.Path(folder, pathlib.Path(file).name)
+    shutil.copy(ROOT / "examples/registration_free/host.exe.manifest", copy.with_name(copy.name + ".manifest"))
+    return copy
 
 
 def import_keys(bitness, *files):

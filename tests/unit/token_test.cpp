@@ -109,6 +109,7 @@ TEST(Cryptoki, ChoosesTheModule) {
              Row{L"the ARDS 0", L"-", L"C:\\P\\", L"C:\\P\\pkcs11\\jcPKCS11.dll",
                  L"C:\\P\\pkcs11\\jcPKCS11.dll"},
              Row{L"ARDS JaCarta 0", L"-", L"-", noFolder.c_str(), L"jcPKCS11-2.dll"},
+             Row{L"ARDS JaCarta 0", L"-", L"", noFolder.c_str(), L"jcPKCS11-2.dll"},
              Row{L"ARDS JaCarta 0", L"5", L"-", noFolder.c_str(), L"jcPKCS11-2.dll"},
              Row{slot, L"0", L"-", L"rtPKCS11ECP.dll", L"jcPKCS11-2.dll"},
              Row{L"ACS ACR38 0", L"-", L"-", L"Не определен путь до модуля pkcs11 ", L"jcPKCS11-2.dll"},

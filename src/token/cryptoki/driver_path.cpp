@@ -17,6 +17,9 @@ bool isSystemPreferred() {
 
 std::optional<std::wstring> ownJaCartaDriver() {
     auto path = Corvane::readTextSetting(L"Location");
+    // With no folder before it the driver would come from the root of whatever drive is the current one.
+    if (path && path->empty())
+        return std::nullopt;
     if (path) {
         if (!path->ends_with(L'\\'))
             *path += L'\\';
