@@ -34,7 +34,9 @@ void forEachImport(HMODULE module, Visit visit) {
     const auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(base + table.VirtualAddress);
     if (table.VirtualAddress == 0 || library->OriginalFirstThunk == 0)
         return;
-    const std::size_t distance = library->FirstThunk - library->OriginalFirstThunk;
+    // Backwards where another linker has placed the slots before the names.
+    const auto distance = static_cast<std::ptrdiff_t>(library->FirstThunk) -
+                          static_cast<std::ptrdiff_t>(library->OriginalFirstThunk);
     for (void*& slot : importSlots(module)) {
         const auto* name = reinterpret_cast<IMAGE_THUNK_DATA*>(reinterpret_cast<BYTE*>(&slot) - distance);
         if (name->u1.AddressOfData != 0 && !IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {

@@ -130,6 +130,27 @@ TEST_F(ArgumentsTest, AFailureIsAnExceptionOfItsOwnAndTouchesNoOutput) {
     EXPECT_EQ(made, object.get());
 }
 
+// As Visual Basic passes "stream.Seek location:=2, Position:=-1", and its own variables by reference.
+TEST_F(ArgumentsTest, ArgumentsComeByNameAndByReference) {
+    ComPtr<IBinaryStream> stream;
+    ASSERT_EQ(service()->CreateStream(stream.put()), S_OK);
+    ASSERT_EQ(stream->Resize(5), S_OK);
+    std::wstring member = L"seek";
+    std::wstring first = L"LOCATION";
+    std::wstring second = L"position";
+    LPOLESTR names[] = {member.data(), first.data(), second.data()};
+    DISPID ids[3] = {};
+    ASSERT_EQ(stream->GetIDsOfNames(IID_NULL, names, 3, LOCALE_USER_DEFAULT, ids), S_OK);
+    LONG fromEnd = 2;
+    VARIANT arguments[] = {variantTo(VT_BYREF | VT_I4, &fromEnd), variantOf(VT_I2, -1)};
+    DISPPARAMS parameters{arguments, &ids[1], 2, 2};
+    Variant result;
+    EXPECT_EQ(stream->Invoke(ids[0], IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD | DISPATCH_PROPERTYGET,
+                             &parameters, result.put(), nullptr, nullptr),
+              S_OK);
+    EXPECT_EQ(V_R8(&result.get()), 4);
+}
+
 // Whatever comes back, nothing is lost or broken. Files under odd names go into a folder of their own.
 TEST_F(ArgumentsTest, EveryMemberTakesEveryKindOfArgument) {
     const auto before = std::filesystem::current_path();

@@ -102,13 +102,13 @@ def import_keys(bitness, *files):
         sys.exit(f"the test keys could not be imported: {fault}")
 
 
-def main(cases_of):
-    """Runs the cases of both bitnesses, or those whose name contains a word of the command line, and ends the program.
+def main(cases_of, once=()):
+    """Runs the cases of both bitnesses and those that have none, or those whose name contains a word of the command line, and ends the program.
 
-    `cases_of`(bitness) yields pairs of a name and a function, which returns None when its case passes, else what went
+    `cases_of`(bitness) yields, and `once` holds, pairs of a name and a function, which returns None when its case passes, else what went
     wrong. Prints a line for each that fails and a summary. The status is not 0 either when no case was run.
     """
-    cases = [(f"{name} {bitness}", function) for bitness in BITNESSES for name, function in cases_of(bitness)]
+    cases = [*once] + [(f"{name} {bitness}", function) for bitness in BITNESSES for name, function in cases_of(bitness)]
     wanted = [case for case in cases if not sys.argv[1:] or any(word in case[0] for word in sys.argv[1:])]
     failed = 0
     with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:

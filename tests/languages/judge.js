@@ -18,7 +18,7 @@ const files = new ActiveXObject("VetrelCorvane2.FileSystemService");
 `;
 // Name, the compiler's number of the error, and what is wrong.
 const MISTAKES = [
-    ["a right call", 0, "crypto.Sign(data, signer).ToFile('x'); crypto.Encrypt(data, [signer, signer]); crypto.SignAsync(data, signer, () => {});"],
+    ["right calls", 0, "crypto.Sign(data, signer).ToFile('x'); crypto.Encrypt(data, [signer, signer]); crypto.SignAsync(data, signer, () => {});"],
     ["a member that is not there", 2339, "crypto.Sing(data, signer);"],
     ["a member of another object", 2339, "data.Seek(0);"],
     ["a text for bytes", 2345, "crypto.Sign('text', signer);"],
@@ -75,7 +75,7 @@ const typed = path.join(folder, "typed.ts");
 for (const [name, code, text] of MISTAKES) {
     const errors = found(options, typed, BEFORE + text);
     const right = code === 0 ? errors.length === 0 : errors.length === 1 && errors[0].code === code;
-    cases[`refuses ${name}`] = right ? null : `expected ${code || "no error"}: ${errors.map(describe).join("; ") || "accepted"}`;
+    cases[`${code ? "refuses" : "takes"} ${name}`] = right ? null : `expected ${code || "no error"}: ${errors.map(describe).join("; ") || "accepted"}`;
 }
 
 // The examples, without the strictness that scripts without types cannot have.

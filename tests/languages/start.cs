@@ -1,0 +1,77 @@
+// Runs the page's program under .NET, with what the tests put in the place of Windows, and then calls that it does not make.
+using System;
+using System.IO;
+using System.Reflection;
+using System.Runtime.InteropServices;
+using System.Text;
+using VetrelCorvaneLib;
+
+// What .NET's own IDispatch is like: that of a class with a default method.
+[ComVisible(true), ClassInterface(ClassInterfaceType.AutoDispatch)]
+public class Plain
+{
+    public bool IsCalled;
+    [DispId(0)] public void Call(object result, object error) { IsCalled = true; }
+}
+
+static class Start
+{
+    [DllImport("kernel32", CharSet = CharSet.Unicode, SetLastError = true)]
+    static extern IntPtr LoadLibrary(string path);
+
+    static string Failure(Action call)
+    {
+        try { call(); return "none"; }
+        catch (Exception error) { return error.HResult.ToString("X8"); }
+    }
+
+    // arguments: the stand-in's path, then those of the page's program
+    [STAThread]
+    static int Main(string[] arguments)
+    {
+        Console.SetOut(new StreamWriter(Console.OpenStandardOutput(), new UTF8Encoding(false)) { AutoFlush = true });
+        if (LoadLibrary(arguments[0]) == IntPtr.Zero) throw new Exception(arguments[0] + ": error " + Marshal.GetLastWin32Error());
+        string[] own = { arguments[1], arguments[2] };
+        MethodInfo main = typeof(Program).GetMethod("Main", BindingFlags.Static | BindingFlags.NonPublic);
+        object status = main.Invoke(null, new object[] { own });
+
+        IBinaryObjectService bytes = Corvane.InProgram<IBinaryObjectService>((IBinaryObjectService)Corvane.Create("BinaryObjectService"));
+        ICryptoService crypto = Corvane.InProgram<ICryptoService>(new CryptoService());
+        IBinaryObject data = bytes.BinaryObjectFromFile(own[0]);
+        ICertificate signer = crypto.GetCertificates("{\"storeName\": \"My\", \"hasPrivateKeyOnly\": true}")[0];
+        IBinaryObject signature = crypto.Sign(data, signer);
+        Console.WriteLine("untold: " + Failure(() => new BinaryObjectService().CreateStream()));
+        Console.WriteLine("not hexadecimal: " + Failure(() => bytes.BinaryObjectFromHex("4 8")));
+        Console.WriteLine("an array: " + ((object[])data.ToArray(1, 1))[0]);
+        foreach (object certificates in new object[] { signer, new object[] { signer }, new ICertificate[] { signer }, null, Type.Missing })
+            Console.Write(crypto.VerifySignature(data, signature, certificates).count);
+        Console.WriteLine(" " + signer.ValidTo.Kind);
+
+        IBinaryStream stream = bytes.CreateStream();
+        stream.Write(data, 0, data.Size);
+        stream.Seek(0);
+        Callback digest = new Callback();
+        bytes.GetSHA256StreamAsync(stream, digest);
+        Console.WriteLine(((IBinaryObject)digest.Wait()).ToHexString());
+        OperationToken token = new OperationToken();
+        token.SetCanceled();
+        Callback canceled = new Callback();
+        bytes.GetSHA256StreamAsync(stream, canceled, token);
+        try { canceled.Wait(); }
+        catch (InvalidOperationException error) { Console.WriteLine(error.Message); }
+
+        Plain plain = new Plain();
+        Callback later = new Callback();
+        bytes.GetMd5Async(data, plain);
+        bytes.GetMd5Async(data, later);
+        later.Wait();
+        for (int i = 0; i < 20 && !plain.IsCalled; ++i)
+        {
+            Callback again = new Callback();
+            bytes.GetMd5Async(data, again);
+            again.Wait();
+        }
+        Console.WriteLine("a class of .NET is called: " + plain.IsCalled);
+        return (int)status;
+    }
+}
