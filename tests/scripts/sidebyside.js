@@ -11,9 +11,4 @@ equal(JSON.parse(create("About").Diagnose()).registered.path, "", "Diagnose");
 var digest = wait(function (done) { create("BinaryObjectService").GetMd5Async(hex("616263"), done); });
 equal(digest.ToHexString(), "900150983CD24FB0D6963F7D28E17F72", "GetMd5Async");
 
-// Errors name their source, which the system looks up by the class.
-try {
-    hex("x");
-} catch (error) {
-    equal(error.message, "[12] Неверная длина HEX строки", "an error");
-}
+fails(function () { hex("x"); }, "[12] Неверная длина HEX строки", "an error");
