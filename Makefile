@@ -3,6 +3,7 @@
 #   make build    both bitnesses, release: the DLLs in build/x86 and build/x64, the script host and the tests
 #   make check    everything that must hold before a change goes in; ends with a line "N passed, N failed"
 #   make demo     signs, verifies and encrypts a document from scripts, from an empty Wine prefix to the end
+#   make dist     build/dist: the packages for the Windows Installer, an archive with everything, checksums
 #   make bench    the benchmark's table, both bitnesses
 #   make fuzz     the fuzzers, FUZZ_SECONDS each
 #   make native   what is independent of Windows, with its tests and the sanitizers, for Linux
@@ -13,7 +14,7 @@ FUZZ_SECONDS ?= 60
 BUILDS := x64-release x86-release
 
 .NOTPARALLEL:
-.PHONY: build native setup check demo bench fuzz format lint clean
+.PHONY: build native setup check demo dist bench fuzz format lint clean
 .DEFAULT_GOAL := build
 
 setup:
@@ -39,6 +40,13 @@ demo: setup
 	done
 	@tools/demo
 
+dist: setup
+	@for preset in $(BUILDS); do \
+	    cmake --preset $$preset --log-level=WARNING && \
+	    cmake --build build/$$preset --target VetrelCorvane2 || exit 1; \
+	done
+	@tools/dist
+
 bench: setup
 	@for preset in $(BUILDS); do \
 	    cmake --preset $$preset --log-level=WARNING && \
@@ -59,4 +67,4 @@ lint: setup
 	@tools/lint
 
 clean:
-	rm -rf build/x64 build/x86 build/*-release build/*-debug build/native build/check build/lint build/demo build/fuzz build/mutate build/reproduce build/bench.txt
+	rm -rf build/x64 build/x86 build/*-release build/*-debug build/native build/check build/lint build/demo build/dist build/fuzz build/mutate build/reproduce build/bench.txt
