@@ -18,7 +18,7 @@ BUILDS := x64-release x86-release
 .DEFAULT_GOAL := build
 
 setup:
-	@tools/setup
+	@tools/setup packages libraries wine
 
 build: setup
 	@for preset in $(BUILDS); do \
@@ -30,6 +30,7 @@ native: setup
 	@cmake --build build/native
 
 check: setup
+	@tools/setup languages
 	@tools/check
 
 # Only what the demonstration runs: no tests, no benchmarks.
@@ -67,4 +68,4 @@ lint: setup
 	@tools/lint
 
 clean:
-	rm -rf build/x64 build/x86 build/*-release build/*-debug build/native build/check build/lint build/demo build/dist build/fuzz build/mutate build/reproduce build/bench.txt
+	rm -rf build/x64 build/x86 build/*-release build/*-debug build/native build/check build/lint build/demo build/dist build/fuzz build/interop build/mutate build/reproduce build/typings/activex-vetrelcorvane2 build/bench.txt
