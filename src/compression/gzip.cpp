@@ -161,8 +161,7 @@ void gzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
                    const SharedProgress& progress, int mode) {
     writeLog(LogLevel::debug, L"Corvane::Compression::gzipFileAsync", L"[in] input: ", input,
              L" [in] output: ", output, L" [in] mode: ", mode);
-    if (&input == &output)
-        throw Exception(E_GZIP_OPEN);
+    Stream::expectSeparate(input, output, E_GZIP_OPEN);
     Stream::OutputRange range(output);
     const Sink sink = range.sink();
     Deflater deflater(zlibLevel(mode));
@@ -176,8 +175,7 @@ void ungzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output
                      const SharedProgress& progress) {
     writeLog(LogLevel::debug, L"Corvane::Compression::ungzipFileAsync", L"[in] input: ", input,
              L" [in] output: ", output);
-    if (&input == &output)
-        throw Exception(E_UNGZIP);
+    Stream::expectSeparate(input, output, E_UNGZIP);
     Stream::OutputRange range(output);
     const Sink sink = range.sink();
     MemberReader reader;

@@ -55,8 +55,7 @@ void zipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output, c
                   int mode) {
     writeLog(LogLevel::debug, L"Corvane::Compression::zipFileAsync", L"[in] input: ", input,
              L" [in] output: ", output, L" [in] mode: ", mode);
-    if (&input == &output)
-        throw Exception(E_ZIP_OPEN);
+    Stream::expectSeparate(input, output, E_ZIP_OPEN);
     Stream::throwIfCanceled(progress);
     Stream::OutputRange range(output);
     ZipFile archive = ZipFile::open(streamStorage(output, range.begin(), [&] { range.noteWriting(); }));
@@ -73,8 +72,7 @@ void unzipFileAsync(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
                     const SharedProgress& progress) {
     writeLog(LogLevel::debug, L"Corvane::Compression::unzipFileAsync", L"[in] input: ", input,
              L" [in] output: ", output, L" [in] file: ", numFile);
-    if (&input == &output)
-        throw Exception(E_ZIP_OPEN);
+    Stream::expectSeparate(input, output, E_ZIP_OPEN);
     Stream::OutputRange range(output);
     UnZipFile archive = UnZipFile::open(input);
     selectNumber(archive, numFile);

@@ -1,6 +1,7 @@
 // What an operation writes into a stream: all of it, or nothing of it stays.
 #pragma once
 
+#include "core/exception.h"
 #include "stream/binary_stream.h"
 
 #include <cstdint>
@@ -10,10 +11,17 @@
 
 namespace Corvane::Stream {
 
-// Begins at the stream's position, where the stream itself is written at that of the first writing: it may be
-// read meanwhile, and what was read is not lost. After commit() the stream ends behind what was written.
-// Without it the stream ends where the range began, or is as it was when nothing was written, even when
-// somebody has closed the file meanwhile. The stream must outlive it.
+// For operations that read one stream and write another: in one and the same they would overwrite what they
+// have not read yet. Throws Exception with the operation's error then.
+inline void expectSeparate(const IBinaryStream& input, const IBinaryStream& output,
+                           const ErrorDescriptor& error) {
+    if (&input == &output)
+        throw Exception(error);
+}
+
+// Begins at the stream's position. After commit() the stream ends behind what was written. Without it the
+// stream ends where the range began, or is as it was when nothing was written, even when somebody has closed
+// the file meanwhile. The stream must outlive it.
 class OutputRange {
 public:
     explicit OutputRange(IBinaryStream& stream)
@@ -37,9 +45,7 @@ public:
     void noteWriting() noexcept { written_ = true; }
 
     // The stream, to be written at once.
-    IBinaryStream& stream() {
-        if (!written_)
-            begin_ = stream_.state().position;
+    IBinaryStream& stream() noexcept {
         noteWriting();
         return stream_;
     }
@@ -58,7 +64,7 @@ public:
 private:
     IBinaryStream& stream_;
     std::shared_ptr<IBinaryStream> kept_;
-    std::uint64_t begin_;
+    const std::uint64_t begin_;
     bool written_ = false;
     bool committed_ = false;
 };

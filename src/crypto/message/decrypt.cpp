@@ -72,6 +72,7 @@ void CryptoApiProvider::decrypt(Stream::IBinaryStream& input, Stream::IBinaryStr
                                 const SharedProgress& progress) const {
     writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::decrypt", L"input size: ", input.state().size,
              L", input position: ", input.state().position);
+    Stream::expectSeparate(input, output, E_CRYPTO_DECRYPT);
     Stream::OutputRange range(output);
     EnvelopedMessage message(range.sink());
     Stream::forEachBlock(

@@ -84,6 +84,7 @@ void CryptoApiProvider::encrypt(Stream::IBinaryStream& input, Stream::IBinaryStr
     info.cRecipients = static_cast<DWORD>(infos.size());
     info.rgpRecipients = infos.data();
 
+    Stream::expectSeparate(input, output, E_CRYPTO_ENCRYPT);
     Stream::OutputRange range(output);
     detail::MessageContent content(input, detail::MessageContent::largestPadded);
     {

@@ -59,6 +59,7 @@ void CryptoApiProvider::extractContentFromSignature(Stream::IBinaryStream& input
                                                     const SharedProgress& progress) const {
     writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::extractContentFromSignature", L"input size: ",
              input.state().size, L", input position: ", input.state().position);
+    Stream::expectSeparate(input, output, E_CRYPTO_EXTRACT_CONTENT);
     Stream::OutputRange range(output);
     auto message = detail::CryptMessage::openToDecode(0, range.sink());
     detail::feed(message, input, progress, expectContent);

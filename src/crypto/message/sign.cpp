@@ -6,6 +6,7 @@
 #include "crypto/message/crypto_api_provider.h"
 #include "crypto/message/message_feed.h"
 #include "crypto/message/signer_info.h"
+#include "stream/output_range.h"
 
 namespace Corvane {
 namespace {
@@ -53,6 +54,7 @@ void CryptoApiProvider::sign(Stream::IBinaryStream& input, Stream::IBinaryStream
     writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::sign", L"provider name: ", record_.name,
              L"certificate: ", certificate, L", attached: ", attached, L", input size: ", input.state().size,
              L", input position: ", input.state().position);
+    Stream::expectSeparate(input, output, E_CRYPTO_SIGN);
     const detail::IncludedCertificates included(certificate, addCertChain);
     std::vector<CRYPT_DATA_BLOB> blobs = included.blobs();
     const detail::PrivateKey key(certificate, E_CRYPTO_SIGN);
