@@ -90,6 +90,11 @@ for (const example of examples) {
     cases[`example ${path.basename(example)}`] = wrong || (noticed ? null : "a misspelt object was not noticed");
 }
 
+// As the README tells for pages, where the author has nothing but the package and what it depends on.
+const ofPage = { ...options, lib: ["lib.es5.d.ts", "lib.dom.d.ts"], types: ["activex-vetrelcorvane2"] };
+const PAGE = `(function () {${BEFORE}document.title = new Date(signer.ValidTo) + data.ToHexString(); })();`;
+cases["takes a page's script"] = found(ofPage, typed, PAGE).map(describe).join("; ") || null;
+
 // What an editor shows, and the members with what is said of them.
 const asked = service(options, { [typed]: BEFORE + "crypto.Sign(data, signer);" });
 const shown = asked.getQuickInfoAtPosition(typed, BEFORE.length + "crypto.S".length);
