@@ -6,7 +6,8 @@ import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 DOCUMENTS = sorted([*ROOT.glob("*.md"), *ROOT.glob("docs/**/*.md"), *ROOT.glob("tests/**/*.md")])
-LINK = re.compile(r"\]\(([^)#\s]+)(?:#[^)]*)?\)")
+LINK = re.compile(r"\]\(([^)\s]+)\)")
+HEADING = re.compile(r"^#+ (.*)$", re.MULTILINE)
 PATH = re.compile(r"(?<![\w./\\-])((?:src|tools|tests|docs|bench|examples|resources|cmake)/[\w./-]*[\w/])")
 # An error as scripts see it, its number in brackets before its text, which "..." may cut short; and one by its number.
 ERROR = re.compile(r"\[(\d+)\] ([А-Я][^`|(\n\"]*)")
@@ -23,8 +24,15 @@ class Documents(unittest.TestCase):
                 if not resolve(document, name):
                     yield f"{document.relative_to(ROOT)}: {name}"
 
-    def test_links_lead_to_files(self):
-        resolve = lambda document, name: "://" in name or (document.parent / name).exists()
+    def test_links_lead_to_files_and_headings(self):
+        def resolve(document, link):
+            name, _, place = link.partition("#")
+            target = document.parent / name if name else document
+            if "://" in link or not target.exists() or not place:
+                return "://" in link or target.exists()
+            headings = HEADING.findall(target.read_text(encoding="utf-8"))
+            return place in [re.sub(r"[^\w -]", "", each.lower()).replace(" ", "-") for each in headings]
+
         self.assertEqual(list(self.missing(LINK, resolve)), [])
 
     def test_paths_exist(self):
