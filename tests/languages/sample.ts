@@ -4,9 +4,10 @@ const crypto = new ActiveXObject("VetrelCorvane2.CryptoService");
 const service = new ActiveXObject("VetrelCorvane2.BinaryObjectService.2.9.9");
 const files = new ActiveXObject("VetrelCorvane2.FileSystemService");
 
-type Token = VetrelCorvane2.OperationToken;
+import Corvane = VetrelCorvane2;
+type Token = Corvane.OperationToken;
 
-function wait<T>(start: (done: VetrelCorvane2.Callback<T>, token: Token) => void): T {
+function wait<T>(start: (done: Corvane.Callback<T>, token: Token) => void): T {
     const token = new ActiveXObject("VetrelCorvane2.OperationToken");
     const results: T[] = [], errors: string[] = [];
     start(function (result, error) {
@@ -22,19 +23,18 @@ const hello = service.BinaryObjectFromString("Hello", 65001);
 const mine = crypto.GetCertificates('{"storeName": "My", "hasPrivateKeyOnly": true}');
 const signer = mine.Item(0);
 
-import Access = VetrelCorvane2.FileAccess;
-const file = files.OpenFile("typed.bin", Access.GENERIC_WRITE + Access.GENERIC_READ,
-    VetrelCorvane2.FileCreationDisposition.CREATE_ALWAYS);
+const file = files.OpenFile("typed.bin", Corvane.FileAccess.GENERIC_WRITE + Corvane.FileAccess.GENERIC_READ,
+    Corvane.FileCreationDisposition.CREATE_ALWAYS);
 file.Write(hello, 0, hello.Size);
 file.Seek(0);
-WScript.Echo(wait<VetrelCorvane2.BinaryObject>((done, token) => service.GetSHA256StreamAsync(file, done, token)).ToHexString());
+WScript.Echo(wait<Corvane.BinaryObject>((done, token) => service.GetSHA256StreamAsync(file, done, token)).ToHexString());
 
 file.Seek(0);
 const message = service.CreateStream();
 wait<undefined>((done, token) => crypto.SignStreamAsync(file, message, signer, true, done, token));
 file.Close();
 message.Seek(0);
-const signers = wait<VetrelCorvane2.CertificateCollection>((done, token) =>
+const signers = wait<Corvane.CertificateCollection>((done, token) =>
     crypto.VerifyStreamAttachedSignatureAsync(message, done, token, [signer]));
 for (const each = new Enumerator(signers); !each.atEnd(); each.moveNext())
     WScript.Echo(each.item().CommonName + " " + (new Date(each.item().ValidTo).getFullYear() > 2000));
@@ -42,7 +42,7 @@ for (const each = new Enumerator(signers); !each.atEnd(); each.moveNext())
 const bytes: number[] = new VBArray(hello.ToArray(1, 2)).toArray();
 WScript.Echo(bytes.join(" "));
 try {
-    wait<VetrelCorvane2.CertificateCollection>((done) => crypto.VerifySignatureAsync(hello, hello, done));
+    wait<Corvane.CertificateCollection>((done) => crypto.VerifySignatureAsync(hello, hello, done));
 } catch (error) {
     WScript.Echo((error as Error).message.substr(0, 5));
 }
