@@ -113,32 +113,12 @@ NewContentKey::NewContentKey(const CMSG_ENVELOPED_ENCODE_INFO& info)
     content.cbSize = sizeof content;
     content.hCryptProv = info.hCryptProv;
     content.ContentEncryptionAlgorithm = algorithm_.view();
-    content.pvEncryptionAuxInfo = info.pvEncryptionAuxInfo;
     content.cRecipients = info.cRecipients;
     content.pfnAlloc = allocate;
     content.pfnFree = release;
     make(content);
-    for (DWORD i = 0; i < info.cRecipients; ++i) {
-        const bool isCms = info.cbSize >= sizeof info && info.rgCmsRecipients;
-        if (!isCms) {
-            giveTo(content, info.rgpRecipients[i]->SubjectPublicKeyInfo, Identity::of(*info.rgpRecipients[i]),
-                   i);
-            continue;
-        }
-        if (info.rgCmsRecipients[i].dwRecipientChoice != CMSG_KEY_TRANS_RECIPIENT)
-            fail(E_INVALIDARG);
-        const CMSG_KEY_TRANS_RECIPIENT_ENCODE_INFO& one = *info.rgCmsRecipients[i].pKeyTrans;
-        Identity identity;
-        if (one.RecipientId.dwIdChoice == CERT_ID_KEY_IDENTIFIER) {
-            append(identity.keyIdentifier, viewOf(one.RecipientId.KeyId));
-        } else {
-            CERT_INFO names{};
-            names.Issuer = one.RecipientId.IssuerSerialNumber.Issuer;
-            names.SerialNumber = one.RecipientId.IssuerSerialNumber.SerialNumber;
-            identity = Identity::of(names);
-        }
-        giveTo(content, {one.KeyEncryptionAlgorithm, one.RecipientPublicKey}, std::move(identity), i);
-    }
+    for (DWORD i = 0; i < info.cRecipients; ++i)
+        giveTo(content, *info.rgpRecipients[i], i);
 }
 
 void NewContentKey::make(CMSG_CONTENT_ENCRYPT_INFO& info) {
@@ -151,8 +131,6 @@ void NewContentKey::make(CMSG_CONTENT_ENCRYPT_INFO& info) {
         Bytes copy(parameters.begin(), parameters.end());
         if (info.dwFlags & CMSG_CONTENT_ENCRYPT_FREE_PARA_FLAG)
             release(info.ContentEncryptionAlgorithm.Parameters.pbData);
-        if (info.dwFlags & CMSG_CONTENT_ENCRYPT_RELEASE_CONTEXT_FLAG)
-            *provider_.put() = info.hCryptProv;
         algorithm_.parameters = std::move(copy);
         info.ContentEncryptionAlgorithm = algorithm_.view();
         return;
@@ -173,9 +151,9 @@ void NewContentKey::make(CMSG_CONTENT_ENCRYPT_INFO& info) {
     info.ContentEncryptionAlgorithm = algorithm_.view();
 }
 
-void NewContentKey::giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_PUBLIC_KEY_INFO& key,
-                           Identity identity, DWORD index) {
-    Recipient recipient{std::move(identity), AlgorithmId::of(key.Algorithm), {}};
+void NewContentKey::giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_INFO& certificate, DWORD index) {
+    const CERT_PUBLIC_KEY_INFO& key = certificate.SubjectPublicKeyInfo;
+    Recipient recipient{Identity::of(certificate), AlgorithmId::of(key.Algorithm), {}};
     CMSG_KEY_TRANS_RECIPIENT_ENCODE_INFO how{};
     how.cbSize = sizeof how;
     how.KeyEncryptionAlgorithm = key.Algorithm;
@@ -191,8 +169,6 @@ void NewContentKey::giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_PUBLIC_KE
         recipient.keyEncryption = AlgorithmId::of(result.KeyEncryptionAlgorithm);
         append(recipient.encryptedKey, viewOf(result.EncryptedKey));
         release(result.EncryptedKey.pbData);
-        if (result.dwFlags & CMSG_KEY_TRANS_ENCRYPT_FREE_PARA_FLAG)
-            release(result.KeyEncryptionAlgorithm.Parameters.pbData);
     } else {
         checkRsa(recipient.keyEncryption);
         recipient.encryptedKey = exportForRsa(info.hCryptProv, key_.get(), key);

@@ -39,12 +39,10 @@ public:
 
 private:
     void make(CMSG_CONTENT_ENCRYPT_INFO& info);
-    void giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_PUBLIC_KEY_INFO& key, Identity identity,
-                DWORD index);
+    void giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_INFO& certificate, DWORD index);
 
     AlgorithmId algorithm_;
     OwnedKey key_;
-    OwnedProvider provider_;
     std::vector<Recipient> recipients_;
 };
 

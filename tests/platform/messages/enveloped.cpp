@@ -26,25 +26,15 @@ public:
             layout_->end({});
     }
 
-    void parameter(DWORD type, DWORD, Answer answer) override {
-        if (type != CMSG_CONTENT_PARAM && type != CMSG_BARE_CONTENT_PARAM)
-            fail(CRYPT_E_INVALID_MSG_TYPE);
-        if (sink_.collected().empty())
-            fail(CRYPT_E_MSG_ERROR);
-        answer.give(type == CMSG_CONTENT_PARAM ? View(sink_.collected()) : Layout::bare(sink_.collected()));
-    }
+    void parameter(DWORD type, DWORD, Answer answer) override { sink_.give(type, answer); }
 
 private:
     void begin(DWORD size) {
         Bytes recipients;
-        bool hasKeyIdentifiers = false;
-        for (const Recipient& one : key_.recipients()) {
-            hasKeyIdentifiers |= one.identity.isKeyIdentifier();
-            append(recipients,
-                   tlv(Tag::sequence, integer(one.identity.isKeyIdentifier() ? 2 : 0), one.identity.der(),
-                       one.keyEncryption.der(), tlv(Tag::octetString, one.encryptedKey)));
-        }
-        Bytes head = integer(hasKeyIdentifiers ? 2 : 0);
+        for (const Recipient& one : key_.recipients())
+            append(recipients, tlv(Tag::sequence, integer(0), one.identity.der(), one.keyEncryption.der(),
+                                   tlv(Tag::octetString, one.encryptedKey)));
+        Bytes head = integer(0);
         append(head, tlv(Tag::set, recipients));
         Bytes inner = oid(Oid::data);
         append(inner, key_.algorithm().der());
@@ -89,14 +79,6 @@ public:
                     auto* const algorithm = flat.make<CRYPT_ALGORITHM_IDENTIFIER>();
                     *algorithm = flat.algorithm(algorithm_);
                 });
-            case CMSG_RECIPIENT_COUNT_PARAM:
-                return answer.give(static_cast<DWORD>(std::ranges::count_if(
-                    recipients_, [](const Bytes& one) { return isKeyTransport(one); })));
-            case CMSG_RECIPIENT_INFO_PARAM:
-                return answer.build([&](Flat& flat) {
-                    auto* const info = flat.make<CERT_INFO>();
-                    *info = keyTransport(index).identity.certificateInfo(flat);
-                });
             case CMSG_CMS_RECIPIENT_COUNT_PARAM:
                 return answer.give(static_cast<DWORD>(recipients_.size()));
             case CMSG_CMS_RECIPIENT_INFO_PARAM:
@@ -109,15 +91,14 @@ public:
     void control(DWORD, DWORD type, const void* argument) override {
         if (!isHeadRead())
             fail(sink_.isStream() ? CRYPT_E_STREAM_MSG_NOT_READY : CRYPT_E_INVALID_MSG_TYPE);
-        if (type == CMSG_CTRL_DECRYPT) {
-            const auto& how = *static_cast<const CMSG_CTRL_DECRYPT_PARA*>(argument);
-            decrypt(keyTransport(how.dwRecipientIndex), how.hCryptProv, how.dwKeySpec);
-        } else if (type == CMSG_CTRL_KEY_TRANS_DECRYPT) {
-            const auto& how = *static_cast<const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA*>(argument);
-            decrypt(recipient(all(how.dwRecipientIndex)), how.hCryptProv, how.dwKeySpec);
-        } else {
+        if (type != CMSG_CTRL_KEY_TRANS_DECRYPT)
             fail(CRYPT_E_CONTROL_TYPE);
-        }
+        if (cipher_)
+            fail(CRYPT_E_ALREADY_DECRYPTED);
+        const auto& how = *static_cast<const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA*>(argument);
+        const Recipient one = recipient(all(how.dwRecipientIndex));
+        cipher_.emplace(receiveContentKey(algorithm_, one, how.hCryptProv, how.dwKeySpec), false);
+        decryptQueue();
     }
 
 private:
@@ -126,15 +107,6 @@ private:
     const Bytes& all(DWORD index) const {
         return index < recipients_.size() ? recipients_[index]
                                           : (fail(CRYPT_E_INVALID_INDEX), recipients_[0]);
-    }
-
-    // Counted among those with key transport alone.
-    Recipient keyTransport(DWORD index) const {
-        for (const Bytes& one : recipients_) {
-            if (isKeyTransport(one) && index-- == 0)
-                return recipient(one);
-        }
-        fail(CRYPT_E_INVALID_INDEX);
     }
 
     static Recipient recipient(View encoded) {
@@ -208,13 +180,6 @@ private:
             cursor.next();
     }
 
-    void decrypt(const Recipient& one, HCRYPTPROV provider, DWORD spec) {
-        if (cipher_)
-            fail(CRYPT_E_ALREADY_DECRYPTED);
-        cipher_.emplace(receiveContentKey(algorithm_, one, provider, spec), false);
-        decryptQueue();
-    }
-
     void decryptQueue() {
         sink_.put(cipher_->process(queue_, isWhole()), isWhole());
         queue_ = {};
@@ -231,7 +196,7 @@ private:
 
 }  // namespace
 
-OwnedMessage encodeEnveloped(DWORD, const CMSG_ENVELOPED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream) {
+OwnedMessage encodeEnveloped(const CMSG_ENVELOPED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream) {
     return std::make_unique<EnvelopedEncoder>(info, stream);
 }
 

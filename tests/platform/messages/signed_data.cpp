@@ -27,7 +27,7 @@ Layout::Parts SignedParts::before() const {
         algorithms.push_back(digest.parameters.empty()
                                  ? tlv(Tag::sequence, oid(digest.oid), Bytes{Tag::null, 0})
                                  : digest.der());
-    Bytes head = integer(hasKeyIdentifiers || contentType != Oid::data ? 3 : 1);
+    Bytes head = integer(contentType != Oid::data ? 3 : 1);
     append(head, collection(Tag::set, algorithms, false));
     return {oid(Oid::signedData), head, oid(contentType)};
 }

@@ -11,7 +11,6 @@ struct SignedParts {
     std::vector<AlgorithmId> digests;
     std::string contentType = Oid::data;
     std::vector<Bytes> certificates, crls, signers;
-    bool hasKeyIdentifiers = false;
 
     void addDigest(const AlgorithmId& algorithm);
     Layout::Parts before() const;

@@ -32,30 +32,22 @@ public:
             return answer.give(DWORD{CMSG_SIGNED});
         if (!isWhole())
             fail(sink_.isStream() ? CRYPT_E_STREAM_MSG_NOT_READY : CRYPT_E_INVALID_MSG_TYPE);
-        messageParameter(type, index, answer) || signerParameter(type, index, answer) ||
-            (fail(CRYPT_E_INVALID_MSG_TYPE), true);
+        if (!messageParameter(type, index, answer))
+            signerParameter(type, index, answer);
     }
 
     void control(DWORD, DWORD type, const void* argument) override {
         if (!isWhole())
             fail(sink_.isStream() ? CRYPT_E_STREAM_MSG_NOT_READY : CRYPT_E_INVALID_MSG_TYPE);
         switch (type) {
-            case CMSG_CTRL_VERIFY_SIGNATURE:
-                return verify(*static_cast<const CERT_INFO*>(argument));
             case CMSG_CTRL_VERIFY_SIGNATURE_EX:
                 return verify(*static_cast<const CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA*>(argument));
             case CMSG_CTRL_ADD_SIGNER:
                 return addSigner(*static_cast<const CMSG_SIGNER_ENCODE_INFO*>(argument));
-            case CMSG_CTRL_DEL_SIGNER:
-                return remove(parts_.signers, *static_cast<const DWORD*>(argument));
             case CMSG_CTRL_ADD_CERT:
-                return add(parts_.certificates, *static_cast<const CRYPT_DATA_BLOB*>(argument));
-            case CMSG_CTRL_DEL_CERT:
-                return remove(parts_.certificates, *static_cast<const DWORD*>(argument));
-            case CMSG_CTRL_ADD_CRL:
-                return add(parts_.crls, *static_cast<const CRYPT_DATA_BLOB*>(argument));
-            case CMSG_CTRL_DEL_CRL:
-                return remove(parts_.crls, *static_cast<const DWORD*>(argument));
+                append(parts_.certificates.emplace_back(),
+                       viewOf(*static_cast<const CRYPT_DATA_BLOB*>(argument)));
+                return;
             default:
                 fail(CRYPT_E_CONTROL_TYPE);
         }
@@ -147,10 +139,6 @@ private:
                 return answer.give(static_cast<DWORD>(parts_.certificates.size())), true;
             case CMSG_CERT_PARAM:
                 return answer.give(at(parts_.certificates, index)), true;
-            case CMSG_CRL_COUNT_PARAM:
-                return answer.give(static_cast<DWORD>(parts_.crls.size())), true;
-            case CMSG_CRL_PARAM:
-                return answer.give(at(parts_.crls, index)), true;
             case CMSG_ENCODED_MESSAGE:
                 return answer.give(encoded()), true;
             case CMSG_COMPUTED_HASH_PARAM:
@@ -160,54 +148,31 @@ private:
         }
     }
 
-    bool signerParameter(DWORD type, DWORD index, Answer& answer) const {
+    void signerParameter(DWORD type, DWORD index, Answer& answer) const {
         const ReadSigner signer(at(parts_.signers, index));
         switch (type) {
             case CMSG_SIGNER_INFO_PARAM:
-                return answer.give(PKCS7_SIGNER_INFO, signer.named()), true;
-            case CMSG_CMS_SIGNER_INFO_PARAM:
-                return answer.give(CMS_SIGNER_INFO, toDer(Reader(signer.whole).next())), true;
+                return answer.give(PKCS7_SIGNER_INFO, signer.named());
             case CMSG_SIGNER_CERT_INFO_PARAM:
                 return answer.build([&](Flat& flat) {
                     auto* const info = flat.make<CERT_INFO>();
                     *info = signer.identity.certificateInfo(flat);
-                }),
-                       true;
+                });
             case CMSG_SIGNER_CERT_ID_PARAM:
                 return answer.build([&](Flat& flat) {
                     auto* const id = flat.make<CERT_ID>();
                     *id = signer.identity.certificateId(flat);
-                }),
-                       true;
-            case CMSG_SIGNER_HASH_ALGORITHM_PARAM:
-                return answer.build([&](Flat& flat) {
-                    auto* const algorithm = flat.make<CRYPT_ALGORITHM_IDENTIFIER>();
-                    *algorithm = flat.algorithm(signer.hash);
-                }),
-                       true;
-            case CMSG_SIGNER_AUTH_ATTR_PARAM:
-                return attributes(signer.attributes, answer), true;
-            case CMSG_SIGNER_UNAUTH_ATTR_PARAM:
-                return attributes(signer.unauthenticated, answer), true;
-            case CMSG_ENCRYPTED_DIGEST:
-                return answer.give(signer.signature), true;
+                });
             case CMSG_ENCODED_SIGNER:
-                return answer.give(signer.whole), true;
+                return answer.give(signer.whole);
             default:
-                return false;
+                fail(CRYPT_E_INVALID_MSG_TYPE);
         }
-    }
-
-    static void attributes(const Bytes& set, Answer& answer) {
-        if (set.empty())
-            fail(CRYPT_E_ATTRIBUTES_MISSING);
-        answer.give(PKCS_ATTRIBUTES, set);
     }
 
     // The one that was computed as the content came, or of content that is in memory.
     Bytes contentDigest(const ReadSigner& signer) {
-        const ALG_ID number = algorithmNumber(signer.hash.oid, CRYPT_HASH_ALG_OID_GROUP_ID);
-        return contentDigest(number);
+        return contentDigest(algorithmNumber(signer.hash.oid, CRYPT_HASH_ALG_OID_GROUP_ID));
     }
 
     Bytes contentDigest(ALG_ID number) {
@@ -220,46 +185,19 @@ private:
         return digestOf(number, sink_.collected());
     }
 
-    void verify(const ReadSigner& signer, const CERT_PUBLIC_KEY_INFO& key) {
-        signer.verify(key, contentDigest(signer), parts_.contentType);
-    }
-
-    void verify(const CERT_INFO& certificate) {
-        const Identity wanted = Identity::of(certificate);
-        for (const Bytes& one : parts_.signers) {
-            const ReadSigner signer(one);
-            const Identity named = signer.identity.asName();
-            if (named.issuer == wanted.issuer && named.serial == wanted.serial)
-                return verify(signer, certificate.SubjectPublicKeyInfo);
-        }
-        fail(CRYPT_E_SIGNER_NOT_FOUND);
-    }
-
     void verify(const CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA& how) {
         const ReadSigner signer(at(parts_.signers, how.dwSignerIndex));
-        if (how.dwSignerType == CMSG_VERIFY_SIGNER_PUBKEY)
-            return verify(signer, *static_cast<const CERT_PUBLIC_KEY_INFO*>(how.pvSigner));
         if (how.dwSignerType != CMSG_VERIFY_SIGNER_CERT)
             fail(E_INVALIDARG);
-        verify(signer, static_cast<const CERT_CONTEXT*>(how.pvSigner)->pCertInfo->SubjectPublicKeyInfo);
+        signer.verify(static_cast<const CERT_CONTEXT*>(how.pvSigner)->pCertInfo->SubjectPublicKeyInfo,
+                      contentDigest(signer), parts_.contentType);
     }
 
     void addSigner(const CMSG_SIGNER_ENCODE_INFO& info) {
-        const NewSigner signer(info, 0);
+        const NewSigner signer(info);
         const Bytes digest = contentDigest(signer.hashNumber());
         parts_.signers.push_back(signer.signerInfo(&digest));
         parts_.addDigest(signer.hash());
-        parts_.hasKeyIdentifiers |= signer.isKeyIdentifier();
-    }
-
-    static void add(std::vector<Bytes>& all, const CRYPT_DATA_BLOB& blob) {
-        const View one = viewOf(blob);
-        all.emplace_back(one.begin(), one.end());
-    }
-
-    static void remove(std::vector<Bytes>& all, DWORD index) {
-        at(all, index);
-        all.erase(all.begin() + static_cast<std::ptrdiff_t>(index));
     }
 
     Bytes encoded() const {
@@ -268,10 +206,9 @@ private:
         Sink whole(nullptr);
         Layout layout(parts_.before(), whole);
         const Bytes after = parts_.after();
-        if (hasContent_)
-            layout.beginDefinite(sink_.collected().size(), after.size());
-        else
-            layout.beginDefinite(std::nullopt, after.size());
+        layout.beginDefinite(
+            hasContent_ ? std::optional<std::uint64_t>(sink_.collected().size()) : std::nullopt,
+            after.size());
         if (hasContent_)
             layout.content(sink_.collected());
         layout.end(after);

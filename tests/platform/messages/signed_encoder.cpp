@@ -7,23 +7,15 @@
 namespace Corvane::Platform::Messages {
 namespace {
 
-std::vector<Bytes> blobs(const CRYPT_DATA_BLOB* given, DWORD count) {
-    std::vector<Bytes> all;
-    for (DWORD i = 0; i < count; ++i)
-        all.emplace_back(given[i].pbData, given[i].pbData + given[i].cbData);
-    return all;
-}
-
 class SignedEncoder : public Message {
 public:
     SignedEncoder(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream)
         : isDetached_((flags & CMSG_DETACHED_FLAG) != 0), sink_(stream) {
-        parts_.certificates = blobs(info.rgCertEncoded, info.cCertEncoded);
-        parts_.crls = blobs(info.rgCrlEncoded, info.cCrlEncoded);
+        for (DWORD i = 0; i < info.cCertEncoded; ++i)
+            append(parts_.certificates.emplace_back(), viewOf(info.rgCertEncoded[i]));
         for (DWORD i = 0; i < info.cSigners; ++i) {
-            const NewSigner& signer = signers_.emplace_back(info.rgSigners[i], flags);
+            const NewSigner& signer = signers_.emplace_back(info.rgSigners[i]);
             parts_.addDigest(signer.hash());
-            parts_.hasKeyIdentifiers |= signer.isKeyIdentifier();
             digests_.try_emplace(signer.hashNumber(), signer.hashNumber(), signer.provider());
         }
     }
@@ -45,13 +37,7 @@ public:
             finish();
     }
 
-    void parameter(DWORD type, DWORD, Answer answer) override {
-        if (type != CMSG_CONTENT_PARAM && type != CMSG_BARE_CONTENT_PARAM)
-            fail(CRYPT_E_INVALID_MSG_TYPE);
-        if (sink_.collected().empty())
-            fail(CRYPT_E_MSG_ERROR);
-        answer.give(type == CMSG_CONTENT_PARAM ? View(sink_.collected()) : Layout::bare(sink_.collected()));
-    }
+    void parameter(DWORD type, DWORD, Answer answer) override { sink_.give(type, answer); }
 
     std::uint64_t sizeWith(std::size_t contentSize) {
         begin(contentSize);
@@ -106,8 +92,7 @@ OwnedMessage encodeSigned(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, cons
 }
 
 std::uint64_t signedSize(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, DWORD contentSize) {
-    return SignedEncoder(flags & ~DWORD{CMSG_CRYPT_RELEASE_CONTEXT_FLAG}, info, nullptr)
-        .sizeWith(contentSize);
+    return SignedEncoder(flags, info, nullptr).sizeWith(contentSize);
 }
 
 }  // namespace Corvane::Platform::Messages
