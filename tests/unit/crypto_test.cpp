@@ -18,8 +18,6 @@
 
 #include <commctrl.h>
 
-#include <gtest/gtest.h>
-
 using namespace Corvane;
 using namespace Corvane::Test;
 using Corvane::detail::CertCustomFilterFn;
@@ -346,6 +344,12 @@ TEST(CryptoProvider, EverySignerIsAskedFor) {
             EXPECT_EQ(signers, row.signers);
         }
     }
+    // As Windows documents it for a detached message without its data: success, though nothing is verified.
+    answers = {{"root"}};
+    EXPECT_EQ(failureOf([] {
+                  Crypto::getDefaultCryptoProvider()->verifyMessageSignature(pkiFile("detached-plain.p7s"), nullptr, {});
+              }),
+              Failure(E_CRYPTO_VERIFY.code, static_cast<DWORD>(CRYPT_E_INVALID_MSG_TYPE)));
 }
 
 WINBOOL WINAPI askForNobody(PCRYPT_VERIFY_MESSAGE_PARA parameters, DWORD, const BYTE*, DWORD, DWORD,

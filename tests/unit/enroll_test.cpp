@@ -15,7 +15,6 @@
 #include "crypto/request/extensions_json.h"
 #include "key_container.h"
 
-#include <gtest/gtest.h>
 #include <json/value.h>
 
 using namespace Corvane;

@@ -9,7 +9,6 @@
 #include "key_container.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <map>
 #include <optional>

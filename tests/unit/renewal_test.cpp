@@ -7,8 +7,6 @@
 #include "platform/enroll/recorder.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
 using namespace Corvane;
 using namespace Corvane::Test;
 

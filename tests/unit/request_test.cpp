@@ -9,7 +9,6 @@
 #include "crypto/request/request_json.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
 #include <json/value.h>
 
 #include <chrono>

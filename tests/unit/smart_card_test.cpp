@@ -6,10 +6,7 @@
 #include "token/discovery/tokens_info.h"
 #include "token_folder.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
-#include <memory>
 
 using namespace Corvane;
 using namespace Corvane::Test;

@@ -5,8 +5,6 @@
 #include "compression/zip_name.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
 using namespace Corvane;
 using namespace Corvane::Compression;
 using namespace Corvane::Test;

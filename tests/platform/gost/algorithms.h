@@ -44,7 +44,6 @@ extern const Algorithm algorithms[3];
 // Null where there is none.
 const Algorithm* findByType(DWORD providerType);
 const Algorithm* findByKeyOid(std::string_view oid);
-const Algorithm* findByKeyId(ALG_ID id);
 
 // What is told to the caller: a code of GetLastError.
 struct Failure {

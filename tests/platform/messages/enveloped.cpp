@@ -70,8 +70,6 @@ public:
         switch (type) {
             case CMSG_TYPE_PARAM:
                 return answer.give(DWORD{CMSG_ENVELOPED});
-            case CMSG_INNER_CONTENT_TYPE_PARAM:
-                return answer.build([&](Flat& flat) { flat.text(contentType_); });
             case CMSG_CONTENT_PARAM:
                 return answer.give(cipher_ ? View(sink_.collected()) : View(queue_));
             case CMSG_ENVELOPE_ALGORITHM_PARAM:
@@ -158,7 +156,7 @@ private:
             recipients.emplace_back(one.begin(), one.end());
         }
         cursor.enter(Tag::sequence);
-        contentType_ = oidText(cursor.next().content);
+        cursor.next();  // the content's type
         algorithm_ = AlgorithmId::read(Reader(cursor.next().content));
         recipients_ = std::move(recipients);
         hasContent_ = cursor.isNext(Tag::context(0)) || cursor.isNext(Tag::within(0));
@@ -187,7 +185,6 @@ private:
 
     bool hasContent_ = false;
     Sink sink_;
-    std::string contentType_;
     AlgorithmId algorithm_;
     std::vector<Bytes> recipients_;
     Bytes queue_;  // what came before the key
