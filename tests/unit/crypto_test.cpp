@@ -155,14 +155,6 @@ TEST_F(CertificateStoreTest, KeepsWhatWasInstalledInOrder) {
     EXPECT_EQ(namesOf(again->getCertificates(all, false)), Names{L"Second Signer"});
 }
 
-TEST_F(CertificateStoreTest, AClosedStoreSaysSo) {
-    const SharedStore store = open(true);
-    store->close();
-    EXPECT_EQ(errorCode([&] { store->close(); }), E_CERT_STORE_NOT_OPENED.code);
-    EXPECT_EQ(errorCode([&] { store->getCertificates(detail::CertSelectAllFn(), false); }),
-              E_CERT_STORE_NOT_OPENED.code);
-}
-
 // Chooses a line of the dialog's list, wherever in the dialog that is.
 void choose(HWND dialog, int line) {
     LVITEMW item{};

@@ -10,7 +10,6 @@
 #include "crypto/enroll/create_request.h"
 #include "crypto/enroll/install_response.h"
 #include "crypto/enroll/key_container.h"
-#include "crypto/enroll/request_signature.h"
 #include "crypto/request/distinguished_name.h"
 #include "crypto/request/extensions_json.h"
 #include "key_container.h"
@@ -73,37 +72,12 @@ Json::Value noToken(const std::wstring&) {
     return {};
 }
 
-Json::Value decode(const Bytes& request) {
-    return parseJson(Crypto::getCertificationRequestJson(request));
-}
-
 class Request : public testing::Test {
 protected:
     const ProviderRecord gost = gostProvider();
     const ContainerName container{gost, L"request"};
     const ImportPatch exporting{&::CryptExportPublicKeyInfo, &exportWithIdentifier};
 };
-
-TEST_F(Request, HasWhatWasGivenAndAGoodSignature) {
-    RequestParameters parameters = parametersFor(container);
-    parameters.enrollmentParameters = shared(oneMoreAttribute());
-    const Json::Value json = parseJson(createCertificationRequestEx(gost, parameters, noToken));
-    EXPECT_EQ(json.getMemberNames(), (std::vector<std::string>{"path", "request"}));
-    EXPECT_TRUE(json["path"].asString().ends_with("\\" + toUtf8(container.name))) << json["path"].asString();
-
-    Bytes der = base64ToBin(json["request"].asString());
-    const asn1::CertificationRequest request = asn1::decodeRequest(der);
-    EXPECT_EQ(request.info.subject, *parameters.distinguishedName);
-    ASSERT_EQ(request.info.attributes.size(), 2u);
-    EXPECT_EQ(request.info.attributes[0],
-              (asn1::Attribute{std::string(asn1::extensionRequestOid), {*parameters.extensions}}));
-    EXPECT_EQ(asn1::encodeAttribute(request.info.attributes[1]), oneMoreAttribute());
-    EXPECT_EQ(request.signatureAlgorithm.oid, "1.2.643.2.2.3");
-    EXPECT_TRUE(decode(der)["signatureValid"].asBool());
-    der.back() ^= 1;
-    EXPECT_FALSE(decode(der)["signatureValid"].asBool());
-    EXPECT_FALSE(decode(der).isMember("signatureError"));
-}
 
 BOOL WINAPI tellToken(HCRYPTPROV, DWORD, BYTE* buffer, DWORD* size, DWORD) {
     constexpr char path[] = R"(\\.\Aktiv Rutoken\a)";
@@ -270,17 +244,6 @@ TEST_F(Response, EachCallFailsOnce) {
                             [&] { EXPECT_FALSE(copy.exists()) << "a copy that failed leaves no container"; }),
               (Codes{502, 301, 330, 314, 301, 319, 322, 321}));
     EXPECT_TRUE(copy.exists());
-}
-
-TEST_F(Response, KeysThatMayNotLeaveStay) {
-    ContainerName kept(rsa, L"kept");
-    const ContainerName copy(rsa, L"a copy");
-    kept.makeKey(AT_KEYEXCHANGE, 0);
-    const SharedCertificate certificate = installCertificateResponse(rsa, text(), store);
-    CRYPT_KEY_PROV_INFO place = kept.place();
-    ::CertSetCertificateContextProperty(certificate->context(), CERT_KEY_PROV_INFO_PROP_ID, 0, &place);
-    EXPECT_EQ(errorCode([&] { copyKeyContainer(*certificate, copy.name); }), 322u);
-    EXPECT_FALSE(copy.exists());
 }
 
 }  // namespace

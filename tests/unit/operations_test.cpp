@@ -16,6 +16,7 @@
 
 using namespace Corvane;
 using namespace Corvane::Test;
+using namespace std::string_literals;
 using Corvane::Stream::MemoryStream;
 
 namespace {
@@ -61,12 +62,17 @@ using Outcomes = std::map<std::string_view, std::set<std::uint32_t>>;
 // An operation, on a message or none, with what a failing call may come to besides the usual.
 struct Row {
     const char* name;
+    Bytes message;
     std::function<std::string(const Bytes&)> work;
-    Outcomes own = {};
-    Bytes message = {};
-    bool isCertain = false;     // of a changed message, another answer than the good one is none
-    bool leavesOutput = false;  // what was written before a failure
+    Outcomes own;
+    bool isCertain;  // of a changed message, another answer than the good one is none
 };
+constexpr bool certain = true;
+
+Row operation(const char* name, const Bytes& message, std::function<std::string(const Bytes&)> work,
+              const Outcomes& own = {}, bool isCertain = false) {
+    return {name, message, std::move(work), own, isCertain};
+}
 
 class Operations : public testing::Test {
 protected:
@@ -235,42 +241,37 @@ using Output = Stream::IBinaryStream;
 const SharedProgress none;
 
 std::vector<Row> Operations::makers() {
-    const auto sizeOf = [](const auto& bytes) { return std::to_string(bytes.size()); };
+    const auto* const p = &provider_;
+    const Certificates both{certificate_, other_};
+    const auto size = [](const auto& bytes) { return std::to_string(bytes.size()); };
+    const auto toStream = [=, this](const auto& write) { return size(written(write)); };
     return {
-        {"sign",
-         [=, this](auto&) { return sizeOf(provider_.sign(data_, *certificate_, true, true)); },
-         {{"CryptAcquireCertificatePrivateKey", {sameAnswer}}}},  // signing itself says why
-        {.name = "sign a stream",
-         .work =
-             [=, this](auto&) {
-                 return sizeOf(written([&](Output& output) {
-                     provider_.sign(*from(data_), output, *certificate_, true, true, none);
-                 }));
-             },
-         .leavesOutput = true},
-        {"raw", [=, this](auto&) { return sizeOf(provider_.rawSign(data_, *gostCertificate_)); }},
-        {"add",
-         [=, this](auto&) {
-             return sizeOf(provider_.addSignerToSignature(detached_, &data_, *other_, true));
-         },
-         adding},
-        {"encrypt",
-         [=, this](auto&) {
-             return sizeOf(provider_.encrypt(data_, {certificate_, other_}));
-         }},
-        {"encrypt a stream",
-         [=, this](auto&) {
-             return sizeOf(written(
-                 [&](Output& output) { provider_.encrypt(*from(data_), output, {certificate_}, none); }));
-         }},
-        {"chain",
-         [this](auto&) { return std::to_string(certificate_->verify(0)); },
-         {{"CertGetCertificateChain", {E_CERT_CHAIN.code}}}},
-        {"providers",
-         [](auto&) { return toUtf8(Crypto::getCryptoProvidersInfo()); },
-         {{"CryptAcquireContextW", {sameAnswer, otherAnswer}}}},
-        {"provider",
-         [](auto&) { return toUtf8(Crypto::findProvider(MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES).name); }},
+        // Signing itself says why.
+        operation("sign", {}, [=, this](auto&) { return size(p->sign(data_, *certificate_, true, true)); },
+                  {{"CryptAcquireCertificatePrivateKey", {sameAnswer}}}),
+        operation("sign a stream", {},
+                  [=, this](auto&) {
+                      return toStream(
+                          [&](Output& out) { p->sign(*from(data_), out, *certificate_, true, true, none); });
+                  }),
+        operation("raw", {}, [=, this](auto&) { return size(p->rawSign(data_, *gostCertificate_)); }),
+        operation(
+            "add", {},
+            [=, this](auto&) { return size(p->addSignerToSignature(detached_, &data_, *other_, true)); },
+            adding),
+        operation("encrypt", {}, [=, this](auto&) { return size(p->encrypt(data_, both)); }),
+        operation("encrypt a stream", {},
+                  [=, this](auto&) {
+                      return toStream(
+                          [&](Output& out) { p->encrypt(*from(data_), out, {certificate_}, none); });
+                  }),
+        operation("chain", {}, [this](auto&) { return std::to_string(certificate_->verify(0)); },
+                  {{"CertGetCertificateChain", {E_CERT_CHAIN.code}}}),
+        operation("providers", {}, [](auto&) { return toUtf8(Crypto::getCryptoProvidersInfo()); },
+                  {{"CryptAcquireContextW", {sameAnswer, otherAnswer}}}),
+        operation(
+            "provider", {},
+            [](auto&) { return toUtf8(Crypto::findProvider(MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES).name); }),
     };
 }
 
@@ -279,64 +280,44 @@ std::vector<Row> Operations::readers() {
     Bytes inspected = readTestData("pki/attached-attributes.p7s");
     const Bytes document = readTestData("pki/document.bin");
     *std::search(inspected.begin(), inspected.end(), document.begin(), document.end()) ^= 1;
+    const auto* const p = &provider_;
+    const Certificates own{certificate_};
     return {
-        {"verify",
-         [this](const Bytes& bytes) {
-             return told(provider_.verifyMessageSignature(bytes, &data_, {certificate_}));
-         },
-         {},
-         detached_,
-         true},
-        {"verify attached",
-         [this](const Bytes& bytes) {
-             return told(provider_.verifyMessageSignature(bytes, nullptr, given_));
-         },
-         {},
-         attached_,
-         true},
-        {"verify data of a stream",
-         [this](const Bytes& bytes) {
-             return told(provider_.verifyMessageSignature(bytes, *from(data_), {certificate_}, none));
-         },
-         {},
-         detached_,
-         true},
-        {"verify a stream",
-         [this](const Bytes& bytes) {
-             return told(provider_.verifyMessageSignature(*from(bytes), given_, none));
-         },
-         {},
-         attached_,
-         true},
-        {"certificates",
-         [this](const Bytes& bytes) { return told(provider_.getCertificatesFromSignature(bytes)); },
-         extracting, attached_},
-        {"certificates of a stream",
-         [this](const Bytes& bytes) {
-             return told(provider_.extractCertificatesFromSignature(*from(bytes), none));
-         },
-         extracting, attached_},
-        {"content",
-         [this](const Bytes& bytes) { return told(provider_.getContentFromSignature(bytes)); },
-         {},
-         attached_},
-        {"content of a stream",
-         [this](const Bytes& bytes) {
-             return written(
-                 [&](Output& output) { provider_.extractContentFromSignature(*from(bytes), output, none); });
-         },
-         {},
-         attached_},
-        {"decrypt", [this](const Bytes& bytes) { return told(provider_.decrypt(bytes)); }, decrypting,
-         enveloped_},
-        {"decrypt a stream",
-         [this](const Bytes& bytes) {
-             return written([&](Output& output) { provider_.decrypt(*from(bytes), output, none); });
-         },
-         decrypting, enveloped_},
-        {"inspect",
-         [](const Bytes& bytes) { return toUtf8(Crypto::inspectSignature(bytes, nullptr, {}, 0)); },
-         inspecting, inspected},
+        operation(
+            "verify", detached_,
+            [=, this](auto& m) { return told(p->verifyMessageSignature(m, &data_, own)); }, {}, certain),
+        operation(
+            "verify attached", attached_,
+            [=, this](auto& m) { return told(p->verifyMessageSignature(m, nullptr, given_)); }, {}, certain),
+        operation(
+            "verify data of a stream", detached_,
+            [=, this](auto& m) { return told(p->verifyMessageSignature(m, *from(data_), own, none)); }, {},
+            certain),
+        operation(
+            "verify a stream", attached_,
+            [=, this](auto& m) { return told(p->verifyMessageSignature(*from(m), given_, none)); }, {},
+            certain),
+        operation(
+            "certificates", attached_, [=](auto& m) { return told(p->getCertificatesFromSignature(m)); },
+            extracting),
+        operation(
+            "certificates of a stream", attached_,
+            [=](auto& m) { return told(p->extractCertificatesFromSignature(*from(m), none)); }, extracting),
+        operation("content", attached_, [=](auto& m) { return told(p->getContentFromSignature(m)); }),
+        operation("content of a stream", attached_,
+                  [=, this](auto& m) {
+                      return written(
+                          [&](Output& out) { p->extractContentFromSignature(*from(m), out, none); });
+                  }),
+        operation(
+            "decrypt", enveloped_, [=](auto& m) { return told(p->decrypt(m)); }, decrypting),
+        operation(
+            "decrypt a stream", enveloped_,
+            [=, this](auto& m) { return written([&](Output& out) { p->decrypt(*from(m), out, none); }); },
+            decrypting),
+        operation(
+            "inspect", inspected, [](auto& m) { return toUtf8(Crypto::inspectSignature(m, nullptr, {}, 0)); },
+            inspecting),
     };
 }
 
@@ -367,7 +348,8 @@ TEST_F(Operations, EveryCallFailsOnce) {
                 << error;
             EXPECT_EQ(trace.open, decltype(trace.open){});
             const std::string left = output_ ? told(contentOf(*output_)) : std::string(before);
-            EXPECT_TRUE(isAnswer || left == before || (row.leavesOutput && left.starts_with(before)));
+            EXPECT_TRUE(isAnswer || left == before ||
+                        (row.name == "sign a stream"s && left.starts_with(before)));
         }
     }
 }
@@ -577,7 +559,7 @@ TEST_F(Operations, TornAndChangedMessages) {
         const Bytes more = provider_.addSignerToSignature(bytes, nullptr, *certificate_, false);
         return std::to_string(provider_.verifyMessageSignature(more, nullptr, {certificate_}).size());
     };
-    rows.push_back({"add", add, {}, attached_, true});
+    rows.push_back(operation("add", attached_, add, {}, certain));
     const Patches patches = countCalls();
     std::uint32_t number = 1;
     const auto random = [&](std::size_t below) {

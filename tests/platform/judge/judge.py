@@ -27,6 +27,11 @@ PKI = pathlib.Path(
 )
 
 
+def must(fault):
+    if fault:
+        raise AssertionError(fault)
+
+
 def openssl(*words):
     return harness.Outcome("openssl", *words).fault()
 
@@ -99,11 +104,11 @@ def issue(authority, request, answer):
     return fault or (None if "verify OK" in judged.output + judged.all_errors else judged)
 
 
-def damaged(path, at=-1):
-    """The file with one bit changed, of its last byte where nothing else is said: the signature's, in a request and in a
+def damaged(path, at=-1, name=None):
+    """A copy with one bit changed, of its last byte where nothing else is said: the signature's, in a request and in a
     message."""
     content = bytearray(path.read_bytes())
     content[at] ^= 1
-    changed = path.with_name("damaged-" + path.name)
-    changed.write_bytes(content)
-    return changed
+    copy = path.with_name(name or "damaged-" + path.name)
+    copy.write_bytes(content)
+    return copy
