@@ -114,6 +114,10 @@ inline Patches countCalls() {
     count<"CertOpenStore">(all, &::CertOpenStore, opens<stores>);
     count<"CertCloseStore", false>(all, &::CertCloseStore, closes<stores>);
     count<"CertAddCertificateContextToStore">(all, &::CertAddCertificateContextToStore, fills<contexts>);
+    count<"CertCreateCertificateContext", false>(all, &::CertCreateCertificateContext, opens<contexts>);
+    // Which frees the context as well.
+    count<"CertDeleteCertificateFromStore", false>(all, &::CertDeleteCertificateFromStore,
+                                                   [](BOOL, PCCERT_CONTEXT) { --trace.open[contexts]; });
     count<"CertDuplicateCertificateContext", false>(all, &::CertDuplicateCertificateContext, opens<contexts>);
     count<"CertFreeCertificateContext", false>(all, &::CertFreeCertificateContext, closes<contexts>);
     count<"CertGetSubjectCertificateFromStore">(all, &::CertGetSubjectCertificateFromStore, opens<contexts>);

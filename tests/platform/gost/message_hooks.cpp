@@ -1,7 +1,9 @@
-// What the system asks by object identifier: public keys of certificates, and the keys of enveloped messages.
+// What the system asks by object identifier: public keys of certificates, the keys of enveloped messages, and
+// what is signed of a request.
 #include "key_pair.h"
 
 #include <cstring>
+#include <span>
 
 namespace Corvane::Platform::Gost {
 namespace {
@@ -16,8 +18,9 @@ View viewOf(const CRYPT_DATA_BLOB& blob) {
 }
 
 Bytes keyInfoOf(const CRYPT_ALGORITHM_IDENTIFIER& algorithm, const CRYPT_BIT_BLOB& key) {
-    return tlv(Tag::sequence, tlv(Tag::sequence, oid(algorithm.pszObjId), viewOf(algorithm.Parameters)),
-               tlv(Tag::bitString, Bytes{0}, View(key.pbData, key.cbData)));
+    return tlv(
+        Tag::sequence, tlv(Tag::sequence, oid(algorithm.pszObjId), viewOf(algorithm.Parameters)),
+        tlv(Tag::bitString, Bytes{static_cast<std::uint8_t>(key.cUnusedBits)}, View(key.pbData, key.cbData)));
 }
 
 // The context that was given where it is of the key's kind, else one for all that is public.
@@ -135,6 +138,26 @@ HCRYPTKEY importContentKey(const CRYPT_ALGORITHM_IDENTIFIER& content,
     return key;
 }
 
+Bytes attribute(const CRYPT_ATTRIBUTE& attribute) {
+    Bytes values;
+    for (const CRYPT_ATTR_BLOB& value : std::span(attribute.rgValue, attribute.cValue)) {
+        if (value.cbData == 0)
+            fail(CRYPT_E_BAD_ENCODE);
+        append(values, viewOf(value));
+    }
+    return tlv(Tag::sequence, oid(attribute.pszObjId), tlv(Tag::set, values));
+}
+
+// RFC 2986, 4.1
+Bytes requestInfo(const CERT_REQUEST_INFO& info) {
+    Bytes attributes;
+    for (const CRYPT_ATTRIBUTE& one : std::span(info.rgAttribute, info.cAttribute))
+        append(attributes, attribute(one));
+    return tlv(Tag::sequence, integer(info.dwVersion), viewOf(info.Subject),
+               keyInfoOf(info.SubjectPublicKeyInfo.Algorithm, info.SubjectPublicKeyInfo.PublicKey),
+               tlv(Tag::within(0), attributes));
+}
+
 }  // namespace
 }  // namespace Corvane::Platform::Gost
 
@@ -175,6 +198,10 @@ BOOL WINAPI gostExportKeyTrans(CMSG_CONTENT_ENCRYPT_INFO* info,
 BOOL WINAPI gostImportKeyTrans(CRYPT_ALGORITHM_IDENTIFIER* content, CMSG_CTRL_KEY_TRANS_DECRYPT_PARA* how,
                                DWORD, void*, HCRYPTKEY* key) {
     return entry([&] { *key = importContentKey(*content, *how); });
+}
+
+BOOL WINAPI gostEncodeRequest(DWORD, LPCSTR, const void* info, BYTE* encoded, DWORD* size) {
+    return entry([&] { give(encoded, size, requestInfo(*static_cast<const CERT_REQUEST_INFO*>(info))); });
 }
 
 }  // extern "C"

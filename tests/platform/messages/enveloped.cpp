@@ -142,19 +142,11 @@ private:
     }
 
     bool readHead(Cursor& cursor) override {
-        cursor.enter(Tag::sequence);
-        if (oidText(cursor.next().content) != Oid::envelopedData)
-            fail(CRYPT_E_INVALID_MSG_TYPE);
-        cursor.enter(Tag::within(0));
-        cursor.enter(Tag::sequence);
-        cursor.next();  // the version follows from what is there
+        enterMessage(cursor, Oid::envelopedData);
         if (cursor.isNext(Tag::within(0)))
             cursor.next();
         std::vector<Bytes> recipients;
-        for (Reader reader(cursor.next().content); !reader.atEnd();) {
-            const View one = reader.next().whole;
-            recipients.emplace_back(one.begin(), one.end());
-        }
+        take(recipients, cursor.next().content);
         cursor.enter(Tag::sequence);
         cursor.next();  // the content's type
         algorithm_ = AlgorithmId::read(Reader(cursor.next().content));

@@ -1,13 +1,135 @@
-// Reading signed messages: their parts, verification, and adding signers and certificates.
+// Signed messages: made, and read with their parts, verification, and adding of signers and certificates.
 #include "content_reader.h"
-#include "signed_data.h"
+#include "layout.h"
 #include "signer.h"
 
 #include <algorithm>
 #include <map>
+#include <optional>
+#include <vector>
 
 namespace Corvane::Platform::Messages {
 namespace {
+
+// SignedData (RFC 5652, 5.1), apart from its content.
+struct SignedParts {
+    std::vector<AlgorithmId> digests;
+    std::string contentType = Oid::data;
+    std::vector<Bytes> certificates, crls, signers;
+
+    void addDigest(const AlgorithmId& algorithm);
+    Layout::Parts before() const;
+    Bytes after() const;
+};
+
+Bytes collection(std::uint8_t tag, const std::vector<Bytes>& elements, bool isOptional) {
+    if (isOptional && elements.empty())
+        return {};
+    Bytes content;
+    for (const Bytes& element : elements)
+        append(content, element);
+    return tlv(tag, content);
+}
+
+void SignedParts::addDigest(const AlgorithmId& algorithm) {
+    if (std::ranges::find(digests, algorithm.oid, &AlgorithmId::oid) == digests.end())
+        digests.push_back(algorithm);
+}
+
+Layout::Parts SignedParts::before() const {
+    std::vector<Bytes> algorithms;
+    for (const AlgorithmId& digest : digests)
+        algorithms.push_back(digest.parameters.empty()
+                                 ? tlv(Tag::sequence, oid(digest.oid), Bytes{Tag::null, 0})
+                                 : digest.der());
+    Bytes head = integer(contentType != Oid::data ? 3 : 1);
+    append(head, collection(Tag::set, algorithms, false));
+    return {oid(Oid::signedData), head, oid(contentType)};
+}
+
+Bytes SignedParts::after() const {
+    Bytes rest = collection(Tag::within(0), certificates, true);
+    append(rest, collection(Tag::within(1), crls, true));
+    return append(rest, collection(Tag::set, signers, false));
+}
+
+class SignedEncoder : public Message {
+public:
+    SignedEncoder(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream)
+        : isDetached_((flags & CMSG_DETACHED_FLAG) != 0), sink_(stream) {
+        for (DWORD i = 0; i < info.cCertEncoded; ++i)
+            append(parts_.certificates.emplace_back(), viewOf(info.rgCertEncoded[i]));
+        for (DWORD i = 0; i < info.cSigners; ++i) {
+            const NewSigner& signer = signers_.emplace_back(info.rgSigners[i]);
+            parts_.addDigest(signer.hash());
+            digests_.try_emplace(signer.hashNumber(), signer.hashNumber(), signer.provider());
+        }
+    }
+
+    void update(View bytes, bool isFinal) override {
+        // A whole message is made in one piece; so Windows wants its content.
+        if (!sink_.isStream() && !isDetached_ && !isFinal)
+            fail(CRYPT_E_MSG_ERROR);
+        if (isFinished_)
+            fail(CRYPT_E_MSG_ERROR);
+        isFinished_ = isFinal;
+        for (auto& [number, digest] : digests_)
+            digest.add(bytes);
+        if (!isDetached_) {
+            begin(bytes.size());
+            layout_->content(bytes);
+        }
+        if (isFinal)
+            finish();
+    }
+
+    void parameter(DWORD type, DWORD, Answer answer) override { sink_.give(type, answer); }
+
+    std::uint64_t sizeWith(std::size_t contentSize) {
+        begin(contentSize);
+        return sink_.collected().size() + (isDetached_ ? 0 : contentSize) + endSize();
+    }
+
+private:
+    void begin(std::size_t size) {
+        if (layout_)
+            return;
+        layout_.emplace(parts_.before(), sink_);
+        if (isDetached_)
+            layout_->beginDefinite(std::nullopt, endSize());
+        else if (sink_.isStream() && sink_.announced() == CMSG_INDEFINITE_LENGTH)
+            layout_->beginIndefinite();
+        else
+            layout_->beginDefinite(sink_.isStream() ? sink_.announced() : size, endSize());
+    }
+
+    std::vector<Bytes> signerInfos(bool isReal) {
+        std::vector<Bytes> all;
+        for (const NewSigner& signer : signers_)
+            all.push_back(signer.signerInfo(isReal ? &digests_.at(signer.hashNumber()).value() : nullptr));
+        return all;
+    }
+
+    // Known before anything is signed.
+    std::size_t endSize() {
+        parts_.signers = signerInfos(false);
+        return parts_.after().size();
+    }
+
+    void finish() {
+        begin(0);
+        parts_.signers = signerInfos(true);
+        layout_->end(parts_.after());
+    }
+
+    bool isDetached_;
+    Sink sink_;
+    SignedParts parts_;
+    std::vector<NewSigner> signers_;
+    std::map<ALG_ID, Digest> digests_;
+    std::optional<Layout> layout_;
+    bool isFinished_ = false;
+};
 
 class SignedDecoder : public Message, private ContentReader {
 public:
@@ -55,12 +177,7 @@ public:
 
 private:
     bool readHead(Cursor& cursor) override {
-        cursor.enter(Tag::sequence);
-        if (oidText(cursor.next().content) != Oid::signedData)
-            fail(CRYPT_E_INVALID_MSG_TYPE);
-        cursor.enter(Tag::within(0));
-        cursor.enter(Tag::sequence);
-        cursor.next();  // the version follows from what is there
+        enterMessage(cursor, Oid::signedData);
         SignedParts parts;
         for (Reader digests(cursor.next().content); !digests.atEnd();)
             parts.addDigest(AlgorithmId::read(digests.enter(Tag::sequence)));
@@ -102,23 +219,16 @@ private:
         for (; !cursor.isAtEnd() && !cursor.rest().empty();) {
             const Element element = cursor.next();
             if (element.tag == Tag::within(0))
-                take(parts_.certificates, element);
+                take(parts_.certificates, element.content);
             else if (element.tag == Tag::within(1))
-                take(parts_.crls, element);
+                take(parts_.crls, element.content);
             else if (element.tag == Tag::set)
-                take(parts_.signers, element);
+                take(parts_.signers, element.content);
             else
                 throw BerError("an unknown part of signed data");
         }
         if (!cursor.isAtEnd())
             throw Truncated();
-    }
-
-    static void take(std::vector<Bytes>& all, const Element& set) {
-        for (Reader reader(set.content); !reader.atEnd();) {
-            const View one = reader.next().whole;
-            all.emplace_back(one.begin(), one.end());
-        }
     }
 
     static const Bytes& at(const std::vector<Bytes>& all, DWORD index) {
@@ -223,6 +333,14 @@ private:
 };
 
 }  // namespace
+
+OwnedMessage encodeSigned(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream) {
+    return std::make_unique<SignedEncoder>(flags, info, stream);
+}
+
+std::uint64_t signedSize(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, DWORD contentSize) {
+    return SignedEncoder(flags, info, nullptr).sizeWith(contentSize);
+}
 
 OwnedMessage decodeSigned(bool isDetached, const CMSG_STREAM_INFO* stream) {
     return std::make_unique<SignedDecoder>(isDetached, stream);
