@@ -1,5 +1,6 @@
 // What the system asks by object identifier: public keys of certificates, the keys of enveloped messages, and
 // what is signed of a request.
+#include "core/handles.h"
 #include "key_pair.h"
 
 #include <cstring>
@@ -38,29 +39,27 @@ HCRYPTPROV contextFor(const Algorithm& algorithm, HCRYPTPROV given) {
     return context;
 }
 
-HCRYPTKEY importBlob(HCRYPTPROV context, BYTE type, ALG_ID id, View der, HCRYPTKEY with) {
+CryptKey importBlob(HCRYPTPROV context, BYTE type, ALG_ID id, View der, HCRYPTKEY with) {
     const BLOBHEADER head{type, CUR_BLOB_VERSION, 0, id};
     Bytes blob(sizeof head);
     std::memcpy(blob.data(), &head, sizeof head);
     append(blob, der);
-    HCRYPTKEY key = 0;
-    must(::CryptImportKey(context, blob.data(), static_cast<DWORD>(blob.size()), with, 0, &key));
+    CryptKey key;
+    must(::CryptImportKey(context, blob.data(), static_cast<DWORD>(blob.size()), with, 0, key.put()));
     return key;
 }
 
-HCRYPTKEY importPublic(HCRYPTPROV given, View keyInfo) {
+CryptKey importPublic(HCRYPTPROV given, View keyInfo) {
     const Algorithm& algorithm = *readPublicKeyInfo(keyInfo).algorithm;
     return importBlob(contextFor(algorithm, given), PUBLICKEYBLOB, algorithm.keyId, keyInfo, 0);
 }
 
-// What follows the header of the key's blob. Destroys the key.
+// What follows the header of the key's blob.
 Bytes exportBlob(HCRYPTKEY key, HCRYPTKEY with, DWORD type) {
     DWORD size = 0;
-    BOOL done = ::CryptExportKey(key, with, type, 0, nullptr, &size);
+    must(::CryptExportKey(key, with, type, 0, nullptr, &size));
     Bytes blob(size);
-    done = done && ::CryptExportKey(key, with, type, 0, blob.data(), &size);
-    ::CryptDestroyKey(with ? with : key);
-    must(done);
+    must(::CryptExportKey(key, with, type, 0, blob.data(), &size));
     return {blob.begin() + sizeof(BLOBHEADER), blob.begin() + static_cast<std::ptrdiff_t>(size)};
 }
 
@@ -123,19 +122,12 @@ void useContentParameters(HCRYPTKEY key, const CRYPT_ALGORITHM_IDENTIFIER& algor
 
 HCRYPTKEY importContentKey(const CRYPT_ALGORITHM_IDENTIFIER& content,
                            const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA& how) {
-    HCRYPTKEY own = 0;
-    must(::CryptGetUserKey(how.hCryptProv, how.dwKeySpec ? how.dwKeySpec : AT_KEYEXCHANGE, &own));
-    HCRYPTKEY key = 0;
-    const BOOL done = entry([&] {
-        key = importBlob(how.hCryptProv, SIMPLEBLOB, cipherId, viewOf(how.pKeyTrans->EncryptedKey), own);
-    });
-    ::CryptDestroyKey(own);
-    must(done);
-    if (!entry([&] { useContentParameters(key, content); })) {
-        ::CryptDestroyKey(key);
-        must(FALSE);
-    }
-    return key;
+    CryptKey own;
+    must(::CryptGetUserKey(how.hCryptProv, how.dwKeySpec ? how.dwKeySpec : AT_KEYEXCHANGE, own.put()));
+    CryptKey key =
+        importBlob(how.hCryptProv, SIMPLEBLOB, cipherId, viewOf(how.pKeyTrans->EncryptedKey), own.get());
+    useContentParameters(key.get(), content);
+    return key.detach();
 }
 
 Bytes attribute(const CRYPT_ATTRIBUTE& attribute) {
@@ -163,21 +155,22 @@ Bytes requestInfo(const CERT_REQUEST_INFO& info) {
 
 using namespace Corvane::Platform;
 using namespace Corvane::Platform::Gost;
+using Corvane::CryptKey;
 
 extern "C" {
 
 BOOL WINAPI gostExportPublicKeyInfo(HCRYPTPROV context, DWORD spec, DWORD, LPSTR, DWORD, void*,
                                     CERT_PUBLIC_KEY_INFO* info, DWORD* size) {
     return entry([&] {
-        HCRYPTKEY key = 0;
-        must(::CryptGetUserKey(context, spec, &key));
-        giveKeyInfo(exportBlob(key, 0, PUBLICKEYBLOB), info, size);
+        CryptKey key;
+        must(::CryptGetUserKey(context, spec, key.put()));
+        giveKeyInfo(exportBlob(key.get(), 0, PUBLICKEYBLOB), info, size);
     });
 }
 
 BOOL WINAPI gostImportPublicKeyInfo(HCRYPTPROV context, DWORD, CERT_PUBLIC_KEY_INFO* info, ALG_ID, DWORD,
                                     void*, HCRYPTKEY* key) {
-    return entry([&] { *key = importPublic(context, keyInfoOf(info->Algorithm, info->PublicKey)); });
+    return entry([&] { *key = importPublic(context, keyInfoOf(info->Algorithm, info->PublicKey)).detach(); });
 }
 
 BOOL WINAPI gostGenContentEncryptKey(CMSG_CONTENT_ENCRYPT_INFO* info, DWORD, void*) {
@@ -188,10 +181,10 @@ BOOL WINAPI gostExportKeyTrans(CMSG_CONTENT_ENCRYPT_INFO* info,
                                CMSG_KEY_TRANS_RECIPIENT_ENCODE_INFO* recipient,
                                CMSG_KEY_TRANS_ENCRYPT_INFO* result, DWORD, void*) {
     return entry([&] {
-        const HCRYPTKEY key = importPublic(
+        const CryptKey key = importPublic(
             info->hCryptProv, keyInfoOf(recipient->KeyEncryptionAlgorithm, recipient->RecipientPublicKey));
         result->EncryptedKey =
-            allocated(exportBlob(info->hContentEncryptKey, key, SIMPLEBLOB), info->pfnAlloc);
+            allocated(exportBlob(info->hContentEncryptKey, key.get(), SIMPLEBLOB), info->pfnAlloc);
     });
 }
 

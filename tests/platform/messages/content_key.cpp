@@ -46,7 +46,7 @@ void checkRsa(const AlgorithmId& algorithm) {
 
 // SIMPLEBLOB: a header, the algorithm that encrypted the key, and the key little-endian.
 Bytes exportForRsa(HCRYPTPROV provider, HCRYPTKEY key, CERT_PUBLIC_KEY_INFO recipient) {
-    OwnedKey with;
+    CryptKey with;
     must(::CryptImportPublicKeyInfoEx(provider, encoding, &recipient, CALG_RSA_KEYX, 0, nullptr, with.put()));
     DWORD size = 0;
     must(::CryptExportKey(key, with.get(), SIMPLEBLOB, 0, nullptr, &size));
@@ -55,7 +55,7 @@ Bytes exportForRsa(HCRYPTPROV provider, HCRYPTKEY key, CERT_PUBLIC_KEY_INFO reci
     return reversed(View(blob).first(size).subspan(sizeof(BLOBHEADER) + sizeof(ALG_ID)));
 }
 
-OwnedKey importFromRsa(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, View encrypted) {
+CryptKey importFromRsa(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, View encrypted) {
     struct {
         BLOBHEADER head;
         ALG_ID with;
@@ -63,16 +63,16 @@ OwnedKey importFromRsa(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, View e
     Bytes blob(sizeof start);
     std::memcpy(blob.data(), &start, sizeof start);
     append(blob, reversed(encrypted));
-    OwnedKey own;
+    CryptKey own;
     must(::CryptGetUserKey(provider, spec, own.put()));
-    OwnedKey key;
+    CryptKey key;
     must(::CryptImportKey(provider, blob.data(), sizeOf(blob), own.get(), 0, key.put()));
     return key;
 }
 
 }  // namespace
 
-ContentCipher::ContentCipher(OwnedKey key, bool isEncryption)
+ContentCipher::ContentCipher(CryptKey key, bool isEncryption)
     : key_(std::move(key)),
       isEncryption_(isEncryption),
       block_(std::max<std::size_t>(keyParameter(key_.get(), KP_BLOCKLEN) / bitsOfByte, 1)) {}
@@ -176,7 +176,7 @@ void NewContentKey::giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_INFO& cer
     recipients_.push_back(std::move(recipient));
 }
 
-OwnedKey receiveContentKey(const AlgorithmId& content, const Recipient& recipient, HCRYPTPROV provider,
+CryptKey receiveContentKey(const AlgorithmId& content, const Recipient& recipient, HCRYPTPROV provider,
                            DWORD spec) {
     const DWORD keySpec = spec ? spec : AT_KEYEXCHANGE;
     AlgorithmId algorithm = content;
@@ -191,7 +191,7 @@ OwnedKey receiveContentKey(const AlgorithmId& content, const Recipient& recipien
     how.dwKeySpec = keySpec;
     how.pKeyTrans = &info;
     CRYPT_ALGORITHM_IDENTIFIER contentView = algorithm.view();
-    OwnedKey key;
+    CryptKey key;
     if (withRegistered<PFN_CMSG_IMPORT_KEY_TRANS>(
             CMSG_OID_IMPORT_KEY_TRANS_FUNC, transport.oid,
             [&](auto* function) { return function(&contentView, &how, 0, nullptr, key.put()); }))

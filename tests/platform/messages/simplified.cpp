@@ -36,14 +36,6 @@ private:
     HCRYPTMSG handle_;
 };
 
-struct Store {
-    explicit Store(HCERTSTORE opened) : handle(must(opened)) {}
-    ~Store() { ::CertCloseStore(handle, 0); }
-    Store(const Store&) = delete;
-    Store& operator=(const Store&) = delete;
-    HCERTSTORE handle;
-};
-
 // The private key of a certificate, with its provider.
 struct PrivateKey {
     explicit PrivateKey(PCCERT_CONTEXT certificate) {
@@ -52,9 +44,9 @@ struct PrivateKey {
         must(::CryptAcquireCertificatePrivateKey(certificate, 0, nullptr, &found, &spec, &isOwned));
         if (!isOwned)
             ::CryptContextAddRef(found, nullptr, 0);
-        provider = OwnedProvider(found);
+        provider = CryptProvider(found);
     }
-    OwnedProvider provider;
+    CryptProvider provider;
     DWORD spec = 0;
 };
 
@@ -95,30 +87,26 @@ PCCERT_CONTEXT findSigner(const CRYPT_VERIFY_MESSAGE_PARA& how, const MessageHan
         fail(CRYPT_E_NO_SIGNER);
     Bytes identity = message.param(CMSG_SIGNER_CERT_INFO_PARAM, index);
     auto* const info = reinterpret_cast<CERT_INFO*>(identity.data());
-    const Store store(openStore(CERT_STORE_PROV_MSG, usualEncoding, 0, 0, message.get()));
+    const CertificateStoreHandle store(
+        must(openStore(CERT_STORE_PROV_MSG, usualEncoding, 0, 0, message.get())));
     PCCERT_CONTEXT certificate =
         how.pfnGetSignerCertificate
-            ? how.pfnGetSignerCertificate(how.pvGetArg, how.dwMsgAndCertEncodingType, info, store.handle)
-            : getSubjectCertificate(store.handle, how.dwMsgAndCertEncodingType, info);
+            ? how.pfnGetSignerCertificate(how.pvGetArg, how.dwMsgAndCertEncodingType, info, store.get())
+            : getSubjectCertificate(store.get(), how.dwMsgAndCertEncodingType, info);
     return certificate ? certificate : (fail(CRYPT_E_NOT_FOUND), nullptr);
 }
 
 void verifySigner(const CRYPT_VERIFY_MESSAGE_PARA& how, const MessageHandle& message, DWORD index,
                   PCCERT_CONTEXT* signer) {
-    PCCERT_CONTEXT const certificate = findSigner(how, message, index);
+    CertificateContext certificate(findSigner(how, message, index));
     CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA argument{};
     argument.cbSize = sizeof argument;
     argument.dwSignerIndex = index;
     argument.dwSignerType = CMSG_VERIFY_SIGNER_CERT;
-    argument.pvSigner = const_cast<CERT_CONTEXT*>(certificate);
-    const BOOL isGood = control(message.get(), 0, CMSG_CTRL_VERIFY_SIGNATURE_EX, &argument);
-    const DWORD error = ::GetLastError();
-    if (isGood && signer)
-        *signer = certificate;
-    else
-        ::CertFreeCertificateContext(certificate);
-    if (!isGood)
-        throw Failure{error};
+    argument.pvSigner = const_cast<CERT_CONTEXT*>(certificate.get());
+    must(control(message.get(), 0, CMSG_CTRL_VERIFY_SIGNATURE_EX, &argument));
+    if (signer)
+        *signer = certificate.detach();
 }
 
 void checkSigned(const MessageHandle& message) {
@@ -212,7 +200,7 @@ BOOL WINAPI encryptMessage(PCRYPT_ENCRYPT_MESSAGE_PARA how, DWORD count, PCCERT_
 // Windows finds the function that a provider registered by the key's algorithm.
 BOOL WINAPI exportPublicKeyInfo(HCRYPTPROV_OR_NCRYPT_KEY_HANDLE provider, DWORD spec, DWORD encoding,
                                 PCERT_PUBLIC_KEY_INFO info, DWORD* size) {
-    OwnedKey key;
+    CryptKey key;
     if (!::CryptGetUserKey(provider, spec, key.put()))
         return FALSE;
     ALG_ID algorithm = 0;
