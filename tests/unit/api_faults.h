@@ -142,7 +142,7 @@ inline Patches countCalls() {
             trace.open[providers] += done && *owned ? 1 : 0;
         });
     // A call that takes a container away gives no handle.
-    count<"CryptAcquireContextW">(all, &::CryptAcquireContextW, [](BOOL done, HCRYPTPROV* handle, auto...) {
+    count<"CryptAcquireContextW">(all, &::CryptAcquireContextW, [](BOOL done, auto handle, auto...) {
         trace.open[providers] += done && *handle ? 1 : 0;
     });
     count<"CryptReleaseContext", false>(all, &::CryptReleaseContext, closes<providers>);
