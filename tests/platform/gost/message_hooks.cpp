@@ -9,15 +9,6 @@
 namespace Corvane::Platform::Gost {
 namespace {
 
-void must(BOOL result) {
-    if (!result)
-        throw Failure{::GetLastError()};
-}
-
-View viewOf(const CRYPT_DATA_BLOB& blob) {
-    return {blob.pbData, blob.cbData};
-}
-
 Bytes keyInfoOf(const CRYPT_ALGORITHM_IDENTIFIER& algorithm, const CRYPT_BIT_BLOB& key) {
     return tlv(
         Tag::sequence, tlv(Tag::sequence, oid(algorithm.pszObjId), viewOf(algorithm.Parameters)),

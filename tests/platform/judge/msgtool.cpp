@@ -1,11 +1,8 @@
 // The authority and the reader of messages where OpenSSL has no GOST engine: by the functions of crypt32 that
 // the stand-in supplies, in one piece, which is another way through them than the component's streams take.
-#include "ber/ber.h"
-
-#include <windows.h>
+#include "failure.h"
 
 #include <objbase.h>
-#include <wincrypt.h>
 
 #include <fstream>
 #include <iostream>
@@ -25,17 +22,6 @@ constexpr char help[] =
 )";
 
 constexpr DWORD encoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
-
-struct Failed {
-    DWORD code = ::GetLastError();
-};
-
-template <class Result>
-Result must(Result result) {
-    if (!result)
-        throw Failed();
-    return result;
-}
 
 Bytes read(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -68,8 +54,7 @@ PCCERT_CONTEXT find(const std::string& name) {
         if (nameOf(found) == name)
             return found;
     }
-    ::SetLastError(static_cast<DWORD>(CRYPT_E_NOT_FOUND));
-    throw Failed();
+    fail(CRYPT_E_NOT_FOUND);
 }
 
 struct Key {
@@ -129,8 +114,7 @@ void decrypt(const Words& words) {
         must(::CryptMsgControl(message, 0, CMSG_CTRL_KEY_TRANS_DECRYPT, &how));
         return write(words[1], get(CMSG_CONTENT_PARAM));
     }
-    ::SetLastError(static_cast<DWORD>(CRYPT_E_RECIPIENT_NOT_FOUND));
-    throw Failed();
+    fail(CRYPT_E_RECIPIENT_NOT_FOUND);
 }
 
 // The structure behind DER; it lives as long as the bytes.
@@ -205,7 +189,7 @@ int run(const Words& words) {
     try {
         commands.at(words.at(0))(words);
         return 0;
-    } catch (const Failed& failed) {
+    } catch (const Failure& failed) {
         std::cerr << "error 0x" << std::hex << failed.code << '\n';
     } catch (const std::exception& error) {
         std::cerr << error.what() << '\n';
