@@ -4,10 +4,7 @@
 #include "platform/import_patch.h"
 #include "soon.h"
 #include "support.h"
-
-#include <commdlg.h>
-#include <objbase.h>
-#include <shlobj.h>
+#include "system_dialogs.h"
 
 #include <filesystem>
 
@@ -46,64 +43,6 @@ std::wstring show(DialogKind kind, const DialogOptions& options, HWND owner = nu
 
 constexpr DialogKind allKinds[] = {DialogKind::openFile, DialogKind::openFiles, DialogKind::saveFile,
                                    DialogKind::selectFolder};
-
-// In the place of the system's dialogs: notes what it was asked and answers as a test wants.
-class SystemDialogs {
-public:
-    SystemDialogs() { current = this; }
-    ~SystemDialogs() { current = nullptr; }
-    SystemDialogs(const SystemDialogs&) = delete;
-    SystemDialogs& operator=(const SystemDialogs&) = delete;
-
-    int calls = 0;
-    bool isSave = false;
-    OPENFILENAMEW file{};
-    BROWSEINFOW folder{};
-    std::wstring title, filter, initialDir;  // of the last call; a dash where there was none
-    std::wstring begin;                      // what stood in the buffer
-    std::wstring answer;                     // what is put there; none: the user cancelled, or
-    DWORD error = 0;                         // what the system calls its failure
-    std::function<void(HWND)> whileOpen = [](HWND) {};
-
-private:
-    static BOOL answerFile(OPENFILENAMEW* dialog, bool isSave) {
-        SystemDialogs& self = *current;
-        ++self.calls;
-        self.file = *dialog;
-        self.isSave = isSave;
-        self.begin = dialog->lpstrFile;
-        self.title = dialog->lpstrTitle ? dialog->lpstrTitle : L"-";
-        self.filter = dialog->lpstrFilter ? std::wstring(dialog->lpstrFilter, 13) : L"-";
-        self.initialDir = dialog->lpstrInitialDir ? dialog->lpstrInitialDir : L"-";
-        self.whileOpen(dialog->hwndOwner);
-        EXPECT_LT(self.answer.size() + 1, dialog->nMaxFile);
-        // Ended as the system ends a list of one string or more.
-        *std::ranges::fill_n(std::ranges::copy(self.answer, dialog->lpstrFile).out, 1, L'\0') = L'\0';
-        return !self.answer.empty();
-    }
-    static BOOL WINAPI open(OPENFILENAMEW* dialog) { return answerFile(dialog, false); }
-    static BOOL WINAPI save(OPENFILENAMEW* dialog) { return answerFile(dialog, true); }
-    static DWORD WINAPI extendedError() { return current->error; }
-    static LPITEMIDLIST WINAPI browse(BROWSEINFOW* dialog) {
-        SystemDialogs& self = *current;
-        ++self.calls;
-        self.folder = *dialog;
-        self.title = dialog->lpszTitle ? dialog->lpszTitle : L"-";
-        self.whileOpen(dialog->hwndOwner);
-        return self.answer.empty() ? nullptr : static_cast<LPITEMIDLIST>(::CoTaskMemAlloc(1));
-    }
-    static BOOL WINAPI pathOf(LPCITEMIDLIST, LPWSTR path) {
-        current->answer.copy(path, MAX_PATH);
-        return current->answer.size() < MAX_PATH;
-    }
-
-    static inline SystemDialogs* current = nullptr;
-    ImportPatch open_{&::GetOpenFileNameW, &open};
-    ImportPatch save_{&::GetSaveFileNameW, &save};
-    ImportPatch extendedError_{&::CommDlgExtendedError, &extendedError};
-    ImportPatch browse_{&::SHBrowseForFolderW, &browse};
-    ImportPatch pathOf_{&::SHGetPathFromIDListW, &pathOf};
-};
 
 TEST(FileDialogs, TheSystemIsAskedAsTheOptionsSay) {
     const Apartment apartment;
