@@ -544,11 +544,28 @@ TEST_F(Operations, AFailedDecryptionIsToldAsOneAndLeavesNothing) {
         failureOf([&] { written([&](Output& output) { provider_.decrypt(*from(message), output, none); }); }),
         expected);
     EXPECT_EQ(told(contentOf(*output_)), before);
+}
 
-    // Into the stream that it is read from, which is still there.
-    SourceStream both(attached_);
-    EXPECT_EQ(errorCode([&] { provider_.decrypt(both, both, {}); }), E_CRYPTO_DECRYPT.code);
-    EXPECT_EQ(contentOf(both), attached_);
+// What was not read yet would be overwritten, and lost.
+TEST_F(Operations, OneStreamIsNotReadAndWritten) {
+    const struct {
+        const ErrorDescriptor& error;
+        Bytes content;
+        std::function<void(Output&)> run;
+    } rows[] = {
+        {E_CRYPTO_SIGN, data_,
+         [&](Output& both) { provider_.sign(both, both, *certificate_, true, false, none); }},
+        {E_CRYPTO_EXTRACT_CONTENT, attached_,
+         [&](Output& both) { provider_.extractContentFromSignature(both, both, none); }},
+        {E_CRYPTO_ENCRYPT, data_, [&](Output& both) { provider_.encrypt(both, both, {certificate_}, none); }},
+        {E_CRYPTO_DECRYPT, provider_.encrypt(data_, {certificate_}),
+         [&](Output& both) { provider_.decrypt(both, both, none); }},
+    };
+    for (const auto& row : rows) {
+        SourceStream both(row.content);
+        EXPECT_EQ(errorCode([&] { row.run(both); }), row.error.code);
+        EXPECT_EQ(contentOf(both), row.content);
+    }
 }
 
 TEST_F(Operations, TornAndChangedMessages) {
