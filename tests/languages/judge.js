@@ -108,6 +108,8 @@ const shown = asked.getQuickInfoAtPosition(typed, BEFORE.length + "crypto.S".len
 const helpstring = ts.displayPartsToString(shown.documentation);
 cases["an editor shows the helpstring"] =
     helpstring.startsWith("A detached CMS signature over the data with the certificate's private key.") ? null : helpstring;
+const defaults = shown.tags.map((tag) => ts.displayPartsToString(tag.text)).join();
+cases["an editor shows a default"] = defaults === "addCertChain [addCertChain=false]" ? null : defaults;
 
 const program = asked.getProgram();
 const checker = program.getTypeChecker();
