@@ -1,8 +1,10 @@
 // Values of BER read from arbitrary bytes; what was read is written as DER and must be read from that alike.
-// The readers of signed messages are asked the same of the whole and of its beginning.
+// The readers of signed messages are asked the same of the whole and of its beginning, and those of
+// extensions of certificates read them and their values.
 #include "asn1/decoders/ber_reader.h"
 
 #include "asn1/decoders/signed_data.h"
+#include "asn1/decoders/x509_extensions.h"
 #include "fuzz.h"
 
 #include <algorithm>
@@ -53,6 +55,15 @@ Bytes toDer(BerReader reader) {
     return encoded;
 }
 
+template <class Action>
+void tolerate(Action&& action) {
+    try {
+        action();
+    } catch (const asn1::Asn1Exception&) {
+        // Not what was asked for.
+    }
+}
+
 // Whether it is a signed message with content; nothing when it is none.
 std::optional<bool> contentOf(Input message) {
     try {
@@ -71,26 +82,25 @@ void fuzz(Input input) {
         const auto beginning = contentOf(input.first(size));
         require(!beginning || !*beginning || !whole || *whole);
     }
-    try {
+    tolerate([&] {
         const Bytes set = asn1::signedAttributes(input);
         require(set.size() <= input.size());
         // The same bytes under the tag of a set, where there are any.
         require(set.empty() ||
                 (set.front() == asn1::tag::set &&
                  std::search(input.begin(), input.end(), set.begin() + 1, set.end()) != input.end()));
-    } catch (const asn1::Asn1Exception&) {
-        // No signer.
-    }
-    try {
+    });
+    tolerate([&] {
         const Bytes der = toDer(BerReader(input, Rules::ber));
         require(der.size() <= input.size());
         require(toDer(BerReader(der)) == der);
-    } catch (const asn1::Asn1Exception&) {
-        return;
-    }
-    try {
-        require(toDer(BerReader(input)).size() <= input.size());
-    } catch (const asn1::Asn1Exception&) {
-        // Good BER is not always good DER.
-    }
+    });
+    // Good BER is not always good DER.
+    tolerate([&] { require(toDer(BerReader(input)).size() <= input.size()); });
+    for (const auto read : {asn1::readKeyUsages, asn1::readExtendedKeyUsages, asn1::readPolicies})
+        tolerate([&] { read(input); });
+    tolerate([&] {
+        for (const asn1::Extension& extension : asn1::readExtensions(input))
+            asn1::readKeyUsages(extension.value);
+    });
 }

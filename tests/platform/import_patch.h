@@ -26,20 +26,13 @@ class ImportPatch {
 public:
     template <class Function>
     ImportPatch(Function* function, Function* replacement, HMODULE importer = ::GetModuleHandleW(nullptr))
-        : slot_(find(reinterpret_cast<void*>(function), importer)) {
-        settleSlot(importer, slot_);
-        original_ = slot_;
-        put(reinterpret_cast<void*>(replacement));
-    }
+        : ImportPatch(find(reinterpret_cast<void*>(function), importer), reinterpret_cast<void*>(replacement),
+                      importer) {}
     // The same by the name of the function: the headers of some libraries do not declare it as imported, and
     // another stand-in may be in its place already.
     template <class Function>
     ImportPatch(const char* name, Function* replacement, HMODULE importer = ::GetModuleHandleW(nullptr))
-        : slot_(find(name, importer)) {
-        settleSlot(importer, slot_);
-        original_ = slot_;
-        put(reinterpret_cast<void*>(replacement));
-    }
+        : ImportPatch(find(name, importer), reinterpret_cast<void*>(replacement), importer) {}
     ~ImportPatch() { put(original_); }
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
@@ -62,6 +55,12 @@ public:
     }
 
 private:
+    ImportPatch(void*& slot, void* replacement, HMODULE importer) : slot_(slot) {
+        settleSlot(importer, slot_);
+        original_ = slot_;
+        put(replacement);
+    }
+
     static void*& find(void* address, HMODULE importer) {
         if (void** slot = slotOf(address))
             return *slot;

@@ -1,7 +1,5 @@
-// Signatures and dialogs of the DLL as it is handed out, with the system answering as Windows documents it
-// where Wine answers otherwise, or asks the user.
+// The system's dialogs about certificates, as the DLL that is handed out asks for them.
 #include "../platform/import_patch.h"
-#include "../unit/support.h"
 #include "component.h"
 
 #include <prsht.h>
@@ -16,73 +14,25 @@ namespace robustness {
 namespace {
 
 using Corvane::Test::ImportPatch;
-using Corvane::Test::readTestData;
 
-constexpr HRESULT verifyFailed = static_cast<HRESULT>(0x80040331);
 constexpr HRESULT notOpened = static_cast<HRESULT>(0x8004045C);
 constexpr HRESULT dialogFailed = static_cast<HRESULT>(0x8004032C);
 
 class CertificatesTest : public ComponentTest {
 protected:
-    ComPtr<IBinaryObject> file(const char* name) {
-        ComPtr<IBinaryObject> content;
-        const auto path = std::filesystem::path(CORVANE_TEST_DATA "/pki") / name;
-        EXPECT_EQ(service()->BinaryObjectFromFile(Bstr(path.wstring()).get(), content.put()), S_OK);
-        return content;
-    }
-    ComPtr<ICryptoService> crypto() { return serviceOf<ICryptoService>(__uuidof(CryptoService)); }
     ComPtr<ICertificate> signer() {
+        ComPtr<IBinaryObject> content;
         ComPtr<ICertificate> certificate;
-        EXPECT_EQ(crypto()->CreateCertificateFromContent(file("signer.pem").get(), certificate.put()), S_OK);
+        const auto path = std::filesystem::path(CORVANE_TEST_DATA "/pki/signer.pem").wstring();
+        EXPECT_EQ(service()->BinaryObjectFromFile(Bstr(path).get(), content.put()), S_OK);
+        EXPECT_EQ(serviceOf<ICryptoService>(__uuidof(CryptoService))
+                      ->CreateCertificateFromContent(content.get(), certificate.put()),
+                  S_OK);
         return certificate;
     }
 
     const HMODULE module_ = ::GetModuleHandleW(componentPath().c_str());
 };
-
-// Whether success comes with the certificate that the message names.
-bool tellsSigner = false;
-
-// "The function succeeds, though nothing is verified", as documented for a detached message without its data.
-WINBOOL WINAPI verifyNothing(PCRYPT_VERIFY_MESSAGE_PARA, DWORD index, const BYTE*, DWORD, BYTE*, DWORD* size,
-                             PCCERT_CONTEXT* signer) {
-    if (index != 0) {
-        ::SetLastError(static_cast<DWORD>(CRYPT_E_NO_SIGNER));
-        return FALSE;
-    }
-    EXPECT_NE(size, nullptr) << "Windows wants to tell the size";
-    if (size)
-        *size = 0;
-    const auto content = readTestData("pki/signer.der");
-    *signer = tellsSigner ? ::CertCreateCertificateContext(X509_ASN_ENCODING, content.data(),
-                                                           static_cast<DWORD>(content.size()))
-                          : nullptr;
-    return TRUE;
-}
-
-TEST_F(CertificatesTest, NothingVerifiedIsNotVerified) {
-    const ImportPatch patch("CryptVerifyMessageSignature", &verifyNothing, module_);
-    const struct {
-        const char* message;
-        bool tellsSigner;
-        HRESULT expected;
-    } rows[] = {
-        {"detached-plain.p7s", true, verifyFailed},
-        {"detached-plain.p7s", false, verifyFailed},
-        {"attached-plain.p7s", false, verifyFailed},
-        {"attached-plain.p7s", true, S_OK},
-        {"attached-ber.p7s", true, S_OK},
-    };
-    for (const auto& row : rows) {
-        tellsSigner = row.tellsSigner;
-        ComPtr<ICertificateCollection> signers;
-        EXPECT_EQ(
-            crypto()->VerifyAttachedSignature(file(row.message).get(), variantOf(VT_EMPTY), signers.put()),
-            row.expected)
-            << row.message;
-        EXPECT_EQ(signers.get() != nullptr, row.expected == S_OK) << row.message;
-    }
-}
 
 // The error with which the viewer ends.
 DWORD viewerError = 0;

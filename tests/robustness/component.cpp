@@ -31,9 +31,6 @@ std::wstring componentPath() {
 }
 
 Component::Component() {
-    // It stays, and changes what the component imports.
-    if (!::LoadLibraryW(pathOf(CORVANE_STANDIN).c_str()))
-        throw std::runtime_error("the stand-in for message functions cannot be loaded");
     module_ = ::LoadLibraryW(componentPath().c_str());
     if (!module_)
         throw std::runtime_error("the DLL cannot be loaded");

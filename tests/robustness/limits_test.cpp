@@ -1,8 +1,7 @@
-// Big buffers and their end, and messages that are damaged.
+// Big buffers and their end.
 #include "component.h"
 
 #include <cstring>
-#include <filesystem>
 
 namespace robustness {
 namespace {
@@ -102,36 +101,6 @@ TEST_F(LimitsTest, MoreOfAFileThanMemoryHolds) {
     EXPECT_EQ(file->Close(), S_OK);
 }
 #endif
-
-TEST_F(LimitsTest, CutAndDamagedMessages) {
-    const auto crypto = serviceOf<ICryptoService>(__uuidof(CryptoService));
-    ComPtr<IBinaryObject> file;
-    ASSERT_EQ(service()->BinaryObjectFromFile(
-                  Bstr(std::filesystem::path(CORVANE_TEST_DATA "/pki/attached-plain.p7s").wstring()).get(),
-                  file.put()),
-              S_OK);
-    const std::wstring message = hexOf(*file);
-    const auto verify = [&](std::wstring_view hex) {
-        ComPtr<ICertificateCollection> signers;
-        const HRESULT hr = crypto->VerifyAttachedSignature(bytes(hex).get(), VARIANT{}, signers.put());
-        EXPECT_TRUE(hr == S_OK || HRESULT_FACILITY(hr) == FACILITY_ITF) << std::hex << hr;
-        EXPECT_EQ(hr == S_OK, static_cast<bool>(signers)) << "a result and a failure exclude each other";
-        return hr;
-    };
-    ASSERT_EQ(verify(message), S_OK);
-    for (const std::wstring& hex :
-         {std::wstring(L"30847FFFFFFF"), std::wstring(100000, L'0'), message.substr(2)})
-        EXPECT_NE(verify(hex), S_OK);
-    for (std::size_t place = 0; place < message.size(); place += 62) {
-        EXPECT_NE(verify(message.substr(0, place)), S_OK) << place / 2 << " bytes of the message";
-        std::wstring damaged = message;
-        damaged[place] = damaged[place] == L'F' ? L'0' : L'F';
-        verify(damaged);
-    }
-    ComPtr<ICertificateCollection> found;
-    const Bstr deep(std::wstring(100000, L'['));  // however deep, the stack lasts
-    EXPECT_EQ(crypto->GetCertificates(deep.get(), found.put()), S_OK) << "what is no object filters nothing";
-}
 
 }  // namespace
 }  // namespace robustness

@@ -7,8 +7,6 @@
 #include "binary/hex.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
 using namespace asn1;
 using namespace Corvane::Test;
 using Corvane::hexToBin;

@@ -5,8 +5,6 @@
 #include "binary/hex.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
 #include <map>
 
 using namespace asn1;

@@ -10,8 +10,6 @@
 #include "binary/xml_encoding.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
 #include <iomanip>
 
 using namespace Corvane;

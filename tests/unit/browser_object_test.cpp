@@ -8,11 +8,7 @@
 #include "sites/trusted_sites.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <tuple>
-#include <vector>
 
 using namespace Corvane;
 using Com::BrowserSite;

@@ -14,7 +14,7 @@
 
 using namespace Corvane;
 using namespace Corvane::Com;
-using Corvane::Test::soon;
+using namespace Corvane::Test;
 
 namespace {
 
@@ -88,13 +88,6 @@ public:
     std::wstring error;
 };
 
-struct Apartment {
-    Apartment() { ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED); }
-    ~Apartment() { ::CoUninitialize(); }
-    Apartment(const Apartment&) = delete;
-    Apartment& operator=(const Apartment&) = delete;
-};
-
 TEST(Async, WhateverIsThrownReachesTheCallbackOnItsThreadOnce) {
     const Apartment apartment;
     const struct {
@@ -125,14 +118,9 @@ TEST(Async, WhateverIsThrownReachesTheCallbackOnItsThreadOnce) {
     EXPECT_TRUE(Module::isIdle());
 }
 
-BOOL WINAPI refusePost(HWND, UINT, WPARAM, LPARAM) {
-    ::SetLastError(ERROR_NOT_ENOUGH_QUOTA);
-    return FALSE;
-}
-
 TEST(Async, NoOutcomeIsLostWhereTheQueueHasNoRoom) {
     const Apartment apartment;
-    const Corvane::Test::ImportPatch patch(&::PostMessageW, &refusePost);
+    const ImportPatch patch(&::PostMessageW, &refusePost);
     Callback callback;
     for (int i = 0; i < 100; ++i)
         start(&callback, Operation{L"work", [] { return 1u; }});

@@ -4,8 +4,6 @@
 #include "compression/zip.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
 using namespace Corvane;
 using namespace Corvane::Compression;
 using namespace Corvane::Test;

@@ -14,7 +14,6 @@
 
 #include <gmock/gmock.h>
 
-#include <functional>
 #include <thread>
 
 using namespace Corvane;

@@ -4,8 +4,6 @@
 #include "core/moment.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cstdlib>
 

@@ -3,8 +3,6 @@
 #include "gui/chosen_files.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
 using namespace Corvane;
 using namespace Corvane::Gui;
 using namespace std::string_literals;

@@ -10,12 +10,10 @@
 #include "crypto/enroll/create_request.h"
 #include "crypto/enroll/install_response.h"
 #include "crypto/enroll/key_container.h"
-#include "crypto/enroll/request_signature.h"
 #include "crypto/request/distinguished_name.h"
 #include "crypto/request/extensions_json.h"
-#include "support.h"
+#include "key_container.h"
 
-#include <gtest/gtest.h>
 #include <json/value.h>
 
 using namespace Corvane;
@@ -45,36 +43,10 @@ ProviderRecord rsaProvider() {
     return {MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES, {}, {}, {}};
 }
 
-// The name of a container that is there no more when this ends.
-class ContainerName {
-public:
-    ContainerName(ProviderRecord record, const std::wstring& what)
-        : name(L"corvane " + std::to_wstring(::GetCurrentProcessId()) + L" " + what),
-          record_(std::move(record)) {}
-    ~ContainerName() { remove(); }
-    ContainerName(const ContainerName&) = delete;
-    ContainerName& operator=(const ContainerName&) = delete;
-
-    bool exists() const {
-        CryptProvider provider;
-        return ::CryptAcquireContextW(provider.put(), name.c_str(), record_.name.c_str(), record_.type,
-                                      CRYPT_SILENT);
-    }
-    void remove() const {
-        if (exists())
-            detail::deleteContainer(record_, name, 0);
-    }
-    void makeKey(DWORD keySpec, DWORD flags) const {
-        const CryptProvider provider =
-            detail::acquireProvider(record_, &name, CRYPT_NEWKEYSET | CRYPT_SILENT);
-        CryptKey key;
-        ASSERT_TRUE(::CryptGenKey(provider.get(), keySpec, flags, key.put()));
-    }
-
-    const std::wstring name;
-
-private:
-    ProviderRecord record_;
+// A container of the record's provider.
+struct ContainerName : KeyContainer {
+    ContainerName(const ProviderRecord& record, const std::wstring& what)
+        : KeyContainer(record.name, record.type, what) {}
 };
 
 SharedBytes shared(Bytes bytes) {
@@ -100,37 +72,12 @@ Json::Value noToken(const std::wstring&) {
     return {};
 }
 
-Json::Value decode(const Bytes& request) {
-    return parseJson(Crypto::getCertificationRequestJson(request));
-}
-
 class Request : public testing::Test {
 protected:
     const ProviderRecord gost = gostProvider();
     const ContainerName container{gost, L"request"};
     const ImportPatch exporting{&::CryptExportPublicKeyInfo, &exportWithIdentifier};
 };
-
-TEST_F(Request, HasWhatWasGivenAndAGoodSignature) {
-    RequestParameters parameters = parametersFor(container);
-    parameters.enrollmentParameters = shared(oneMoreAttribute());
-    const Json::Value json = parseJson(createCertificationRequestEx(gost, parameters, noToken));
-    EXPECT_EQ(json.getMemberNames(), (std::vector<std::string>{"path", "request"}));
-    EXPECT_TRUE(json["path"].asString().ends_with("\\" + toUtf8(container.name))) << json["path"].asString();
-
-    Bytes der = base64ToBin(json["request"].asString());
-    const asn1::CertificationRequest request = asn1::decodeRequest(der);
-    EXPECT_EQ(request.info.subject, *parameters.distinguishedName);
-    ASSERT_EQ(request.info.attributes.size(), 2u);
-    EXPECT_EQ(request.info.attributes[0],
-              (asn1::Attribute{std::string(asn1::extensionRequestOid), {*parameters.extensions}}));
-    EXPECT_EQ(asn1::encodeAttribute(request.info.attributes[1]), oneMoreAttribute());
-    EXPECT_EQ(request.signatureAlgorithm.oid, "1.2.643.2.2.3");
-    EXPECT_TRUE(decode(der)["signatureValid"].asBool());
-    der.back() ^= 1;
-    EXPECT_FALSE(decode(der)["signatureValid"].asBool());
-    EXPECT_FALSE(decode(der).isMember("signatureError"));
-}
 
 BOOL WINAPI tellToken(HCRYPTPROV, DWORD, BYTE* buffer, DWORD* size, DWORD) {
     constexpr char path[] = R"(\\.\Aktiv Rutoken\a)";
@@ -155,14 +102,7 @@ TEST_F(Request, DescribesTheTokenOfItsContainer) {
 TEST_F(Request, EachCallFailsOnce) {
     RequestParameters parameters = parametersFor(container);
     parameters.enrollmentParameters = shared(oneMoreAttribute());
-    const FailingApi acquire(ApiNumber<1>(), &::CryptAcquireContextW, 1);
-    const FailingApi release(ApiNumber<2>(), &::CryptReleaseContext, -1);
-    const FailingApi parameter(ApiNumber<3>(), &::CryptGetProvParam);
-    const FailingApi generate(ApiNumber<4>(), &::CryptGenKey, 1);
-    const FailingApi destroy(ApiNumber<5>(), &::CryptDestroyKey, -1);
-    const FailingApi exportInfo(ApiNumber<6>(), &::CryptExportPublicKeyInfo);
-    const FailingApi decoding(ApiNumber<7>(), &::CryptDecodeObject);
-    const FailingApi signing(ApiNumber<8>(), &::CryptSignAndEncodeCertificate);
+    const Patches patches = countCalls();
     int left = 0;
     EXPECT_EQ(codesOfFaults([&] { createCertificationRequestEx(gost, parameters, noToken); },
                             [&] {
@@ -199,15 +139,8 @@ TEST_F(Request, BadInputIsToldBySystem) {
 class Response : public testing::Test {
 protected:
     void SetUp() override {
-        container.makeKey(AT_KEYEXCHANGE, CRYPT_EXPORTABLE);
-        std::wstring name = container.name;
-        std::wstring provider = rsa.name;
-        CRYPT_KEY_PROV_INFO place{name.data(), provider.data(), rsa.type, 0, 0, nullptr, AT_KEYEXCHANGE};
-        Bytes subject = Crypto::encodeDistinguishedName(L"CN=Answer");
-        CERT_NAME_BLOB blob{static_cast<DWORD>(subject.size()), subject.data()};
-        const CertificateContext made(
-            ::CertCreateSelfSignCertificate(0, &blob, 0, &place, nullptr, nullptr, nullptr, nullptr));
-        ASSERT_TRUE(made);
+        container.makeKey();
+        const CertificateContext made = container.selfSigned(Crypto::encodeDistinguishedName(L"CN=Answer"));
         der.assign(made.get()->pbCertEncoded, made.get()->pbCertEncoded + made.get()->cbCertEncoded);
     }
     void TearDown() override {
@@ -226,7 +159,7 @@ protected:
     }
 
     const ProviderRecord rsa = rsaProvider();
-    const ContainerName container{rsa, L"answer"};
+    ContainerName container{rsa, L"answer"};
     const std::wstring store = L"Corvane " + std::to_wstring(::GetCurrentProcessId());
     Bytes der;
 };
@@ -256,9 +189,9 @@ TEST_F(Response, AllFormsAreInstalledWithTheirKey) {
 }
 
 TEST_F(Response, WhatDoesNotMatchInstallsNothing) {
-    const ContainerName signatureOnly(rsa, L"a signature");
+    ContainerName signatureOnly(rsa, L"a signature");
     signatureOnly.makeKey(AT_SIGNATURE, 0);
-    const ContainerName other(rsa, L"other");
+    ContainerName other(rsa, L"other");
     other.makeKey(AT_KEYEXCHANGE, 0);
     const auto install = [&](const std::wstring& response) {
         return errorCode([&] { installCertificateResponse(rsa, response, store); });
@@ -298,20 +231,7 @@ TEST_F(Response, EachCallFailsOnce) {
     const std::wstring response = text();
     const SharedCertificate certificate = installCertificateResponse(rsa, response, store);
     const ContainerName copy(rsa, L"a copy");
-    const FailingApi acquire(ApiNumber<11>(), &::CryptAcquireContextW, 1);
-    const FailingApi release(ApiNumber<12>(), &::CryptReleaseContext, -1);
-    const FailingApi parameter(ApiNumber<13>(), &::CryptGetProvParam);
-    const FailingApi query(ApiNumber<14>(), &::CryptQueryObject);
-    const FailingApi exportInfo(ApiNumber<15>(), &::CryptExportPublicKeyInfo);
-    const FailingApi binding(ApiNumber<16>(), &::CertSetCertificateContextProperty);
-    const FailingApi property(ApiNumber<17>(), &::CertGetCertificateContextProperty);
-    const FailingApi opening(ApiNumber<18>(), &::CertOpenStore);
-    const FailingApi adding(ApiNumber<19>(), &::CertAddCertificateContextToStore);
-    const FailingApi userKey(ApiNumber<20>(), &::CryptGetUserKey, 1);
-    const FailingApi keyParameter(ApiNumber<21>(), &::CryptGetKeyParam);
-    const FailingApi exportKey(ApiNumber<22>(), &::CryptExportKey);
-    const FailingApi importKey(ApiNumber<23>(), &::CryptImportKey, 1);
-    const FailingApi destroy(ApiNumber<24>(), &::CryptDestroyKey, -1);
+    const Patches patches = countCalls();
     EXPECT_EQ(codesOfFaults([&] { installCertificateResponseEx(rsa, response, container.name, store); }),
               (Codes{324, 301, 310, 323, 603, 611}));
     // With many containers, each of them is opened and compared; the last failure of these is the matching
@@ -324,19 +244,6 @@ TEST_F(Response, EachCallFailsOnce) {
                             [&] { EXPECT_FALSE(copy.exists()) << "a copy that failed leaves no container"; }),
               (Codes{502, 301, 330, 314, 301, 319, 322, 321}));
     EXPECT_TRUE(copy.exists());
-}
-
-TEST_F(Response, KeysThatMayNotLeaveStay) {
-    const ContainerName kept(rsa, L"kept");
-    const ContainerName copy(rsa, L"a copy");
-    kept.makeKey(AT_KEYEXCHANGE, 0);
-    const SharedCertificate certificate = installCertificateResponse(rsa, text(), store);
-    std::wstring name = kept.name;
-    std::wstring provider = rsa.name;
-    CRYPT_KEY_PROV_INFO place{name.data(), provider.data(), rsa.type, 0, 0, nullptr, AT_KEYEXCHANGE};
-    ::CertSetCertificateContextProperty(certificate->context(), CERT_KEY_PROV_INFO_PROP_ID, 0, &place);
-    EXPECT_EQ(errorCode([&] { copyKeyContainer(*certificate, copy.name); }), 322u);
-    EXPECT_FALSE(copy.exists());
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 #include "platform/import_patch.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
 using namespace Corvane;
 using namespace Corvane::Test;
 

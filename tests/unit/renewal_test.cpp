@@ -3,11 +3,9 @@
 #include "core/system_exception.h"
 #include "core/wide_text.h"
 #include "crypto/certificate/certificate.h"
+#include "key_container.h"
 #include "platform/enroll/recorder.h"
-#include "platform/import_patch.h"
 #include "support.h"
-
-#include <gtest/gtest.h>
 
 using namespace Corvane;
 using namespace Corvane::Test;
@@ -113,15 +111,7 @@ class Enroll4Renewal : public Renewal {
 protected:
     void SetUp() override {
         Renewal::SetUp();
-        const std::wstring name = L"corvane renewal " + std::to_wstring(::GetCurrentProcessId());
-        container_ = name;
-        HCRYPTPROV provider = 0;
-        HCRYPTKEY key = 0;
-        ASSERT_TRUE(::CryptAcquireContextW(&provider, name.c_str(), MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES,
-                                           CRYPT_NEWKEYSET | CRYPT_SILENT));
-        ASSERT_TRUE(::CryptGenKey(provider, AT_SIGNATURE, 0, &key));
-        ::CryptDestroyKey(key);
-        ::CryptReleaseContext(provider, 0);
+        container_.makeKey(AT_SIGNATURE, 0);
         // CRL distribution points, authority information access and authority key identifier stay behind.
         Bytes value{0x05, 0x00};
         CERT_EXTENSION extensions[] = {{oid("2.5.29.31"), FALSE, {2, value.data()}},
@@ -130,30 +120,18 @@ protected:
                                        {oid("2.5.29.35"), FALSE, {2, value.data()}},
                                        {oid("1.2.3"), FALSE, {2, value.data()}}};
         CERT_EXTENSIONS all{static_cast<DWORD>(std::size(extensions)), extensions};
-        Bytes subject{0x30, 0x0C, 0x31, 0x0A, 0x30, 0x08, 0x06, 0x03, 0x55, 0x04, 0x03, 0x0C, 0x01, 0x61};
-        CERT_NAME_BLOB blob{static_cast<DWORD>(subject.size()), subject.data()};
-        CRYPT_KEY_PROV_INFO place{container_.data(), provider_.data(), PROV_RSA_AES, 0, 0,
-                                  nullptr,           AT_SIGNATURE};
-        made_ = ::CertCreateSelfSignCertificate(0, &blob, 0, &place, nullptr, nullptr, nullptr, &all);
-        ASSERT_NE(made_, nullptr);
-    }
-    void TearDown() override {
-        ::CertFreeCertificateContext(made_);
-        HCRYPTPROV none = 0;
-        ::CryptAcquireContextW(&none, container_.c_str(), MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES,
-                               CRYPT_DELETEKEYSET);
-        Renewal::TearDown();
+        made_ = container_.selfSigned(
+            {0x30, 0x0C, 0x31, 0x0A, 0x30, 0x08, 0x06, 0x03, 0x55, 0x04, 0x03, 0x0C, 0x01, 0x61}, &all);
     }
 
-    Certificate certificate() const { return Certificate::duplicate(made_); }
-    std::string containerText() const { return toUtf8(container_); }
+    Certificate certificate() const { return Certificate::duplicate(made_.get()); }
+    std::string containerText() const { return toUtf8(container_.name); }
 
 private:
     static char* oid(const char* text) { return const_cast<char*>(text); }
 
-    std::wstring container_;
-    std::wstring provider_ = MS_ENH_RSA_AES_PROV_W;
-    PCCERT_CONTEXT made_ = nullptr;
+    KeyContainer container_{MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES, L"renewal"};
+    CertificateContext made_;
 };
 
 TEST_F(Enroll4Renewal, ByTheEnrollmentControl) {

@@ -6,10 +6,8 @@
 #include "token/discovery/tokens_info.h"
 #include "token_folder.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
-#include <memory>
+#include <map>
 
 using namespace Corvane;
 using namespace Corvane::Test;
@@ -61,55 +59,19 @@ protected:
     }
 };
 
-struct Answer {
-    const char* what;
-    const wchar_t* reader;
-    const wchar_t* protocol;
-    const wchar_t* command;
-    const wchar_t* bytes;
-    Certified certified;
-};
-
-// The layout: 61 is the tenth byte's place, the length stands at 11, the flag is the seventh character after
-// it.
-const Answer answers[] = {
-    {"Rutoken, flag set", rutoken, L"1", rutokenCommand, L"000102030405", Certified::yes},
-    {"Rutoken, flag clear", rutoken, L"1", rutokenCommand, L"0001020304009000", Certified::no},
-    {"Rutoken, one byte short", rutoken, L"1", rutokenCommand, L"0001020304", Certified::unknown},
-    {"Rutoken, nothing but a status", rutoken, L"1", rutokenCommand, L"6A82", Certified::unknown},
-    {"Rutoken at T=0", rutoken, L"0", rutokenCommand, L"0001020304019000", Certified::yes},
-    {"JaCarta, '1' is seventh", jaCarta, L"1", jaCartaCommand, L"0000000000000000000000073132333435363190",
-     Certified::yes},
-    {"JaCarta, '0' is seventh", jaCarta, L"1", jaCartaCommand, L"0000000000000000000000073132333435363090",
-     Certified::no},
-    {"JaCarta, six characters", jaCarta, L"1", jaCartaCommand, L"0000000000000000000000063132333435363190",
-     Certified::unknown},
-    {"JaCarta, a length beyond the end", jaCarta, L"1", jaCartaCommand,
-     L"00000000000000000000000A3132333435363190", Certified::unknown},
-    {"JaCarta, a length that counts itself in", jaCarta, L"1", jaCartaCommand,
-     L"00000000000000000000000831323334353631", Certified::yes},
-    {"JaCarta, ends before the length", jaCarta, L"1", jaCartaCommand, L"0000000000000000000000",
-     Certified::unknown},
-    {"JaCarta, asked on at T=0", jaCarta, L"0", jaCartaCommand, L"6114", Certified::yes},
-    {"JaCarta, at T=1 that is all it says", jaCarta, L"1", jaCartaCommand, L"6114", Certified::unknown},
-    {"JaCarta, ends behind the length", jaCarta, L"1", jaCartaCommand, L"000000000000000000000000",
-     Certified::unknown},
-    {"Rutoken, the name only later", L"My Aktiv 0", L"1", rutokenCommand, L"000102030405",
-     Certified::unknown},
-    {"JaCarta, the name only later", L"My ARDS 0", L"1", jaCartaCommand,
-     L"0000000000000000000000073132333435363190", Certified::unknown},
-    {"another maker's", L"Other 0", L"1", rutokenCommand, L"000102030405", Certified::unknown},
-};
-
 TEST_F(SmartCardTest, TellsWhatTheTokenSays) {
+    const std::map<std::string, Certified> meanings{
+        {"yes", Certified::yes}, {"no", Certified::no}, {"unknown", Certified::unknown}};
     set(jaCarta, L"00C0000014", L"0000000000000000000000073132333435363190");
-    for (const Answer& row : answers) {
+    for (const auto& row : readTable("token/answers.txt", 5)) {
+        const std::wstring reader = wide(row[1]);
+        const bool isJaCarta = row[1].find("ARDS") != std::string::npos;
         for (const wchar_t* length : {L"", L"no", L"0"}) {
-            SCOPED_TRACE(row.what);
+            SCOPED_TRACE(row[0]);
             set(L"service", L"length", length);
-            set(row.reader, L"protocol", row.protocol);
-            set(row.reader, row.command, row.bytes);
-            EXPECT_EQ(ask(row.reader), row.certified);
+            set(reader.c_str(), L"protocol", wide(row[2]));
+            set(reader.c_str(), isJaCarta ? jaCartaCommand : rutokenCommand, wide(row[3]));
+            EXPECT_EQ(ask(reader.c_str()), meanings.at(row[4]));
         }
     }
 }

@@ -1,11 +1,28 @@
-// Waiting for what another thread or the clock brings about.
+// Apartments, and waiting for what another thread or the clock brings about.
 #pragma once
 
 #include <windows.h>
 
+#include <objbase.h>
+
 #include <functional>
 
 namespace Corvane::Test {
+
+// The thread is in one as long as it lives.
+class Apartment {
+public:
+    explicit Apartment(DWORD kind = COINIT_APARTMENTTHREADED) { ::CoInitializeEx(nullptr, kind); }
+    ~Apartment() { ::CoUninitialize(); }
+    Apartment(const Apartment&) = delete;
+    Apartment& operator=(const Apartment&) = delete;
+};
+
+// PostMessageW where the queue of the thread is full.
+inline BOOL WINAPI refusePost(HWND, UINT, WPARAM, LPARAM) {
+    ::SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+    return FALSE;
+}
 
 // Whether `condition` comes true: at once, or within the minute that a busy machine may need. The thread's
 // messages are delivered meanwhile.

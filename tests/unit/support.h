@@ -9,6 +9,8 @@
 #include "core/system_exception.h"
 #endif
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <fstream>

@@ -27,9 +27,6 @@
 
 #include <wincrypt.h>
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <map>
 #include <optional>
 #include <set>

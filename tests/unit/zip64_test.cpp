@@ -7,8 +7,6 @@
 #include "platform/import_patch.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
 using namespace Corvane;
 using namespace Corvane::Compression;
 using namespace Corvane::Test;

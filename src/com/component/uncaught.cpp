@@ -2,14 +2,9 @@
 // the name of the exception to a console first, which no host reads, and needs the C++ library's demangler
 // for it.
 #include <cstdlib>
+#include <exception>
 
-// The names are the runtime's.
-namespace __gnu_cxx {  // NOLINT(bugprone-reserved-identifier)
-// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming)
-[[noreturn]] void __verbose_terminate_handler();
-
-// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming)
-void __verbose_terminate_handler() {
+// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming): the names are the runtime's
+void __gnu_cxx::__verbose_terminate_handler() {
     std::abort();
 }
-}  // namespace __gnu_cxx

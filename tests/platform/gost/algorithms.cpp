@@ -39,8 +39,4 @@ const Algorithm* findByKeyOid(std::string_view oid) {
     return findWhere([&](const Algorithm& one) { return one.keyOid == oid; });
 }
 
-const Algorithm* findByKeyId(ALG_ID id) {
-    return findWhere([&](const Algorithm& one) { return one.keyId == id; });
-}
-
 }  // namespace Corvane::Platform::Gost

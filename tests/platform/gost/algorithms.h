@@ -2,11 +2,7 @@
 // 4491 and 9215; the numbers of CryptoAPI are those of the providers that people have.
 #pragma once
 
-#include "../ber/ber.h"
-
-#include <windows.h>
-
-#include <wincrypt.h>
+#include "../failure.h"
 
 #include <algorithm>
 #include <string>
@@ -44,32 +40,11 @@ extern const Algorithm algorithms[3];
 // Null where there is none.
 const Algorithm* findByType(DWORD providerType);
 const Algorithm* findByKeyOid(std::string_view oid);
-const Algorithm* findByKeyId(ALG_ID id);
-
-// What is told to the caller: a code of GetLastError.
-struct Failure {
-    DWORD code;
-};
-[[noreturn]] inline void fail(LONG code) {
-    throw Failure{static_cast<DWORD>(code)};
-}
 
 // An exported function's body: what it throws becomes the last error.
 template <class Body>
 BOOL entry(Body&& body) noexcept {
-    try {
-        body();
-        return TRUE;
-    } catch (const Failure& failure) {
-        ::SetLastError(failure.code);
-    } catch (const BerError&) {
-        ::SetLastError(static_cast<DWORD>(NTE_BAD_DATA));
-    } catch (const std::bad_alloc&) {
-        ::SetLastError(static_cast<DWORD>(NTE_NO_MEMORY));
-    } catch (...) {
-        ::SetLastError(static_cast<DWORD>(NTE_FAIL));
-    }
-    return FALSE;
+    return succeedsWith<Codes{NTE_BAD_DATA, NTE_BAD_DATA, NTE_NO_MEMORY, NTE_FAIL}>(body);
 }
 
 // Gives a result as CryptoAPI does: the size where no buffer is given, ERROR_MORE_DATA where it is too small.

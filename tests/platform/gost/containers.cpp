@@ -5,8 +5,8 @@ namespace {
 
 const std::wstring root = L"Software\\Corvane Tests\\GOST containers\\";
 
-std::wstring valueName(const wchar_t* what, DWORD spec) {
-    return what + std::to_wstring(spec);
+std::wstring keyName(DWORD spec) {
+    return L"key " + std::to_wstring(spec);
 }
 
 Bytes readValue(const std::wstring& container, const std::wstring& name) {
@@ -66,18 +66,15 @@ std::vector<std::wstring> containerNames() {
 }
 
 std::optional<StoredKey> loadKey(const std::wstring& container, DWORD spec) {
-    const Bytes value = readValue(container, valueName(L"key ", spec));
+    const Bytes value = readValue(container, keyName(spec));
     if (value.empty())
         return std::nullopt;
-    return StoredKey{readPrivateKeyInfo(View(value).subspan(1)), value[0] != 0,
-                     readValue(container, valueName(L"certificate ", spec))};
+    return StoredKey{readPrivateKeyInfo(View(value).subspan(1)), value[0] != 0};
 }
 
 void storeKey(const std::wstring& container, DWORD spec, const StoredKey& key) {
     Bytes value{key.exportable};
-    writeValue(container, valueName(L"key ", spec), append(value, privateKeyInfo(key.pair)));
-    if (!key.certificate.empty())
-        writeValue(container, valueName(L"certificate ", spec), key.certificate);
+    writeValue(container, keyName(spec), append(value, privateKeyInfo(key.pair)));
 }
 
 }  // namespace Corvane::Platform::Gost

@@ -11,7 +11,6 @@ namespace Corvane::Platform::Gost {
 struct StoredKey {
     KeyPair pair;
     bool exportable = false;
-    Bytes certificate;  // empty: none
 };
 
 bool containerExists(const std::wstring& name);

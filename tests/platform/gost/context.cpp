@@ -75,14 +75,6 @@ void acquire(HCRYPTPROV* handle, const char* name, DWORD flags, const ProviderCa
     *handle = contexts.add(std::move(context));
 }
 
-DWORD keySpecs(const Context& context) {
-    DWORD specs = 0;
-    for (const DWORD spec : {DWORD{AT_KEYEXCHANGE}, DWORD{AT_SIGNATURE}})
-        if (context.hasContainer && loadKey(context.container, spec))
-            specs |= spec;
-    return specs;
-}
-
 // Containers whose keys are of the provider's kind, and empty ones.
 std::vector<Bytes> ownContainers(const Context& context) {
     std::vector<Bytes> names;
@@ -111,7 +103,7 @@ void enumerateContainers(Context& context, BYTE* buffer, DWORD* size, DWORD flag
 }
 
 // The system looks for a provider for an algorithm in these lists.
-void enumerateAlgorithms(Context& context, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
+void enumerateAlgorithms(Context& context, BYTE* buffer, DWORD* size, DWORD flags) {
     const Algorithm& own = *context.algorithm;
     struct Entry {
         ALG_ID id;
@@ -127,49 +119,26 @@ void enumerateAlgorithms(Context& context, DWORD which, BYTE* buffer, DWORD* siz
         fail(ERROR_NO_MORE_ITEMS);
     const Entry& entry = all[context.enumerated];
     const auto bits = static_cast<DWORD>(8 * entry.bytes);
-    const auto tell = [&](auto filled) {
-        std::copy_n(entry.name, std::char_traits<char>::length(entry.name), filled.szName);
-        give(buffer, size, {reinterpret_cast<const std::uint8_t*>(&filled), sizeof filled});
-    };
     const auto nameSize = static_cast<DWORD>(std::char_traits<char>::length(entry.name) + 1);
-    if (which == PP_ENUMALGS)
-        tell(PROV_ENUMALGS{entry.id, bits, nameSize, {}});
-    else
-        tell(PROV_ENUMALGS_EX{entry.id, bits, bits, bits, 0, nameSize, {}, 0, {}});
+    PROV_ENUMALGS filled{entry.id, bits, nameSize, {}};
+    std::copy_n(entry.name, nameSize, filled.szName);
+    give(buffer, size, {reinterpret_cast<const std::uint8_t*>(&filled), sizeof filled});
     if (buffer)
         ++context.enumerated;
 }
 
 Bytes parameter(const Context& context, DWORD which) {
-    DWORD number = 0;
-    switch (which) {
-        case PP_NAME:
-            return narrow(context.algorithm->provider);
-        case PP_CONTAINER:
-        case PP_UNIQUE_CONTAINER:
-            if (!context.hasContainer)
-                fail(NTE_BAD_KEYSET);
-            return narrow((which == PP_CONTAINER ? L"" : L"\\\\.\\REGISTRY\\") + context.container);
-        case PP_PROVTYPE:
-            number = context.algorithm->providerType;
-            break;
-        case PP_KEYSPEC:
-            number = AT_KEYEXCHANGE | AT_SIGNATURE;
-            break;
-        case PP_IMPTYPE:
-            number = CRYPT_IMPL_SOFTWARE;
-            break;
-        case PP_VERSION:
-            number = 0x0100;
-            break;
-        case PP_KEYSET_TYPE:
-            number = keySpecs(context);
-            break;
-        default:
-            fail(NTE_BAD_TYPE);
+    if (which == PP_NAME)
+        return narrow(context.algorithm->provider);
+    if (which == PP_PROVTYPE) {
+        const View type = bytesOf(context.algorithm->providerType);
+        return {type.begin(), type.end()};
     }
-    const View bytes = bytesOf(number);
-    return {bytes.begin(), bytes.end()};
+    if (which != PP_CONTAINER && which != PP_UNIQUE_CONTAINER)
+        fail(NTE_BAD_TYPE);
+    if (!context.hasContainer)
+        fail(NTE_BAD_KEYSET);
+    return narrow((which == PP_CONTAINER ? L"" : L"\\\\.\\REGISTRY\\") + context.container);
 }
 
 }  // namespace
@@ -193,26 +162,19 @@ BOOL WINAPI CPGetProvParam(HCRYPTPROV handle, DWORD which, BYTE* buffer, DWORD* 
         Context& context = contexts.get(handle);
         if (which == PP_ENUMCONTAINERS)
             enumerateContainers(context, buffer, size, flags);
-        else if (which == PP_ENUMALGS || which == PP_ENUMALGS_EX)
-            enumerateAlgorithms(context, which, buffer, size, flags);
+        else if (which == PP_ENUMALGS)
+            enumerateAlgorithms(context, buffer, size, flags);
         else
             give(buffer, size, parameter(context, which));
     });
 }
 
-BOOL WINAPI CPSetProvParam(HCRYPTPROV handle, DWORD which, BYTE*, DWORD) {
-    return entry([&] {
-        contexts.get(handle);
-        if (which != PP_CLIENT_HWND && which != PP_SIGNATURE_PIN && which != PP_KEYEXCHANGE_PIN)
-            fail(NTE_BAD_TYPE);
-    });
+BOOL WINAPI CPSetProvParam(HCRYPTPROV, DWORD, BYTE*, DWORD) {
+    return entry([] { fail(E_NOTIMPL); });
 }
 
-BOOL WINAPI CPGenRandom(HCRYPTPROV handle, DWORD size, BYTE* buffer) {
-    return entry([&] {
-        contexts.get(handle);
-        std::ranges::copy(randomBytes(size), buffer);
-    });
+BOOL WINAPI CPGenRandom(HCRYPTPROV, DWORD, BYTE*) {
+    return entry([] { fail(E_NOTIMPL); });
 }
 
 }  // extern "C"

@@ -14,10 +14,6 @@ const Bytes& Hash::finish() {
 
 namespace {
 
-gcry_md_hd_t checked(gcry_error_t error, gcry_md_hd_t handle) {
-    return error ? (fail(NTE_FAIL), nullptr) : handle;
-}
-
 HCRYPTHASH create(const Context& context, ALG_ID id, HCRYPTKEY key, DWORD flags) {
     if (flags)
         fail(NTE_BAD_FLAGS);
@@ -28,19 +24,10 @@ HCRYPTHASH create(const Context& context, ALG_ID id, HCRYPTKEY key, DWORD flags)
     auto hash = std::make_unique<Hash>();
     hash->algorithm = context.algorithm;
     gcry_md_hd_t running = nullptr;
-    const gcry_error_t error = ::gcry_md_open(&running, context.algorithm->digest, 0);
-    hash->running.reset(checked(error, running));
+    if (::gcry_md_open(&running, context.algorithm->digest, 0))
+        fail(NTE_FAIL);
+    hash->running.reset(running);
     return hashes.add(std::move(hash));
-}
-
-HCRYPTHASH duplicate(const Hash& hash) {
-    auto copy = std::make_unique<Hash>();
-    copy->algorithm = hash.algorithm;
-    copy->value = hash.value;
-    gcry_md_hd_t running = nullptr;
-    const gcry_error_t error = ::gcry_md_copy(&running, hash.running.get());
-    copy->running.reset(checked(error, running));
-    return hashes.add(std::move(copy));
 }
 
 Bytes parameter(Hash& hash, DWORD which) {
@@ -101,8 +88,8 @@ BOOL WINAPI CPHashSessionKey(HCRYPTPROV, HCRYPTHASH, HCRYPTKEY, DWORD) {
     return entry([] { fail(E_NOTIMPL); });
 }
 
-BOOL WINAPI CPDuplicateHash(HCRYPTPROV, HCRYPTHASH hash, DWORD*, DWORD flags, HCRYPTHASH* copy) {
-    return entry([&] { *copy = flags ? (fail(NTE_BAD_FLAGS), 0) : duplicate(hashes.get(hash)); });
+BOOL WINAPI CPDuplicateHash(HCRYPTPROV, HCRYPTHASH, DWORD*, DWORD, HCRYPTHASH*) {
+    return entry([] { fail(E_NOTIMPL); });
 }
 
 BOOL WINAPI CPDestroyHash(HCRYPTPROV, HCRYPTHASH hash) {

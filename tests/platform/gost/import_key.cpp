@@ -13,11 +13,6 @@ Puts each key (PKCS #8, without a password) into a container of the current user
 thumbprint, and the certificate into "My". The providers are to be registered before.
 )";
 
-void must(BOOL result) {
-    if (!result)
-        throw Failure{::GetLastError()};
-}
-
 Bytes readPem(const wchar_t* path) {
     std::FILE* const file = ::_wfopen(path, L"rb");
     must(file != nullptr);

@@ -87,7 +87,7 @@ HCRYPTKEY generate(const Context& context, ALG_ID id, DWORD flags) {
         return addEphemeral(*context.algorithm);
     const DWORD spec = specOf(context, id);
     const std::wstring& container = containerOf(context);
-    const StoredKey stored{makeKeyPair(*context.algorithm, context.algorithm->curve), exportable, {}};
+    const StoredKey stored{makeKeyPair(*context.algorithm, context.algorithm->curve), exportable};
     storeKey(container, spec, stored);
     return addStored(stored, spec);
 }
@@ -115,7 +115,7 @@ HCRYPTKEY importPublic(const Context& context, View der, HCRYPTKEY with) {
 }
 
 HCRYPTKEY importPrivate(const Context& context, View der, DWORD flags) {
-    const StoredKey stored{readPrivateKeyInfo(der), (flags & CRYPT_EXPORTABLE) != 0, {}};
+    const StoredKey stored{readPrivateKeyInfo(der), (flags & CRYPT_EXPORTABLE) != 0};
     if (stored.pair.algorithm != context.algorithm)
         fail(NTE_BAD_ALGID);
     storeKey(containerOf(context), AT_KEYEXCHANGE, stored);
@@ -170,9 +170,6 @@ Bytes numberParameter(const Key& key, DWORD which) {
         number = static_cast<DWORD>(8 * (key.isSession() ? sessionKeySize : 2 * key.pair.algorithm->size));
     else if (which == KP_BLOCKLEN)
         number = key.isSession() ? 8 * blockSize : 0;
-    else if (which == KP_PERMISSIONS)
-        number = CRYPT_ENCRYPT | CRYPT_DECRYPT | CRYPT_READ | CRYPT_WRITE | CRYPT_MAC |
-                 (key.exportable ? CRYPT_EXPORT : 0);
     else if (which == KP_MODE && key.isSession())
         number = CRYPT_MODE_CFB;
     else
@@ -181,31 +178,20 @@ Bytes numberParameter(const Key& key, DWORD which) {
     return {bytes.begin(), bytes.end()};
 }
 
-Bytes parameter(const Context& context, const Key& key, DWORD which) {
+Bytes parameter(const Key& key, DWORD which) {
     if (which == KP_IV && key.isSession())
         return key.iv;
     if (which == substitutionParameter && key.isSession()) {
         const std::string& name = key.session.substitution;
         return {name.c_str(), name.c_str() + name.size() + 1};
     }
-    if (which != KP_CERTIFICATE)
-        return numberParameter(key, which);
-    if (key.spec == 0)
-        fail(NTE_BAD_TYPE);
-    const Bytes certificate = userKey(context, key.spec).certificate;
-    return certificate.empty() ? (fail(NTE_NOT_FOUND), certificate) : certificate;
+    return numberParameter(key, which);
 }
 
 void setParameter(const Context& context, Key& key, DWORD which, const BYTE* value) {
     if (which == KP_IV && key.isSession()) {
         key.iv.assign(value, value + blockSize);
         key.running.reset();
-    } else if (which == KP_CERTIFICATE && key.spec != 0) {
-        StoredKey stored = userKey(context, key.spec);
-        constexpr std::size_t most = 1 << 20;
-        stored.certificate.clear();
-        append(stored.certificate, Reader(View(value, most)).next(Tag::sequence).whole);
-        storeKey(context.container, key.spec, stored);
     } else if (which == substitutionParameter && key.isSession()) {
         key.session.substitution = reinterpret_cast<const char*>(value);
     } else if (which == KP_ALGID && key.isAgreed) {
@@ -266,8 +252,8 @@ BOOL WINAPI CPExportKey(HCRYPTPROV, HCRYPTKEY key, HCRYPTKEY with, DWORD type, D
         [&] { flags ? fail(NTE_BAD_FLAGS) : give(buffer, size, exportKey(keys.get(key), with, type)); });
 }
 
-BOOL WINAPI CPGetKeyParam(HCRYPTPROV context, HCRYPTKEY key, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
-    return entry([&] { give(buffer, size, parameter(contexts.get(context), keys.get(key), which)); });
+BOOL WINAPI CPGetKeyParam(HCRYPTPROV, HCRYPTKEY key, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
+    return entry([&] { give(buffer, size, parameter(keys.get(key), which)); });
 }
 
 BOOL WINAPI CPSetKeyParam(HCRYPTPROV context, HCRYPTKEY key, DWORD which, BYTE* value, DWORD) {

@@ -1,23 +1,18 @@
-// What the system asks by object identifier: public keys of certificates, and the keys of enveloped messages.
+// What the system asks by object identifier: public keys of certificates, the keys of enveloped messages, and
+// what is signed of a request.
+#include "core/handles.h"
 #include "key_pair.h"
 
 #include <cstring>
+#include <span>
 
 namespace Corvane::Platform::Gost {
 namespace {
 
-void must(BOOL result) {
-    if (!result)
-        throw Failure{::GetLastError()};
-}
-
-View viewOf(const CRYPT_DATA_BLOB& blob) {
-    return {blob.pbData, blob.cbData};
-}
-
 Bytes keyInfoOf(const CRYPT_ALGORITHM_IDENTIFIER& algorithm, const CRYPT_BIT_BLOB& key) {
-    return tlv(Tag::sequence, tlv(Tag::sequence, oid(algorithm.pszObjId), viewOf(algorithm.Parameters)),
-               tlv(Tag::bitString, Bytes{0}, View(key.pbData, key.cbData)));
+    return tlv(
+        Tag::sequence, tlv(Tag::sequence, oid(algorithm.pszObjId), viewOf(algorithm.Parameters)),
+        tlv(Tag::bitString, Bytes{static_cast<std::uint8_t>(key.cUnusedBits)}, View(key.pbData, key.cbData)));
 }
 
 // The context that was given where it is of the key's kind, else one for all that is public.
@@ -35,29 +30,27 @@ HCRYPTPROV contextFor(const Algorithm& algorithm, HCRYPTPROV given) {
     return context;
 }
 
-HCRYPTKEY importBlob(HCRYPTPROV context, BYTE type, ALG_ID id, View der, HCRYPTKEY with) {
+CryptKey importBlob(HCRYPTPROV context, BYTE type, ALG_ID id, View der, HCRYPTKEY with) {
     const BLOBHEADER head{type, CUR_BLOB_VERSION, 0, id};
     Bytes blob(sizeof head);
     std::memcpy(blob.data(), &head, sizeof head);
     append(blob, der);
-    HCRYPTKEY key = 0;
-    must(::CryptImportKey(context, blob.data(), static_cast<DWORD>(blob.size()), with, 0, &key));
+    CryptKey key;
+    must(::CryptImportKey(context, blob.data(), static_cast<DWORD>(blob.size()), with, 0, key.put()));
     return key;
 }
 
-HCRYPTKEY importPublic(HCRYPTPROV given, View keyInfo) {
+CryptKey importPublic(HCRYPTPROV given, View keyInfo) {
     const Algorithm& algorithm = *readPublicKeyInfo(keyInfo).algorithm;
     return importBlob(contextFor(algorithm, given), PUBLICKEYBLOB, algorithm.keyId, keyInfo, 0);
 }
 
-// What follows the header of the key's blob. Destroys the key.
+// What follows the header of the key's blob.
 Bytes exportBlob(HCRYPTKEY key, HCRYPTKEY with, DWORD type) {
     DWORD size = 0;
-    BOOL done = ::CryptExportKey(key, with, type, 0, nullptr, &size);
+    must(::CryptExportKey(key, with, type, 0, nullptr, &size));
     Bytes blob(size);
-    done = done && ::CryptExportKey(key, with, type, 0, blob.data(), &size);
-    ::CryptDestroyKey(with ? with : key);
-    must(done);
+    must(::CryptExportKey(key, with, type, 0, blob.data(), &size));
     return {blob.begin() + sizeof(BLOBHEADER), blob.begin() + static_cast<std::ptrdiff_t>(size)};
 }
 
@@ -120,19 +113,32 @@ void useContentParameters(HCRYPTKEY key, const CRYPT_ALGORITHM_IDENTIFIER& algor
 
 HCRYPTKEY importContentKey(const CRYPT_ALGORITHM_IDENTIFIER& content,
                            const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA& how) {
-    HCRYPTKEY own = 0;
-    must(::CryptGetUserKey(how.hCryptProv, how.dwKeySpec ? how.dwKeySpec : AT_KEYEXCHANGE, &own));
-    HCRYPTKEY key = 0;
-    const BOOL done = entry([&] {
-        key = importBlob(how.hCryptProv, SIMPLEBLOB, cipherId, viewOf(how.pKeyTrans->EncryptedKey), own);
-    });
-    ::CryptDestroyKey(own);
-    must(done);
-    if (!entry([&] { useContentParameters(key, content); })) {
-        ::CryptDestroyKey(key);
-        must(FALSE);
+    CryptKey own;
+    must(::CryptGetUserKey(how.hCryptProv, how.dwKeySpec ? how.dwKeySpec : AT_KEYEXCHANGE, own.put()));
+    CryptKey key =
+        importBlob(how.hCryptProv, SIMPLEBLOB, cipherId, viewOf(how.pKeyTrans->EncryptedKey), own.get());
+    useContentParameters(key.get(), content);
+    return key.detach();
+}
+
+Bytes attribute(const CRYPT_ATTRIBUTE& attribute) {
+    Bytes values;
+    for (const CRYPT_ATTR_BLOB& value : std::span(attribute.rgValue, attribute.cValue)) {
+        if (value.cbData == 0)
+            fail(CRYPT_E_BAD_ENCODE);
+        append(values, viewOf(value));
     }
-    return key;
+    return tlv(Tag::sequence, oid(attribute.pszObjId), tlv(Tag::set, values));
+}
+
+// RFC 2986, 4.1
+Bytes requestInfo(const CERT_REQUEST_INFO& info) {
+    Bytes attributes;
+    for (const CRYPT_ATTRIBUTE& one : std::span(info.rgAttribute, info.cAttribute))
+        append(attributes, attribute(one));
+    return tlv(Tag::sequence, integer(info.dwVersion), viewOf(info.Subject),
+               keyInfoOf(info.SubjectPublicKeyInfo.Algorithm, info.SubjectPublicKeyInfo.PublicKey),
+               tlv(Tag::within(0), attributes));
 }
 
 }  // namespace
@@ -140,21 +146,22 @@ HCRYPTKEY importContentKey(const CRYPT_ALGORITHM_IDENTIFIER& content,
 
 using namespace Corvane::Platform;
 using namespace Corvane::Platform::Gost;
+using Corvane::CryptKey;
 
 extern "C" {
 
 BOOL WINAPI gostExportPublicKeyInfo(HCRYPTPROV context, DWORD spec, DWORD, LPSTR, DWORD, void*,
                                     CERT_PUBLIC_KEY_INFO* info, DWORD* size) {
     return entry([&] {
-        HCRYPTKEY key = 0;
-        must(::CryptGetUserKey(context, spec, &key));
-        giveKeyInfo(exportBlob(key, 0, PUBLICKEYBLOB), info, size);
+        CryptKey key;
+        must(::CryptGetUserKey(context, spec, key.put()));
+        giveKeyInfo(exportBlob(key.get(), 0, PUBLICKEYBLOB), info, size);
     });
 }
 
 BOOL WINAPI gostImportPublicKeyInfo(HCRYPTPROV context, DWORD, CERT_PUBLIC_KEY_INFO* info, ALG_ID, DWORD,
                                     void*, HCRYPTKEY* key) {
-    return entry([&] { *key = importPublic(context, keyInfoOf(info->Algorithm, info->PublicKey)); });
+    return entry([&] { *key = importPublic(context, keyInfoOf(info->Algorithm, info->PublicKey)).detach(); });
 }
 
 BOOL WINAPI gostGenContentEncryptKey(CMSG_CONTENT_ENCRYPT_INFO* info, DWORD, void*) {
@@ -165,16 +172,20 @@ BOOL WINAPI gostExportKeyTrans(CMSG_CONTENT_ENCRYPT_INFO* info,
                                CMSG_KEY_TRANS_RECIPIENT_ENCODE_INFO* recipient,
                                CMSG_KEY_TRANS_ENCRYPT_INFO* result, DWORD, void*) {
     return entry([&] {
-        const HCRYPTKEY key = importPublic(
+        const CryptKey key = importPublic(
             info->hCryptProv, keyInfoOf(recipient->KeyEncryptionAlgorithm, recipient->RecipientPublicKey));
         result->EncryptedKey =
-            allocated(exportBlob(info->hContentEncryptKey, key, SIMPLEBLOB), info->pfnAlloc);
+            allocated(exportBlob(info->hContentEncryptKey, key.get(), SIMPLEBLOB), info->pfnAlloc);
     });
 }
 
 BOOL WINAPI gostImportKeyTrans(CRYPT_ALGORITHM_IDENTIFIER* content, CMSG_CTRL_KEY_TRANS_DECRYPT_PARA* how,
                                DWORD, void*, HCRYPTKEY* key) {
     return entry([&] { *key = importContentKey(*content, *how); });
+}
+
+BOOL WINAPI gostEncodeRequest(DWORD, LPCSTR, const void* info, BYTE* encoded, DWORD* size) {
+    return entry([&] { give(encoded, size, requestInfo(*static_cast<const CERT_REQUEST_INFO*>(info))); });
 }
 
 }  // extern "C"

@@ -27,6 +27,11 @@ PKI = pathlib.Path(
 )
 
 
+def must(fault):
+    if fault:
+        raise AssertionError(fault)
+
+
 def openssl(*words):
     return harness.Outcome("openssl", *words).fault()
 
@@ -43,20 +48,6 @@ def same(file, content):
     return None if file.read_bytes() == content.read_bytes() else f"{file.name} has another content"
 
 
-def msgtool(bitness, lines):
-    """The answers to commands, and what was said besides."""
-    folder = harness.BUILD / bitness / "platform"
-    for _ in range(2):
-        run = subprocess.run(
-            [ROOT / "tools/wine-run", bitness, folder / "msgtool.exe", harness.windows(folder / "msgstandin.dll")],
-            input="\n".join(lines) + "\n", capture_output=True, text=True, timeout=150)
-        # tests/platform/README.md tells of programs that end without a word.
-        if run.stdout or run.stderr:
-            break
-        print(f"msgtool ended with {run.returncode} and not a word", flush=True)
-    return run.stdout.splitlines(), run.stderr
-
-
 def is_beyond_openssl(message):
     """Whether it has identifiers of GOST (1.2.643...), which OpenSSL does not know here."""
     bytes = message.read_bytes()
@@ -64,8 +55,8 @@ def is_beyond_openssl(message):
 
 
 def ask_libgcrypt(*words):
-    answers, errors = msgtool("x64", ["\t".join(map(str, words))])
-    return None if answers and answers[0].startswith("ok") else f"msgtool: {answers} {errors}"
+    folder = harness.BUILD / "x64/platform"
+    return harness.wine("x64", folder / "msgtool.exe", harness.windows(folder / "msgstandin.dll"), *words).fault()
 
 
 def can_sign(names):
@@ -75,8 +66,7 @@ def can_sign(names):
 def verify(message, content, detached):
     """What OpenSSL has against a signed message."""
     if is_beyond_openssl(message):
-        # In one piece, which is another way through the stand-in than the component's streams take.
-        return ask_libgcrypt("verify", message, content if detached else "-", 0, "-")
+        return ask_libgcrypt("verify", message, content if detached else "-")
     out = message.with_suffix(".out")
     return openssl("cms", "-verify", "-binary", "-inform", "DER", "-purpose", "any", "-CAfile", PKI / "roots.pem",
                    "-in", message, "-out", out, *(("-content", content) if detached else ())) or same(out, content)
@@ -89,10 +79,9 @@ def sign(message, content, names, *options):
 
 def decrypt(message, content, name):
     """What OpenSSL has against an enveloped message for that recipient, among others."""
-    if is_beyond_openssl(message):
-        out = message.with_suffix(f".{name}")
-        return ask_libgcrypt("decrypt", out, message, 0, f"Leaf {name}") or same(out, content)
     out = message.with_suffix(f".{name}")
+    if is_beyond_openssl(message):
+        return ask_libgcrypt("decrypt", out, message, f"Leaf {name}") or same(out, content)
     return openssl("cms", "-decrypt", "-binary", "-inform", "DER", "-in", message, "-out", out,
                    "-recip", certificate_of(name), "-inkey", key_of(name)) or same(out, content)
 
@@ -115,11 +104,11 @@ def issue(authority, request, answer):
     return fault or (None if "verify OK" in judged.output + judged.all_errors else judged)
 
 
-def damaged(path, at=-1):
-    """The file with one bit changed, of its last byte where nothing else is said: the signature's, in a request and in a
+def damaged(path, at=-1, name=None):
+    """A copy with one bit changed, of its last byte where nothing else is said: the signature's, in a request and in a
     message."""
     content = bytearray(path.read_bytes())
     content[at] ^= 1
-    changed = path.with_name("damaged-" + path.name)
-    changed.write_bytes(content)
-    return changed
+    copy = path.with_name(name or "damaged-" + path.name)
+    copy.write_bytes(content)
+    return copy

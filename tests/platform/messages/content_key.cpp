@@ -46,7 +46,7 @@ void checkRsa(const AlgorithmId& algorithm) {
 
 // SIMPLEBLOB: a header, the algorithm that encrypted the key, and the key little-endian.
 Bytes exportForRsa(HCRYPTPROV provider, HCRYPTKEY key, CERT_PUBLIC_KEY_INFO recipient) {
-    OwnedKey with;
+    CryptKey with;
     must(::CryptImportPublicKeyInfoEx(provider, encoding, &recipient, CALG_RSA_KEYX, 0, nullptr, with.put()));
     DWORD size = 0;
     must(::CryptExportKey(key, with.get(), SIMPLEBLOB, 0, nullptr, &size));
@@ -55,7 +55,7 @@ Bytes exportForRsa(HCRYPTPROV provider, HCRYPTKEY key, CERT_PUBLIC_KEY_INFO reci
     return reversed(View(blob).first(size).subspan(sizeof(BLOBHEADER) + sizeof(ALG_ID)));
 }
 
-OwnedKey importFromRsa(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, View encrypted) {
+CryptKey importFromRsa(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, View encrypted) {
     struct {
         BLOBHEADER head;
         ALG_ID with;
@@ -63,16 +63,16 @@ OwnedKey importFromRsa(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, View e
     Bytes blob(sizeof start);
     std::memcpy(blob.data(), &start, sizeof start);
     append(blob, reversed(encrypted));
-    OwnedKey own;
+    CryptKey own;
     must(::CryptGetUserKey(provider, spec, own.put()));
-    OwnedKey key;
+    CryptKey key;
     must(::CryptImportKey(provider, blob.data(), sizeOf(blob), own.get(), 0, key.put()));
     return key;
 }
 
 }  // namespace
 
-ContentCipher::ContentCipher(OwnedKey key, bool isEncryption)
+ContentCipher::ContentCipher(CryptKey key, bool isEncryption)
     : key_(std::move(key)),
       isEncryption_(isEncryption),
       block_(std::max<std::size_t>(keyParameter(key_.get(), KP_BLOCKLEN) / bitsOfByte, 1)) {}
@@ -113,32 +113,12 @@ NewContentKey::NewContentKey(const CMSG_ENVELOPED_ENCODE_INFO& info)
     content.cbSize = sizeof content;
     content.hCryptProv = info.hCryptProv;
     content.ContentEncryptionAlgorithm = algorithm_.view();
-    content.pvEncryptionAuxInfo = info.pvEncryptionAuxInfo;
     content.cRecipients = info.cRecipients;
     content.pfnAlloc = allocate;
     content.pfnFree = release;
     make(content);
-    for (DWORD i = 0; i < info.cRecipients; ++i) {
-        const bool isCms = info.cbSize >= sizeof info && info.rgCmsRecipients;
-        if (!isCms) {
-            giveTo(content, info.rgpRecipients[i]->SubjectPublicKeyInfo, Identity::of(*info.rgpRecipients[i]),
-                   i);
-            continue;
-        }
-        if (info.rgCmsRecipients[i].dwRecipientChoice != CMSG_KEY_TRANS_RECIPIENT)
-            fail(E_INVALIDARG);
-        const CMSG_KEY_TRANS_RECIPIENT_ENCODE_INFO& one = *info.rgCmsRecipients[i].pKeyTrans;
-        Identity identity;
-        if (one.RecipientId.dwIdChoice == CERT_ID_KEY_IDENTIFIER) {
-            append(identity.keyIdentifier, viewOf(one.RecipientId.KeyId));
-        } else {
-            CERT_INFO names{};
-            names.Issuer = one.RecipientId.IssuerSerialNumber.Issuer;
-            names.SerialNumber = one.RecipientId.IssuerSerialNumber.SerialNumber;
-            identity = Identity::of(names);
-        }
-        giveTo(content, {one.KeyEncryptionAlgorithm, one.RecipientPublicKey}, std::move(identity), i);
-    }
+    for (DWORD i = 0; i < info.cRecipients; ++i)
+        giveTo(content, *info.rgpRecipients[i], i);
 }
 
 void NewContentKey::make(CMSG_CONTENT_ENCRYPT_INFO& info) {
@@ -151,8 +131,6 @@ void NewContentKey::make(CMSG_CONTENT_ENCRYPT_INFO& info) {
         Bytes copy(parameters.begin(), parameters.end());
         if (info.dwFlags & CMSG_CONTENT_ENCRYPT_FREE_PARA_FLAG)
             release(info.ContentEncryptionAlgorithm.Parameters.pbData);
-        if (info.dwFlags & CMSG_CONTENT_ENCRYPT_RELEASE_CONTEXT_FLAG)
-            *provider_.put() = info.hCryptProv;
         algorithm_.parameters = std::move(copy);
         info.ContentEncryptionAlgorithm = algorithm_.view();
         return;
@@ -173,9 +151,9 @@ void NewContentKey::make(CMSG_CONTENT_ENCRYPT_INFO& info) {
     info.ContentEncryptionAlgorithm = algorithm_.view();
 }
 
-void NewContentKey::giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_PUBLIC_KEY_INFO& key,
-                           Identity identity, DWORD index) {
-    Recipient recipient{std::move(identity), AlgorithmId::of(key.Algorithm), {}};
+void NewContentKey::giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_INFO& certificate, DWORD index) {
+    const CERT_PUBLIC_KEY_INFO& key = certificate.SubjectPublicKeyInfo;
+    Recipient recipient{Identity::of(certificate), AlgorithmId::of(key.Algorithm), {}};
     CMSG_KEY_TRANS_RECIPIENT_ENCODE_INFO how{};
     how.cbSize = sizeof how;
     how.KeyEncryptionAlgorithm = key.Algorithm;
@@ -191,8 +169,6 @@ void NewContentKey::giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_PUBLIC_KE
         recipient.keyEncryption = AlgorithmId::of(result.KeyEncryptionAlgorithm);
         append(recipient.encryptedKey, viewOf(result.EncryptedKey));
         release(result.EncryptedKey.pbData);
-        if (result.dwFlags & CMSG_KEY_TRANS_ENCRYPT_FREE_PARA_FLAG)
-            release(result.KeyEncryptionAlgorithm.Parameters.pbData);
     } else {
         checkRsa(recipient.keyEncryption);
         recipient.encryptedKey = exportForRsa(info.hCryptProv, key_.get(), key);
@@ -200,7 +176,7 @@ void NewContentKey::giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_PUBLIC_KE
     recipients_.push_back(std::move(recipient));
 }
 
-OwnedKey receiveContentKey(const AlgorithmId& content, const Recipient& recipient, HCRYPTPROV provider,
+CryptKey receiveContentKey(const AlgorithmId& content, const Recipient& recipient, HCRYPTPROV provider,
                            DWORD spec) {
     const DWORD keySpec = spec ? spec : AT_KEYEXCHANGE;
     AlgorithmId algorithm = content;
@@ -215,7 +191,7 @@ OwnedKey receiveContentKey(const AlgorithmId& content, const Recipient& recipien
     how.dwKeySpec = keySpec;
     how.pKeyTrans = &info;
     CRYPT_ALGORITHM_IDENTIFIER contentView = algorithm.view();
-    OwnedKey key;
+    CryptKey key;
     if (withRegistered<PFN_CMSG_IMPORT_KEY_TRANS>(
             CMSG_OID_IMPORT_KEY_TRANS_FUNC, transport.oid,
             [&](auto* function) { return function(&contentView, &how, 0, nullptr, key.put()); }))

@@ -15,14 +15,14 @@ struct Recipient {
 // CryptEncrypt or CryptDecrypt over content that comes in pieces of any size.
 class ContentCipher {
 public:
-    ContentCipher(OwnedKey key, bool isEncryption);
+    ContentCipher(CryptKey key, bool isEncryption);
     // The output for what came; a part of a block waits for more.
     Bytes process(View bytes, bool isFinal);
     // Of content of that size when it is encrypted.
     std::uint64_t encryptedSize(std::uint64_t size) const;
 
 private:
-    OwnedKey key_;
+    CryptKey key_;
     bool isEncryption_;
     std::size_t block_;  // in bytes
     Bytes waiting_;
@@ -35,20 +35,18 @@ public:
 
     const AlgorithmId& algorithm() const { return algorithm_; }
     const std::vector<Recipient>& recipients() const { return recipients_; }
-    OwnedKey take() { return std::move(key_); }
+    CryptKey take() { return std::move(key_); }
 
 private:
     void make(CMSG_CONTENT_ENCRYPT_INFO& info);
-    void giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_PUBLIC_KEY_INFO& key, Identity identity,
-                DWORD index);
+    void giveTo(CMSG_CONTENT_ENCRYPT_INFO& info, const CERT_INFO& certificate, DWORD index);
 
     AlgorithmId algorithm_;
-    OwnedKey key_;
-    OwnedProvider provider_;
+    CryptKey key_;
     std::vector<Recipient> recipients_;
 };
 
-OwnedKey receiveContentKey(const AlgorithmId& content, const Recipient& recipient, HCRYPTPROV provider,
+CryptKey receiveContentKey(const AlgorithmId& content, const Recipient& recipient, HCRYPTPROV provider,
                            DWORD spec);
 
 }  // namespace Corvane::Platform::Messages

@@ -89,6 +89,22 @@ View Cursor::take(std::size_t size) {
     return taken;
 }
 
+void ContentReader::enterMessage(Cursor& cursor, std::string_view type) {
+    cursor.enter(Tag::sequence);
+    if (oidText(cursor.next().content) != type)
+        fail(CRYPT_E_INVALID_MSG_TYPE);
+    cursor.enter(Tag::within(0));
+    cursor.enter(Tag::sequence);
+    cursor.next();
+}
+
+void ContentReader::take(std::vector<Bytes>& all, View set) {
+    for (Reader reader(set); !reader.atEnd();) {
+        const View one = reader.next().whole;
+        all.emplace_back(one.begin(), one.end());
+    }
+}
+
 std::size_t ContentReader::tryHead() {
     Levels levels;
     Cursor cursor(pending_, levels);

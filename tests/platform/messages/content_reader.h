@@ -63,6 +63,10 @@ public:
     bool isHeadRead() const { return phase_ != Phase::head; }
 
 protected:
+    // Up to what follows the version, which says no more than what is there.
+    static void enterMessage(Cursor& cursor, std::string_view type);
+    // The elements of a set, or of what has another tag in its place.
+    static void take(std::vector<Bytes>& all, View set);
     // Everything up to the header of the content: enters it, or leaves the cursor where it would stand and
     // returns false.
     virtual bool readHead(Cursor& cursor) = 0;

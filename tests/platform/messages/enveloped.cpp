@@ -26,25 +26,15 @@ public:
             layout_->end({});
     }
 
-    void parameter(DWORD type, DWORD, Answer answer) override {
-        if (type != CMSG_CONTENT_PARAM && type != CMSG_BARE_CONTENT_PARAM)
-            fail(CRYPT_E_INVALID_MSG_TYPE);
-        if (sink_.collected().empty())
-            fail(CRYPT_E_MSG_ERROR);
-        answer.give(type == CMSG_CONTENT_PARAM ? View(sink_.collected()) : Layout::bare(sink_.collected()));
-    }
+    void parameter(DWORD type, DWORD, Answer answer) override { sink_.give(type, answer); }
 
 private:
     void begin(DWORD size) {
         Bytes recipients;
-        bool hasKeyIdentifiers = false;
-        for (const Recipient& one : key_.recipients()) {
-            hasKeyIdentifiers |= one.identity.isKeyIdentifier();
-            append(recipients,
-                   tlv(Tag::sequence, integer(one.identity.isKeyIdentifier() ? 2 : 0), one.identity.der(),
-                       one.keyEncryption.der(), tlv(Tag::octetString, one.encryptedKey)));
-        }
-        Bytes head = integer(hasKeyIdentifiers ? 2 : 0);
+        for (const Recipient& one : key_.recipients())
+            append(recipients, tlv(Tag::sequence, integer(0), one.identity.der(), one.keyEncryption.der(),
+                                   tlv(Tag::octetString, one.encryptedKey)));
+        Bytes head = integer(0);
         append(head, tlv(Tag::set, recipients));
         Bytes inner = oid(Oid::data);
         append(inner, key_.algorithm().der());
@@ -80,22 +70,12 @@ public:
         switch (type) {
             case CMSG_TYPE_PARAM:
                 return answer.give(DWORD{CMSG_ENVELOPED});
-            case CMSG_INNER_CONTENT_TYPE_PARAM:
-                return answer.build([&](Flat& flat) { flat.text(contentType_); });
             case CMSG_CONTENT_PARAM:
                 return answer.give(cipher_ ? View(sink_.collected()) : View(queue_));
             case CMSG_ENVELOPE_ALGORITHM_PARAM:
                 return answer.build([&](Flat& flat) {
                     auto* const algorithm = flat.make<CRYPT_ALGORITHM_IDENTIFIER>();
                     *algorithm = flat.algorithm(algorithm_);
-                });
-            case CMSG_RECIPIENT_COUNT_PARAM:
-                return answer.give(static_cast<DWORD>(std::ranges::count_if(
-                    recipients_, [](const Bytes& one) { return isKeyTransport(one); })));
-            case CMSG_RECIPIENT_INFO_PARAM:
-                return answer.build([&](Flat& flat) {
-                    auto* const info = flat.make<CERT_INFO>();
-                    *info = keyTransport(index).identity.certificateInfo(flat);
                 });
             case CMSG_CMS_RECIPIENT_COUNT_PARAM:
                 return answer.give(static_cast<DWORD>(recipients_.size()));
@@ -109,15 +89,14 @@ public:
     void control(DWORD, DWORD type, const void* argument) override {
         if (!isHeadRead())
             fail(sink_.isStream() ? CRYPT_E_STREAM_MSG_NOT_READY : CRYPT_E_INVALID_MSG_TYPE);
-        if (type == CMSG_CTRL_DECRYPT) {
-            const auto& how = *static_cast<const CMSG_CTRL_DECRYPT_PARA*>(argument);
-            decrypt(keyTransport(how.dwRecipientIndex), how.hCryptProv, how.dwKeySpec);
-        } else if (type == CMSG_CTRL_KEY_TRANS_DECRYPT) {
-            const auto& how = *static_cast<const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA*>(argument);
-            decrypt(recipient(all(how.dwRecipientIndex)), how.hCryptProv, how.dwKeySpec);
-        } else {
+        if (type != CMSG_CTRL_KEY_TRANS_DECRYPT)
             fail(CRYPT_E_CONTROL_TYPE);
-        }
+        if (cipher_)
+            fail(CRYPT_E_ALREADY_DECRYPTED);
+        const auto& how = *static_cast<const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA*>(argument);
+        const Recipient one = recipient(all(how.dwRecipientIndex));
+        cipher_.emplace(receiveContentKey(algorithm_, one, how.hCryptProv, how.dwKeySpec), false);
+        decryptQueue();
     }
 
 private:
@@ -126,15 +105,6 @@ private:
     const Bytes& all(DWORD index) const {
         return index < recipients_.size() ? recipients_[index]
                                           : (fail(CRYPT_E_INVALID_INDEX), recipients_[0]);
-    }
-
-    // Counted among those with key transport alone.
-    Recipient keyTransport(DWORD index) const {
-        for (const Bytes& one : recipients_) {
-            if (isKeyTransport(one) && index-- == 0)
-                return recipient(one);
-        }
-        fail(CRYPT_E_INVALID_INDEX);
     }
 
     static Recipient recipient(View encoded) {
@@ -172,21 +142,13 @@ private:
     }
 
     bool readHead(Cursor& cursor) override {
-        cursor.enter(Tag::sequence);
-        if (oidText(cursor.next().content) != Oid::envelopedData)
-            fail(CRYPT_E_INVALID_MSG_TYPE);
-        cursor.enter(Tag::within(0));
-        cursor.enter(Tag::sequence);
-        cursor.next();  // the version follows from what is there
+        enterMessage(cursor, Oid::envelopedData);
         if (cursor.isNext(Tag::within(0)))
             cursor.next();
         std::vector<Bytes> recipients;
-        for (Reader reader(cursor.next().content); !reader.atEnd();) {
-            const View one = reader.next().whole;
-            recipients.emplace_back(one.begin(), one.end());
-        }
+        take(recipients, cursor.next().content);
         cursor.enter(Tag::sequence);
-        contentType_ = oidText(cursor.next().content);
+        cursor.next();  // the content's type
         algorithm_ = AlgorithmId::read(Reader(cursor.next().content));
         recipients_ = std::move(recipients);
         hasContent_ = cursor.isNext(Tag::context(0)) || cursor.isNext(Tag::within(0));
@@ -208,13 +170,6 @@ private:
             cursor.next();
     }
 
-    void decrypt(const Recipient& one, HCRYPTPROV provider, DWORD spec) {
-        if (cipher_)
-            fail(CRYPT_E_ALREADY_DECRYPTED);
-        cipher_.emplace(receiveContentKey(algorithm_, one, provider, spec), false);
-        decryptQueue();
-    }
-
     void decryptQueue() {
         sink_.put(cipher_->process(queue_, isWhole()), isWhole());
         queue_ = {};
@@ -222,7 +177,6 @@ private:
 
     bool hasContent_ = false;
     Sink sink_;
-    std::string contentType_;
     AlgorithmId algorithm_;
     std::vector<Bytes> recipients_;
     Bytes queue_;  // what came before the key
@@ -231,7 +185,7 @@ private:
 
 }  // namespace
 
-OwnedMessage encodeEnveloped(DWORD, const CMSG_ENVELOPED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream) {
+OwnedMessage encodeEnveloped(const CMSG_ENVELOPED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream) {
     return std::make_unique<EnvelopedEncoder>(info, stream);
 }
 

@@ -8,11 +8,8 @@ namespace Corvane::Platform::Messages {
 // ---- messages.cpp
 HCRYPTMSG WINAPI openToEncode(DWORD encoding, DWORD flags, DWORD type, const void* info, LPSTR innerType,
                               PCMSG_STREAM_INFO stream);
-DWORD WINAPI calculateEncodedLength(DWORD encoding, DWORD flags, DWORD type, const void* info,
-                                    LPSTR innerType, DWORD size);
 HCRYPTMSG WINAPI openToDecode(DWORD encoding, DWORD flags, DWORD type, HCRYPTPROV_LEGACY provider,
                               PCERT_INFO recipient, PCMSG_STREAM_INFO stream);
-HCRYPTMSG WINAPI duplicate(HCRYPTMSG handle);
 BOOL WINAPI close(HCRYPTMSG handle);
 BOOL WINAPI update(HCRYPTMSG handle, const BYTE* data, DWORD size, BOOL isFinal);
 BOOL WINAPI getParam(HCRYPTMSG handle, DWORD type, DWORD index, void* buffer, DWORD* size);
@@ -23,7 +20,7 @@ HCERTSTORE WINAPI openStore(LPCSTR provider, DWORD encoding, HCRYPTPROV_LEGACY c
 // A name that stands for a key identifier finds by that, as on Windows.
 PCCERT_CONTEXT WINAPI getSubjectCertificate(HCERTSTORE store, DWORD encoding, PCERT_INFO id);
 
-// ---- simplified_signed.cpp
+// ---- simplified.cpp
 BOOL WINAPI signMessage(PCRYPT_SIGN_MESSAGE_PARA how, BOOL isDetached, DWORD count, const BYTE* data[],
                         DWORD sizes[], BYTE* buffer, DWORD* size);
 BOOL WINAPI verifyMessageSignature(PCRYPT_VERIFY_MESSAGE_PARA how, DWORD index, const BYTE* bytes,
@@ -33,14 +30,8 @@ BOOL WINAPI verifyDetachedMessageSignature(PCRYPT_VERIFY_MESSAGE_PARA how, DWORD
                                            DWORD messageSize, DWORD count, const BYTE* data[], DWORD sizes[],
                                            PCCERT_CONTEXT* signer);
 LONG WINAPI getMessageSignerCount(DWORD encoding, const BYTE* bytes, DWORD size);
-HCERTSTORE WINAPI getMessageCertificates(DWORD encoding, HCRYPTPROV_LEGACY provider, DWORD flags,
-                                         const BYTE* bytes, DWORD size);
-
-// ---- simplified_enveloped.cpp
 BOOL WINAPI encryptMessage(PCRYPT_ENCRYPT_MESSAGE_PARA how, DWORD count, PCCERT_CONTEXT recipients[],
                            const BYTE* data, DWORD dataSize, BYTE* buffer, DWORD* size);
-BOOL WINAPI decryptMessage(PCRYPT_DECRYPT_MESSAGE_PARA how, const BYTE* bytes, DWORD messageSize,
-                           BYTE* buffer, DWORD* size, PCCERT_CONTEXT* certificate);
 BOOL WINAPI exportPublicKeyInfo(HCRYPTPROV_OR_NCRYPT_KEY_HANDLE provider, DWORD spec, DWORD encoding,
                                 PCERT_PUBLIC_KEY_INFO info, DWORD* size);
 

@@ -64,11 +64,4 @@ void Layout::end(View bytes) {
     sink_.put(rest, true);
 }
 
-Bytes Layout::bare(View message) {
-    Reader outer = Reader(message).enter(Tag::sequence);
-    outer.next(Tag::oid);
-    const View body = outer.next(Tag::within(0)).content;
-    return {body.begin(), body.end()};
-}
-
 }  // namespace Corvane::Platform::Messages

@@ -26,9 +26,6 @@ public:
     void content(View bytes);
     void end(View bytes);
 
-    // Without the outermost element, of a message with definite lengths.
-    static Bytes bare(View message);
-
 private:
     Parts parts_;
     Sink& sink_;

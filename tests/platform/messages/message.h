@@ -34,6 +34,14 @@ public:
             must(stream_.pfnStreamOutput(stream_.pvArg, const_cast<BYTE*>(bytes.data()), sizeOf(bytes),
                                          isFinal));
     }
+    // The whole of a message that was made.
+    void give(DWORD type, Answer& answer) const {
+        if (type != CMSG_CONTENT_PARAM)
+            fail(CRYPT_E_INVALID_MSG_TYPE);
+        if (collected_.empty())
+            fail(CRYPT_E_MSG_ERROR);
+        answer.give(collected_);
+    }
 
 private:
     CMSG_STREAM_INFO stream_;
@@ -66,7 +74,6 @@ public:
     // Messages that are encoded take no control.
     virtual void control(DWORD, DWORD, const void*) { fail(E_INVALIDARG); }
 
-    LONG references = 1;
     bool isStream = false;
 
 private:
@@ -78,11 +85,8 @@ using OwnedMessage = std::unique_ptr<Message>;
 OwnedMessage encodeSigned(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream);
 // How long the message will be, which asks for no signature.
 std::uint64_t signedSize(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, DWORD contentSize);
-OwnedMessage encodeEnveloped(DWORD flags, const CMSG_ENVELOPED_ENCODE_INFO& info,
-                             const CMSG_STREAM_INFO* stream);
+OwnedMessage encodeEnveloped(const CMSG_ENVELOPED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream);
 OwnedMessage decodeSigned(bool isDetached, const CMSG_STREAM_INFO* stream);
 OwnedMessage decodeEnveloped(const CMSG_STREAM_INFO* stream);
-// `type` as of CMSG_TYPE_PARAM, 0 for any.
-OwnedMessage decode(DWORD flags, DWORD type, const CMSG_STREAM_INFO* stream);
 
 }  // namespace Corvane::Platform::Messages

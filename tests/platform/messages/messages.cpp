@@ -22,13 +22,8 @@ public:
         return found == messages_.end() ? nullptr : found->second.get();
     }
     void remove(HCRYPTMSG handle) {
-        OwnedMessage last;
         const std::lock_guard lock(mutex_);
-        const auto found = messages_.find(handle);
-        if (--found->second->references > 0)
-            return;
-        last = std::move(found->second);
-        messages_.erase(found);
+        messages_.erase(handle);
     }
 
 private:
@@ -97,11 +92,6 @@ private:
     OwnedMessage known_;
 };
 
-// Whether the handle is another's, to be passed on.
-bool isForeign(HCRYPTMSG handle) {
-    return !open().find(handle);
-}
-
 HCERTSTORE storeOf(Message& message) {
     const HCERTSTORE store = must(::CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr));
     DWORD count = 0;
@@ -120,17 +110,6 @@ HCERTSTORE storeOf(Message& message) {
 
 }  // namespace
 
-OwnedMessage decode(DWORD flags, DWORD type, const CMSG_STREAM_INFO* stream) {
-    const bool isDetached = (flags & CMSG_DETACHED_FLAG) != 0;
-    if (type == CMSG_SIGNED)
-        return decodeSigned(isDetached, stream);
-    if (type == CMSG_ENVELOPED)
-        return decodeEnveloped(stream);
-    if (type != 0)
-        fail(CRYPT_E_INVALID_MSG_TYPE);
-    return std::make_unique<UnknownDecoder>(isDetached, stream);
-}
-
 HCRYPTMSG WINAPI openToEncode(DWORD encoding, DWORD flags, DWORD type, const void* info, LPSTR innerType,
                               PCMSG_STREAM_INFO stream) {
     HCRYPTMSG handle = nullptr;
@@ -142,58 +121,31 @@ HCRYPTMSG WINAPI openToEncode(DWORD encoding, DWORD flags, DWORD type, const voi
             handle =
                 open().add(encodeSigned(flags, *static_cast<const CMSG_SIGNED_ENCODE_INFO*>(info), stream));
         else if (type == CMSG_ENVELOPED)
-            handle = open().add(
-                encodeEnveloped(flags, *static_cast<const CMSG_ENVELOPED_ENCODE_INFO*>(info), stream));
+            handle =
+                open().add(encodeEnveloped(*static_cast<const CMSG_ENVELOPED_ENCODE_INFO*>(info), stream));
         else
             fail(CRYPT_E_INVALID_MSG_TYPE);
     });
     return handle;
 }
 
-DWORD WINAPI calculateEncodedLength(DWORD encoding, DWORD flags, DWORD type, const void* info,
-                                    LPSTR innerType, DWORD size) {
-    if (type == CMSG_SIGNED) {
-        std::uint64_t length = 0;
-        const bool done = succeeds(
-            [&] { length = signedSize(flags, *static_cast<const CMSG_SIGNED_ENCODE_INFO*>(info), size); });
-        return done ? static_cast<DWORD>(length) : 0;
-    }
-    // By making one, of bytes that do not matter.
-    const HCRYPTMSG message = openToEncode(encoding, flags, type, info, innerType, nullptr);
-    const Bytes content(size);
-    DWORD length = 0;
-    if (!message || !update(message, content.data(), size, TRUE) ||
-        !getParam(message, CMSG_CONTENT_PARAM, 0, nullptr, &length))
-        length = 0;
-    close(message);
-    return length;
-}
-
 HCRYPTMSG WINAPI openToDecode(DWORD encoding, DWORD flags, DWORD type, HCRYPTPROV_LEGACY, PCERT_INFO,
                               PCMSG_STREAM_INFO stream) {
     HCRYPTMSG handle = nullptr;
     succeeds([&] {
-        if (!(encoding & PKCS_7_ASN_ENCODING))
+        if (!(encoding & PKCS_7_ASN_ENCODING) || type != 0)
             fail(E_INVALIDARG);
-        OwnedMessage message = decode(flags, type, stream);
+        auto message = std::make_unique<UnknownDecoder>((flags & CMSG_DETACHED_FLAG) != 0, stream);
         message->isStream = stream != nullptr;
         handle = open().add(std::move(message));
     });
     return handle;
 }
 
-HCRYPTMSG WINAPI duplicate(HCRYPTMSG handle) {
-    Message* const message = open().find(handle);
-    if (!message)
-        return ::CryptMsgDuplicate(handle);
-    ++message->references;
-    return handle;
-}
-
 BOOL WINAPI close(HCRYPTMSG handle) {
     if (!handle)
         return TRUE;
-    if (isForeign(handle))
+    if (!open().find(handle))
         return ::CryptMsgClose(handle);
     const DWORD error = ::GetLastError();
     open().remove(handle);

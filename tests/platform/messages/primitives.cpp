@@ -35,8 +35,8 @@ HCRYPTPROV sharedProvider(DWORD type) {
     return provider;
 }
 
-OwnedHash hashWithValue(HCRYPTPROV provider, ALG_ID algorithm, View digest) {
-    OwnedHash hash;
+CryptHash hashWithValue(HCRYPTPROV provider, ALG_ID algorithm, View digest) {
+    CryptHash hash;
     must(::CryptCreateHash(provider, algorithm, 0, 0, hash.put()));
     DWORD size = 0;
     DWORD room = sizeof size;
@@ -81,7 +81,7 @@ HCRYPTPROV providerForHash(ALG_ID hash) {
     if (const DWORD type = providerType(hash))
         return sharedProvider(type);
     const HCRYPTPROV usual = sharedProvider(PROV_RSA_AES);
-    OwnedHash made;
+    CryptHash made;
     if (!hash || !::CryptCreateHash(usual, hash, 0, 0, made.put()))
         fail(CRYPT_E_UNKNOWN_ALGO);
     return usual;
@@ -122,7 +122,7 @@ Bytes digestOf(ALG_ID algorithm, View bytes) {
 }
 
 Bytes signDigest(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, View digest) {
-    const OwnedHash hash = hashWithValue(provider, algorithm, digest);
+    const CryptHash hash = hashWithValue(provider, algorithm, digest);
     DWORD size = 0;
     must(::CryptSignHashW(hash.get(), spec, nullptr, 0, nullptr, &size));
     Bytes signature(size);
@@ -132,7 +132,7 @@ Bytes signDigest(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, View digest)
 }
 
 DWORD signatureSize(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm) {
-    OwnedHash hash;
+    CryptHash hash;
     DWORD size = 0;
     must(::CryptCreateHash(provider, algorithm, 0, 0, hash.put()));
     must(::CryptSignHashW(hash.get(), spec, nullptr, 0, nullptr, &size));
@@ -142,9 +142,9 @@ DWORD signatureSize(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm) {
 void verifyDigest(const CERT_PUBLIC_KEY_INFO& key, ALG_ID algorithm, View digest, View signature) {
     const HCRYPTPROV provider = providerForHash(algorithm);
     CERT_PUBLIC_KEY_INFO info = key;
-    OwnedKey imported;
+    CryptKey imported;
     must(::CryptImportPublicKeyInfo(provider, encoding, &info, imported.put()));
-    const OwnedHash hash = hashWithValue(provider, algorithm, digest);
+    const CryptHash hash = hashWithValue(provider, algorithm, digest);
     const Bytes value = reversed(signature);
     must(::CryptVerifySignatureW(hash.get(), value.data(), sizeOf(value), imported.get(), nullptr, 0));
 }

@@ -2,7 +2,9 @@
 // an algorithm's identifier.
 #pragma once
 
-#include "failure.h"
+#include "failure.h"  // before other headers that declare crypt32
+
+#include "core/handles.h"
 
 #include <string>
 #include <utility>
@@ -21,37 +23,6 @@ struct AlgorithmId {
     CRYPT_ALGORITHM_IDENTIFIER view();
 };
 
-// Owns a handle that `Close` gives back.
-template <auto Close>
-class Handle {
-public:
-    explicit Handle(ULONG_PTR value = 0) : value_(value) {}
-    Handle(Handle&& other) noexcept : value_(std::exchange(other.value_, 0)) {}
-    Handle& operator=(Handle&& other) noexcept {
-        std::swap(value_, other.value_);
-        return *this;
-    }
-    ~Handle() {
-        if (value_) {
-            const DWORD error = ::GetLastError();
-            Close(value_);
-            ::SetLastError(error);
-        }
-    }
-    ULONG_PTR get() const { return value_; }
-    ULONG_PTR* put() { return &value_; }
-
-private:
-    ULONG_PTR value_;
-};
-
-inline void releaseProvider(HCRYPTPROV provider) {
-    ::CryptReleaseContext(provider, 0);
-}
-using OwnedKey = Handle<::CryptDestroyKey>;
-using OwnedHash = Handle<::CryptDestroyHash>;
-using OwnedProvider = Handle<releaseProvider>;
-
 // The algorithm's number in a group of identifiers, 0 where there is none.
 ALG_ID algorithmNumber(const std::string& oid, DWORD group);
 
@@ -69,7 +40,7 @@ public:
     DWORD size() const;
 
 private:
-    OwnedHash hash_;
+    CryptHash hash_;
     Bytes value_;
 };
 

@@ -5,43 +5,10 @@
 namespace Corvane::Platform::Messages {
 namespace {
 
-Bytes attribute(std::string_view type, View value) {
-    return tlv(Tag::sequence, oid(type), tlv(Tag::set, value));
-}
-
-Bytes attribute(const CRYPT_ATTRIBUTE& given) {
-    Bytes values;
-    for (DWORD i = 0; i < given.cValue; ++i)
-        append(values, viewOf(given.rgValue[i]));
-    return attribute(given.pszObjId, values);
-}
-
-std::vector<Bytes> attributesOf(const CRYPT_ATTRIBUTE* given, DWORD count) {
-    std::vector<Bytes> attributes;
-    std::transform(given, given + count, std::back_inserter(attributes),
-                   [](const CRYPT_ATTRIBUTE& one) { return attribute(one); });
-    return attributes;
-}
-
-// X.690, 11.6: the elements of a set are sorted.
-Bytes sortedSet(std::uint8_t tag, std::vector<Bytes> elements) {
-    std::ranges::sort(elements);
-    Bytes content;
-    for (const Bytes& element : elements)
-        append(content, element);
-    return tlv(tag, content);
-}
-
 Bytes withDefault(AlgorithmId algorithm) {
     if (algorithm.parameters.empty())
         algorithm.parameters = {Tag::null, 0};
     return algorithm.der();
-}
-
-template <class Structure, class Member>
-bool has(const Structure& structure, Member Structure::*member) {
-    const auto* end = reinterpret_cast<const BYTE*>(&(structure.*member) + 1);
-    return structure.cbSize >= static_cast<std::size_t>(end - reinterpret_cast<const BYTE*>(&structure));
 }
 
 Bytes bytesOf(View view) {
@@ -98,57 +65,24 @@ CERT_ID Identity::certificateId(Flat& flat) const {
     return id;
 }
 
-NewSigner::NewSigner(const CMSG_SIGNER_ENCODE_INFO& info, DWORD flags)
+NewSigner::NewSigner(const CMSG_SIGNER_ENCODE_INFO& info)
     : hash_(AlgorithmId::of(info.HashAlgorithm)),
       hashNumber_(algorithmNumber(hash_.oid, CRYPT_HASH_ALG_OID_GROUP_ID)),
       provider_(info.hCryptProv),
-      spec_(info.dwKeySpec ? info.dwKeySpec : AT_SIGNATURE),
-      authenticated_(attributesOf(info.rgAuthAttr, info.cAuthAttr)),
-      unauthenticated_(attributesOf(info.rgUnauthAttr, info.cUnauthAttr)),
-      released_(flags & CMSG_CRYPT_RELEASE_CONTEXT_FLAG ? info.hCryptProv : 0) {
-    if (!info.pCertInfo || !info.hCryptProv)
+      spec_(info.dwKeySpec ? info.dwKeySpec : AT_SIGNATURE) {
+    if (!info.pCertInfo || !info.hCryptProv || info.cAuthAttr || info.cUnauthAttr)
         fail(E_INVALIDARG);
     if (!hashNumber_)
         fail(CRYPT_E_UNKNOWN_ALGO);
     identity_ = Identity::of(*info.pCertInfo);
-    if (has(info, &CMSG_SIGNER_ENCODE_INFO::SignerId) && info.SignerId.dwIdChoice == CERT_ID_KEY_IDENTIFIER)
-        identity_ = {{}, {}, bytesOf(viewOf(info.SignerId.KeyId))};
-    const bool isNamed =
-        has(info, &CMSG_SIGNER_ENCODE_INFO::HashEncryptionAlgorithm) && info.HashEncryptionAlgorithm.pszObjId;
-    signature_.oid = isNamed ? info.HashEncryptionAlgorithm.pszObjId
-                             : info.pCertInfo->SubjectPublicKeyInfo.Algorithm.pszObjId;
-}
-
-Bytes NewSigner::attributes(View digest) const {
-    std::vector<Bytes> all = authenticated_;
-    const auto isGiven = [&](std::string_view type) {
-        return std::ranges::any_of(all, [name = oid(type)](const Bytes& one) {
-            return std::ranges::equal(Reader(Reader(one).next().content).next().whole, name);
-        });
-    };
-    if (!isGiven(Oid::contentType))
-        all.push_back(attribute(Oid::contentType, oid(Oid::data)));
-    all.push_back(attribute(Oid::messageDigest, tlv(Tag::octetString, digest)));
-    return sortedSet(Tag::set, all);
+    signature_.oid = info.pCertInfo->SubjectPublicKeyInfo.Algorithm.pszObjId;
 }
 
 Bytes NewSigner::signerInfo(const Bytes* digest) const {
-    const Bytes content = digest ? *digest : Bytes(Digest(hashNumber_, provider_).size());
-    Bytes signedAttributes;
-    Bytes signature;
-    if (!authenticated_.empty()) {
-        signedAttributes = attributes(content);
-        if (digest)
-            signature = signDigest(provider_, spec_, hashNumber_, digestOf(hashNumber_, signedAttributes));
-        signedAttributes[0] = Tag::within(0);
-    } else if (digest) {
-        signature = signDigest(provider_, spec_, hashNumber_, content);
-    }
-    if (!digest)
-        signature.resize(signatureSize(provider_, spec_, hashNumber_));
-    return tlv(Tag::sequence, integer(isKeyIdentifier() ? 3 : 1), identity_.der(), withDefault(hash_),
-               signedAttributes, withDefault(signature_), tlv(Tag::octetString, signature),
-               unauthenticated_.empty() ? Bytes() : sortedSet(Tag::within(1), unauthenticated_));
+    const Bytes signature = digest ? signDigest(provider_, spec_, hashNumber_, *digest)
+                                   : Bytes(signatureSize(provider_, spec_, hashNumber_));
+    return tlv(Tag::sequence, integer(1), identity_.der(), withDefault(hash_), withDefault(signature_),
+               tlv(Tag::octetString, signature));
 }
 
 ReadSigner::ReadSigner(View element) : whole(element) {

@@ -27,26 +27,21 @@ struct Identity {
 // A signer who is about to sign.
 class NewSigner {
 public:
-    // Keeps the key's context, and releases it where the flags say so.
-    NewSigner(const CMSG_SIGNER_ENCODE_INFO& info, DWORD flags);
+    // Attributes are not taken. Keeps the key's context.
+    explicit NewSigner(const CMSG_SIGNER_ENCODE_INFO& info);
 
     const AlgorithmId& hash() const { return hash_; }
     ALG_ID hashNumber() const { return hashNumber_; }
     HCRYPTPROV provider() const { return provider_; }
-    bool isKeyIdentifier() const { return identity_.isKeyIdentifier(); }
     // SignerInfo for content of that digest. Without one only the size is right.
     Bytes signerInfo(const Bytes* digest) const;
 
 private:
-    Bytes attributes(View digest) const;
-
     Identity identity_;
     AlgorithmId hash_, signature_;
     ALG_ID hashNumber_;
     HCRYPTPROV provider_;
     DWORD spec_;
-    std::vector<Bytes> authenticated_, unauthenticated_;
-    OwnedProvider released_;
 };
 
 // A signer of a message that is read. What it refers to is the message's.

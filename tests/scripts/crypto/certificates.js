@@ -73,6 +73,7 @@ fails(function () { service.FindCertificate(my + '"иванов иван"}'); },
 fails(function () { service.GetCertificates('{"storeName": "My\\u0000x"}'); }, "[603] ");
 fails(function () { service.GetCertificates('{"hash": "0g"}'); }, "[608] Неверный фильтр сертификатов");
 equal(service.GetCertificates(my + '"Second Signer"}').count, 1);
+check(service.GetCertificates(new Array(100001).join("[")).count > 0, "what is no object filters nothing, however deep it is");
 check(service.GetCertificates().count > service.GetCertificates('{"storeLocation": "user", "storeName": "My"}').count);
 check(service.FindCertificate().CommonName.length > 0, "no query finds any");
 

@@ -1,13 +1,135 @@
-// Reading signed messages: their parts, verification, and adding signers and certificates.
+// Signed messages: made, and read with their parts, verification, and adding of signers and certificates.
 #include "content_reader.h"
-#include "signed_data.h"
+#include "layout.h"
 #include "signer.h"
 
 #include <algorithm>
 #include <map>
+#include <optional>
+#include <vector>
 
 namespace Corvane::Platform::Messages {
 namespace {
+
+// SignedData (RFC 5652, 5.1), apart from its content.
+struct SignedParts {
+    std::vector<AlgorithmId> digests;
+    std::string contentType = Oid::data;
+    std::vector<Bytes> certificates, crls, signers;
+
+    void addDigest(const AlgorithmId& algorithm);
+    Layout::Parts before() const;
+    Bytes after() const;
+};
+
+Bytes collection(std::uint8_t tag, const std::vector<Bytes>& elements, bool isOptional) {
+    if (isOptional && elements.empty())
+        return {};
+    Bytes content;
+    for (const Bytes& element : elements)
+        append(content, element);
+    return tlv(tag, content);
+}
+
+void SignedParts::addDigest(const AlgorithmId& algorithm) {
+    if (std::ranges::find(digests, algorithm.oid, &AlgorithmId::oid) == digests.end())
+        digests.push_back(algorithm);
+}
+
+Layout::Parts SignedParts::before() const {
+    std::vector<Bytes> algorithms;
+    for (const AlgorithmId& digest : digests)
+        algorithms.push_back(digest.parameters.empty()
+                                 ? tlv(Tag::sequence, oid(digest.oid), Bytes{Tag::null, 0})
+                                 : digest.der());
+    Bytes head = integer(contentType != Oid::data ? 3 : 1);
+    append(head, collection(Tag::set, algorithms, false));
+    return {oid(Oid::signedData), head, oid(contentType)};
+}
+
+Bytes SignedParts::after() const {
+    Bytes rest = collection(Tag::within(0), certificates, true);
+    append(rest, collection(Tag::within(1), crls, true));
+    return append(rest, collection(Tag::set, signers, false));
+}
+
+class SignedEncoder : public Message {
+public:
+    SignedEncoder(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream)
+        : isDetached_((flags & CMSG_DETACHED_FLAG) != 0), sink_(stream) {
+        for (DWORD i = 0; i < info.cCertEncoded; ++i)
+            append(parts_.certificates.emplace_back(), viewOf(info.rgCertEncoded[i]));
+        for (DWORD i = 0; i < info.cSigners; ++i) {
+            const NewSigner& signer = signers_.emplace_back(info.rgSigners[i]);
+            parts_.addDigest(signer.hash());
+            digests_.try_emplace(signer.hashNumber(), signer.hashNumber(), signer.provider());
+        }
+    }
+
+    void update(View bytes, bool isFinal) override {
+        // A whole message is made in one piece; so Windows wants its content.
+        if (!sink_.isStream() && !isDetached_ && !isFinal)
+            fail(CRYPT_E_MSG_ERROR);
+        if (isFinished_)
+            fail(CRYPT_E_MSG_ERROR);
+        isFinished_ = isFinal;
+        for (auto& [number, digest] : digests_)
+            digest.add(bytes);
+        if (!isDetached_) {
+            begin(bytes.size());
+            layout_->content(bytes);
+        }
+        if (isFinal)
+            finish();
+    }
+
+    void parameter(DWORD type, DWORD, Answer answer) override { sink_.give(type, answer); }
+
+    std::uint64_t sizeWith(std::size_t contentSize) {
+        begin(contentSize);
+        return sink_.collected().size() + (isDetached_ ? 0 : contentSize) + endSize();
+    }
+
+private:
+    void begin(std::size_t size) {
+        if (layout_)
+            return;
+        layout_.emplace(parts_.before(), sink_);
+        if (isDetached_)
+            layout_->beginDefinite(std::nullopt, endSize());
+        else if (sink_.isStream() && sink_.announced() == CMSG_INDEFINITE_LENGTH)
+            layout_->beginIndefinite();
+        else
+            layout_->beginDefinite(sink_.isStream() ? sink_.announced() : size, endSize());
+    }
+
+    std::vector<Bytes> signerInfos(bool isReal) {
+        std::vector<Bytes> all;
+        for (const NewSigner& signer : signers_)
+            all.push_back(signer.signerInfo(isReal ? &digests_.at(signer.hashNumber()).value() : nullptr));
+        return all;
+    }
+
+    // Known before anything is signed.
+    std::size_t endSize() {
+        parts_.signers = signerInfos(false);
+        return parts_.after().size();
+    }
+
+    void finish() {
+        begin(0);
+        parts_.signers = signerInfos(true);
+        layout_->end(parts_.after());
+    }
+
+    bool isDetached_;
+    Sink sink_;
+    SignedParts parts_;
+    std::vector<NewSigner> signers_;
+    std::map<ALG_ID, Digest> digests_;
+    std::optional<Layout> layout_;
+    bool isFinished_ = false;
+};
 
 class SignedDecoder : public Message, private ContentReader {
 public:
@@ -32,30 +154,22 @@ public:
             return answer.give(DWORD{CMSG_SIGNED});
         if (!isWhole())
             fail(sink_.isStream() ? CRYPT_E_STREAM_MSG_NOT_READY : CRYPT_E_INVALID_MSG_TYPE);
-        messageParameter(type, index, answer) || signerParameter(type, index, answer) ||
-            (fail(CRYPT_E_INVALID_MSG_TYPE), true);
+        if (!messageParameter(type, index, answer))
+            signerParameter(type, index, answer);
     }
 
     void control(DWORD, DWORD type, const void* argument) override {
         if (!isWhole())
             fail(sink_.isStream() ? CRYPT_E_STREAM_MSG_NOT_READY : CRYPT_E_INVALID_MSG_TYPE);
         switch (type) {
-            case CMSG_CTRL_VERIFY_SIGNATURE:
-                return verify(*static_cast<const CERT_INFO*>(argument));
             case CMSG_CTRL_VERIFY_SIGNATURE_EX:
                 return verify(*static_cast<const CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA*>(argument));
             case CMSG_CTRL_ADD_SIGNER:
                 return addSigner(*static_cast<const CMSG_SIGNER_ENCODE_INFO*>(argument));
-            case CMSG_CTRL_DEL_SIGNER:
-                return remove(parts_.signers, *static_cast<const DWORD*>(argument));
             case CMSG_CTRL_ADD_CERT:
-                return add(parts_.certificates, *static_cast<const CRYPT_DATA_BLOB*>(argument));
-            case CMSG_CTRL_DEL_CERT:
-                return remove(parts_.certificates, *static_cast<const DWORD*>(argument));
-            case CMSG_CTRL_ADD_CRL:
-                return add(parts_.crls, *static_cast<const CRYPT_DATA_BLOB*>(argument));
-            case CMSG_CTRL_DEL_CRL:
-                return remove(parts_.crls, *static_cast<const DWORD*>(argument));
+                append(parts_.certificates.emplace_back(),
+                       viewOf(*static_cast<const CRYPT_DATA_BLOB*>(argument)));
+                return;
             default:
                 fail(CRYPT_E_CONTROL_TYPE);
         }
@@ -63,12 +177,7 @@ public:
 
 private:
     bool readHead(Cursor& cursor) override {
-        cursor.enter(Tag::sequence);
-        if (oidText(cursor.next().content) != Oid::signedData)
-            fail(CRYPT_E_INVALID_MSG_TYPE);
-        cursor.enter(Tag::within(0));
-        cursor.enter(Tag::sequence);
-        cursor.next();  // the version follows from what is there
+        enterMessage(cursor, Oid::signedData);
         SignedParts parts;
         for (Reader digests(cursor.next().content); !digests.atEnd();)
             parts.addDigest(AlgorithmId::read(digests.enter(Tag::sequence)));
@@ -110,23 +219,16 @@ private:
         for (; !cursor.isAtEnd() && !cursor.rest().empty();) {
             const Element element = cursor.next();
             if (element.tag == Tag::within(0))
-                take(parts_.certificates, element);
+                take(parts_.certificates, element.content);
             else if (element.tag == Tag::within(1))
-                take(parts_.crls, element);
+                take(parts_.crls, element.content);
             else if (element.tag == Tag::set)
-                take(parts_.signers, element);
+                take(parts_.signers, element.content);
             else
                 throw BerError("an unknown part of signed data");
         }
         if (!cursor.isAtEnd())
             throw Truncated();
-    }
-
-    static void take(std::vector<Bytes>& all, const Element& set) {
-        for (Reader reader(set.content); !reader.atEnd();) {
-            const View one = reader.next().whole;
-            all.emplace_back(one.begin(), one.end());
-        }
     }
 
     static const Bytes& at(const std::vector<Bytes>& all, DWORD index) {
@@ -147,10 +249,6 @@ private:
                 return answer.give(static_cast<DWORD>(parts_.certificates.size())), true;
             case CMSG_CERT_PARAM:
                 return answer.give(at(parts_.certificates, index)), true;
-            case CMSG_CRL_COUNT_PARAM:
-                return answer.give(static_cast<DWORD>(parts_.crls.size())), true;
-            case CMSG_CRL_PARAM:
-                return answer.give(at(parts_.crls, index)), true;
             case CMSG_ENCODED_MESSAGE:
                 return answer.give(encoded()), true;
             case CMSG_COMPUTED_HASH_PARAM:
@@ -160,54 +258,31 @@ private:
         }
     }
 
-    bool signerParameter(DWORD type, DWORD index, Answer& answer) const {
+    void signerParameter(DWORD type, DWORD index, Answer& answer) const {
         const ReadSigner signer(at(parts_.signers, index));
         switch (type) {
             case CMSG_SIGNER_INFO_PARAM:
-                return answer.give(PKCS7_SIGNER_INFO, signer.named()), true;
-            case CMSG_CMS_SIGNER_INFO_PARAM:
-                return answer.give(CMS_SIGNER_INFO, toDer(Reader(signer.whole).next())), true;
+                return answer.give(PKCS7_SIGNER_INFO, signer.named());
             case CMSG_SIGNER_CERT_INFO_PARAM:
                 return answer.build([&](Flat& flat) {
                     auto* const info = flat.make<CERT_INFO>();
                     *info = signer.identity.certificateInfo(flat);
-                }),
-                       true;
+                });
             case CMSG_SIGNER_CERT_ID_PARAM:
                 return answer.build([&](Flat& flat) {
                     auto* const id = flat.make<CERT_ID>();
                     *id = signer.identity.certificateId(flat);
-                }),
-                       true;
-            case CMSG_SIGNER_HASH_ALGORITHM_PARAM:
-                return answer.build([&](Flat& flat) {
-                    auto* const algorithm = flat.make<CRYPT_ALGORITHM_IDENTIFIER>();
-                    *algorithm = flat.algorithm(signer.hash);
-                }),
-                       true;
-            case CMSG_SIGNER_AUTH_ATTR_PARAM:
-                return attributes(signer.attributes, answer), true;
-            case CMSG_SIGNER_UNAUTH_ATTR_PARAM:
-                return attributes(signer.unauthenticated, answer), true;
-            case CMSG_ENCRYPTED_DIGEST:
-                return answer.give(signer.signature), true;
+                });
             case CMSG_ENCODED_SIGNER:
-                return answer.give(signer.whole), true;
+                return answer.give(signer.whole);
             default:
-                return false;
+                fail(CRYPT_E_INVALID_MSG_TYPE);
         }
-    }
-
-    static void attributes(const Bytes& set, Answer& answer) {
-        if (set.empty())
-            fail(CRYPT_E_ATTRIBUTES_MISSING);
-        answer.give(PKCS_ATTRIBUTES, set);
     }
 
     // The one that was computed as the content came, or of content that is in memory.
     Bytes contentDigest(const ReadSigner& signer) {
-        const ALG_ID number = algorithmNumber(signer.hash.oid, CRYPT_HASH_ALG_OID_GROUP_ID);
-        return contentDigest(number);
+        return contentDigest(algorithmNumber(signer.hash.oid, CRYPT_HASH_ALG_OID_GROUP_ID));
     }
 
     Bytes contentDigest(ALG_ID number) {
@@ -220,46 +295,19 @@ private:
         return digestOf(number, sink_.collected());
     }
 
-    void verify(const ReadSigner& signer, const CERT_PUBLIC_KEY_INFO& key) {
-        signer.verify(key, contentDigest(signer), parts_.contentType);
-    }
-
-    void verify(const CERT_INFO& certificate) {
-        const Identity wanted = Identity::of(certificate);
-        for (const Bytes& one : parts_.signers) {
-            const ReadSigner signer(one);
-            const Identity named = signer.identity.asName();
-            if (named.issuer == wanted.issuer && named.serial == wanted.serial)
-                return verify(signer, certificate.SubjectPublicKeyInfo);
-        }
-        fail(CRYPT_E_SIGNER_NOT_FOUND);
-    }
-
     void verify(const CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA& how) {
         const ReadSigner signer(at(parts_.signers, how.dwSignerIndex));
-        if (how.dwSignerType == CMSG_VERIFY_SIGNER_PUBKEY)
-            return verify(signer, *static_cast<const CERT_PUBLIC_KEY_INFO*>(how.pvSigner));
         if (how.dwSignerType != CMSG_VERIFY_SIGNER_CERT)
             fail(E_INVALIDARG);
-        verify(signer, static_cast<const CERT_CONTEXT*>(how.pvSigner)->pCertInfo->SubjectPublicKeyInfo);
+        signer.verify(static_cast<const CERT_CONTEXT*>(how.pvSigner)->pCertInfo->SubjectPublicKeyInfo,
+                      contentDigest(signer), parts_.contentType);
     }
 
     void addSigner(const CMSG_SIGNER_ENCODE_INFO& info) {
-        const NewSigner signer(info, 0);
+        const NewSigner signer(info);
         const Bytes digest = contentDigest(signer.hashNumber());
         parts_.signers.push_back(signer.signerInfo(&digest));
         parts_.addDigest(signer.hash());
-        parts_.hasKeyIdentifiers |= signer.isKeyIdentifier();
-    }
-
-    static void add(std::vector<Bytes>& all, const CRYPT_DATA_BLOB& blob) {
-        const View one = viewOf(blob);
-        all.emplace_back(one.begin(), one.end());
-    }
-
-    static void remove(std::vector<Bytes>& all, DWORD index) {
-        at(all, index);
-        all.erase(all.begin() + static_cast<std::ptrdiff_t>(index));
     }
 
     Bytes encoded() const {
@@ -268,10 +316,9 @@ private:
         Sink whole(nullptr);
         Layout layout(parts_.before(), whole);
         const Bytes after = parts_.after();
-        if (hasContent_)
-            layout.beginDefinite(sink_.collected().size(), after.size());
-        else
-            layout.beginDefinite(std::nullopt, after.size());
+        layout.beginDefinite(
+            hasContent_ ? std::optional<std::uint64_t>(sink_.collected().size()) : std::nullopt,
+            after.size());
         if (hasContent_)
             layout.content(sink_.collected());
         layout.end(after);
@@ -286,6 +333,14 @@ private:
 };
 
 }  // namespace
+
+OwnedMessage encodeSigned(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream) {
+    return std::make_unique<SignedEncoder>(flags, info, stream);
+}
+
+std::uint64_t signedSize(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, DWORD contentSize) {
+    return SignedEncoder(flags, info, nullptr).sizeWith(contentSize);
+}
 
 OwnedMessage decodeSigned(bool isDetached, const CMSG_STREAM_INFO* stream) {
     return std::make_unique<SignedDecoder>(isDetached, stream);
