@@ -117,7 +117,13 @@ void create(const Context& context, const wchar_t* name) {
     const IID iid = defaultInterface(*object);
     ComPtr<IStream> stream;
     check(::CoMarshalInterThreadInterfaceInStream(iid, object.get(), stream.put()), "marshalling");
-    inOtherApartment(context, [&] { useProxy(stream, iid, object.get()); });
+    inOtherApartment(context, [&] {
+        useProxy(stream, iid, object.get());
+        ComPtr<IUnknown> own;
+        check(::CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, own.putVoid()),
+              "CoCreateInstance");
+        check(own.query<IClientSecurity>() ? E_UNEXPECTED : S_OK, "no proxy in an apartment of its own");
+    });
 }
 
 int run(const wchar_t* library, std::span<wchar_t*> names) {

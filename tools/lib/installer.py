@@ -146,7 +146,9 @@ class Package:
             "ProductLanguage": US_ENGLISH,
             "ProductName": PRODUCT,
             "ProductVersion": self.version,
-            "SecureCustomProperties": ";".join(["OLDER", "SAME", "NEWER", *(name for name, _, _ in settings())]),
+            "REBOOT": "ReallySuppress",  # or a silent update of a DLL in use would restart the machine
+            # Not those of the administrator: any user may have a product of the machine repaired, and would set them there.
+            "SecureCustomProperties": "OLDER;SAME;NEWER",
             "UpgradeCode": UPGRADE_CODE,
         }
         for name, value in properties.items():
@@ -159,7 +161,8 @@ class Package:
 
     def add_component(self, name, directory, view, attributes, key_path):
         attributes |= COMPONENT_64BIT if view == "x64" else 0
-        self.add("Component", name, guid(f"component {name}"), directory, attributes, "", key_path)
+        # One name may lie in another place in the other package, and is another component there.
+        self.add("Component", name, guid(f"component {name} {directory}"), directory, attributes, "", key_path)
         self.add("FeatureComponents", "Complete", name)
 
     def add_files(self):
@@ -236,7 +239,12 @@ class Package:
         # A number even where it is written nowhere.
         self.add("Property", "Level", "0")
         self.set_property("Level", "[LOGLEVEL]", 'LOGLEVEL<>""')
-        self.add("LaunchCondition", 'LOGLEVEL="" OR (LOGLEVEL >= 0 AND LOGLEVEL <= 4)', "LOGLEVEL is a number from 0 to 4.")
+        # By now LOGLEVEL may be what is remembered; removing is refused by nothing.
+        self.add("LaunchCondition", 'REMOVE~="ALL" OR LOGLEVEL="" OR (LOGLEVEL >= 0 AND LOGLEVEL <= 4)',
+                 "LOGLEVEL is a number from 0 to 4.")
+        # In the table of what is removed this name means the whole key.
+        self.add("LaunchCondition", " AND ".join(f'TRUSTEDSITE{n}<>"-"' for n in range(1, TRUSTED_SITES + 1)),
+                 "A trusted site is not given as -.")
 
     def add_upgrades(self):
         """The Windows Installer compares three numbers of a version; the fourth is compared by our condition."""
