@@ -19,6 +19,7 @@
 #include <wincrypt.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <functional>
 #include <initializer_list>
@@ -26,6 +27,7 @@
 #include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -151,11 +153,18 @@ void decryptBare(IBinaryStream& input, const Corvane::Certificate& recipient) {
         must(::CryptMsgUpdate(message.get(), data, count, isLast), "CryptMsgUpdate");
         if (std::exchange(isOpen, true))
             return;
-        CMSG_CTRL_DECRYPT_PARA how{};
+        const HCRYPTMSG open = message.get();
+        DWORD bytes = 0;
+        must(::CryptMsgGetParam(open, CMSG_CMS_RECIPIENT_INFO_PARAM, 0, nullptr, &bytes), "CryptMsgGetParam");
+        std::vector<std::max_align_t> found(bytes / sizeof(std::max_align_t) + 1);
+        must(::CryptMsgGetParam(open, CMSG_CMS_RECIPIENT_INFO_PARAM, 0, found.data(), &bytes),
+             "CryptMsgGetParam");
+        CMSG_CTRL_KEY_TRANS_DECRYPT_PARA how{};
         how.cbSize = sizeof(how);
         how.hCryptProv = key.provider;
         how.dwKeySpec = key.spec;
-        must(::CryptMsgControl(message.get(), 0, CMSG_CTRL_DECRYPT, &how), "CMSG_CTRL_DECRYPT");
+        how.pKeyTrans = reinterpret_cast<const CMSG_CMS_RECIPIENT_INFO*>(found.data())->pKeyTrans;
+        must(::CryptMsgControl(open, 0, CMSG_CTRL_KEY_TRANS_DECRYPT, &how), "CMSG_CTRL_KEY_TRANS_DECRYPT");
     });
 }
 
