@@ -169,8 +169,12 @@ void startArithmetic() {
         querySystemInformation =
             Test::systemFunction<QuerySystemInformation>(L"ntdll.dll", "NtQuerySystemInformation");
         seedingPatch();
-        // It would write notes about the machine to the program's error stream.
+        // It would write notes about the machine to the program's error stream. Newer versions of the library
+        // declare the handler deprecated and have nothing in its place.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
         ::gcry_set_log_handler([](void*, int, const char*, va_list) {}, nullptr);
+#pragma GCC diagnostic pop
         // The hardware paths of the static library do not run everywhere.
         ::gcry_control(GCRYCTL_DISABLE_HWF, "all", nullptr);
         ::gcry_check_version(nullptr);
