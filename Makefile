@@ -13,6 +13,14 @@
 FUZZ_SECONDS ?= 60
 BUILDS := x64-release x86-release
 
+# Both bitnesses, of each all or the targets that are named.
+define build_both
+	@for preset in $(BUILDS); do \
+	    cmake --preset $$preset --log-level=WARNING && \
+	    cmake --build build/$$preset $(if $(1),--target $(1)) || exit 1; \
+	done
+endef
+
 .NOTPARALLEL:
 .PHONY: build native setup check demo dist bench fuzz format lint clean
 .DEFAULT_GOAL := build
@@ -21,9 +29,7 @@ setup:
 	@tools/setup packages libraries wine
 
 build: setup
-	@for preset in $(BUILDS); do \
-	    cmake --preset $$preset --log-level=WARNING && cmake --build build/$$preset || exit 1; \
-	done
+	$(call build_both)
 
 native: setup
 	@cmake --preset native --log-level=WARNING
@@ -35,24 +41,15 @@ check: setup
 
 # Only what the demonstration runs: no tests, no benchmarks.
 demo: setup
-	@for preset in $(BUILDS); do \
-	    cmake --preset $$preset --log-level=WARNING && \
-	    cmake --build build/$$preset --target corvane_handed_out || exit 1; \
-	done
+	$(call build_both,corvane_handed_out)
 	@tools/demo
 
 dist: setup
-	@for preset in $(BUILDS); do \
-	    cmake --preset $$preset --log-level=WARNING && \
-	    cmake --build build/$$preset --target VetrelCorvane2 || exit 1; \
-	done
+	$(call build_both,VetrelCorvane2)
 	@tools/dist
 
 bench: setup
-	@for preset in $(BUILDS); do \
-	    cmake --preset $$preset --log-level=WARNING && \
-	    cmake --build build/$$preset --target corvane_handed_out corvane_bench || exit 1; \
-	done
+	$(call build_both,corvane_handed_out corvane_bench)
 	@tools/bench
 
 fuzz: native
