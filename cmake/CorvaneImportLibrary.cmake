@@ -27,10 +27,15 @@ function(corvane_add_delayed_library name)
         list(JOIN functions "\n" functions)
         file(CONFIGURE OUTPUT ${definition} CONTENT "LIBRARY ${name}.dll\nEXPORTS\n${functions}\n" @ONLY)
     endif()
+    foreach(part 4 5 6 7)
+        list(APPEND renamed "--rename-section=.idata$${part}=.didat$${part},alloc,load,data,contents")
+    endforeach()
     add_custom_command(
         OUTPUT ${library}
         # The DLL's own names are without the decoration that the compiler's symbols have.
         COMMAND ${CMAKE_DLLTOOL} --kill-at --input-def ${definition} --output-delaylib ${library}
+        # delayed.ld tells why they are not left where they are.
+        COMMAND ${CMAKE_OBJCOPY} ${renamed} ${library}
         DEPENDS ${definition}
         VERBATIM
     )
@@ -38,6 +43,9 @@ function(corvane_add_delayed_library name)
     add_library(corvane_${name} INTERFACE)
     add_dependencies(corvane_${name} corvane_import_${name})
     target_link_libraries(corvane_${name} INTERFACE ${library} delayimp)
+    set(script ${PROJECT_SOURCE_DIR}/cmake/import/delayed.ld)
+    target_link_options(corvane_${name} INTERFACE -Wl,-T,${script})
+    set_property(TARGET corvane_${name} PROPERTY INTERFACE_LINK_DEPENDS ${script})
     # So that the headers declare the functions as any other, not as imported: calls through the import table alone do not
     # keep the code that loads the library when the linker drops what is not called (32 bits).
     set(declared_crypt32 WINIMPM=)
