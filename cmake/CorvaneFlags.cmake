@@ -53,6 +53,12 @@ if(WIN32)
         # its own header.
         _X86INTRIN_H_INCLUDED
         __X86INTRIN_H
+        # crypt32, comdlg32 and shell32: so that the headers declare their functions as any other, not as imported. Calls
+        # through the import table alone do not keep the code that loads a library late when the linker drops what is
+        # not called (32 bits).
+        WINIMPM=
+        _COMDLG32_
+        _SHELL32_
     )
     # The runtime is linked statically: a script host loads the DLL from a folder where nothing else of ours lies.
     # No time stamp in the image: the same sources give the same file (tools/reproduce).

@@ -46,10 +46,4 @@ function(corvane_add_delayed_library name)
     set(script ${PROJECT_SOURCE_DIR}/cmake/import/delayed.ld)
     target_link_options(corvane_${name} INTERFACE -Wl,-T,${script})
     set_property(TARGET corvane_${name} PROPERTY INTERFACE_LINK_DEPENDS ${script})
-    # So that the headers declare the functions as any other, not as imported: calls through the import table alone do not
-    # keep the code that loads the library when the linker drops what is not called (32 bits).
-    set(declared_crypt32 WINIMPM=)
-    set(declared_comdlg32 _COMDLG32_)
-    set(declared_shell32 _SHELL32_)
-    target_compile_definitions(corvane_${name} INTERFACE ${declared_${name}})
 endfunction()

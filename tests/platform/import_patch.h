@@ -6,7 +6,6 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <stdexcept>
 #include <string_view>
 
@@ -64,9 +63,10 @@ private:
     static void*& find(void* address, HMODULE importer) {
         if (void** slot = slotOf(address))
             return *slot;
-        const auto slots = importSlots(importer);
-        const auto slot = std::ranges::find(slots, address);
-        return slot != slots.end() ? *slot : throw std::runtime_error("the function is not imported");
+        void** found = nullptr;
+        forEachImport(importer,
+                      [&](std::string_view, void*& slot) { found = slot == address ? &slot : found; });
+        return found ? *found : throw std::runtime_error("the function is not imported");
     }
 
     static void*& find(std::string_view name, HMODULE importer) {

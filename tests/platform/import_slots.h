@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -11,37 +12,66 @@
 
 namespace Corvane::Test {
 
-// All of them. Those of libraries that are loaded with the module hold the functions' addresses; those of
-// libraries that are loaded at the first call lie among them as the linker of MinGW places them, and hold
-// until then what loads the library.
-inline std::span<void*> importSlots(HMODULE module) noexcept {
-    auto* const base = reinterpret_cast<BYTE*>(module);
-    const auto* dos = reinterpret_cast<IMAGE_DOS_HEADER*>(base);
-    const auto* headers = reinterpret_cast<IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-    const auto& table = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
-    return {reinterpret_cast<void**>(base + table.VirtualAddress), table.Size / sizeof(void*)};
+// Some of them, one for each function.
+struct ImportSlots {
+    std::span<void*> slots;
+    // From what tells a function's name to its slot.
+    std::ptrdiff_t distance;
+};
+
+inline const IMAGE_NT_HEADERS* imageHeaders(const BYTE* base) noexcept {
+    return reinterpret_cast<const IMAGE_NT_HEADERS*>(
+        base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
 }
 
-// Calls `visit` with the name and the slot of each function that is imported by name. The table of names has
-// the same layout as the slots, and each library's part of it stands as far before its slots as the first
+// Those of libraries that are loaded with the module, which hold the functions' addresses. The table of names
+// has the same layout as the slots, and each library's part of it stands as far before its slots as the first
 // one's.
+inline ImportSlots loadedSlots(BYTE* base) noexcept {
+    const auto& directories = imageHeaders(base)->OptionalHeader.DataDirectory;
+    const auto& table = directories[IMAGE_DIRECTORY_ENTRY_IAT];
+    const DWORD imports = directories[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    const auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(base + imports);
+    if (imports == 0 || library->OriginalFirstThunk == 0)
+        return {};
+    // Backwards where another linker has placed the slots before the names.
+    return {{reinterpret_cast<void**>(base + table.VirtualAddress), table.Size / sizeof(void*)},
+            static_cast<std::ptrdiff_t>(library->FirstThunk) -
+                static_cast<std::ptrdiff_t>(library->OriginalFirstThunk)};
+}
+
+// Those of libraries that are loaded at the first call of a function, which hold until then what loads the
+// library. They have a section of their own (cmake/import/delayed.ld), which begins with a table of the names
+// and one of the slots.
+inline ImportSlots delayedSlots(BYTE* base) noexcept {
+    const IMAGE_NT_HEADERS* headers = imageHeaders(base);
+    const std::span sections(reinterpret_cast<const IMAGE_SECTION_HEADER*>(headers + 1),
+                             headers->FileHeader.NumberOfSections);
+    for (const IMAGE_SECTION_HEADER& section : sections) {
+        if (std::memcmp(section.Name, ".didat\0", sizeof(section.Name)) != 0)
+            continue;
+        const std::span words(reinterpret_cast<void**>(base + section.VirtualAddress),
+                              section.Misc.VirtualSize / sizeof(void*));
+        // The first name, told by its place in the image, follows the tables.
+        const auto name = std::ranges::find_if(words, [](void* word) { return word != nullptr; });
+        const std::size_t size =
+            (reinterpret_cast<ULONG_PTR>(*name) - section.VirtualAddress) / 2 / sizeof(void*);
+        return {words.subspan(size, size), static_cast<std::ptrdiff_t>(size * sizeof(void*))};
+    }
+    return {};
+}
+
+// Calls `visit` with the name and the slot of each function that is imported by name.
 template <class Visit>
 void forEachImport(HMODULE module, Visit visit) {
     auto* const base = reinterpret_cast<BYTE*>(module);
-    const auto* dos = reinterpret_cast<IMAGE_DOS_HEADER*>(base);
-    const auto* headers = reinterpret_cast<IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-    const auto& table = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-    const auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(base + table.VirtualAddress);
-    if (table.VirtualAddress == 0 || library->OriginalFirstThunk == 0)
-        return;
-    // Backwards where another linker has placed the slots before the names.
-    const auto distance = static_cast<std::ptrdiff_t>(library->FirstThunk) -
-                          static_cast<std::ptrdiff_t>(library->OriginalFirstThunk);
-    for (void*& slot : importSlots(module)) {
-        const auto* name = reinterpret_cast<IMAGE_THUNK_DATA*>(reinterpret_cast<BYTE*>(&slot) - distance);
-        if (name->u1.AddressOfData != 0 && !IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
-            const auto* import = reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(base + name->u1.AddressOfData);
-            visit(std::string_view(reinterpret_cast<const char*>(import->Name)), slot);
+    for (const auto& [slots, distance] : {loadedSlots(base), delayedSlots(base)}) {
+        for (void*& slot : slots) {
+            const auto* name = reinterpret_cast<IMAGE_THUNK_DATA*>(reinterpret_cast<BYTE*>(&slot) - distance);
+            if (name->u1.AddressOfData != 0 && !IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
+                const auto* import = reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(base + name->u1.AddressOfData);
+                visit(std::string_view(reinterpret_cast<const char*>(import->Name)), slot);
+            }
         }
     }
 }
