@@ -154,6 +154,22 @@ TEST_F(CertificateStoreTest, KeepsWhatWasInstalledInOrder) {
     EXPECT_EQ(namesOf(again->getCertificates(all, false)), Names{L"Second Signer"});
 }
 
+DWORD closedWith;
+
+BOOL WINAPI recordClose(HCERTSTORE store, DWORD flags) {
+    closedWith = flags;
+    return systemFunction<decltype(::CertCloseStore)>(L"crypt32", "CertCloseStore")(store, flags);
+}
+
+// Forced, the system frees the certificates that others still use; Wine does not.
+TEST_F(CertificateStoreTest, ClosingIsNotForced) {
+    const SharedStore store = open(true);
+    const ImportPatch patch(&::CertCloseStore, &recordClose);
+    closedWith = ~DWORD{};
+    store->close();
+    EXPECT_EQ(closedWith, 0u);
+}
+
 // Chooses a line of the dialog's list, wherever in the dialog that is.
 void choose(HWND dialog, int line) {
     LVITEMW item{};

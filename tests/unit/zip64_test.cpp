@@ -137,4 +137,37 @@ TEST_F(ZipFolders, AnArchiveThatIsClosedWhileAFolderIsAddedSaysSo) {
               E_ZIP_ARCHIVE_STREAM_DISPOSE.code);
 }
 
+// A file named "link" is one, in the words of Windows; Wine tells it of folders alone.
+template <class Function>
+Function* system(const char* name) {
+    return systemFunction<Function>(L"kernel32", name);
+}
+
+DWORD WINAPI attributesWithLink(LPCWSTR path) {
+    const DWORD attributes = system<decltype(::GetFileAttributesW)>("GetFileAttributesW")(path);
+    const bool isLink = attributes != INVALID_FILE_ATTRIBUTES && std::wstring_view(path).ends_with(L"\\link");
+    return isLink ? attributes | FILE_ATTRIBUTE_REPARSE_POINT : attributes;
+}
+
+HANDLE WINAPI findWithLink(LPCWSTR path, LPWIN32_FIND_DATAW data) {
+    const HANDLE search = system<decltype(::FindFirstFileW)>("FindFirstFileW")(path, data);
+    if (search != INVALID_HANDLE_VALUE && std::wstring_view(data->cFileName) == L"link") {
+        data->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+        data->dwReserved0 = IO_REPARSE_TAG_SYMLINK;
+    }
+    return search;
+}
+
+TEST_F(ZipFolders, AFileThatIsALinkIsNotReplaced) {
+    FileSystem::createFolder(folder_);
+    writeFile(folder_ + L"\\link", bytesOf("elsewhere"));
+    for (const char* name : {"link", "other"})
+        archive_.add(name, {}, bytesOf("new"));
+    const ImportPatch attributes(&::GetFileAttributesW, &attributesWithLink);
+    const ImportPatch find(&::FindFirstFileW, &findWithLink);
+    EXPECT_EQ(errorCode([&] { extractToFolder(archive_, folder_, {.overwrite = true}, nullptr); }),
+              E_CREATE_FILE.code);
+    EXPECT_EQ(readFile(folder_ + L"\\link"), bytesOf("elsewhere"));
+}
+
 }  // namespace
