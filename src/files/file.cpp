@@ -2,6 +2,7 @@
 
 #include "core/check.h"
 #include "core/log.h"
+#include "core/moment.h"
 
 #include <algorithm>
 #include <limits>
@@ -228,6 +229,7 @@ void File::seekAndWrite(std::int64_t position, std::span<const std::uint8_t> byt
 }
 
 void File::flush() {
+    writeLog(LogLevel::debug, L"Corvane::File::flush", L"path: ", path_);
     const std::lock_guard guard(mutex_);
     checkWin32(::FlushFileBuffers(openHandle(E_FLUSH_FILE_BUFFER)), E_FLUSH_FILE_BUFFER, L"FlushFileBuffers");
 }
@@ -239,10 +241,11 @@ FileIdentity File::identity() const {
                L"GetFileInformationByHandle");
     const auto whole = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
     return {data.dwVolumeSerialNumber, whole(data.nFileIndexHigh, data.nFileIndexLow),
-            whole(data.ftCreationTime.dwHighDateTime, data.ftCreationTime.dwLowDateTime)};
+            toTicks(data.ftCreationTime)};
 }
 
 FileTimes File::times() const {
+    writeLog(LogLevel::debug, L"Corvane::File::times", L"path: ", path_);
     const std::lock_guard guard(mutex_);
     FileTimes times{};
     checkWin32(::GetFileTime(openHandle(E_GET_FILE_ATTRIBUTES), &times.creation, &times.access, &times.write),
@@ -251,6 +254,7 @@ FileTimes File::times() const {
 }
 
 void File::setTimes(const FILETIME* creation, const FILETIME* access, const FILETIME* write) {
+    writeLog(LogLevel::debug, L"Corvane::File::setTimes", L"path: ", path_);
     const std::lock_guard guard(mutex_);
     checkWin32(::SetFileTime(openHandle(E_FILE_WRITE), creation, access, write), E_FILE_WRITE,
                L"SetFileTime");

@@ -1,28 +1,24 @@
 #include "sites/key_watch.h"
 
+#include "core/moment.h"
+
 namespace Corvane {
 namespace {
 
-// Dates move in steps of many milliseconds. Of a change as young as this, in units of 100 ns, nobody knows
-// whether it is the last one that will have its date.
+// Two seconds. The date of a key may be the same before and after a change that follows another one closely:
+// how closely, the system does not say.
 constexpr std::uint64_t doubtfulAge = 20'000'000;
-
-std::uint64_t toNumber(const FILETIME& date) noexcept {
-    return (std::uint64_t{date.dwHighDateTime} << 32) | date.dwLowDateTime;
-}
 
 // 0 when the key was deleted.
 std::uint64_t lastChange(HKEY key) noexcept {
     FILETIME modified{};
     const LSTATUS status = ::RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                                               nullptr, nullptr, nullptr, nullptr, &modified);
-    return status == ERROR_SUCCESS ? toNumber(modified) : 0;
+    return status == ERROR_SUCCESS ? toTicks(modified) : 0;
 }
 
 bool isDoubtful(std::uint64_t modified) noexcept {
-    FILETIME now{};
-    ::GetSystemTimeAsFileTime(&now);
-    return modified + doubtfulAge > toNumber(now);
+    return modified + doubtfulAge > currentTicks();
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "com/access/browser_object.h"
 
+#include "com/access/question.h"
 #include "core/system_exception.h"
 #include "dialog_driver.h"
 #include "fake_host.h"
@@ -330,6 +331,17 @@ TEST_F(BrowserObject, WhileAQuestionIsOpenNoOtherIsAsked) {
     EXPECT_TRUE(SessionTrustedSites::instance().isTrusted(L"https://moved.example/"));
     for (BrowserSite* site : {&other, &trusted})
         site->setSite(nullptr);
+}
+
+TEST_F(BrowserObject, WhatWasAnsweredMeanwhileIsNotAskedAgain) {
+    const DialogDriver driver([](HWND dialog) { ::PostMessageW(dialog, WM_CLOSE, 0, 0); });
+    for (const bool isBanned : {false, true}) {
+        const std::wstring url =
+            isBanned ? L"https://banned.meanwhile.example/" : L"https://trusted.meanwhile.example/";
+        SessionTrustedSites::instance().add(url, isBanned);
+        EXPECT_EQ(Com::askUser({url}), !isBanned);
+    }
+    EXPECT_EQ(driver.count(), 0);
 }
 
 // The pixels of a control, each a number.

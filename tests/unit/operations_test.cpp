@@ -507,27 +507,37 @@ TEST_F(Operations, StreamsThatAreCanceledOrNotAsLongAsTheySaid) {
         }
     };
     const Patches patches = countCalls();
-    MemoryStream output;
-    const std::function<void(Stream::IBinaryStream&, const SharedProgress&)> works[] = {
-        [&](auto& input, const auto& progress) {
-            provider_.sign(input, output, *certificate_, true, false, progress);
-        },
-        [&](auto& input, const auto& progress) {
-            provider_.encrypt(input, output, {certificate_}, progress);
-        },
-        [&](auto& input, const auto& progress) { provider_.decrypt(input, output, progress); },
-    };
+    const std::function<void(Stream::IBinaryStream&, Stream::IBinaryStream&, const SharedProgress&)> works[] =
+        {
+            [&](auto& input, auto& output, const auto& progress) {
+                provider_.sign(input, output, *certificate_, true, false, progress);
+            },
+            [&](auto& input, auto& output, const auto& progress) {
+                provider_.encrypt(input, output, {certificate_}, progress);
+            },
+            [&](auto& input, auto& output, const auto& progress) {
+                provider_.decrypt(input, output, progress);
+            },
+            [&](auto& input, auto& output, const auto& progress) {
+                provider_.extractContentFromSignature(input, output, progress);
+            },
+        };
     for (const auto& work : works) {
+        MemoryStream output;
         const auto progress = std::make_shared<Progress>();
-        SourceStream input(enveloped_);
-        work(input, progress);
+        SourceStream input(&work == &works[3] ? attached_ : enveloped_);
+        work(input, output, progress);
         EXPECT_EQ(progress->fraction(), 1.0);
         progress->cancel();
         input.seek(0, Stream::Origin::beginning);
-        EXPECT_EQ(errorCode([&] { work(input, progress); }), E_CANCELED.code);
+        // Nothing was written, so what stands behind the output's position stays.
+        const Bytes complete = contentOf(output);
+        output.seek(1, Stream::Origin::beginning);
+        EXPECT_EQ(errorCode([&] { work(input, output, progress); }), E_CANCELED.code);
+        EXPECT_EQ(contentOf(output), complete);
         GrownStream grown(enveloped_);
-        if (&work != &works[2]) {
-            EXPECT_EQ(errorCode([&] { work(grown, {}); }), E_READ_OR_WRONG_FILE_SIZE.code);
+        if (&work < &works[2]) {
+            EXPECT_EQ(errorCode([&] { work(grown, output, {}); }), E_READ_OR_WRONG_FILE_SIZE.code);
         }
     }
 }

@@ -1,5 +1,6 @@
 // Archives of many entries: those that other programs made (tests/data/zip/make.sh), and our own.
 #include "compression/zip_archive.h"
+#include "compression/zip_entries_json.h"
 
 #include "binary/hex.h"
 #include "compression/zip_name.h"
@@ -89,8 +90,12 @@ TEST(ZipDate, IsADayOfTheCalendar) {
                                                                           {{2024, 4, 31}, false},
                                                                           {{2024, 12, 31, 23, 59, 58}, true},
                                                                           {{2024, 0, 1}, false},
-                                                                          {{2024, 1, 1, 24}, false}})
+                                                                          {{2024, 1, 1, 24}, false}}) {
         EXPECT_EQ(day.isValid(), isOne) << day.pack();
+        ZipEntry entry;
+        entry.date = day;
+        EXPECT_EQ(entriesJson({entry})[0]["date"].asString().empty(), !isOne) << day.pack();
+    }
 }
 
 TEST(ZipArchive, GrowsFromNothing) {

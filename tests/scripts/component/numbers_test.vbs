@@ -1,5 +1,5 @@
 ' The numbers of streams as VBScript has them: &HFFFFFFFF is -1, and fractions are doubles.
-Dim service, stream, data, cases, i, number
+Dim service, stream, other, data, cases, i, number
 Set service = CreateObject("VetrelCorvane2.BinaryObjectService")
 Set data = service.BinaryObjectFromHex("0102030405")
 Set stream = service.CreateStream()
@@ -26,4 +26,21 @@ For i = 0 To UBound(cases)
     number = Outcome(number)
     On Error Goto 0
     Check number = CStr(cases(i)(2)), "Seek " & cases(i)(0) & ": " & number
+    ' Writing takes counts as reading does, Resize places as Seek does; 5E9 there is a matter of memory.
+    Set other = service.CreateStream()
+    On Error Resume Next
+    other.Write data, 0, cases(i)(0)
+    number = other.Size
+    number = Outcome(number)
+    On Error Goto 0
+    Check number = CStr(cases(i)(1)), "Write " & cases(i)(0) & ": " & number
+    If cases(i)(0) <> 5E9 Then
+        Set other = service.CreateStream()
+        On Error Resume Next
+        other.Resize cases(i)(0)
+        number = other.Size
+        number = Outcome(number)
+        On Error Goto 0
+        Check number = CStr(cases(i)(2)), "Resize " & cases(i)(0) & ": " & number
+    End If
 Next

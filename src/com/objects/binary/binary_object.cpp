@@ -8,6 +8,7 @@
 #include "com/objects/binary/base_stream.h"
 #include "com/runtime/arguments.h"
 #include "core/check.h"
+#include "core/log.h"
 #include "core/wide_text.h"
 #include "files/file.h"
 
@@ -116,6 +117,7 @@ HRESULT CBinaryObject::ToUnicodeString(BSTR* text) {
         const SharedBytes held = bytes();
         if (!held)
             return;
+        writeLog(LogLevel::debug, L"CBinaryObject::ToUnicodeString", L"[in] size: ", held->size());
         Bstr result = Bstr::uninitialized(held->size() / sizeof(OLECHAR));
         std::memcpy(result.get(), held->data(), held->size() / sizeof(OLECHAR) * sizeof(OLECHAR));
         give(text, std::move(result));

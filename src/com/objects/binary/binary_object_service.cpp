@@ -5,6 +5,7 @@
 #include "com/objects/binary/binary_object.h"
 #include "com/objects/binary/binary_stream_object.h"
 #include "com/runtime/arguments.h"
+#include "core/log.h"
 #include "core/wide_text.h"
 #include "files/file.h"
 
@@ -42,6 +43,8 @@ HRESULT CBinaryObjectService::BinaryObjectFromString(BSTR inputString, ULONG cod
 HRESULT CBinaryObjectService::BinaryObjectFromUnicodeString(BSTR inputString, IBinaryObject** binary) {
     return serviceFrame(L"CBinaryObjectService::BinaryObjectFromUnicodeString", [&] {
         const std::wstring_view text = viewOf(inputString);
+        writeLog(LogLevel::debug, L"CBinaryObjectService::BinaryObjectFromUnicodeString", L"[in] length: ",
+                 text.size());
         const auto* first = reinterpret_cast<const std::uint8_t*>(text.data());
         give(binary, makeBinary(Bytes(first, first + text.size() * sizeof(wchar_t))));
     });
