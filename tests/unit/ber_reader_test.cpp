@@ -96,6 +96,16 @@ TEST(SignedData, TellsWhetherTheContentIsInside) {
         EXPECT_TRUE(hasContent(readTestData("pki/" + std::string(name) + ".p7s"))) << name;
     for (const char* name : {"detached-plain", "detached-two-signers", "no-signers"})
         EXPECT_FALSE(hasContent(readTestData("pki/" + std::string(name) + ".p7s"))) << name;
+    // The place of the content, with nothing in it: of a length of none, and ended at once (X.690 8.1.3.6).
+    for (const std::string content :
+         {"300d06092a864886f70d010701a000", "300f06092a864886f70d010701a0800000"}) {
+        const std::string end = content + "3100";
+        const auto sized = [](const std::string& tag, const std::string& body) {
+            return tag + hexOf({{static_cast<std::uint8_t>(body.size() / 2)}}) + body;
+        };
+        const std::string inner = sized("a0", sized("30", "0201013100" + end));
+        EXPECT_FALSE(hasContent(hexToBin(sized("30", "06092a864886f70d010702" + inner)))) << content;
+    }
     EXPECT_THROW(hasContent(readTestData("pki/signer.der")), Asn1Exception);
 }
 

@@ -98,6 +98,28 @@ TEST(ZipDate, IsADayOfTheCalendar) {
     }
 }
 
+TEST(ZipArchive, WhatIsNotFoundAfterwardsWasNotAdded) {
+    // Another name comes to lie in the archive than the one that was given.
+    class Renaming : public Stream::MemoryStream {
+    public:
+        void seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes) override {
+            Bytes changed(bytes.begin(), bytes.end());
+            const Bytes name = bytesOf("added");
+            const auto found = std::search(changed.begin(), changed.end(), name.begin(), name.end());
+            if (found != changed.end())
+                *found = 'o';
+            MemoryStream::seekAndWrite(position, changed);
+        }
+    };
+    const auto stream = std::make_shared<Renaming>();
+    ZipArchive archive(stream);
+    archive.add("kept", date, bytesOf("content"));
+    const Bytes before = contentOf(*stream);
+    EXPECT_EQ(errorCode([&] { archive.add("added", date, {}); }), E_ZIP.code);
+    EXPECT_EQ(contentOf(*stream), before);
+    EXPECT_EQ(namesIn(archive), "kept|");
+}
+
 TEST(ZipArchive, GrowsFromNothing) {
     const auto stream = std::make_shared<Stream::MemoryStream>();
     ZipArchive archive(stream);
