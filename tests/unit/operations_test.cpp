@@ -548,6 +548,15 @@ TEST_F(Operations, AFailedDecryptionIsToldAsOneAndLeavesNothing) {
     Bytes message = provider_.encrypt(sampleBytes(0x100000 + 64), {certificate_});
     message[message.size() - 9] ^= 0x80;
     const Failure expected{E_CRYPTO_DECRYPT.code, static_cast<DWORD>(NTE_BAD_DATA)};
+    // The recipient behind the version and the set's head (RFC 5652 6.1) becomes one of another kind,
+    // KEKRecipientInfo.
+    const Bytes head{0x02, 0x01, 0x00, 0x31};
+    Bytes foreign = message;
+    const auto length = std::search(foreign.begin(), foreign.end(), head.begin(), head.end()) + 4;
+    const auto recipient = length + 1 + (*length < 0x80 ? 0 : *length & 0x7F);
+    ASSERT_EQ(*recipient, 0x30);
+    *recipient = 0xA2;
+    EXPECT_THROW(provider_.decrypt(foreign), std::runtime_error) << "certificate not found";
     const Patches patches = countCalls();
     EXPECT_EQ(failureOf([&] { provider_.decrypt(message); }), expected);
     EXPECT_EQ(
