@@ -8,7 +8,11 @@ Class Answer
 
     Public Default Sub Callback(result, error)
         Check Not Done, "the callback is called once"
-        If IsObject(result) Then Set Value = result
+        If IsObject(result) Then
+            Set Value = result
+        Else
+            Value = result
+        End If
         Failure = error
         Done = True
     End Sub
@@ -36,6 +40,12 @@ good.Wait
 Equal good.Value.ToHexString(), "900150983CD24FB0D6963F7D28E17F72", "the digest of abc"
 Check IsEmpty(good.Failure), "no error comes with a result"
 Equal token.Progress, 1.0, "Progress"
+
+stream.Seek 0
+Set good = New Answer
+service.GetCrc32StreamAsync stream, good, token
+good.Wait
+Equal good.Value + 0, &H352441C2, "the sum of abc, a number that the language can count with"
 
 stream.Close
 Set bad = New Answer
