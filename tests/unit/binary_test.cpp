@@ -178,6 +178,10 @@ TEST(Digest, TakesInputInPieces) {
     }
 }
 
+TEST(Utf, LooksNoFurtherThanItsInput) {
+    EXPECT_EQ(Binary::detail::swapBytes(bytesOf("abc")), bytesOf("bac"));
+}
+
 TEST(Utf, DecodesWhatIsWellFormed) {
     for (const auto& row : readTable("text/utf.txt", 3)) {
         SCOPED_TRACE(row[0] + ' ' + row[1]);
