@@ -45,17 +45,23 @@ inline ImportSlots loadedSlots(BYTE* base) noexcept {
 // and one of the slots.
 inline ImportSlots delayedSlots(BYTE* base) noexcept {
     const IMAGE_NT_HEADERS* headers = imageHeaders(base);
-    const std::span sections(reinterpret_cast<const IMAGE_SECTION_HEADER*>(headers + 1),
-                             headers->FileHeader.NumberOfSections);
+    // Behind the headers, which in managed code may be those of the other bitness.
+    const auto* optional = reinterpret_cast<const BYTE*>(&headers->OptionalHeader);
+    const std::span sections(
+        reinterpret_cast<const IMAGE_SECTION_HEADER*>(optional + headers->FileHeader.SizeOfOptionalHeader),
+        headers->FileHeader.NumberOfSections);
     for (const IMAGE_SECTION_HEADER& section : sections) {
         if (std::memcmp(section.Name, ".didat\0", sizeof(section.Name)) != 0)
             continue;
         const std::span words(reinterpret_cast<void**>(base + section.VirtualAddress),
                               section.Misc.VirtualSize / sizeof(void*));
-        // The first name, told by its place in the image, follows the tables.
-        const auto name = std::ranges::find_if(words, [](void* word) { return word != nullptr; });
-        const std::size_t size =
-            (reinterpret_cast<ULONG_PTR>(*name) - section.VirtualAddress) / 2 / sizeof(void*);
+        // The first name, told by its place in the image, follows the tables. Other linkers' sections of this
+        // name hold something else.
+        const auto first = std::ranges::find_if(words, [](void* word) { return word != nullptr; });
+        const ULONG_PTR name = first != words.end() ? reinterpret_cast<ULONG_PTR>(*first) : 0;
+        if (name < section.VirtualAddress || name - section.VirtualAddress >= section.Misc.VirtualSize)
+            return {};
+        const std::size_t size = (name - section.VirtualAddress) / 2 / sizeof(void*);
         return {words.subspan(size, size), static_cast<std::ptrdiff_t>(size * sizeof(void*))};
     }
     return {};

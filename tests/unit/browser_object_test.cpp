@@ -428,6 +428,8 @@ TEST(DialogWithCheckBox, TheEndOfAHostIsAlwaysReadable) {
         EXPECT_TRUE(host.ends_with(row.end)) << text.size();
         EXPECT_EQ(host == row.host, row.isWhole);
         EXPECT_TRUE(host == row.host || host.starts_with(L'\x2026'));
+        EXPECT_TRUE(text.find(L"\n.") == std::wstring::npos || row.host.starts_with(L'.'))
+            << "a point ends its line";
         if (row.end.empty() || !drawsText())
             continue;
         // The last letter is seen: another one in its place looks different.
