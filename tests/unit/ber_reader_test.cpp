@@ -100,8 +100,8 @@ TEST(SignedData, TellsWhetherTheContentIsInside) {
     for (const std::string content :
          {"300d06092a864886f70d010701a000", "300f06092a864886f70d010701a0800000"}) {
         const std::string end = content + "3100";
-        const auto sized = [](const std::string& tag, const std::string& body) {
-            return tag + hexOf({{static_cast<std::uint8_t>(body.size() / 2)}}) + body;
+        const auto sized = [](std::string tag, const std::string& body) {
+            return tag.append(hexOf({{static_cast<std::uint8_t>(body.size() / 2)}})).append(body);
         };
         const std::string inner = sized("a0", sized("30", "0201013100" + end));
         EXPECT_FALSE(hasContent(hexToBin(sized("30", "06092a864886f70d010702" + inner)))) << content;
