@@ -25,7 +25,7 @@ function(corvane_precompile target name)
 endfunction()
 
 # corvane_compile_alone(<file>...)
-# Files of the calling folder to which speed matters, of a target that is compiled for none.
+# For files of the calling folder whose speed matters, in a target that is else compiled without optimizing for it.
 function(corvane_compile_alone)
     set_source_files_properties(${ARGV} PROPERTIES SKIP_PRECOMPILE_HEADERS ON COMPILE_OPTIONS "-O2;-finline")
 endfunction()

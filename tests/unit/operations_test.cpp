@@ -552,7 +552,9 @@ TEST_F(Operations, AFailedDecryptionIsToldAsOneAndLeavesNothing) {
     // KEKRecipientInfo.
     const Bytes head{0x02, 0x01, 0x00, 0x31};
     Bytes foreign = message;
-    const auto length = std::search(foreign.begin(), foreign.end(), head.begin(), head.end()) + 4;
+    const auto version = std::search(foreign.begin(), foreign.end(), head.begin(), head.end());
+    ASSERT_LT(version, foreign.end() - 200);
+    const auto length = version + 4;
     const auto recipient = length + 1 + (*length < 0x80 ? 0 : *length & 0x7F);
     ASSERT_EQ(*recipient, 0x30);
     *recipient = 0xA2;

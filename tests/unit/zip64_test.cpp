@@ -138,19 +138,16 @@ TEST_F(ZipFolders, AnArchiveThatIsClosedWhileAFolderIsAddedSaysSo) {
 }
 
 // A file named "link" is one, in the words of Windows; Wine tells it of folders alone.
-template <class Function>
-Function* ofKernel(const char* name) {
-    return systemFunction<Function>(L"kernel32", name);
-}
-
 DWORD WINAPI attributesWithLink(LPCWSTR path) {
-    const DWORD attributes = ofKernel<decltype(::GetFileAttributesW)>("GetFileAttributesW")(path);
+    const DWORD attributes =
+        systemFunction<decltype(::GetFileAttributesW)>(L"kernel32", "GetFileAttributesW")(path);
     const bool isLink = attributes != INVALID_FILE_ATTRIBUTES && std::wstring_view(path).ends_with(L"\\link");
     return isLink ? attributes | FILE_ATTRIBUTE_REPARSE_POINT : attributes;
 }
 
 HANDLE WINAPI findWithLink(LPCWSTR path, LPWIN32_FIND_DATAW data) {
-    const HANDLE search = ofKernel<decltype(::FindFirstFileW)>("FindFirstFileW")(path, data);
+    const HANDLE search =
+        systemFunction<decltype(::FindFirstFileW)>(L"kernel32", "FindFirstFileW")(path, data);
     if (search != INVALID_HANDLE_VALUE && std::wstring_view(data->cFileName) == L"link") {
         data->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
         data->dwReserved0 = IO_REPARSE_TAG_SYMLINK;

@@ -16,7 +16,6 @@ status 0 when the last one has closed, with 1 when one does not come or stay wit
 constexpr int nameEdit = 1148;  // cmb13 of dlgs.h
 constexpr ULONGLONG limitMilliseconds = 120'000;
 constexpr DWORD pauseMilliseconds = 10;
-constexpr ULONGLONG repeatMilliseconds = 3'000;
 
 // Whether `condition` holds within the limit.
 template <class Condition>
@@ -47,19 +46,10 @@ bool answer(const wchar_t* caption, const std::wstring& path) {
     HWND dialog = nullptr;
     if (!waitUntil([&] { return (dialog = findDialog(caption)) != nullptr; }))
         return false;
-    // Again after a while: on a busy machine a dialog is seen before it listens, or sets the name itself
-    // after that.
-    ULONGLONG next = 0;
-    return waitUntil([&] {
-        if (!::IsWindow(dialog))
-            return true;
-        const ULONGLONG now = ::GetTickCount64();
-        if (now >= next && ::IsWindowEnabled(dialog) && (path.empty() || type(dialog, path))) {
-            ::PostMessageW(dialog, WM_COMMAND, path.empty() ? IDCANCEL : IDOK, 0);
-            next = now + repeatMilliseconds;
-        }
+    if (!path.empty() && !waitUntil([&] { return type(dialog, path); }))
         return false;
-    });
+    ::PostMessageW(dialog, WM_COMMAND, path.empty() ? IDCANCEL : IDOK, 0);
+    return waitUntil([&] { return !::IsWindow(dialog); });
 }
 
 }  // namespace
