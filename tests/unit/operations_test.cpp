@@ -524,9 +524,11 @@ TEST_F(Operations, StreamsThatAreCanceledOrNotAsLongAsTheySaid) {
         };
     for (const auto& work : works) {
         MemoryStream output;
+        output.resize(100'000);  // more than the result
         const auto progress = std::make_shared<Progress>();
         SourceStream input(&work == &works[3] ? attached_ : enveloped_);
         work(input, output, progress);
+        EXPECT_EQ(output.state().size, output.state().position);
         EXPECT_EQ(progress->fraction(), 1.0);
         progress->cancel();
         input.seek(0, Stream::Origin::beginning);

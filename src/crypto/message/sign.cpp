@@ -72,6 +72,7 @@ void CryptoApiProvider::sign(Stream::IBinaryStream& input, Stream::IBinaryStream
         attached ? 0 : CMSG_DETACHED_FLAG, CMSG_SIGNED, &info, content.announcedSize(),
         [&output](std::span<const std::uint8_t> piece) { output.write(piece); });
     content.feed(message, progress);
+    Stream::endAtPosition(output);
 }
 
 }  // namespace Corvane
