@@ -15,14 +15,10 @@ using namespace Corvane;
 namespace {
 
 void fuzzHex(const std::string& text, const Bytes& bytes) {
-    const std::size_t wrong = text.find_first_not_of("0123456789ABCDEFabcdef");
-    std::optional<std::uint32_t> expected;
-    if (wrong != std::string::npos && (wrong | 1) < text.size())
-        expected = E_HEX_STRING.code;
-    else if (text.size() % 2 != 0)
-        expected = E_HEX_STRING_SIZE.code;
+    const bool isHex =
+        text.size() % 2 == 0 && text.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
     Bytes decoded;
-    require(errorOf([&] { decoded = hexToBin(text); }) == expected);
+    require(errorOf([&] { decoded = hexToBin(text); }).has_value() != isHex);
     for (std::size_t i = 0; i < decoded.size(); ++i)
         require(decoded[i] == std::stoul(text.substr(2 * i, 2), nullptr, 16));
     require(hexToBin(binToHex(bytes)) == bytes);
