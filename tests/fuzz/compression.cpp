@@ -1,5 +1,5 @@
-// Ungzips arbitrary bytes, at once and in small pieces, and gzips them; opens them as an archive, restores what
-// it holds, and adds to it.
+// Ungzips arbitrary bytes, at once and in small pieces, and gzips them; opens them as an archive, restores
+// what it holds, and adds to it.
 #include "compression/gzip.h"
 #include "compression/zip_archive.h"
 #include "compression/zip_name.h"

@@ -5,7 +5,9 @@
 using namespace Corvane;
 
 void fuzz(Input input) {
-    const auto parse = [](std::wstring_view text) { return parseSite(text, [](wchar_t c) { return c >= 0xC0; }); };
+    const auto parse = [](std::wstring_view text) {
+        return parseSite(text, [](wchar_t c) { return c >= 0xC0; });
+    };
     const std::wstring text(input.begin(), input.end());
     const std::size_t middle = std::min(text.find(L'\n'), text.size());
     const SitePattern pattern = parse(text.substr(0, middle));
@@ -16,7 +18,8 @@ void fuzz(Input input) {
     if (isValidSitePattern(pattern)) {
         // What is written to the registry is valid and means the same when it is read again.
         const SitePattern stored = parse(sitePatternText({pattern.scheme, pattern.labels, L""}));
-        require(isValidSitePattern(stored) && stored.scheme == pattern.scheme && stored.labels == pattern.labels);
+        require(isValidSitePattern(stored) && stored.scheme == pattern.scheme &&
+                stored.labels == pattern.labels);
         require(pattern.scheme.empty() || matchesSite(stored, pattern));
     }
     require(!matchesSite(pattern, address) || (!address.scheme.empty() && address.rest != siteParseError));

@@ -19,6 +19,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,7 +48,10 @@ inline std::wstring componentPath() {
 // Loads the DLL for as long as it lives.
 class Component {
 public:
-    Component() : module_(::LoadLibraryW(componentPath().c_str())) {}
+    Component() : module_(::LoadLibraryW(componentPath().c_str())) {
+        if (!module_)
+            throw std::runtime_error("the DLL cannot be loaded");
+    }
     Component(const Component&) = delete;
     Component& operator=(const Component&) = delete;
     ~Component() { ::FreeLibrary(module_); }

@@ -155,7 +155,8 @@ TEST_F(LifetimesTest, ManyThreadsReadMakeUseAndLetGo) {
                 unsigned char byte = 0;
                 const HRESULT read = object->GetByte(1, &byte);
                 wrong += read == S_OK ? byte != 2 : read != failureOf(18);
-                wrong += object->ToHexString(text.put()) != S_OK || (text.view() != hex && !text.view().empty());
+                wrong +=
+                    object->ToHexString(text.put()) != S_OK || (text.view() != hex && !text.view().empty());
                 wrong += object->get_Size(&size) != S_OK || (size != 0 && size != hex.size() / 2);
             }
         };

@@ -6,8 +6,8 @@
 #include "fake_host.h"
 #include "gui/dialog_with_check_box.h"
 #include "scratch_registry.h"
-#include "soon.h"
 #include "sites/trusted_sites.h"
+#include "soon.h"
 #include "support.h"
 
 #include <atomic>
@@ -151,8 +151,7 @@ TEST_F(BrowserObject, EachKindOfHostHasItsAddress) {
 }
 
 TEST_F(BrowserObject, UserIsAskedWithTheHostsNameAndTheAnswerIsRemembered) {
-    host_.window =
-        ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+    host_.window = makeOwner();
     const struct {
         const wchar_t* host;
         int answer;
@@ -162,8 +161,8 @@ TEST_F(BrowserObject, UserIsAskedWithTheHostsNameAndTheAnswerIsRemembered) {
                 {L"never", IDCANCEL, true},
                 {L"asked", IDCANCEL, false},
                 {L"closed", 0, true}};  // closing remembers nothing, though the box is checked
-    for (const auto& [name, answer, remember] : rows) {
-        const std::wstring host = std::wstring(name) + L".name.example";
+    for (const auto& row : rows) {
+        const std::wstring host = std::wstring(row.host) + L".name.example";
         const DialogDriver driver([&](HWND dialog) {
             EXPECT_EQ(textOf(dialog), L"Внимание");
             EXPECT_EQ(textOf(::GetDlgItem(dialog, -1)),
@@ -177,22 +176,22 @@ TEST_F(BrowserObject, UserIsAskedWithTheHostsNameAndTheAnswerIsRemembered) {
             EXPECT_EQ(::GetWindow(dialog, GW_OWNER), host_.window);
             EXPECT_FALSE(::IsWindowEnabled(host_.window));
             ::SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDOK, BN_DOUBLECLICKED), 0);  // is no answer
-            if (remember)
+            if (row.remember)
                 ::SendDlgItemMessageW(dialog, rememberId, BM_CLICK, 0, 0);
-            if (answer == 0)
+            if (row.answer == 0)
                 ::PostMessageW(dialog, WM_CLOSE, 0, 0);
             else
-                ::SendDlgItemMessageW(dialog, answer, BM_CLICK, 0, 0);
+                ::SendDlgItemMessageW(dialog, row.answer, BM_CLICK, 0, 0);
         });
         const std::wstring site = L"HTTPS://" + host;
         visit(site + L":8080/page?x");
         EXPECT_FALSE(isAllowed(false));
         EXPECT_EQ(driver.count(), 0);
-        EXPECT_EQ(isAllowed(true), answer == IDOK);
-        EXPECT_EQ(isAllowed(false), answer == IDOK);
+        EXPECT_EQ(isAllowed(true), row.answer == IDOK);
+        EXPECT_EQ(isAllowed(false), row.answer == IDOK);
         EXPECT_EQ(driver.count(), 1);
-        EXPECT_EQ(RegTrustedSites().isTrusted(site), answer == IDOK && remember);
-        EXPECT_EQ(SessionTrustedSites::instance().reject(site), answer == IDCANCEL && remember);
+        EXPECT_EQ(RegTrustedSites().isTrusted(site), row.answer == IDOK && row.remember);
+        EXPECT_EQ(SessionTrustedSites::instance().reject(site), row.answer == IDCANCEL && row.remember);
     }
     ::DestroyWindow(host_.window);
 }
@@ -263,12 +262,13 @@ TEST_F(BrowserObject, WhileAQuestionIsOpenNoOtherIsAsked) {
 
     std::vector<bool> answers;
     for (const int button : {IDCANCEL, IDOK}) {
-        EXPECT_EQ(isAllowedWith(L"https://asked.example/", button,
-                                [&] {
-                                    answers = {isAllowed(true), mayAct(other), mayAct(trusted),
-                                               other.access() != nullptr};
-                                }),
-                  button == IDOK);
+        EXPECT_EQ(
+            isAllowedWith(
+                L"https://asked.example/", button,
+                [&] {
+                    answers = {isAllowed(true), mayAct(other), mayAct(trusted), other.access() != nullptr};
+                }),
+            button == IDOK);
         EXPECT_EQ(answers, std::vector<bool>({false, false, true, true}))
             << "the page, another, a trusted one";
     }

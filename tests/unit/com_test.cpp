@@ -182,22 +182,16 @@ TEST(Async, NothingIsLeftOfAThreadThatEndedBeforeTheOutcome) {
 // COM is entered and left for each callback; the thread itself stays in its apartment, and leaves it when it
 // says so.
 TEST(Async, TheThreadsApartmentIsItsOwn) {
-    const auto inApartment = [] {
-        APTTYPE type{};
-        APTTYPEQUALIFIER qualifier{};
-        return ::CoGetApartmentType(&type, &qualifier) == S_OK &&
-               (type == APTTYPE_STA || type == APTTYPE_MAINSTA);
-    };
-    std::thread([&] {
+    std::thread([] {
         const auto callback = makeObject<Callback>();
         {
             const Apartment apartment;
             start(callback.get(), Operation{L"work", [] { return 1u; }});
             EXPECT_TRUE(callback->isCalled(1));
-            EXPECT_TRUE(inApartment());
+            EXPECT_TRUE(isApartmentThreaded());
             ThreadWindow::releaseIdle();
         }
-        EXPECT_FALSE(inApartment());
+        EXPECT_FALSE(isApartmentThreaded());
     }).join();
 }
 

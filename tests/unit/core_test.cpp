@@ -273,8 +273,8 @@ TEST_F(TrustedSites, SessionKeepsTrustedAndRefusedApart) {
         const wchar_t* address;
         bool isTrusted;
         bool isRefused;
-    } rows[] = {{L"https://good.example/", true, false},     {L"https://BAD.example:1/", false, true},
-                {L"http://good.example/", false, false},     {L"http://bad.example/", false, false},
+    } rows[] = {{L"https://good.example/", true, false},      {L"https://BAD.example:1/", false, true},
+                {L"http://good.example/", false, false},      {L"http://bad.example/", false, false},
                 {L"https://www.good.example/", false, false}, {L"", false, false}};
     for (const auto& row : rows) {
         EXPECT_EQ(sites.isTrusted(row.address), row.isTrusted) << testing::PrintToString(row.address);

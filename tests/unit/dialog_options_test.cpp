@@ -17,10 +17,10 @@ constexpr std::uint32_t badOptions = 202;
 TEST(DialogOptions, EachKindHasItsDefaults) {
     // What the Windows API takes: descriptions and patterns, each ended by a NUL.
     const std::wstring filter = L"Все файлы\0*.*\0Текстовые файлы\0*.TXT\0"s;
-    for (const auto& [kind, title] :
-         {std::pair(DialogKind::openFile, L"Выберите файл"), std::pair(DialogKind::openFiles, L"Выберите файлы"),
-          std::pair(DialogKind::saveFile, L"Сохранить файл как"),
-          std::pair(DialogKind::selectFolder, L"Выберите папку")}) {
+    for (const auto& [kind, title] : {std::pair(DialogKind::openFile, L"Выберите файл"),
+                                      std::pair(DialogKind::openFiles, L"Выберите файлы"),
+                                      std::pair(DialogKind::saveFile, L"Сохранить файл как"),
+                                      std::pair(DialogKind::selectFolder, L"Выберите папку")}) {
         for (const wchar_t* text : {L"", L"{}", L"{\"unknown\": [1], \"Title\": 1}", L"null"}) {
             const DialogOptions options = parseJsonOptions(kind, text);
             EXPECT_EQ(options.title, title);

@@ -69,22 +69,25 @@ TEST(MemoryStream, PositionedTransfersAreWhole) {
 
 TEST(StreamLoop, TheLastBlockIsShortAndSaidToBeTheLast) {
     constexpr std::size_t size = 1000;
-    const std::pair<std::size_t, std::vector<std::size_t>> rows[] = {
-        {0, {0}}, {1, {1}}, {999, {999}}, {1000, {1000, 0}}, {1001, {1000, 1}}, {3000, {1000, 1000, 1000, 0}}};
-    for (const auto& [length, blocks] : rows) {
+    const struct {
+        std::size_t length;
+        std::vector<std::size_t> blocks;
+    } rows[] = {{0, {0}},          {1, {1}},          {999, {999}},
+                {1000, {1000, 0}}, {1001, {1000, 1}}, {3000, {1000, 1000, 1000, 0}}};
+    for (const auto& row : rows) {
         for (const std::size_t most : {~std::size_t{0}, std::size_t{7}}) {
-            SourceStream input(sampleBytes(length), most);
+            SourceStream input(sampleBytes(row.length), most);
             const auto progress = std::make_shared<Progress>();
             std::vector<std::size_t> seen;
             Bytes content;
             Stream::forEachBlock(input, size, progress, [&](std::span<const std::uint8_t> block, bool last) {
                 seen.push_back(block.size());
                 content.insert(content.end(), block.begin(), block.end());
-                EXPECT_EQ(last, seen.size() == blocks.size()) << length;
+                EXPECT_EQ(last, seen.size() == row.blocks.size()) << row.length;
             });
-            EXPECT_EQ(seen, blocks) << length << " in reads of at most " << most;
+            EXPECT_EQ(seen, row.blocks) << row.length << " in reads of at most " << most;
             EXPECT_EQ(content, contentOf(input));
-            EXPECT_EQ(progress->fraction(), length == 0 ? 0.0 : 1.0);
+            EXPECT_EQ(progress->fraction(), row.length == 0 ? 0.0 : 1.0);
         }
     }
     SourceStream input(sampleBytes(1500));
@@ -93,7 +96,8 @@ TEST(StreamLoop, TheLastBlockIsShortAndSaidToBeTheLast) {
         if (last)
             progress->cancel();
     };
-    EXPECT_EQ(errorCode([&] { Stream::forEachBlock(input, size, progress, cancelAtTheEnd); }), E_CANCELED.code)
+    EXPECT_EQ(errorCode([&] { Stream::forEachBlock(input, size, progress, cancelAtTheEnd); }),
+              E_CANCELED.code)
         << "canceled after the last block was read";
 }
 

@@ -123,9 +123,10 @@ TEST(ZipArchive, WhatIsNotFoundAfterwardsWasNotAdded) {
     const Bytes before = contentOf(*stream);
     // Another name comes to lie in the archive than the one that is given.
     stream->notice = [](Bytes& bytes, std::uint64_t) {
-        const auto found = std::ranges::search(bytes, std::string_view("added"));
-        if (!found.empty())
-            found.front() = 'o';
+        const Bytes name = bytesOf("added");
+        const auto found = std::search(bytes.begin(), bytes.end(), name.begin(), name.end());
+        if (found != bytes.end())
+            *found = 'o';
     };
     EXPECT_EQ(errorCode([&] { archive.add("added", date, {}); }), E_ZIP.code);
     EXPECT_EQ(contentOf(*stream), before);
@@ -271,11 +272,7 @@ TEST(ZipName, IsNoLongerThanFileSystemsTake) {
         std::string_view more;
     } rows[] = {
         // In the UTF-16 units of which NTFS takes 255 for a part of a path.
-        {"a", 255, "a"},
-        {"я", 255, "я"},
-        {"€", 255, "€"},
-        {"😀", 127, "😀"},
-        {"a/", 1000, "a"},
+        {"a", 255, "a"}, {"я", 255, "я"}, {"€", 255, "€"}, {"😀", 127, "😀"}, {"a/", 1000, "a"},
     };
     for (const auto& row : rows) {
         EXPECT_NE(detail::zipNameParts(repeated(row.text, row.most)), std::nullopt) << row.text;
