@@ -20,7 +20,8 @@ void fuzz(Input input) {
         const SitePattern stored = parse(sitePatternText({pattern.scheme, pattern.labels, L""}));
         require(isValidSitePattern(stored) && stored.scheme == pattern.scheme &&
                 stored.labels == pattern.labels);
-        require(pattern.scheme.empty() || matchesSite(stored, pattern));
+        const SitePattern& page = pattern;
+        require(page.scheme.empty() || matchesSite(stored, page));
     }
     require(!matchesSite(pattern, address) || (!address.scheme.empty() && address.rest != siteParseError));
 }

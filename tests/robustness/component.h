@@ -34,8 +34,8 @@ using Corvane::Com::viewOf;
 using Corvane::Test::soon;
 
 // The HRESULT of the component's error with this number.
-constexpr HRESULT failureOf(unsigned number) {
-    return static_cast<HRESULT>(0x80040200 + number);
+constexpr HRESULT failureOf(HRESULT number) {
+    return static_cast<HRESULT>(0x80040200) + number;
 }
 constexpr HRESULT accessDenied = failureOf(1001);
 constexpr wchar_t deniedText[] = L"[1001] Доступ для текущего домена запрещен";

@@ -147,7 +147,7 @@ TEST_F(LifetimesTest, ManyThreadsReadMakeUseAndLetGo) {
         const auto readUntilEmpty = [&] {
             const Corvane::Test::Apartment apartment(COINIT_MULTITHREADED);
             for (ULONG size = 1; size != 0;) {
-                const ComPtr<IBinaryObject> held = shared;
+                const ComPtr<IBinaryObject> held(shared.get());
                 const auto made = component_.create<IBinaryObject>(__uuidof(BinaryObject));
                 const LateCall failure(*made, 2, {variantOf(VT_I4, 0)});
                 wrong += failure.hr != DISP_E_EXCEPTION || failure.description().empty();

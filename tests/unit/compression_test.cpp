@@ -22,15 +22,12 @@ struct Format {
     void (*unpackStream)(IBinaryStream&, IBinaryStream&, unsigned, const SharedProgress&);
 };
 
-void ungzipFirst(std::span<const std::uint8_t> input, Bytes& output, unsigned) {
-    ungzip(input, output);
-}
-
-void ungzipStream(IBinaryStream& input, IBinaryStream& output, unsigned, const SharedProgress& progress) {
-    ungzipFileAsync(input, output, progress);
-}
-
-const Format gzipFormat{"gzip", gzip, ungzipFirst, gzipFileAsync, ungzipStream};
+const Format gzipFormat{
+    "gzip", gzip, [](std::span<const std::uint8_t> input, Bytes& output, unsigned) { ungzip(input, output); },
+    gzipFileAsync,
+    [](IBinaryStream& input, IBinaryStream& output, unsigned, const SharedProgress& progress) {
+        ungzipFileAsync(input, output, progress);
+    }};
 const Format zipFormat{"zip", zip, unzip, zipFileAsync, unzipFileAsync};
 const Format* const formats[] = {&gzipFormat, &zipFormat};
 

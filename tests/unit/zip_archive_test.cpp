@@ -207,7 +207,7 @@ Bytes archiveOf(const Names& names) {
         archive.openEntry({name, date}, E_ZIP);
         archive.closeEntry();
     }
-    bytes.resize(archive.close().size);
+    bytes.resize(static_cast<std::size_t>(archive.close().size));
     return bytes;
 }
 
