@@ -319,6 +319,20 @@ TEST(TokenRequest, EveryCallMayFail) {
               true);
 }
 
+// A public key or a signature of another size would make a request of which nobody can make anything.
+TEST(TokenRequest, RefusesOtherSizes) {
+    const TokenFolder folder;
+    folder.addDriver(driver, slot);
+    for (const auto& [what, call] : {std::pair(L"key", L"C_GetAttributeValue"), {L"signature", L"C_Sign"}}) {
+        for (const wchar_t* size : {L"0", L"63", L"65"}) {
+            folder.set(driver, L"token", what, size);
+            EXPECT_EQ(textOfFailure([] { request(); }), std::wstring(call) + L": CKR_DATA_LEN_RANGE");
+        }
+        folder.set(driver, L"token", what, L"64");
+    }
+    expectAllGivenBack(folder.takeLog(driver));
+}
+
 TEST(TokenRequest, RefusesBeforeThereAreKeys) {
     const TokenFolder folder;
     folder.addDriver(driver, slot);
