@@ -1,6 +1,7 @@
 // Operations on messages while the system's calls fail one after the other, and on messages that are torn or
 // changed. The message functions and the GOST provider are those of tests/platform; the keys are made here.
 #include "api_faults.h"
+#include "core/json.h"
 #include "core/utf8.h"
 #include "crypto/api/encoding.h"
 #include "crypto/message/inspect.h"
@@ -565,6 +566,25 @@ TEST_F(Operations, AFailedDecryptionIsToldAsOneAndLeavesNothing) {
         failureOf([&] { written([&](Output& output) { provider_.decrypt(*from(message), output, none); }); }),
         expected);
     EXPECT_EQ(told(contentOf(*output_)), before);
+}
+
+// The bytes from where `old` stands first become `fresh`.
+TEST_F(Operations, InspectingOddMessages) {
+    const struct {
+        const wchar_t* old;
+        const wchar_t* fresh;
+        const char* member;
+        const char* told;
+    } rows[] = {
+        // Another type of content than the signed attributes tell, which the system refuses (RFC 5652 11.1).
+        {L"2A864886F70D010701A0", L"2A864886F70D010705A0", "verdict", "unknown"},
+    };
+    for (const auto& row : rows) {
+        std::wstring digits = binToHex(readTestData("pki/attached-attributes.p7s"));
+        digits.replace(digits.find(row.old), std::wcslen(row.fresh), row.fresh);
+        const Json::Value report = parseJson(Crypto::inspectSignature(hexToBin(digits), nullptr, {}, 0));
+        EXPECT_EQ(report["signers"][0][row.member].asString(), row.told);
+    }
 }
 
 // What was not read yet would be overwritten, and lost.

@@ -175,10 +175,12 @@ private:
         report["signatureGood"] = json(good);
         if (error != ERROR_SUCCESS)
             report["error"] = toUtf8(numberForLog(error));
-        report["verdict"] = verdict(agrees, good, hasAttributes, status);
+        // Whatever else the system has against a signature keeps it from being good.
+        const bool isJudged = error == ERROR_SUCCESS && good == Answer::yes && status;
+        report["verdict"] = verdict(agrees, good, hasAttributes, isJudged, status.value_or(0));
     }
 
-    const char* verdict(Answer agrees, Answer good, bool hasAttributes, std::optional<DWORD> status) const {
+    const char* verdict(Answer agrees, Answer good, bool hasAttributes, bool isJudged, DWORD status) const {
         // Without attributes another content and another key look the same; the content is the usual case.
         if (good == Answer::no)
             return hasAttributes ? "forged" : "changed";
@@ -186,9 +188,9 @@ private:
             return "changed";
         if (!isContentHere_)
             return "noContent";
-        if (good == Answer::unknown || agrees == Answer::unknown || !status)
+        if (!isJudged)
             return "unknown";
-        return *status == 0 ? "good" : "untrusted";
+        return status == 0 ? "good" : "untrusted";
     }
 
     CryptMessage& message_;
