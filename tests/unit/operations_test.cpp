@@ -578,6 +578,12 @@ TEST_F(Operations, InspectingOddMessages) {
     } rows[] = {
         // Another type of content than the signed attributes tell, which the system refuses (RFC 5652 11.1).
         {L"2A864886F70D010701A0", L"2A864886F70D010705A0", "verdict", "unknown"},
+        // GeneralizedTime, which years from 2050 on have (RFC 5652 11.3), at the cost of the next one's
+        // digest.
+        {L"301C06092A864886F70D010905",
+         L"301E06092A864886F70D0109053111180F32303531303130323033303430355A302D06092A864886F70D0109043120041"
+         L"E",
+         "signingTime", "2051-01-02T03:04:05Z"},
     };
     for (const auto& row : rows) {
         std::wstring digits = binToHex(readTestData("pki/attached-attributes.p7s"));

@@ -49,7 +49,7 @@ std::optional<std::wstring> signingTime(const CRYPT_ATTRIBUTES& attributes) {
     const CRYPT_ATTRIBUTE* attribute = findAttribute(attributes, szOID_RSA_signingTime);
     FILETIME time{};
     DWORD size = sizeof(time);
-    if (!attribute || !::CryptDecodeObject(messageEncoding, PKCS_UTC_TIME, attribute->rgValue[0].pbData,
+    if (!attribute || !::CryptDecodeObject(messageEncoding, X509_CHOICE_OF_TIME, attribute->rgValue[0].pbData,
                                            attribute->rgValue[0].cbData, 0, &time, &size))
         return std::nullopt;
     return toUtcText(time);
