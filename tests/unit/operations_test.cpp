@@ -568,6 +568,57 @@ TEST_F(Operations, AFailedDecryptionIsToldAsOneAndLeavesNothing) {
     EXPECT_EQ(told(contentOf(*output_)), before);
 }
 
+int asked = 0;
+SharedProgress wanted;
+
+WINBOOL WINAPI cancelAtChain(HCERTCHAINENGINE, PCCERT_CONTEXT, LPFILETIME, HCERTSTORE, PCERT_CHAIN_PARA,
+                             DWORD, LPVOID, PCCERT_CHAIN_CONTEXT*) {
+    ++asked;
+    wanted->cancel();
+    return FALSE;
+}
+
+PCCERT_CONTEXT WINAPI cancelAtSearch(HCERTSTORE, DWORD, DWORD, DWORD, const void*, PCCERT_CONTEXT) {
+    ++asked;
+    wanted->cancel();
+    ::SetLastError(static_cast<DWORD>(CRYPT_E_NOT_FOUND));
+    return nullptr;
+}
+
+WINBOOL WINAPI refuseKey(HCRYPTMSG, DWORD, DWORD, const void*) {
+    ++asked;
+    ::SetLastError(denied);
+    return FALSE;
+}
+
+// Chains are fetched, and keys of tokens are slow: whoever wrote a message is not to keep its reader busy.
+TEST_F(Operations, WorkForSignersAndRecipientsHasAnEnd) {
+    const auto canceled = [](const auto& work) {
+        asked = 0;
+        wanted = std::make_shared<Progress>();
+        EXPECT_EQ(errorCode(work), E_CANCELED.code);
+        return asked;
+    };
+    {
+        const ImportPatch patch("CertGetCertificateChain", &cancelAtChain);
+        EXPECT_EQ(canceled([&] { Crypto::inspectSignature(*from(attached_), {}, 0, wanted); }), 1);
+    }
+    const Bytes message = provider_.encrypt(data_, Certificates(101, certificate_));
+    {
+        const ImportPatch patch("CertFindCertificateInStore", &cancelAtSearch);
+        // In both stores.
+        EXPECT_EQ(canceled([&] {
+                      MemoryStream output;
+                      provider_.decrypt(*from(message), output, wanted);
+                  }),
+                  2);
+    }
+    asked = 0;
+    const ImportPatch patch("CryptMsgControl", &refuseKey);
+    EXPECT_EQ(failureOf([&] { provider_.decrypt(message); }), (Failure{E_CRYPTO_DECRYPT.code, denied}));
+    EXPECT_EQ(asked, 100);
+}
+
 // The bytes from where `old` stands first become `fresh`.
 TEST_F(Operations, InspectingOddMessages) {
     const struct {

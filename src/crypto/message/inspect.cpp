@@ -76,19 +76,21 @@ Answer digestAgrees(const CryptMessage& message, DWORD index, const CRYPT_ATTRIB
 class Inspection {
 public:
     Inspection(CryptMessage& message, bool hasContent, bool isContentHere, const Certificates& supplied,
-               DWORD flags)
+               DWORD flags, SharedProgress progress = {})
         : message_(message),
           signatures_(message),
           lookup_(supplied),
           hasContent_(hasContent),
           isContentHere_(isContentHere),
-          flags_(flags) {}
+          flags_(flags),
+          progress_(std::move(progress)) {}
 
     std::wstring run() {
         Json::Value report(Json::objectValue);
         Json::Value signers(Json::arrayValue);
         std::string verdict = signatures_.count() == 0 ? "unsigned" : "good";
         for (DWORD index = 0; index < signatures_.count(); ++index) {
+            Stream::throwIfCanceled(progress_);
             const Json::Value& signer = signers.append(inspect(index));
             if (verdict == "good")
                 verdict = signer["verdict"].asString();
@@ -199,6 +201,7 @@ private:
     bool hasContent_;
     bool isContentHere_;
     DWORD flags_;
+    SharedProgress progress_;
 };
 
 bool hasContent(std::span<const std::uint8_t> message) {
@@ -240,7 +243,7 @@ std::wstring inspectSignature(const Bytes& signature, Stream::IBinaryStream& dat
     auto message = CryptMessage::openToDecode(CMSG_DETACHED_FLAG, [](auto) {});
     message.update(signature, true);
     detail::feed(message, data, progress);
-    return Inspection(message, false, true, supplied, flags).run();
+    return Inspection(message, false, true, supplied, flags, progress).run();
 }
 
 std::wstring inspectSignature(Stream::IBinaryStream& signature, const Certificates& supplied, DWORD flags,
@@ -250,7 +253,7 @@ std::wstring inspectSignature(Stream::IBinaryStream& signature, const Certificat
     auto message = CryptMessage::openToDecode(0, [](auto) {});
     bool content = false;
     detail::feed(message, signature, progress, [&](auto block) { content = hasContent(block); });
-    return Inspection(message, content, content, supplied, flags).run();
+    return Inspection(message, content, content, supplied, flags, progress).run();
 }
 
 }  // namespace Corvane::Crypto

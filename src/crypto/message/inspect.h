@@ -27,7 +27,7 @@ namespace Corvane::Crypto {
 // data are given for a message with content, for another kind of message, and beyond 1,000 signers.
 std::wstring inspectSignature(const Bytes& signature, const Bytes* data, const Certificates& supplied,
                               DWORD flags);
-// The same for data in a stream.
+// The same for data in a stream; cancelling is seen before each signer, too.
 std::wstring inspectSignature(const Bytes& signature, Stream::IBinaryStream& data,
                               const Certificates& supplied, DWORD flags, const SharedProgress& progress);
 // The same for an attached message in a stream.
