@@ -525,8 +525,11 @@ TEST_F(Operations, StreamsThatAreCanceledOrNotAsLongAsTheySaid) {
         MemoryStream output;
         const auto progress = std::make_shared<Progress>();
         SourceStream input(&work == &works[3] ? attached_ : enveloped_);
+        output.resize(0x10000);
         work(input, output, progress);
         EXPECT_EQ(progress->fraction(), 1.0);
+        // Nothing is left behind it of what was there before.
+        EXPECT_EQ(output.state().size, output.state().position);
         progress->cancel();
         input.seek(0, Stream::Origin::beginning);
         // Nothing was written, so what stands behind the output's position stays.

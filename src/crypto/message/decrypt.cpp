@@ -5,6 +5,8 @@
 #include "crypto/message/recipients.h"
 #include "stream/output_range.h"
 
+#include <utility>
+
 namespace Corvane {
 namespace {
 
@@ -15,8 +17,9 @@ constexpr std::uint64_t largestHeader = std::uint64_t{64} << 20;
 // recipients are known.
 class EnvelopedMessage {
 public:
-    EnvelopedMessage(detail::CryptMessage::Output output, const SharedProgress& progress)
-        : message_(detail::CryptMessage::openToDecode(0, std::move(output))), progress_(progress) {}
+    EnvelopedMessage(detail::CryptMessage::Output output, SharedProgress progress)
+        : message_(detail::CryptMessage::openToDecode(0, std::move(output))),
+          progress_(std::move(progress)) {}
 
     void update(std::span<const std::uint8_t> bytes, bool last) {
         feed(bytes, last);

@@ -69,11 +69,14 @@ void CryptoApiProvider::sign(Stream::IBinaryStream& input, Stream::IBinaryStream
     info.cCertEncoded = static_cast<DWORD>(blobs.size());
     info.rgCertEncoded = blobs.data();
 
+    // Not told of what is written, it takes nothing back.
+    Stream::OutputRange range(output);
     detail::MessageContent content(input);
     auto message = detail::CryptMessage::openToEncode(
         attached ? 0 : CMSG_DETACHED_FLAG, CMSG_SIGNED, &info, content.announcedSize(),
         [&output](std::span<const std::uint8_t> piece) { output.write(piece); });
     content.feed(message, progress);
+    range.commit();
 }
 
 }  // namespace Corvane
