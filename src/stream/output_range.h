@@ -19,13 +19,6 @@ inline void expectSeparate(const IBinaryStream& input, const IBinaryStream& outp
         throw Exception(error);
 }
 
-// Lets go of what the stream holds behind its position.
-inline void endAtPosition(IBinaryStream& stream) {
-    const State state = stream.state();
-    if (state.position < state.size)
-        stream.resize(state.position);
-}
-
 // Begins at the stream's position. After commit() the stream ends behind what was written. Without it the
 // stream ends where the range began, or is as it was when nothing was written, even when somebody has closed
 // the file meanwhile. The stream must outlive it.
@@ -62,7 +55,9 @@ public:
     }
 
     void commit() {
-        endAtPosition(stream_);
+        const State state = stream_.state();
+        if (state.position < state.size)
+            stream_.resize(state.position);
         committed_ = true;
     }
 
