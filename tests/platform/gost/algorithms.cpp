@@ -21,22 +21,14 @@ const Algorithm algorithms[3] = {
      "1.2.643.7.1.1.3.3", "1.2.643.7.1.2.5.1.1", 0xAA43, 0x6621},
 };
 
-namespace {
-
-template <class Test>
-const Algorithm* findWhere(Test test) {
-    const auto found = std::ranges::find_if(algorithms, test);
+const Algorithm* findByType(DWORD providerType) {
+    const auto* found = std::ranges::find(algorithms, providerType, &Algorithm::providerType);
     return found == std::end(algorithms) ? nullptr : found;
 }
 
-}  // namespace
-
-const Algorithm* findByType(DWORD providerType) {
-    return findWhere([&](const Algorithm& one) { return one.providerType == providerType; });
-}
-
 const Algorithm* findByKeyOid(std::string_view oid) {
-    return findWhere([&](const Algorithm& one) { return one.keyOid == oid; });
+    const auto* found = std::ranges::find(algorithms, oid, &Algorithm::keyOid);
+    return found == std::end(algorithms) ? nullptr : found;
 }
 
 }  // namespace Corvane::Platform::Gost

@@ -4,7 +4,6 @@
 
 #include "../failure.h"
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -44,24 +43,7 @@ const Algorithm* findByKeyOid(std::string_view oid);
 // An exported function's body: what it throws becomes the last error.
 template <class Body>
 BOOL entry(Body&& body) noexcept {
-    return succeedsWith<Codes{NTE_BAD_DATA, NTE_BAD_DATA, NTE_NO_MEMORY, NTE_FAIL}>(body);
-}
-
-// Gives a result as CryptoAPI does: the size where no buffer is given, ERROR_MORE_DATA where it is too small.
-inline void give(BYTE* buffer, DWORD* size, View result) {
-    if (!size)
-        fail(ERROR_INVALID_PARAMETER);
-    const DWORD room = *size;
-    *size = static_cast<DWORD>(result.size());
-    if (!buffer)
-        return;
-    if (room < result.size())
-        fail(ERROR_MORE_DATA);
-    std::copy(result.begin(), result.end(), buffer);
-}
-
-inline View bytesOf(const DWORD& number) {
-    return {reinterpret_cast<const std::uint8_t*>(&number), sizeof number};
+    return succeedsWith<NTE_BAD_DATA, NTE_BAD_DATA, NTE_FAIL>(body);
 }
 
 }  // namespace Corvane::Platform::Gost

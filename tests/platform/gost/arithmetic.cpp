@@ -4,13 +4,14 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstring>
 #include <stdexcept>
 #include <string_view>
 
 namespace Corvane::Platform::Gost {
 namespace {
 
-constexpr std::size_t keySize = 32, macSize = 4, blockSize = 8;
+constexpr std::size_t keySize = 32, macSize = 4, rounds = 8;
 
 void must(gcry_error_t error) {
     if (error)
@@ -56,10 +57,16 @@ Curve openCurve(const std::string& name) {
     return Curve(made);
 }
 
+// 04, X, Y (SEC 1, 2.3.3)
+Bytes uncompressed(View publicKey) {
+    Bytes point{0x04};
+    append(point, reversed(publicKey.first(publicKey.size() / 2)));
+    return append(point, reversed(publicKey.subspan(publicKey.size() / 2)));
+}
+
 Point point(View publicKey) {
-    const std::size_t half = publicKey.size() / 2;
-    const Number x = number(publicKey.first(half));
-    const Number y = number(publicKey.subspan(half));
+    const Number x = number(publicKey.first(publicKey.size() / 2));
+    const Number y = number(publicKey.subspan(publicKey.size() / 2));
     const Number one(::gcry_mpi_set_ui(nullptr, 1));
     return Point(::gcry_mpi_point_set(nullptr, x.get(), y.get(), one.get()));
 }
@@ -119,18 +126,13 @@ Bytes transform(const std::string& substitution, int mode, View key, View iv, Vi
 // RFC 4357, 6.5
 Bytes diversify(const std::string& substitution, View key, View ukm) {
     Bytes current(key.begin(), key.end());
-    for (std::size_t round = 0; round < blockSize; ++round) {
+    for (std::size_t round = 0; round < rounds; ++round) {
+        std::uint32_t words[keySize / sizeof(std::uint32_t)];
+        std::memcpy(words, current.data(), keySize);
         std::uint32_t sums[2] = {};
-        for (std::size_t word = 0; word < keySize / 4; ++word) {
-            std::uint32_t value = 0;
-            for (std::size_t byte = 4; byte-- > 0;)
-                value = value << 8 | current[4 * word + byte];
-            sums[ukm[round] >> word & 1 ? 0 : 1] += value;
-        }
-        Bytes iv;
-        for (const std::uint32_t sum : sums)
-            for (unsigned shift = 0; shift < 32; shift += 8)
-                iv.push_back(static_cast<std::uint8_t>(sum >> shift));
+        for (std::size_t word = 0; word < std::size(words); ++word)
+            sums[ukm[round] >> word & 1 ? 0 : 1] += words[word];
+        const View iv(reinterpret_cast<const std::uint8_t*>(sums), sizeof sums);
         current = transform(substitution, GCRY_CIPHER_MODE_CFB, current, iv, current, true);
     }
     return current;
@@ -218,10 +220,7 @@ bool isOnCurve(const std::string& curve, View publicKey) {
 Bytes sign(const std::string& curve, View privateKey, View digest) {
     const Bytes secret = reversed(privateKey);
     const Bytes value = reversed(digest);
-    const Bytes both = publicKey(curve, privateKey);
-    Bytes q{0x04};
-    append(q, reversed(View(both).first(both.size() / 2)));
-    append(q, reversed(View(both).subspan(both.size() / 2)));
+    const Bytes q = uncompressed(publicKey(curve, privateKey));
     const Expression key = expression("(private-key (ecc (curve %s) (q %b) (d %b)))", libraryName(curve),
                                       length(q), q.data(), length(secret), secret.data());
     const Expression data = expression("(data (flags gost) (value %b))", length(value), value.data());
@@ -236,9 +235,7 @@ bool verify(const std::string& curve, View publicKey, View digest, View signatur
     const std::size_t half = publicKey.size() / 2;
     if (signature.size() != publicKey.size())
         return false;
-    Bytes q{0x04};
-    append(q, reversed(publicKey.first(half)));
-    append(q, reversed(publicKey.subspan(half)));
+    const Bytes q = uncompressed(publicKey);
     const Bytes value = reversed(digest);
     const Expression key =
         expression("(public-key (ecc (curve %s) (q %b)))", libraryName(curve), length(q), q.data());

@@ -1,4 +1,5 @@
-#include "containers.h"
+#include "core/handles.h"
+#include "objects.h"
 
 namespace Corvane::Platform::Gost {
 namespace {
@@ -9,41 +10,27 @@ std::wstring keyName(DWORD spec) {
     return L"key " + std::to_wstring(spec);
 }
 
-Bytes readValue(const std::wstring& container, const std::wstring& name) {
-    const std::wstring path = root + container;
-    DWORD size = 0;
-    if (::RegGetValueW(HKEY_CURRENT_USER, path.c_str(), name.c_str(), RRF_RT_REG_BINARY, nullptr, nullptr,
-                       &size))
-        return {};
-    Bytes value(size);
-    if (::RegGetValueW(HKEY_CURRENT_USER, path.c_str(), name.c_str(), RRF_RT_REG_BINARY, nullptr,
-                       value.data(), &size))
-        fail(NTE_BAD_KEYSET);
-    return value;
-}
-
-void writeValue(const std::wstring& container, const std::wstring& name, View value) {
-    if (::RegSetKeyValueW(HKEY_CURRENT_USER, (root + container).c_str(), name.c_str(), REG_BINARY,
-                          value.data(), static_cast<DWORD>(value.size())))
-        fail(NTE_FAIL);
+// Empty where there is none; else whether the key is exportable, and its PrivateKeyInfo.
+Bytes readKey(const std::wstring& container, DWORD spec) {
+    BYTE value[1024];
+    DWORD size = sizeof value;
+    return ::RegGetValueW(HKEY_CURRENT_USER, (root + container).c_str(), keyName(spec).c_str(),
+                          RRF_RT_REG_BINARY, nullptr, value, &size)
+               ? Bytes()
+               : Bytes(value, value + size);
 }
 
 }  // namespace
 
 bool containerExists(const std::wstring& name) {
-    HKEY key = nullptr;
-    if (::RegOpenKeyExW(HKEY_CURRENT_USER, (root + name).c_str(), 0, KEY_READ, &key))
-        return false;
-    ::RegCloseKey(key);
-    return true;
+    RegistryKey key;
+    return !::RegOpenKeyExW(HKEY_CURRENT_USER, (root + name).c_str(), 0, KEY_READ, key.put());
 }
 
 void createContainer(const std::wstring& name) {
-    HKEY key = nullptr;
-    if (::RegCreateKeyExW(HKEY_CURRENT_USER, (root + name).c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &key,
-                          nullptr))
+    RegistryKey key;
+    if (::RegCreateKeyW(HKEY_CURRENT_USER, (root + name).c_str(), key.put()))
         fail(NTE_FAIL);
-    ::RegCloseKey(key);
 }
 
 void deleteContainer(const std::wstring& name) {
@@ -53,28 +40,37 @@ void deleteContainer(const std::wstring& name) {
 
 std::vector<std::wstring> containerNames() {
     std::vector<std::wstring> names;
-    HKEY key = nullptr;
-    if (::RegOpenKeyExW(HKEY_CURRENT_USER, root.c_str(), 0, KEY_READ, &key))
-        return names;
+    RegistryKey key;
     wchar_t name[MAX_PATH];
-    for (DWORD index = 0, size = MAX_PATH;
-         ::RegEnumKeyExW(key, index, name, &size, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
-         ++index, size = MAX_PATH)
-        names.emplace_back(name, size);
-    ::RegCloseKey(key);
+    if (!::RegOpenKeyExW(HKEY_CURRENT_USER, root.c_str(), 0, KEY_READ, key.put()))
+        while (!::RegEnumKeyW(key.get(), static_cast<DWORD>(names.size()), name, MAX_PATH))
+            names.emplace_back(name);
     return names;
 }
 
-std::optional<StoredKey> loadKey(const std::wstring& container, DWORD spec) {
-    const Bytes value = readValue(container, keyName(spec));
+std::unique_ptr<Key> loadKey(const Context& context, DWORD spec) {
+    const Bytes value = context.container ? readKey(*context.container, spec) : Bytes();
     if (value.empty())
-        return std::nullopt;
-    return StoredKey{readPrivateKeyInfo(View(value).subspan(1)), value[0] != 0};
+        fail(NTE_NO_KEY);
+    auto key = std::make_unique<Key>();
+    key->pair = readPrivateKeyInfo(View(value).subspan(1));
+    key->isExportable = value[0] != 0;
+    return key->pair.algorithm == context.algorithm ? std::move(key) : (fail(NTE_NO_KEY), nullptr);
 }
 
-void storeKey(const std::wstring& container, DWORD spec, const StoredKey& key) {
-    Bytes value{key.exportable};
-    writeValue(container, keyName(spec), append(value, privateKeyInfo(key.pair)));
+void storeKey(const Context& context, DWORD spec, const Key& key) {
+    if (!context.container)
+        fail(NTE_PERM);
+    Bytes value{key.isExportable};
+    append(value, privateKeyInfo(key.pair));
+    if (::RegSetKeyValueW(HKEY_CURRENT_USER, (root + *context.container).c_str(), keyName(spec).c_str(),
+                          REG_BINARY, value.data(), lengthOf(value)))
+        fail(NTE_FAIL);
+}
+
+const Algorithm* algorithmOf(const std::wstring& container) {
+    const Bytes value = readKey(container, AT_KEYEXCHANGE);
+    return value.empty() ? nullptr : readPrivateKeyInfo(View(value).subspan(1)).algorithm;
 }
 
 }  // namespace Corvane::Platform::Gost

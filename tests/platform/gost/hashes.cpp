@@ -14,49 +14,21 @@ const Bytes& Hash::finish() {
 
 namespace {
 
-HCRYPTHASH create(const Context& context, ALG_ID id, HCRYPTKEY key, DWORD flags) {
-    if (flags)
-        fail(NTE_BAD_FLAGS);
-    if (id != context.algorithm->hashId)
+HCRYPTHASH create(const Algorithm* algorithm, ALG_ID id) {
+    if (id != algorithm->hashId)
         fail(NTE_BAD_ALGID);
-    if (key)
-        fail(NTE_BAD_KEY);
     auto hash = std::make_unique<Hash>();
-    hash->algorithm = context.algorithm;
+    hash->algorithm = algorithm;
     gcry_md_hd_t running = nullptr;
-    if (::gcry_md_open(&running, context.algorithm->digest, 0))
+    if (::gcry_md_open(&running, algorithm->digest, 0))
         fail(NTE_FAIL);
     hash->running.reset(running);
     return hashes.add(std::move(hash));
 }
 
-Bytes parameter(Hash& hash, DWORD which) {
-    if (which == HP_HASHVAL)
-        return hash.finish();
-    if (which != HP_HASHSIZE && which != HP_ALGID)
-        fail(NTE_BAD_TYPE);
-    const DWORD number =
-        which == HP_ALGID ? hash.algorithm->hashId : static_cast<DWORD>(hash.algorithm->hashSize);
-    const View bytes = bytesOf(number);
-    return {bytes.begin(), bytes.end()};
-}
-
-void signHash(const Context& context, Hash& hash, DWORD spec, BYTE* buffer, DWORD* size) {
-    if (spec != AT_KEYEXCHANGE && spec != AT_SIGNATURE)
-        fail(NTE_BAD_KEY);
-    const auto stored = context.hasContainer ? loadKey(context.container, spec) : std::nullopt;
-    if (!stored || stored->pair.algorithm != context.algorithm)
-        fail(NTE_NO_KEY);
-    if (!buffer)
-        return give(buffer, size, stored->pair.publicHalf);  // as long as a signature
-    give(buffer, size, reversed(sign(stored->pair.curve, stored->pair.secret, hash.finish())));
-}
-
 void verifyHash(Hash& hash, View signature, const Key& key) {
-    if (key.isSession())
-        fail(NTE_BAD_KEY);
     if (key.pair.algorithm != hash.algorithm)
-        fail(NTE_BAD_ALGID);
+        fail(NTE_BAD_KEY);
     if (!verify(key.pair.curve, key.pair.publicHalf, hash.finish(), reversed(signature)))
         fail(NTE_BAD_SIGNATURE);
 }
@@ -70,39 +42,40 @@ using namespace Corvane::Platform::Gost;
 extern "C" {
 
 BOOL WINAPI CPCreateHash(HCRYPTPROV context, ALG_ID id, HCRYPTKEY key, DWORD flags, HCRYPTHASH* hash) {
-    return entry([&] { *hash = create(contexts.get(context), id, key, flags); });
+    return entry([&] {
+        expectNone(flags);
+        *hash = key ? (fail(NTE_BAD_KEY), 0) : create(contextOf(context).algorithm, id);
+    });
 }
 
 BOOL WINAPI CPHashData(HCRYPTPROV, HCRYPTHASH handle, const BYTE* data, DWORD size, DWORD flags) {
     return entry([&] {
-        Hash& hash = hashes.get(handle);
-        if (flags)
-            fail(NTE_BAD_FLAGS);
+        Hash& hash = hashOf(handle);
+        expectNone(flags);
         if (!hash.value.empty())
             fail(NTE_BAD_HASH_STATE);
         ::gcry_md_write(hash.running.get(), data, size);
     });
 }
 
-BOOL WINAPI CPHashSessionKey(HCRYPTPROV, HCRYPTHASH, HCRYPTKEY, DWORD) {
-    return entry([] { fail(E_NOTIMPL); });
-}
-
-BOOL WINAPI CPDuplicateHash(HCRYPTPROV, HCRYPTHASH, DWORD*, DWORD, HCRYPTHASH*) {
-    return entry([] { fail(E_NOTIMPL); });
-}
-
 BOOL WINAPI CPDestroyHash(HCRYPTPROV, HCRYPTHASH hash) {
-    return entry([&] { hashes.remove(hash); });
+    return entry([&] { hashes.remove(hash) ? void() : fail(NTE_BAD_HASH); });
 }
 
-BOOL WINAPI CPGetHashParam(HCRYPTPROV, HCRYPTHASH hash, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
-    return entry([&] { give(buffer, size, parameter(hashes.get(hash), which)); });
+BOOL WINAPI CPGetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
+    return entry([&] {
+        Hash& hash = hashOf(handle);
+        if (which == HP_HASHVAL)
+            return give(buffer, size, hash.finish());
+        if (which != HP_HASHSIZE)
+            fail(NTE_BAD_TYPE);
+        give(buffer, size, viewOfStructure(static_cast<DWORD>(hash.algorithm->hashSize)));
+    });
 }
 
 BOOL WINAPI CPSetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD which, BYTE* value, DWORD) {
     return entry([&] {
-        Hash& hash = hashes.get(handle);
+        Hash& hash = hashOf(handle);
         if (which != HP_HASHVAL)
             fail(NTE_BAD_TYPE);
         hash.value.assign(value, value + hash.algorithm->hashSize);
@@ -112,18 +85,19 @@ BOOL WINAPI CPSetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD which, BYTE* val
 BOOL WINAPI CPSignHash(HCRYPTPROV context, HCRYPTHASH hash, DWORD spec, LPCWSTR description, DWORD flags,
                        BYTE* buffer, DWORD* size) {
     return entry([&] {
-        if (flags || description)
-            fail(NTE_BAD_FLAGS);
-        signHash(contexts.get(context), hashes.get(hash), spec, buffer, size);
+        expectNone(flags || description);
+        const auto key = loadKey(contextOf(context), spec);
+        if (!buffer)
+            return give(buffer, size, key->pair.publicHalf);  // as long as a signature
+        give(buffer, size, reversed(sign(key->pair.curve, key->pair.secret, hashOf(hash).finish())));
     });
 }
 
 BOOL WINAPI CPVerifySignature(HCRYPTPROV, HCRYPTHASH hash, const BYTE* signature, DWORD size, HCRYPTKEY key,
                               LPCWSTR description, DWORD flags) {
     return entry([&] {
-        if (flags || description)
-            fail(NTE_BAD_FLAGS);
-        verifyHash(hashes.get(hash), View(signature, size), keys.get(key));
+        expectNone(flags || description);
+        verifyHash(hashOf(hash), View(signature, size), keyOf(key));
     });
 }
 

@@ -27,7 +27,8 @@ KeyPair readAlgorithm(Reader reader) {
 
 KeyPair readPublicParts(Reader reader) {
     KeyPair key = readAlgorithm(reader.enter(Tag::sequence));
-    key.publicHalf = octets(Reader(reader.next(Tag::bitString).content.subspan(1)).next(Tag::octetString));
+    key.publicHalf =
+        bytesOf(Reader(reader.next(Tag::bitString).content.subspan(1)).next(Tag::octetString).content);
     if (key.publicHalf.size() != 2 * key.algorithm->size || !isOnCurve(key.curve, key.publicHalf))
         fail(NTE_BAD_DATA);
     return key;
@@ -67,7 +68,7 @@ KeyPair readPrivateKeyInfo(View der) {
     Reader reader = Reader(der).enter(Tag::sequence);
     reader.next(Tag::integer);
     KeyPair key = readAlgorithm(reader.enter(Tag::sequence));
-    key.secret = octets(reader.next(Tag::octetString));
+    key.secret = bytesOf(reader.next(Tag::octetString).content);
     if (key.secret.size() != key.algorithm->size)
         fail(NTE_BAD_DATA);
     key.publicHalf = publicKey(key.curve, key.secret);
@@ -91,13 +92,13 @@ SessionKey receive(View transport, const KeyPair& recipient) {
     Reader reader = Reader(transport).enter(Tag::sequence);
     Reader encrypted = reader.enter(Tag::sequence);
     WrappedKey wrapped;
-    wrapped.encrypted = octets(encrypted.next(Tag::octetString));
-    wrapped.mac = octets(encrypted.next(Tag::octetString));
+    wrapped.encrypted = bytesOf(encrypted.next(Tag::octetString).content);
+    wrapped.mac = bytesOf(encrypted.next(Tag::octetString).content);
     Reader parameters = reader.enter(Tag::within(0));
     SessionKey session;
     session.substitution = oidText(parameters.next(Tag::oid).content);
     const KeyPair ephemeral = readPublicParts(parameters.enter(Tag::within(0)));
-    const Bytes ukm = octets(parameters.next(Tag::octetString));
+    const Bytes ukm = bytesOf(parameters.next(Tag::octetString).content);
     constexpr std::size_t sessionKeySize = 32;
     if (ukm.size() != ukmSize || wrapped.encrypted.size() != sessionKeySize ||
         ephemeral.curve != recipient.curve)

@@ -1,27 +1,25 @@
-// What the provider's handles stand for.
+// What the provider's handles stand for, and what its containers hold.
 #pragma once
 
+#include "../handles.h"
 #include "arithmetic.h"
-#include "containers.h"
+#include "key_pair.h"
 
-#include <map>
-#include <mutex>
+#include <optional>
 #include <vector>
 
 namespace Corvane::Platform::Gost {
 
 struct Context {
     const Algorithm* algorithm = nullptr;
-    std::wstring container;  // empty: none, as with CRYPT_VERIFYCONTEXT
-    bool hasContainer = false;
-    std::size_t enumerated = 0;
-    std::vector<Bytes> containers;  // those that are enumerated
+    std::optional<std::wstring> container;  // none with CRYPT_VERIFYCONTEXT
+    std::vector<Bytes> listed;              // by the enumeration that runs
+    std::size_t next = 0;
 };
 
 struct Key {
-    KeyPair pair;    // of a key pair or a public key; without an algorithm: a session key
-    DWORD spec = 0;  // of a key of the container
-    bool exportable = false;
+    KeyPair pair;  // of a key pair or a public key; without an algorithm: a session key
+    bool isExportable = false;
     SessionKey session;
     bool isAgreed = false;   // the session is one that two pairs agree on
     bool wrapsKeys = false;  // and private keys may be exported under it
@@ -43,34 +41,41 @@ struct Hash {
     const Bytes& finish();
 };
 
-// The open handles of one kind; a number that is none of them is refused.
-template <class Object, LONG unknown>
-class Handles {
-public:
-    ULONG_PTR add(std::unique_ptr<Object> object) {
-        const std::lock_guard lock(mutex_);
-        const auto handle = reinterpret_cast<ULONG_PTR>(object.get());
-        objects_[handle] = std::move(object);
-        return handle;
-    }
-    Object& get(ULONG_PTR handle) {
-        const std::lock_guard lock(mutex_);
-        const auto found = objects_.find(handle);
-        return found != objects_.end() ? *found->second : (fail(unknown), *found->second);
-    }
-    void remove(ULONG_PTR handle) {
-        const std::lock_guard lock(mutex_);
-        if (objects_.erase(handle) == 0)
-            fail(unknown);
-    }
+// The open ones; a number that is none of them is refused.
+extern Handles<Context> contexts;
+extern Handles<Key> keys;
+extern Handles<Hash> hashes;
 
-private:
-    std::mutex mutex_;
-    std::map<ULONG_PTR, std::unique_ptr<Object>> objects_;
-};
+inline Context& contextOf(HCRYPTPROV handle) {
+    Context* const context = contexts.find(handle);
+    return context ? *context : (fail(NTE_BAD_UID), *context);
+}
+inline Key& keyOf(HCRYPTKEY handle) {
+    Key* const key = keys.find(handle);
+    return key ? *key : (fail(NTE_BAD_KEY), *key);
+}
+inline Hash& hashOf(HCRYPTHASH handle) {
+    Hash* const hash = hashes.find(handle);
+    return hash ? *hash : (fail(NTE_BAD_HASH), *hash);
+}
 
-extern Handles<Context, NTE_BAD_UID> contexts;
-extern Handles<Key, NTE_BAD_KEY> keys;
-extern Handles<Hash, NTE_BAD_HASH> hashes;
+// Containers live in the registry of the current user, so that both bitnesses see the same ones. The keys lie
+// there in the open: they are made for tests. `spec` is AT_KEYEXCHANGE or AT_SIGNATURE.
+bool containerExists(const std::wstring& name);
+void createContainer(const std::wstring& name);
+void deleteContainer(const std::wstring& name);
+std::vector<std::wstring> containerNames();
+// Fails with NTE_NO_KEY where there is none.
+std::unique_ptr<Key> loadKey(const Context& context, DWORD spec);
+void storeKey(const Context& context, DWORD spec, const Key& key);
+// Null where there is none.
+const Algorithm* algorithmOf(const std::wstring& container);
+
+// Gives a result as CryptoAPI does: the size where no buffer is given, ERROR_MORE_DATA where it is too small.
+void give(BYTE* buffer, DWORD* size, View result);
+inline void expectNone(DWORD flags) {
+    if (flags)
+        fail(NTE_BAD_FLAGS);
+}
 
 }  // namespace Corvane::Platform::Gost

@@ -16,25 +16,25 @@ struct Replacement {
 };
 
 template <class Function>
-void* address(Function* function) {
-    return reinterpret_cast<void*>(function);
+Replacement by(std::string_view name, Function* function) {
+    return {name, reinterpret_cast<void*>(function)};
 }
 
 const Replacement replacements[] = {
-    {"CertGetSubjectCertificateFromStore", address(getSubjectCertificate)},
-    {"CertOpenStore", address(openStore)},
-    {"CryptEncryptMessage", address(encryptMessage)},
-    {"CryptExportPublicKeyInfo", address(exportPublicKeyInfo)},
-    {"CryptGetMessageSignerCount", address(getMessageSignerCount)},
-    {"CryptMsgClose", address(close)},
-    {"CryptMsgControl", address(control)},
-    {"CryptMsgGetParam", address(getParam)},
-    {"CryptMsgOpenToDecode", address(openToDecode)},
-    {"CryptMsgOpenToEncode", address(openToEncode)},
-    {"CryptMsgUpdate", address(update)},
-    {"CryptSignMessage", address(signMessage)},
-    {"CryptVerifyDetachedMessageSignature", address(verifyDetachedMessageSignature)},
-    {"CryptVerifyMessageSignature", address(verifyMessageSignature)},
+    by("CertGetSubjectCertificateFromStore", getSubjectCertificate),
+    by("CertOpenStore", openStore),
+    by("CryptEncryptMessage", encryptMessage),
+    by("CryptExportPublicKeyInfo", exportPublicKeyInfo),
+    by("CryptGetMessageSignerCount", getMessageSignerCount),
+    by("CryptMsgClose", close),
+    by("CryptMsgControl", control),
+    by("CryptMsgGetParam", getParam),
+    by("CryptMsgOpenToDecode", openToDecode),
+    by("CryptMsgOpenToEncode", openToEncode),
+    by("CryptMsgUpdate", update),
+    by("CryptSignMessage", signMessage),
+    by("CryptVerifyDetachedMessageSignature", verifyDetachedMessageSignature),
+    by("CryptVerifyMessageSignature", verifyMessageSignature),
 };
 
 void patchModule(HMODULE module) {

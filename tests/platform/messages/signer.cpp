@@ -1,18 +1,13 @@
 #include "signer.h"
 
-#include <algorithm>
-
 namespace Corvane::Platform::Messages {
 namespace {
 
-Bytes withDefault(AlgorithmId algorithm) {
-    if (algorithm.parameters.empty())
-        algorithm.parameters = {Tag::null, 0};
-    return algorithm.der();
-}
-
-Bytes bytesOf(View view) {
-    return {view.begin(), view.end()};
+Bytes collection(std::uint8_t tag, const std::vector<Bytes>& elements) {
+    Bytes content;
+    for (const Bytes& element : elements)
+        append(content, element);
+    return tlv(tag, content);
 }
 
 }  // namespace
@@ -24,21 +19,21 @@ Identity Identity::of(const CERT_INFO& certificate) {
 }
 
 Identity Identity::read(const Element& element) {
-    if ((element.tag & ~Tag::constructed) == Tag::context(0))
-        return {{}, {}, octets(element)};
+    if (element.tag == Tag::context(0))
+        return {{}, {}, bytesOf(element.content)};
     if (element.tag != Tag::sequence)
         throw BerError("neither a name nor a key identifier");
     Reader reader(element.content);
-    const Bytes issuer = toDer(reader.next(Tag::sequence));
-    return {issuer, toDer(reader.next(Tag::integer)), {}};
+    const View issuer = reader.next(Tag::sequence).whole;
+    return {bytesOf(issuer), bytesOf(reader.next(Tag::integer).whole), {}};
 }
 
 Bytes Identity::der() const {
-    return isKeyIdentifier() ? tlv(Tag::context(0), keyIdentifier) : tlv(Tag::sequence, issuer, serial);
+    return issuer.empty() ? tlv(Tag::context(0), keyIdentifier) : tlv(Tag::sequence, issuer, serial);
 }
 
 Identity Identity::asName() const {
-    if (!isKeyIdentifier())
+    if (!issuer.empty())
         return *this;
     const Bytes name = tlv(Tag::sequence, oid(Oid::keyIdentifierName), tlv(Tag::octetString, keyIdentifier));
     return {tlv(Tag::sequence, tlv(Tag::set, name)), integer(0), {}};
@@ -54,7 +49,7 @@ CERT_INFO Identity::certificateInfo(Flat& flat) const {
 
 CERT_ID Identity::certificateId(Flat& flat) const {
     CERT_ID id{};
-    if (isKeyIdentifier()) {
+    if (issuer.empty()) {
         id.dwIdChoice = CERT_ID_KEY_IDENTIFIER;
         id.KeyId = flat.blob(keyIdentifier);
         return id;
@@ -66,75 +61,78 @@ CERT_ID Identity::certificateId(Flat& flat) const {
 }
 
 NewSigner::NewSigner(const CMSG_SIGNER_ENCODE_INFO& info)
-    : hash_(AlgorithmId::of(info.HashAlgorithm)),
-      hashNumber_(algorithmNumber(hash_.oid, CRYPT_HASH_ALG_OID_GROUP_ID)),
-      provider_(info.hCryptProv),
+    : hash(AlgorithmId::of(info.HashAlgorithm)),
+      number(hashNumber(hash.oid)),
+      provider(info.hCryptProv),
       spec_(info.dwKeySpec ? info.dwKeySpec : AT_SIGNATURE) {
     if (!info.pCertInfo || !info.hCryptProv || info.cAuthAttr || info.cUnauthAttr)
         fail(E_INVALIDARG);
-    if (!hashNumber_)
+    if (!number)
         fail(CRYPT_E_UNKNOWN_ALGO);
     identity_ = Identity::of(*info.pCertInfo);
     signature_.oid = info.pCertInfo->SubjectPublicKeyInfo.Algorithm.pszObjId;
 }
 
 Bytes NewSigner::signerInfo(const Bytes* digest) const {
-    const Bytes signature = digest ? signDigest(provider_, spec_, hashNumber_, *digest)
-                                   : Bytes(signatureSize(provider_, spec_, hashNumber_));
-    return tlv(Tag::sequence, integer(1), identity_.der(), withDefault(hash_), withDefault(signature_),
-               tlv(Tag::octetString, signature));
+    return tlv(Tag::sequence, integer(1), identity_.der(), hash.der(), signature_.der(),
+               tlv(Tag::octetString, signDigest(provider, spec_, number, digest)));
 }
 
 ReadSigner::ReadSigner(View element) : whole(element) {
     Reader reader = Reader(element).enter(Tag::sequence);
-    for (const std::uint8_t digit : reader.next(Tag::integer).content)
-        version = version << 8 | digit;
+    version = reader.next(Tag::integer).whole;
     identity = Identity::read(reader.next());
-    hash = AlgorithmId::read(reader.enter(Tag::sequence));
+    afterIdentity = reader.rest();
+    hash = hashNumber(AlgorithmId::read(reader.enter(Tag::sequence)).oid);
     if (reader.isNext(Tag::within(0))) {
-        attributes = toDer(reader.next());
+        attributes = bytesOf(reader.next().whole);
         attributes[0] = Tag::set;
     }
-    signatureAlgorithm = AlgorithmId::read(reader.enter(Tag::sequence));
-    signature = octets(reader.next());
-    if (reader.isNext(Tag::within(1))) {
-        unauthenticated = toDer(reader.next());
-        unauthenticated[0] = Tag::set;
-    }
+    reader.next(Tag::sequence);  // the signature's algorithm, which the key tells
+    signature = reader.next(Tag::octetString).content;
 }
 
-Bytes ReadSigner::attribute(std::string_view type) const {
-    const Bytes name = oid(type);
-    if (!attributes.empty()) {
-        for (Reader all = Reader(attributes).enter(Tag::set); !all.atEnd();) {
-            Reader one = all.enter(Tag::sequence);
-            if (std::ranges::equal(one.next(Tag::oid).whole, name))
-                return bytesOf(one.enter(Tag::set).next().whole);
-        }
+View ReadSigner::attribute(std::string_view type) const {
+    for (Reader all = Reader(attributes).enter(Tag::set); !all.atEnd();) {
+        Reader one = all.enter(Tag::sequence);
+        if (oidText(one.next(Tag::oid).content) == type)
+            return one.enter(Tag::set).next().content;
     }
     fail(CRYPT_E_AUTH_ATTR_MISSING);
 }
 
 Bytes ReadSigner::named() const {
-    Bytes signedAttributes = attributes;
-    Bytes others = unauthenticated;
-    if (!signedAttributes.empty())
-        signedAttributes[0] = Tag::within(0);
-    if (!others.empty())
-        others[0] = Tag::within(1);
-    return tlv(Tag::sequence, integer(version), identity.asName().der(), hash.der(), signedAttributes,
-               signatureAlgorithm.der(), tlv(Tag::octetString, signature), others);
+    return tlv(Tag::sequence, version, identity.asName().der(), afterIdentity);
 }
 
 void ReadSigner::verify(const CERT_PUBLIC_KEY_INFO& key, View digest, const std::string& contentType) const {
-    const ALG_ID number = algorithmNumber(hash.oid, CRYPT_HASH_ALG_OID_GROUP_ID);
     if (attributes.empty())
-        return verifyDigest(key, number, digest, signature);
-    if (!std::ranges::equal(octets(Reader(attribute(Oid::messageDigest)).next(Tag::octetString)), digest))
+        return verifyDigest(key, hash, digest, signature);
+    if (!std::ranges::equal(attribute(Oid::messageDigest), digest))
         fail(CRYPT_E_HASH_VALUE);
-    if (attribute(Oid::contentType) != oid(contentType))
+    if (oidText(attribute(Oid::contentType)) != contentType)
         fail(CRYPT_E_UNEXPECTED_MSG_TYPE);
-    verifyDigest(key, number, digestOf(number, attributes), signature);
+    verifyDigest(key, hash, digestOf(hash, attributes), signature);
+}
+
+void SignedParts::addDigest(const AlgorithmId& algorithm) {
+    if (std::ranges::find(digests, algorithm.oid, &AlgorithmId::oid) == digests.end())
+        digests.push_back(algorithm);
+}
+
+Layout SignedParts::layout() const {
+    std::vector<Bytes> algorithms;
+    for (const AlgorithmId& digest : digests)
+        algorithms.push_back(digest.der());
+    Bytes head = integer(contentType != Oid::data ? 3 : 1);
+    append(head, collection(Tag::set, algorithms));
+    return {oid(Oid::signedData), head, oid(contentType)};
+}
+
+Bytes SignedParts::after() const {
+    Bytes rest = certificates.empty() ? Bytes() : collection(Tag::within(0), certificates);
+    append(rest, crls);
+    return append(rest, collection(Tag::set, signers));
 }
 
 }  // namespace Corvane::Platform::Messages

@@ -1,8 +1,9 @@
-// One signer of a message, as it is written.
+// The signers of a message: as they are written, and as they are read.
 #pragma once
 
 #include "message.h"
 
+#include <optional>
 #include <vector>
 
 namespace Corvane::Platform::Messages {
@@ -16,7 +17,6 @@ struct Identity {
     // IssuerAndSerialNumber, or a key identifier with the implicit tag 0.
     static Identity read(const Element& element);
     Bytes der() const;
-    bool isKeyIdentifier() const { return !keyIdentifier.empty(); }
     // With a key identifier turned into the name that stands for it in the system's structures.
     Identity asName() const;
     // Issuer and serial number alone are filled.
@@ -30,37 +30,50 @@ public:
     // Attributes are not taken. Keeps the key's context.
     explicit NewSigner(const CMSG_SIGNER_ENCODE_INFO& info);
 
-    const AlgorithmId& hash() const { return hash_; }
-    ALG_ID hashNumber() const { return hashNumber_; }
-    HCRYPTPROV provider() const { return provider_; }
     // SignerInfo for content of that digest. Without one only the size is right.
     Bytes signerInfo(const Bytes* digest) const;
 
+    const AlgorithmId hash;
+    const ALG_ID number;  // of the hash
+    const HCRYPTPROV provider;
+
 private:
     Identity identity_;
-    AlgorithmId hash_, signature_;
-    ALG_ID hashNumber_;
-    HCRYPTPROV provider_;
+    AlgorithmId signature_;
     DWORD spec_;
 };
 
 // A signer of a message that is read. What it refers to is the message's.
 struct ReadSigner {
-    View whole;
-    DWORD version = 0;
+    View whole, version, afterIdentity;
     Identity identity;
-    AlgorithmId hash, signatureAlgorithm;
+    ALG_ID hash;
     Bytes attributes;  // SET; empty: none
-    Bytes unauthenticated;
-    Bytes signature;
+    View signature;
 
     explicit ReadSigner(View element);
-    // The one value of an attribute; fails with CRYPT_E_AUTH_ATTR_MISSING.
-    Bytes attribute(std::string_view type) const;
     // PKCS #7's SignerInfo, with a name in the place of a key identifier.
     Bytes named() const;
-    // `digest` is the content's. Fails with CRYPT_E_HASH_VALUE or NTE_BAD_SIGNATURE.
+    // `digest` is the content's. Fails with CRYPT_E_HASH_VALUE or NTE_BAD_SIGNATURE, or
+    // CRYPT_E_AUTH_ATTR_MISSING.
     void verify(const CERT_PUBLIC_KEY_INFO& key, View digest, const std::string& contentType) const;
+
+private:
+    // The one value of an attribute.
+    View attribute(std::string_view type) const;
+};
+
+// SignedData (RFC 5652, 5.1), apart from its content.
+struct SignedParts {
+    std::vector<AlgorithmId> digests;
+    std::string contentType = Oid::data;
+    std::vector<Bytes> certificates, signers;
+    Bytes crls;
+
+    void addDigest(const AlgorithmId& algorithm);
+    Layout layout() const;
+    // What follows the content.
+    Bytes after() const;
 };
 
 }  // namespace Corvane::Platform::Messages

@@ -7,100 +7,59 @@
 namespace Corvane::Platform::Messages {
 namespace {
 
-constexpr DWORD usualEncoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
-
 class MessageHandle {
 public:
     explicit MessageHandle(HCRYPTMSG handle) : handle_(must(handle)) {}
     ~MessageHandle() { close(handle_); }
-    MessageHandle(const MessageHandle&) = delete;
-    MessageHandle& operator=(const MessageHandle&) = delete;
+    MessageHandle(MessageHandle&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+    MessageHandle& operator=(MessageHandle&&) = delete;
 
     HCRYPTMSG get() const { return handle_; }
-    void add(View bytes, bool isFinal) { must(update(handle_, bytes.data(), sizeOf(bytes), isFinal)); }
+    void add(View bytes, bool isFinal) { must(update(handle_, bytes.data(), lengthOf(bytes), isFinal)); }
     Bytes param(DWORD type, DWORD index = 0) const {
-        DWORD size = 0;
-        must(getParam(handle_, type, index, nullptr, &size));
-        Bytes bytes(size);
-        must(getParam(handle_, type, index, bytes.data(), &size));
-        return bytes;
+        return filled(
+            [&](BYTE* buffer, DWORD* size) { return getParam(handle_, type, index, buffer, size); });
     }
     DWORD number(DWORD type) const {
-        DWORD value = 0;
-        DWORD size = sizeof value;
-        must(getParam(handle_, type, 0, &value, &size));
-        return value;
+        return numberOf([&](BYTE* value, DWORD* size) { return getParam(handle_, type, 0, value, size); });
     }
 
 private:
     HCRYPTMSG handle_;
 };
 
-// The private key of a certificate, with its provider.
-struct PrivateKey {
-    explicit PrivateKey(PCCERT_CONTEXT certificate) {
-        BOOL isOwned = FALSE;
-        HCRYPTPROV found = 0;
-        must(::CryptAcquireCertificatePrivateKey(certificate, 0, nullptr, &found, &spec, &isOwned));
-        if (!isOwned)
-            ::CryptContextAddRef(found, nullptr, 0);
-        provider = CryptProvider(found);
-    }
-    CryptProvider provider;
-    DWORD spec = 0;
-};
-
-struct SignedInfo {
-    explicit SignedInfo(const CRYPT_SIGN_MESSAGE_PARA& how) : key(how.pSigningCert) {
-        for (DWORD i = 0; i < how.cMsgCert; ++i)
-            certificates.push_back({how.rgpMsgCert[i]->cbCertEncoded, how.rgpMsgCert[i]->pbCertEncoded});
-        info.cbSize = sizeof info;
-        info.cCertEncoded = static_cast<DWORD>(certificates.size());
-        info.rgCertEncoded = certificates.data();
-        signer.cbSize = sizeof signer;
-        signer.pCertInfo = how.pSigningCert->pCertInfo;
-        signer.hCryptProv = key.provider.get();
-        signer.dwKeySpec = key.spec;
-        signer.HashAlgorithm = how.HashAlgorithm;
-        signer.cAuthAttr = how.cAuthAttr;
-        signer.cUnauthAttr = how.cUnauthAttr;
-        info.cSigners = 1;
-        info.rgSigners = &signer;
-    }
-
-    CMSG_SIGNED_ENCODE_INFO info{};
-    CMSG_SIGNER_ENCODE_INFO signer{};
-    std::vector<CRYPT_DATA_BLOB> certificates;
-    PrivateKey key;
-};
-
-Bytes joined(DWORD count, const BYTE* const data[], const DWORD sizes[]) {
-    Bytes all;
-    for (DWORD i = 0; i < count; ++i)
-        append(all, View(data[i], sizes[i]));
-    return all;
+// A message of one piece.
+BOOL encode(DWORD encoding, DWORD flags, DWORD type, const void* info, View content, BYTE* buffer,
+            DWORD* size) {
+    MessageHandle message(openToEncode(encoding, flags, type, info, nullptr, nullptr));
+    message.add(content, true);
+    return must(getParam(message.get(), CMSG_CONTENT_PARAM, 0, buffer, size));
 }
 
-// The certificate that the caller's function, or the message, has for the signer.
-PCCERT_CONTEXT findSigner(const CRYPT_VERIFY_MESSAGE_PARA& how, const MessageHandle& message, DWORD index) {
+// One that was read, and is signed.
+MessageHandle decoded(DWORD encoding, DWORD flags, View bytes) {
+    MessageHandle message(openToDecode(encoding, flags, 0, 0, nullptr, nullptr));
+    message.add(bytes, true);
+    if (message.number(CMSG_TYPE_PARAM) != CMSG_SIGNED)
+        fail(CRYPT_E_UNEXPECTED_MSG_TYPE);
+    return message;
+}
+
+// By the certificate that the caller's function, or the message, has for the signer.
+void verifySigner(const CRYPT_VERIFY_MESSAGE_PARA& how, const MessageHandle& message, DWORD index,
+                  PCCERT_CONTEXT* signer) {
     if (index >= message.number(CMSG_SIGNER_COUNT_PARAM))
         fail(CRYPT_E_NO_SIGNER);
     Bytes identity = message.param(CMSG_SIGNER_CERT_INFO_PARAM, index);
     auto* const info = reinterpret_cast<CERT_INFO*>(identity.data());
-    const CertificateStoreHandle store(
-        must(openStore(CERT_STORE_PROV_MSG, usualEncoding, 0, 0, message.get())));
-    PCCERT_CONTEXT certificate =
+    const CertificateStoreHandle store(must(openStore(CERT_STORE_PROV_MSG, encodings, 0, 0, message.get())));
+    CertificateContext certificate(
         how.pfnGetSignerCertificate
             ? how.pfnGetSignerCertificate(how.pvGetArg, how.dwMsgAndCertEncodingType, info, store.get())
-            : getSubjectCertificate(store.get(), how.dwMsgAndCertEncodingType, info);
-    return certificate ? certificate : (fail(CRYPT_E_NOT_FOUND), nullptr);
-}
-
-void verifySigner(const CRYPT_VERIFY_MESSAGE_PARA& how, const MessageHandle& message, DWORD index,
-                  PCCERT_CONTEXT* signer) {
-    CertificateContext certificate(findSigner(how, message, index));
+            : getSubjectCertificate(store.get(), how.dwMsgAndCertEncodingType, info));
+    if (!certificate)
+        fail(CRYPT_E_NOT_FOUND);
     CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA argument{};
-    argument.cbSize = sizeof argument;
     argument.dwSignerIndex = index;
     argument.dwSignerType = CMSG_VERIFY_SIGNER_CERT;
     argument.pvSigner = const_cast<CERT_CONTEXT*>(certificate.get());
@@ -109,27 +68,35 @@ void verifySigner(const CRYPT_VERIFY_MESSAGE_PARA& how, const MessageHandle& mes
         *signer = certificate.detach();
 }
 
-void checkSigned(const MessageHandle& message) {
-    if (message.number(CMSG_TYPE_PARAM) != CMSG_SIGNED)
-        fail(CRYPT_E_UNEXPECTED_MSG_TYPE);
-}
-
 }  // namespace
 
 BOOL WINAPI signMessage(PCRYPT_SIGN_MESSAGE_PARA how, BOOL isDetached, DWORD count, const BYTE* data[],
                         DWORD sizes[], BYTE* buffer, DWORD* size) {
     return succeeds([&] {
-        const SignedInfo info(*how);
-        const Bytes content = joined(count, data, sizes);
-        const DWORD flags = isDetached ? CMSG_DETACHED_FLAG : 0;
-        if (!buffer) {
-            *size = static_cast<DWORD>(signedSize(flags, info.info, sizeOf(content)));
-            return;
-        }
-        MessageHandle message(
-            openToEncode(how->dwMsgEncodingType, flags, CMSG_SIGNED, &info.info, nullptr, nullptr));
-        message.add(content, true);
-        Answer(buffer, size).give(message.param(CMSG_CONTENT_PARAM));
+        std::vector<CRYPT_DATA_BLOB> certificates;
+        for (DWORD i = 0; i < how->cMsgCert; ++i)
+            certificates.push_back({how->rgpMsgCert[i]->cbCertEncoded, how->rgpMsgCert[i]->pbCertEncoded});
+        CMSG_SIGNER_ENCODE_INFO signer{};
+        signer.pCertInfo = how->pSigningCert->pCertInfo;
+        signer.HashAlgorithm = how->HashAlgorithm;
+        signer.cAuthAttr = how->cAuthAttr;
+        signer.cUnauthAttr = how->cUnauthAttr;
+        CryptProvider owned;
+        BOOL isOwned = FALSE;
+        must(::CryptAcquireCertificatePrivateKey(how->pSigningCert, 0, nullptr, &signer.hCryptProv,
+                                                 &signer.dwKeySpec, &isOwned));
+        if (isOwned)
+            *owned.put() = signer.hCryptProv;
+        CMSG_SIGNED_ENCODE_INFO info{};
+        info.cSigners = 1;
+        info.rgSigners = &signer;
+        info.cCertEncoded = how->cMsgCert;
+        info.rgCertEncoded = certificates.data();
+        Bytes content;
+        for (DWORD i = 0; i < count; ++i)
+            append(content, View(data[i], sizes[i]));
+        encode(how->dwMsgEncodingType, isDetached ? CMSG_DETACHED_FLAG : 0, CMSG_SIGNED, &info, content,
+               buffer, size);
     });
 }
 
@@ -139,14 +106,12 @@ BOOL WINAPI verifyMessageSignature(PCRYPT_VERIFY_MESSAGE_PARA how, DWORD index, 
     if (signer)
         *signer = nullptr;
     return succeeds([&] {
-        MessageHandle message(openToDecode(how->dwMsgAndCertEncodingType, 0, 0, 0, nullptr, nullptr));
-        message.add({bytes, messageSize}, true);
-        checkSigned(message);
+        const MessageHandle message = decoded(how->dwMsgAndCertEncodingType, 0, {bytes, messageSize});
         // As documented: of a message without content nothing is verified, and that is no failure.
         if (message.number(hasContentParam))
             verifySigner(*how, message, index, signer);
         if (contentSize)
-            Answer(content, contentSize).give(message.param(CMSG_CONTENT_PARAM));
+            must(getParam(message.get(), CMSG_CONTENT_PARAM, 0, content, contentSize));
     });
 }
 
@@ -156,10 +121,8 @@ BOOL WINAPI verifyDetachedMessageSignature(PCRYPT_VERIFY_MESSAGE_PARA how, DWORD
     if (signer)
         *signer = nullptr;
     return succeeds([&] {
-        MessageHandle message(
-            openToDecode(how->dwMsgAndCertEncodingType, CMSG_DETACHED_FLAG, 0, 0, nullptr, nullptr));
-        message.add({bytes, messageSize}, true);
-        checkSigned(message);
+        MessageHandle message =
+            decoded(how->dwMsgAndCertEncodingType, CMSG_DETACHED_FLAG, {bytes, messageSize});
         for (DWORD i = 0; i < count; ++i)
             message.add({data[i], sizes[i]}, false);
         message.add({}, true);
@@ -168,14 +131,11 @@ BOOL WINAPI verifyDetachedMessageSignature(PCRYPT_VERIFY_MESSAGE_PARA how, DWORD
 }
 
 LONG WINAPI getMessageSignerCount(DWORD encoding, const BYTE* bytes, DWORD size) {
-    DWORD count = 0;
-    const bool done = succeeds([&] {
-        MessageHandle message(openToDecode(encoding, 0, 0, 0, nullptr, nullptr));
-        message.add({bytes, size}, true);
-        checkSigned(message);
-        count = message.number(CMSG_SIGNER_COUNT_PARAM);
+    LONG count = -1;
+    succeeds([&] {
+        count = static_cast<LONG>(decoded(encoding, 0, {bytes, size}).number(CMSG_SIGNER_COUNT_PARAM));
     });
-    return done ? static_cast<LONG>(count) : -1;
+    return count;
 }
 
 BOOL WINAPI encryptMessage(PCRYPT_ENCRYPT_MESSAGE_PARA how, DWORD count, PCCERT_CONTEXT recipients[],
@@ -185,34 +145,30 @@ BOOL WINAPI encryptMessage(PCRYPT_ENCRYPT_MESSAGE_PARA how, DWORD count, PCCERT_
         for (DWORD i = 0; i < count; ++i)
             infos.push_back(recipients[i]->pCertInfo);
         CMSG_ENVELOPED_ENCODE_INFO info{};
-        info.cbSize = sizeof info;
         info.hCryptProv = how->hCryptProv;
         info.ContentEncryptionAlgorithm = how->ContentEncryptionAlgorithm;
         info.cRecipients = count;
         info.rgpRecipients = infos.data();
-        MessageHandle message(
-            openToEncode(how->dwMsgEncodingType, 0, CMSG_ENVELOPED, &info, nullptr, nullptr));
-        message.add({data, dataSize}, true);
-        Answer(buffer, size).give(message.param(CMSG_CONTENT_PARAM));
+        encode(how->dwMsgEncodingType, 0, CMSG_ENVELOPED, &info, {data, dataSize}, buffer, size);
     });
 }
 
 // Windows finds the function that a provider registered by the key's algorithm.
 BOOL WINAPI exportPublicKeyInfo(HCRYPTPROV_OR_NCRYPT_KEY_HANDLE provider, DWORD spec, DWORD encoding,
                                 PCERT_PUBLIC_KEY_INFO info, DWORD* size) {
-    CryptKey key;
-    if (!::CryptGetUserKey(provider, spec, key.put()))
-        return FALSE;
-    ALG_ID algorithm = 0;
-    DWORD room = sizeof algorithm;
-    if (!::CryptGetKeyParam(key.get(), KP_ALGID, reinterpret_cast<BYTE*>(&algorithm), &room, 0))
-        return FALSE;
-    const CRYPT_OID_INFO* const known =
-        ::CryptFindOIDInfo(CRYPT_OID_INFO_ALGID_KEY, &algorithm, CRYPT_PUBKEY_ALG_OID_GROUP_ID);
-    if (!known || algorithm == CALG_RSA_KEYX || algorithm == CALG_RSA_SIGN)
-        return ::CryptExportPublicKeyInfo(provider, spec, encoding, info, size);
-    return ::CryptExportPublicKeyInfoEx(provider, spec, encoding, const_cast<char*>(known->pszOID), 0,
-                                        nullptr, info, size);
+    return succeeds([&] {
+        CryptKey key;
+        must(::CryptGetUserKey(provider, spec, key.put()));
+        DWORD algorithm = numberOf([&](BYTE* number, DWORD* room) {
+            return ::CryptGetKeyParam(key.get(), KP_ALGID, number, room, 0);
+        });
+        const CRYPT_OID_INFO* const known =
+            ::CryptFindOIDInfo(CRYPT_OID_INFO_ALGID_KEY, &algorithm, CRYPT_PUBKEY_ALG_OID_GROUP_ID);
+        const bool isOurs = known && algorithm != CALG_RSA_KEYX && algorithm != CALG_RSA_SIGN;
+        must(isOurs ? ::CryptExportPublicKeyInfoEx(provider, spec, encoding, const_cast<char*>(known->pszOID),
+                                                   0, nullptr, info, size)
+                    : ::CryptExportPublicKeyInfo(provider, spec, encoding, info, size));
+    });
 }
 
 }  // namespace Corvane::Platform::Messages
