@@ -18,10 +18,6 @@ void must(gcry_error_t error) {
         throw std::runtime_error(::gcry_strerror(error));
 }
 
-template <auto Free>
-struct Release {
-    void operator()(auto* object) const { Free(object); }
-};
 using Number = std::unique_ptr<gcry_mpi, Release<::gcry_mpi_release>>;
 using Expression = std::unique_ptr<gcry_sexp, Release<::gcry_sexp_release>>;
 using Curve = std::unique_ptr<gcry_context, Release<::gcry_ctx_release>>;
@@ -193,15 +189,10 @@ Bytes randomBytes(std::size_t size) {
     return bytes;
 }
 
-Bytes makePrivateKey(const std::string& curve, std::size_t size) {
-    const Curve context = openCurve(curve);
-    const Number order(::gcry_mpi_ec_get_mpi("n", context.get(), 1));
-    for (;;) {
-        Bytes candidate = randomBytes(size);
-        const Number value = number(candidate);
-        if (::gcry_mpi_cmp_ui(value.get(), 0) > 0 && ::gcry_mpi_cmp(value.get(), order.get()) < 0)
-            return candidate;
-    }
+Bytes makePrivateKey(std::size_t size) {
+    Bytes key = randomBytes(size);
+    key.back() = 0;
+    return key;
 }
 
 Bytes publicKey(const std::string& curve, View privateKey) {
@@ -210,11 +201,6 @@ Bytes publicKey(const std::string& curve, View privateKey) {
     const Point result(::gcry_mpi_point_new(0));
     ::gcry_mpi_ec_mul(result.get(), number(privateKey).get(), base.get(), context.get());
     return coordinates(result.get(), context.get(), privateKey.size());
-}
-
-bool isOnCurve(const std::string& curve, View publicKey) {
-    const Curve context = openCurve(curve);
-    return ::gcry_mpi_ec_curve_point(point(publicKey).get(), context.get()) != 0;
 }
 
 Bytes sign(const std::string& curve, View privateKey, View digest) {

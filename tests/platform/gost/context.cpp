@@ -1,25 +1,60 @@
-// Acquiring the provider, its parameters, and its containers.
-#include "objects.h"
+// Acquiring the provider, its parameters, and its containers, which live in the registry of the current user,
+// so that both bitnesses see the same ones. The keys lie there in the open: they are made for tests.
+#include "core/handles.h"
+#include "provider.h"
 
 #include <algorithm>
 
 namespace Corvane::Platform::Gost {
+namespace {
 
-Handles<Context> contexts;
-Handles<Key> keys;
-Handles<Hash> hashes;
+const std::wstring root = L"Software\\Corvane Tests\\GOST containers\\";
 
-void give(BYTE* buffer, DWORD* size, View result) {
-    if (!size)
-        fail(ERROR_INVALID_PARAMETER);
-    const DWORD room = std::exchange(*size, lengthOf(result));
-    if (buffer && room < result.size())
-        fail(ERROR_MORE_DATA);
-    if (buffer)
-        std::ranges::copy(result, buffer);
+std::wstring keyName(DWORD spec) {
+    return L"key " + std::to_wstring(spec);
 }
 
-namespace {
+// Empty where there is none; else whether the key is exportable, and its PrivateKeyInfo.
+Bytes readKey(const std::wstring& container, DWORD spec) {
+    BYTE value[1024];
+    DWORD size = sizeof value;
+    return ::RegGetValueW(HKEY_CURRENT_USER, (root + container).c_str(), keyName(spec).c_str(),
+                          RRF_RT_REG_BINARY, nullptr, value, &size)
+               ? Bytes()
+               : Bytes(value, value + size);
+}
+
+bool containerExists(const std::wstring& name) {
+    RegistryKey key;
+    return !::RegOpenKeyExW(HKEY_CURRENT_USER, (root + name).c_str(), 0, KEY_READ, key.put());
+}
+
+void createContainer(const std::wstring& name) {
+    RegistryKey key;
+    if (::RegCreateKeyW(HKEY_CURRENT_USER, (root + name).c_str(), key.put()))
+        fail(NTE_FAIL);
+}
+
+void deleteContainer(const std::wstring& name) {
+    if (::RegDeleteKeyW(HKEY_CURRENT_USER, (root + name).c_str()))
+        fail(NTE_BAD_KEYSET);
+}
+
+std::vector<std::wstring> containerNames() {
+    std::vector<std::wstring> names;
+    RegistryKey key;
+    wchar_t name[MAX_PATH];
+    if (!::RegOpenKeyExW(HKEY_CURRENT_USER, root.c_str(), 0, KEY_READ, key.put()))
+        while (!::RegEnumKeyW(key.get(), static_cast<DWORD>(names.size()), name, MAX_PATH))
+            names.emplace_back(name);
+    return names;
+}
+
+// Null where there is none.
+const Algorithm* algorithmOf(const std::wstring& container) {
+    const Bytes value = readKey(container, AT_KEYEXCHANGE);
+    return value.empty() ? nullptr : readPrivateKeyInfo(View(value).subspan(1)).algorithm;
+}
 
 // The part of VTableProvStruc (cspdk.h) that is read here.
 struct ProviderCallbacks {
@@ -121,6 +156,27 @@ Bytes parameter(const Context& context, DWORD which) {
 }
 
 }  // namespace
+
+std::unique_ptr<Key> loadKey(const Context& context, DWORD spec) {
+    const Bytes value = context.container ? readKey(*context.container, spec) : Bytes();
+    if (value.empty())
+        fail(NTE_NO_KEY);
+    auto key = std::make_unique<Key>();
+    key->pair = readPrivateKeyInfo(View(value).subspan(1));
+    key->isExportable = value[0] != 0;
+    return key->pair.algorithm == context.algorithm ? std::move(key) : (fail(NTE_NO_KEY), nullptr);
+}
+
+void storeKey(const Context& context, DWORD spec, const Key& key) {
+    if (!context.container)
+        fail(NTE_PERM);
+    Bytes value{key.isExportable};
+    append(value, privateKeyInfo(key.pair));
+    if (::RegSetKeyValueW(HKEY_CURRENT_USER, (root + *context.container).c_str(), keyName(spec).c_str(),
+                          REG_BINARY, value.data(), lengthOf(value)))
+        fail(NTE_FAIL);
+}
+
 }  // namespace Corvane::Platform::Gost
 
 using namespace Corvane::Platform;
@@ -135,14 +191,13 @@ BOOL WINAPI CPAcquireContext(HCRYPTPROV* handle, LPSTR container, DWORD flags, v
 BOOL WINAPI CPReleaseContext(HCRYPTPROV context, DWORD flags) {
     return entry([&] {
         expectNone(flags);
-        contextOf(context);
-        contexts.remove(context);
+        contexts.remove(context) ? void() : fail(NTE_BAD_UID);
     });
 }
 
 BOOL WINAPI CPGetProvParam(HCRYPTPROV handle, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
     return entry([&] {
-        Context& context = contextOf(handle);
+        Context& context = objectOf(contexts, handle);
         if (which == PP_ENUMCONTAINERS || which == PP_ENUMALGS)
             enumerate(context, which, buffer, size, flags);
         else
@@ -154,8 +209,12 @@ BOOL WINAPI CPGenRandom(HCRYPTPROV, DWORD size, BYTE* buffer) {
     return entry([&] { std::ranges::copy(randomBytes(size), buffer); });
 }
 
-// What the system wants to find, and nobody calls: CPHashSessionKey (gostcsp.def) is the first.
+// What the system wants to find, and nobody calls.
 BOOL WINAPI CPSetProvParam(HCRYPTPROV, DWORD, BYTE*, DWORD) {
+    return entry([] { fail(E_NOTIMPL); });
+}
+
+BOOL WINAPI CPHashSessionKey(HCRYPTPROV, HCRYPTHASH, HCRYPTKEY, DWORD) {
     return entry([] { fail(E_NOTIMPL); });
 }
 

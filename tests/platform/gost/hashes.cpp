@@ -1,16 +1,8 @@
 // Hashes, and signing and verifying with them. Signatures of CryptoAPI are the other way round than in
 // messages.
-#include "objects.h"
+#include "provider.h"
 
 namespace Corvane::Platform::Gost {
-
-const Bytes& Hash::finish() {
-    if (value.empty()) {
-        const unsigned char* digest = ::gcry_md_read(running.get(), 0);
-        value.assign(digest, digest + algorithm->hashSize);
-    }
-    return value;
-}
 
 namespace {
 
@@ -44,13 +36,13 @@ extern "C" {
 BOOL WINAPI CPCreateHash(HCRYPTPROV context, ALG_ID id, HCRYPTKEY key, DWORD flags, HCRYPTHASH* hash) {
     return entry([&] {
         expectNone(flags);
-        *hash = key ? (fail(NTE_BAD_KEY), 0) : create(contextOf(context).algorithm, id);
+        *hash = key ? (fail(NTE_BAD_KEY), 0) : create(objectOf(contexts, context).algorithm, id);
     });
 }
 
 BOOL WINAPI CPHashData(HCRYPTPROV, HCRYPTHASH handle, const BYTE* data, DWORD size, DWORD flags) {
     return entry([&] {
-        Hash& hash = hashOf(handle);
+        Hash& hash = objectOf(hashes, handle);
         expectNone(flags);
         if (!hash.value.empty())
             fail(NTE_BAD_HASH_STATE);
@@ -64,7 +56,7 @@ BOOL WINAPI CPDestroyHash(HCRYPTPROV, HCRYPTHASH hash) {
 
 BOOL WINAPI CPGetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
     return entry([&] {
-        Hash& hash = hashOf(handle);
+        Hash& hash = objectOf(hashes, handle);
         if (which == HP_HASHVAL)
             return give(buffer, size, hash.finish());
         if (which != HP_HASHSIZE)
@@ -75,7 +67,7 @@ BOOL WINAPI CPGetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD which, BYTE* buf
 
 BOOL WINAPI CPSetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD which, BYTE* value, DWORD) {
     return entry([&] {
-        Hash& hash = hashOf(handle);
+        Hash& hash = objectOf(hashes, handle);
         if (which != HP_HASHVAL)
             fail(NTE_BAD_TYPE);
         hash.value.assign(value, value + hash.algorithm->hashSize);
@@ -86,10 +78,11 @@ BOOL WINAPI CPSignHash(HCRYPTPROV context, HCRYPTHASH hash, DWORD spec, LPCWSTR 
                        BYTE* buffer, DWORD* size) {
     return entry([&] {
         expectNone(flags || description);
-        const auto key = loadKey(contextOf(context), spec);
+        const auto key = loadKey(objectOf(contexts, context), spec);
         if (!buffer)
             return give(buffer, size, key->pair.publicHalf);  // as long as a signature
-        give(buffer, size, reversed(sign(key->pair.curve, key->pair.secret, hashOf(hash).finish())));
+        give(buffer, size,
+             reversed(sign(key->pair.curve, key->pair.secret, objectOf(hashes, hash).finish())));
     });
 }
 
@@ -97,7 +90,7 @@ BOOL WINAPI CPVerifySignature(HCRYPTPROV, HCRYPTHASH hash, const BYTE* signature
                               LPCWSTR description, DWORD flags) {
     return entry([&] {
         expectNone(flags || description);
-        verifyHash(hashOf(hash), View(signature, size), keyOf(key));
+        verifyHash(objectOf(hashes, hash), View(signature, size), objectOf(keys, key));
     });
 }
 

@@ -1,5 +1,5 @@
 // Keys: making, finding, importing, exporting, and encrypting with them.
-#include "objects.h"
+#include "provider.h"
 
 #include <cstring>
 
@@ -33,7 +33,7 @@ void crypt(const Cipher& cipher, bool isEncryption, BYTE* data, std::size_t size
 
 // A private key under an agreed one, in the one direction or the other.
 Bytes underAgreed(HCRYPTKEY handle, View der, bool isEncryption) {
-    const Key& agreed = keyOf(handle);
+    const Key& agreed = objectOf(keys, handle);
     if (!agreed.wrapsKeys)
         fail(NTE_BAD_KEY);
     Bytes bytes = bytesOf(der);
@@ -60,9 +60,9 @@ std::unique_ptr<Key> generate(const Context& context, ALG_ID id, DWORD flags) {
 std::unique_ptr<Key> importPublic(KeyPair pair, HCRYPTKEY with) {
     if (!with)
         return keyWith(std::move(pair), true);
-    if (keyOf(with).pair.secret.empty())
+    if (objectOf(keys, with).pair.secret.empty())
         fail(NTE_BAD_KEY);
-    auto agreed = keyWith(agreeOn(keyOf(with).pair, pair), false);
+    auto agreed = keyWith(agreeOn(objectOf(keys, with).pair, pair), false);
     agreed->isAgreed = true;
     return agreed;
 }
@@ -75,8 +75,9 @@ std::unique_ptr<Key> import(const Context& context, View bytes, HCRYPTKEY with, 
     const View content = bytes.subspan(sizeof head);
     const bool isExportable = (flags & CRYPT_EXPORTABLE) != 0;
     if (head.bType == SIMPLEBLOB)
-        return keyWith(receive(content, with ? keyOf(with).pair : loadKey(context, AT_KEYEXCHANGE)->pair),
-                       isExportable);
+        return keyWith(
+            receive(content, with ? objectOf(keys, with).pair : loadKey(context, AT_KEYEXCHANGE)->pair),
+            isExportable);
     if (head.bType != PUBLICKEYBLOB && head.bType != PRIVATEKEYBLOB)
         fail(NTE_BAD_TYPE);
     const bool isPublic = head.bType == PUBLICKEYBLOB;
@@ -97,7 +98,7 @@ Bytes exportKey(const Key& key, HCRYPTKEY with, DWORD type) {
     if (key.isSession() != (type == SIMPLEBLOB))
         fail(NTE_BAD_TYPE);
     if (type == SIMPLEBLOB)
-        return keyBlob(SIMPLEBLOB, cipherId, transport(key.session, keyOf(with).pair));
+        return keyBlob(SIMPLEBLOB, cipherId, transport(key.session, objectOf(keys, with).pair));
     const ALG_ID id = key.pair.algorithm->keyId;
     if (type == PUBLICKEYBLOB)
         return keyBlob(PUBLICKEYBLOB, id, publicKeyInfo(key.pair));
@@ -163,11 +164,11 @@ using namespace Corvane::Platform::Gost;
 extern "C" {
 
 BOOL WINAPI CPGenKey(HCRYPTPROV context, ALG_ID id, DWORD flags, HCRYPTKEY* key) {
-    return entry([&] { *key = keys.add(generate(contextOf(context), id, flags)); });
+    return entry([&] { *key = keys.add(generate(objectOf(contexts, context), id, flags)); });
 }
 
 BOOL WINAPI CPGetUserKey(HCRYPTPROV context, DWORD spec, HCRYPTKEY* key) {
-    return entry([&] { *key = keys.add(loadKey(contextOf(context), spec)); });
+    return entry([&] { *key = keys.add(loadKey(objectOf(contexts, context), spec)); });
 }
 
 BOOL WINAPI CPDestroyKey(HCRYPTPROV, HCRYPTKEY key) {
@@ -176,23 +177,24 @@ BOOL WINAPI CPDestroyKey(HCRYPTPROV, HCRYPTKEY key) {
 
 BOOL WINAPI CPImportKey(HCRYPTPROV context, const BYTE* data, DWORD size, HCRYPTKEY with, DWORD flags,
                         HCRYPTKEY* key) {
-    return entry([&] { *key = keys.add(import(contextOf(context), View(data, size), with, flags)); });
+    return entry(
+        [&] { *key = keys.add(import(objectOf(contexts, context), View(data, size), with, flags)); });
 }
 
 BOOL WINAPI CPExportKey(HCRYPTPROV, HCRYPTKEY key, HCRYPTKEY with, DWORD type, DWORD flags, BYTE* buffer,
                         DWORD* size) {
     return entry([&] {
         expectNone(flags);
-        give(buffer, size, exportKey(keyOf(key), with, type));
+        give(buffer, size, exportKey(objectOf(keys, key), with, type));
     });
 }
 
 BOOL WINAPI CPGetKeyParam(HCRYPTPROV, HCRYPTKEY key, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
-    return entry([&] { give(buffer, size, parameter(keyOf(key), which)); });
+    return entry([&] { give(buffer, size, parameter(objectOf(keys, key), which)); });
 }
 
 BOOL WINAPI CPSetKeyParam(HCRYPTPROV context, HCRYPTKEY key, DWORD which, BYTE* value, DWORD) {
-    return entry([&] { setParameter(contextOf(context), keyOf(key), which, value); });
+    return entry([&] { setParameter(objectOf(contexts, context), objectOf(keys, key), which, value); });
 }
 
 // NOLINTBEGIN(readability-non-const-parameter): the system's declarations
@@ -200,7 +202,7 @@ BOOL WINAPI CPEncrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD
                       DWORD* size, DWORD) {
     return entry([&] {
         expectNone(flags);
-        crypt(keyOf(key), true, isFinal, data, *size);
+        crypt(objectOf(keys, key), true, isFinal, data, *size);
     });
 }
 
@@ -208,7 +210,7 @@ BOOL WINAPI CPDecrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD
                       DWORD* size) {
     return entry([&] {
         expectNone(flags);
-        crypt(keyOf(key), false, isFinal, data, *size);
+        crypt(objectOf(keys, key), false, isFinal, data, *size);
     });
 }
 // NOLINTEND(readability-non-const-parameter)

@@ -374,6 +374,18 @@ class Decoder : public Message {
 public:
     Decoder(bool isDetached, const CMSG_STREAM_INFO* stream) : Message(stream), isDetached_(isDetached) {}
 
+    void update(View bytes, bool isFinal) override {
+        if (isComplete_)
+            fail(CRYPT_E_MSG_ERROR);
+        const bool isDataAlone = phase_ == Phase::whole;
+        if (isDataAlone)
+            body_->readContent(bytes);
+        else
+            read(bytes, isFinal);
+        isComplete_ = isFinal && (isDataAlone || hasContent_ || !isDetached_);
+        if (isComplete_)
+            body_->finish();
+    }
     void parameter(DWORD type, DWORD index, Answer answer) override {
         body(body_ && body_->isEarly(type)).parameter(type, index, answer);
     }
@@ -388,19 +400,6 @@ private:
         if (!isReady && phase_ != Phase::whole)
             fail(sink_.isStream() ? CRYPT_E_STREAM_MSG_NOT_READY : CRYPT_E_INVALID_MSG_TYPE);
         return *body_;
-    }
-
-    void update(View bytes, bool isFinal) override {
-        if (isComplete_)
-            fail(CRYPT_E_MSG_ERROR);
-        const bool isDataAlone = phase_ == Phase::whole;
-        if (isDataAlone)
-            body_->readContent(bytes);
-        else
-            read(bytes, isFinal);
-        isComplete_ = isFinal && (isDataAlone || hasContent_ || !isDetached_);
-        if (isComplete_)
-            body_->finish();
     }
 
     void read(View bytes, bool isFinal) {

@@ -12,15 +12,11 @@ class Encoder : public Message {
 public:
     using Message::Message;
 
+    // Of a message that is no stream.
     void parameter(DWORD type, DWORD, Answer answer) override {
-        if (type != CMSG_CONTENT_PARAM)
-            fail(CRYPT_E_INVALID_MSG_TYPE);
-        if (!isFinished_)
-            fail(CRYPT_E_MSG_ERROR);
-        answer.give(sink_.collected());
+        type == CMSG_CONTENT_PARAM ? answer.give(sink_.collected()) : fail(CRYPT_E_INVALID_MSG_TYPE);
     }
 
-protected:
     // A whole message is made in one piece; so Windows wants its content.
     void update(View bytes, bool isFinal) override {
         if (isFinished_ || (!sink_.isStream() && !isFinal))
@@ -39,6 +35,7 @@ protected:
             sink_.put(layout_.end(end(true)), true);
     }
 
+protected:
     // What becomes of the content, and of content of that size.
     virtual Bytes process(View bytes, bool isFinal) = 0;
     virtual std::uint64_t outputSize(std::uint64_t size) const { return size; }

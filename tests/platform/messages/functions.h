@@ -1,26 +1,15 @@
-// The functions that stand in for those of crypt32, under shorter names.
+// The functions that stand in for those of crypt32.
 #pragma once
 
-#include "message.h"
+#include <span>
+#include <string_view>
 
 namespace Corvane::Platform::Messages {
 
-decltype(::CryptMsgOpenToEncode) openToEncode;
-decltype(::CryptMsgOpenToDecode) openToDecode;
-decltype(::CryptMsgClose) close;
-decltype(::CryptMsgUpdate) update;
-decltype(::CryptMsgGetParam) getParam;
-decltype(::CryptMsgControl) control;
-decltype(::CertOpenStore) openStore;
-// A name that stands for a key identifier finds by that, as on Windows.
-decltype(::CertGetSubjectCertificateFromStore) getSubjectCertificate;
-
-// ---- simplified.cpp
-decltype(::CryptSignMessage) signMessage;
-decltype(::CryptVerifyMessageSignature) verifyMessageSignature;
-decltype(::CryptVerifyDetachedMessageSignature) verifyDetachedMessageSignature;
-decltype(::CryptGetMessageSignerCount) getMessageSignerCount;
-decltype(::CryptEncryptMessage) encryptMessage;
-decltype(::CryptExportPublicKeyInfo) exportPublicKeyInfo;
+struct Replacement {
+    std::string_view name;
+    void* function;
+};
+std::span<const Replacement> replacements();
 
 }  // namespace Corvane::Platform::Messages

@@ -128,31 +128,14 @@ public:
     Message& operator=(const Message&) = delete;
     virtual ~Message() = default;
 
-    // A failed update spoils the message: later ones fail with CRYPT_E_MSG_ERROR.
-    void apply(View bytes, bool isFinal) {
-        if (std::exchange(isSpoiled_, true))
-            fail(CRYPT_E_MSG_ERROR);
-        try {
-            update(bytes, isFinal);
-        } catch (const Truncated&) {
-            if (sink_.isStream())
-                fail(CRYPT_E_STREAM_INSUFFICIENT_DATA);
-            throw;
-        }
-        isSpoiled_ = false;
-    }
+    // One after the end fails with CRYPT_E_MSG_ERROR.
+    virtual void update(View bytes, bool isFinal) = 0;
     virtual void parameter(DWORD type, DWORD index, Answer answer) = 0;
     // Messages that are encoded take no control.
     virtual void control(DWORD, const void*) { fail(E_INVALIDARG); }
 
 protected:
-    // One after the end fails with CRYPT_E_MSG_ERROR.
-    virtual void update(View bytes, bool isFinal) = 0;
-
     Sink sink_;
-
-private:
-    bool isSpoiled_ = false;
 };
 
 using OwnedMessage = std::unique_ptr<Message>;

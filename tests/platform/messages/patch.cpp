@@ -10,41 +10,6 @@
 namespace Corvane::Platform::Messages {
 namespace {
 
-struct Replacement {
-    std::string_view name;
-    void* function;
-};
-
-template <class Function>
-Replacement by(std::string_view name, Function* function) {
-    return {name, reinterpret_cast<void*>(function)};
-}
-
-const Replacement replacements[] = {
-    by("CertGetSubjectCertificateFromStore", getSubjectCertificate),
-    by("CertOpenStore", openStore),
-    by("CryptEncryptMessage", encryptMessage),
-    by("CryptExportPublicKeyInfo", exportPublicKeyInfo),
-    by("CryptGetMessageSignerCount", getMessageSignerCount),
-    by("CryptMsgClose", close),
-    by("CryptMsgControl", control),
-    by("CryptMsgGetParam", getParam),
-    by("CryptMsgOpenToDecode", openToDecode),
-    by("CryptMsgOpenToEncode", openToEncode),
-    by("CryptMsgUpdate", update),
-    by("CryptSignMessage", signMessage),
-    by("CryptVerifyDetachedMessageSignature", verifyDetachedMessageSignature),
-    by("CryptVerifyMessageSignature", verifyMessageSignature),
-};
-
-void patchModule(HMODULE module) {
-    Test::forEachImport(module, [](std::string_view name, void*& slot) {
-        const auto found = std::ranges::find(replacements, name, &Replacement::name);
-        if (found != std::end(replacements))
-            Test::putIntoSlot(slot, found->function);
-    });
-}
-
 HMODULE ownModule;
 
 void patch(HMODULE module) {
@@ -54,8 +19,13 @@ void patch(HMODULE module) {
     ::GetModuleFileNameW(module, path, MAX_PATH);
     const bool isSystem = ::CompareStringOrdinal(path, static_cast<int>(length), windows,
                                                  static_cast<int>(length), TRUE) == CSTR_EQUAL;
-    if (!isSystem && module != ownModule)
-        patchModule(module);
+    if (isSystem || module == ownModule)
+        return;
+    Test::forEachImport(module, [](std::string_view name, void*& slot) {
+        const auto found = std::ranges::find(replacements(), name, &Replacement::name);
+        if (found != replacements().end())
+            Test::putIntoSlot(slot, found->function);
+    });
 }
 
 // ntdll's, which no header of MinGW has (LdrRegisterDllNotification in Microsoft's documentation).

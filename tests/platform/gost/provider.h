@@ -2,7 +2,6 @@
 #pragma once
 
 #include "../handles.h"
-#include "arithmetic.h"
 #include "key_pair.h"
 
 #include <optional>
@@ -29,50 +28,43 @@ struct Key {
     bool isSession() const { return pair.algorithm == nullptr; }
 };
 
-struct CloseHash {
-    void operator()(gcry_md_hd_t hash) const { ::gcry_md_close(hash); }
-};
-
 struct Hash {
-    const Algorithm* algorithm = nullptr;
-    std::unique_ptr<gcry_md_handle, CloseHash> running;
-    Bytes value;  // once it was asked for or set
+    const Bytes& finish() {
+        if (value.empty()) {
+            const unsigned char* digest = ::gcry_md_read(running.get(), 0);
+            value.assign(digest, digest + algorithm->hashSize);
+        }
+        return value;
+    }
 
-    const Bytes& finish();
+    const Algorithm* algorithm = nullptr;
+    std::unique_ptr<gcry_md_handle, Release<::gcry_md_close>> running;
+    Bytes value;  // once it was asked for or set
 };
 
 // The open ones; a number that is none of them is refused.
-extern Handles<Context> contexts;
-extern Handles<Key> keys;
-extern Handles<Hash> hashes;
+inline Handles<Context> contexts;
+inline Handles<Key> keys;
+inline Handles<Hash> hashes;
 
-inline Context& contextOf(HCRYPTPROV handle) {
-    Context* const context = contexts.find(handle);
-    return context ? *context : (fail(NTE_BAD_UID), *context);
-}
-inline Key& keyOf(HCRYPTKEY handle) {
-    Key* const key = keys.find(handle);
-    return key ? *key : (fail(NTE_BAD_KEY), *key);
-}
-inline Hash& hashOf(HCRYPTHASH handle) {
-    Hash* const hash = hashes.find(handle);
-    return hash ? *hash : (fail(NTE_BAD_HASH), *hash);
+template <class Object>
+Object& objectOf(Handles<Object>& all, ULONG_PTR handle) {
+    Object* const object = all.find(handle);
+    return object ? *object : (fail(NTE_BAD_KEY), *object);
 }
 
-// Containers live in the registry of the current user, so that both bitnesses see the same ones. The keys lie
-// there in the open: they are made for tests. `spec` is AT_KEYEXCHANGE or AT_SIGNATURE.
-bool containerExists(const std::wstring& name);
-void createContainer(const std::wstring& name);
-void deleteContainer(const std::wstring& name);
-std::vector<std::wstring> containerNames();
-// Fails with NTE_NO_KEY where there is none.
+// The container's key. Fails with NTE_NO_KEY where there is none.
 std::unique_ptr<Key> loadKey(const Context& context, DWORD spec);
 void storeKey(const Context& context, DWORD spec, const Key& key);
-// Null where there is none.
-const Algorithm* algorithmOf(const std::wstring& container);
 
 // Gives a result as CryptoAPI does: the size where no buffer is given, ERROR_MORE_DATA where it is too small.
-void give(BYTE* buffer, DWORD* size, View result);
+inline void give(BYTE* buffer, DWORD* size, View result) {
+    const DWORD room = std::exchange(*size, lengthOf(result));
+    if (buffer && room < result.size())
+        fail(ERROR_MORE_DATA);
+    if (buffer)
+        std::ranges::copy(result, buffer);
+}
 inline void expectNone(DWORD flags) {
     if (flags)
         fail(NTE_BAD_FLAGS);
