@@ -1,12 +1,9 @@
 #include "arithmetic.h"
-#include "../import_patch.h"
-#include "../own_module.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstring>
+#include <random>
 #include <stdexcept>
-#include <string_view>
 
 namespace Corvane::Platform::Gost {
 namespace {
@@ -88,12 +85,6 @@ int length(View bytes) {
     return static_cast<int>(bytes.size());
 }
 
-Bytes valueOf(const Expression& expression, const char* name, std::size_t size) {
-    const Expression part(::gcry_sexp_find_token(expression.get(), name, 0));
-    const Number value(::gcry_sexp_nth_mpi(part.get(), 1, GCRYMPI_FMT_USG));
-    return bigEndian(value.get(), size);
-}
-
 Bytes mac(const std::string& substitution, View key, View iv, View data) {
     gcry_mac_hd_t made = nullptr;
     must(::gcry_mac_open(&made, GCRY_MAC_GOST28147_IMIT, 0, nullptr));
@@ -134,45 +125,10 @@ Bytes diversify(const std::string& substitution, View key, View ukm) {
     return current;
 }
 
-using QuerySystemInformation = LONG WINAPI(ULONG type, void* information, ULONG size, ULONG* needed);
-QuerySystemInformation* querySystemInformation = nullptr;
-
-// The system's, but for the handles of all processes: Wine's server dies at that question while any process
-// has none, as one that is just starting, and every program with it.
-LONG WINAPI queryWithoutHandles(ULONG type, void* information, ULONG size, ULONG* needed) {
-    constexpr ULONG systemHandleInformation = 16;
-    constexpr auto notImplemented = static_cast<LONG>(0xC0000002);
-    return type == systemHandleInformation ? notImplemented
-                                           : querySystemInformation(type, information, size, needed);
-}
-
-FARPROC WINAPI findFunction(HMODULE module, const char* name);
-
-// For the library's seeding, which asks the system for all that it tells.
-const Test::ImportPatch& seedingPatch() {
-    static const Test::ImportPatch patch("GetProcAddress", &findFunction, ownModule());
-    return patch;
-}
-
-FARPROC WINAPI findFunction(HMODULE module, const char* name) {
-    return std::string_view(name) == "NtQuerySystemInformation"
-               ? reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(queryWithoutHandles))
-               : seedingPatch().original<FARPROC WINAPI(HMODULE, const char*)>()(module, name);
-}
-
 }  // namespace
 
 void startArithmetic() {
     static const bool started = [] {
-        querySystemInformation =
-            Test::systemFunction<QuerySystemInformation>(L"ntdll.dll", "NtQuerySystemInformation");
-        seedingPatch();
-        // It would write notes about the machine to the program's error stream. Newer versions of the library
-        // declare the handler deprecated and have nothing in its place.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-        ::gcry_set_log_handler([](void*, int, const char*, va_list) {}, nullptr);
-#pragma GCC diagnostic pop
         // The hardware paths of the static library do not run everywhere.
         ::gcry_control(GCRYCTL_DISABLE_HWF, "all", nullptr);
         ::gcry_check_version(nullptr);
@@ -183,9 +139,13 @@ void startArithmetic() {
     static_cast<void>(started);
 }
 
+// Not the library's: to make its own random it asks Wine for the handles of all processes, at which the
+// server dies while one of them is just starting, and writes notes about the machine to the program's error
+// stream.
 Bytes randomBytes(std::size_t size) {
+    std::random_device source;
     Bytes bytes(size);
-    ::gcry_randomize(bytes.data(), size, GCRY_STRONG_RANDOM);
+    std::ranges::generate(bytes, [&] { return static_cast<std::uint8_t>(source()); });
     return bytes;
 }
 
@@ -203,18 +163,19 @@ Bytes publicKey(const std::string& curve, View privateKey) {
     return coordinates(result.get(), context.get(), privateKey.size());
 }
 
+// By hand, since the library would take a number of its own random.
 Bytes sign(const std::string& curve, View privateKey, View digest) {
-    const Bytes secret = reversed(privateKey);
-    const Bytes value = reversed(digest);
-    const Bytes q = uncompressed(publicKey(curve, privateKey));
-    const Expression key = expression("(private-key (ecc (curve %s) (q %b) (d %b)))", libraryName(curve),
-                                      length(q), q.data(), length(secret), secret.data());
-    const Expression data = expression("(data (flags gost) (value %b))", length(value), value.data());
-    gcry_sexp_t made = nullptr;
-    must(::gcry_pk_sign(&made, data.get(), key.get()));
-    const Expression signature(made);
-    Bytes result = valueOf(signature, "s", privateKey.size());
-    return append(result, valueOf(signature, "r", privateKey.size()));
+    const Number order(::gcry_mpi_ec_get_mpi("n", openCurve(curve).get(), 1));
+    const std::size_t size = privateKey.size();
+    const Bytes once = makePrivateKey(size);
+    const Number r = number(View(publicKey(curve, once)).first(size));
+    const Number s(::gcry_mpi_new(0)), other(::gcry_mpi_new(0));
+    ::gcry_mpi_mod(r.get(), r.get(), order.get());
+    ::gcry_mpi_mulm(s.get(), r.get(), number(privateKey).get(), order.get());
+    ::gcry_mpi_mulm(other.get(), number(once).get(), number(digest).get(), order.get());
+    ::gcry_mpi_addm(s.get(), s.get(), other.get(), order.get());
+    Bytes result = bigEndian(s.get(), size);
+    return append(result, bigEndian(r.get(), size));
 }
 
 bool verify(const std::string& curve, View publicKey, View digest, View signature) {

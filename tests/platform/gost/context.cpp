@@ -24,22 +24,6 @@ Bytes readKey(const std::wstring& container, DWORD spec) {
                : Bytes(value, value + size);
 }
 
-bool containerExists(const std::wstring& name) {
-    RegistryKey key;
-    return !::RegOpenKeyExW(HKEY_CURRENT_USER, (root + name).c_str(), 0, KEY_READ, key.put());
-}
-
-void createContainer(const std::wstring& name) {
-    RegistryKey key;
-    if (::RegCreateKeyW(HKEY_CURRENT_USER, (root + name).c_str(), key.put()))
-        fail(NTE_FAIL);
-}
-
-void deleteContainer(const std::wstring& name) {
-    if (::RegDeleteKeyW(HKEY_CURRENT_USER, (root + name).c_str()))
-        fail(NTE_BAD_KEYSET);
-}
-
 std::vector<std::wstring> containerNames() {
     std::vector<std::wstring> names;
     RegistryKey key;
@@ -82,12 +66,16 @@ std::wstring openContainer(const char* name, DWORD flags) {
     constexpr std::wstring_view unique = L"\\\\.\\REGISTRY\\";
     if (container.starts_with(unique))
         container.erase(0, unique.size());
-    if (container.empty())
-        container = L"default";
-    if (containerExists(container) == ((flags & CRYPT_NEWKEYSET) != 0))
-        fail(flags & CRYPT_NEWKEYSET ? NTE_EXISTS : NTE_BAD_KEYSET);
-    if (flags & CRYPT_NEWKEYSET)
-        createContainer(container);
+    RegistryKey key;
+    DWORD outcome = 0;
+    const bool isNew = (flags & CRYPT_NEWKEYSET) != 0;
+    const std::wstring path = root + container;
+    if (isNew ? ::RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_READ, nullptr,
+                                  key.put(), &outcome)
+              : ::RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, key.put()))
+        fail(NTE_BAD_KEYSET);
+    if (outcome == REG_OPENED_EXISTING_KEY)
+        fail(NTE_EXISTS);
     return container;
 }
 
@@ -98,15 +86,12 @@ void acquire(HCRYPTPROV* handle, const char* name, DWORD flags, const ProviderCa
     expectNone(flags & ~known);
     auto context = std::make_unique<Context>();
     context->algorithm = findByType(callbacks.providerType);
-    if (!context->algorithm)
-        fail(NTE_BAD_PROV_TYPE);
     if ((flags & CRYPT_VERIFYCONTEXT) != CRYPT_VERIFYCONTEXT)
         context->container = openContainer(name, flags);
-    else if (name && *name)
-        fail(NTE_BAD_KEYSET_PARAM);
     if (flags & CRYPT_DELETEKEYSET)
-        return deleteContainer(*context->container);
-    *handle = contexts.add(std::move(context));
+        ::RegDeleteKeyW(HKEY_CURRENT_USER, (root + *context->container).c_str());
+    else
+        *handle = handleOf(std::move(context));
 }
 
 std::vector<Bytes> listOf(const Algorithm& own, DWORD which) {
@@ -128,7 +113,6 @@ std::vector<Bytes> listOf(const Algorithm& own, DWORD which) {
     return list;
 }
 
-// The call without a buffer tells the longest one's size.
 void enumerate(Context& context, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
     if (flags & CRYPT_FIRST) {
         context.listed = listOf(*context.algorithm, which);
@@ -137,9 +121,7 @@ void enumerate(Context& context, DWORD which, BYTE* buffer, DWORD* size, DWORD f
     if (context.next >= context.listed.size())
         fail(ERROR_NO_MORE_ITEMS);
     if (!buffer)
-        return give(buffer, size, *std::ranges::max_element(context.listed, {}, [](const Bytes& one) {
-                        return one.size();
-                    }));
+        return give(buffer, size, Bytes(MAX_PATH));  // as long as any
     give(buffer, size, context.listed[context.next]);
     ++context.next;
 }
@@ -147,12 +129,8 @@ void enumerate(Context& context, DWORD which, BYTE* buffer, DWORD* size, DWORD f
 Bytes parameter(const Context& context, DWORD which) {
     if (which == PP_NAME)
         return narrow(context.algorithm->provider);
-    if (which == PP_PROVTYPE)
-        return bytesOf(viewOfStructure(context.algorithm->providerType));
-    if (which != PP_UNIQUE_CONTAINER)
-        fail(NTE_BAD_TYPE);
-    return context.container ? narrow(L"\\\\.\\REGISTRY\\" + *context.container)
-                             : (fail(NTE_BAD_KEYSET), Bytes());
+    return which == PP_UNIQUE_CONTAINER ? narrow(L"\\\\.\\REGISTRY\\" + context.container.value())
+                                        : (fail(NTE_BAD_TYPE), Bytes());
 }
 
 }  // namespace
@@ -168,8 +146,6 @@ std::unique_ptr<Key> loadKey(const Context& context, DWORD spec) {
 }
 
 void storeKey(const Context& context, DWORD spec, const Key& key) {
-    if (!context.container)
-        fail(NTE_PERM);
     Bytes value{key.isExportable};
     append(value, privateKeyInfo(key.pair));
     if (::RegSetKeyValueW(HKEY_CURRENT_USER, (root + *context.container).c_str(), keyName(spec).c_str(),
@@ -191,13 +167,13 @@ BOOL WINAPI CPAcquireContext(HCRYPTPROV* handle, LPSTR container, DWORD flags, v
 BOOL WINAPI CPReleaseContext(HCRYPTPROV context, DWORD flags) {
     return entry([&] {
         expectNone(flags);
-        contexts.remove(context) ? void() : fail(NTE_BAD_UID);
+        delete &objectOf<Context>(context);
     });
 }
 
 BOOL WINAPI CPGetProvParam(HCRYPTPROV handle, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
     return entry([&] {
-        Context& context = objectOf(contexts, handle);
+        Context& context = objectOf<Context>(handle);
         if (which == PP_ENUMCONTAINERS || which == PP_ENUMALGS)
             enumerate(context, which, buffer, size, flags);
         else
@@ -210,16 +186,6 @@ BOOL WINAPI CPGenRandom(HCRYPTPROV, DWORD size, BYTE* buffer) {
 }
 
 // What the system wants to find, and nobody calls.
-BOOL WINAPI CPSetProvParam(HCRYPTPROV, DWORD, BYTE*, DWORD) {
-    return entry([] { fail(E_NOTIMPL); });
-}
-
-BOOL WINAPI CPHashSessionKey(HCRYPTPROV, HCRYPTHASH, HCRYPTKEY, DWORD) {
-    return entry([] { fail(E_NOTIMPL); });
-}
-
-BOOL WINAPI CPDeriveKey(HCRYPTPROV, ALG_ID, HCRYPTHASH, DWORD, HCRYPTKEY*) {
-    return entry([] { fail(E_NOTIMPL); });
-}
+DWORD CPDeriveKey, CPHashSessionKey, CPSetProvParam;
 
 }  // extern "C"

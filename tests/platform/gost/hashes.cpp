@@ -15,7 +15,7 @@ HCRYPTHASH create(const Algorithm* algorithm, ALG_ID id) {
     if (::gcry_md_open(&running, algorithm->digest, 0))
         fail(NTE_FAIL);
     hash->running.reset(running);
-    return hashes.add(std::move(hash));
+    return handleOf(std::move(hash));
 }
 
 void verifyHash(Hash& hash, View signature, const Key& key) {
@@ -36,40 +36,32 @@ extern "C" {
 BOOL WINAPI CPCreateHash(HCRYPTPROV context, ALG_ID id, HCRYPTKEY key, DWORD flags, HCRYPTHASH* hash) {
     return entry([&] {
         expectNone(flags);
-        *hash = key ? (fail(NTE_BAD_KEY), 0) : create(objectOf(contexts, context).algorithm, id);
+        *hash = key ? (fail(NTE_BAD_KEY), 0) : create(objectOf<Context>(context).algorithm, id);
     });
 }
 
 BOOL WINAPI CPHashData(HCRYPTPROV, HCRYPTHASH handle, const BYTE* data, DWORD size, DWORD flags) {
     return entry([&] {
-        Hash& hash = objectOf(hashes, handle);
+        Hash& hash = objectOf<Hash>(handle);
         expectNone(flags);
-        if (!hash.value.empty())
-            fail(NTE_BAD_HASH_STATE);
         ::gcry_md_write(hash.running.get(), data, size);
     });
 }
 
 BOOL WINAPI CPDestroyHash(HCRYPTPROV, HCRYPTHASH hash) {
-    return entry([&] { hashes.remove(hash) ? void() : fail(NTE_BAD_HASH); });
+    return entry([&] { delete &objectOf<Hash>(hash); });
 }
 
-BOOL WINAPI CPGetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
+BOOL WINAPI CPGetHashParam(HCRYPTPROV, HCRYPTHASH hash, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
     return entry([&] {
-        Hash& hash = objectOf(hashes, handle);
-        if (which == HP_HASHVAL)
-            return give(buffer, size, hash.finish());
-        if (which != HP_HASHSIZE)
-            fail(NTE_BAD_TYPE);
-        give(buffer, size, viewOfStructure(static_cast<DWORD>(hash.algorithm->hashSize)));
+        give(buffer, size,
+             which == HP_HASHVAL ? objectOf<Hash>(hash).finish() : (fail(NTE_BAD_TYPE), Bytes()));
     });
 }
 
-BOOL WINAPI CPSetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD which, BYTE* value, DWORD) {
+BOOL WINAPI CPSetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD, BYTE* value, DWORD) {
     return entry([&] {
-        Hash& hash = objectOf(hashes, handle);
-        if (which != HP_HASHVAL)
-            fail(NTE_BAD_TYPE);
+        Hash& hash = objectOf<Hash>(handle);
         hash.value.assign(value, value + hash.algorithm->hashSize);
     });
 }
@@ -78,11 +70,10 @@ BOOL WINAPI CPSignHash(HCRYPTPROV context, HCRYPTHASH hash, DWORD spec, LPCWSTR 
                        BYTE* buffer, DWORD* size) {
     return entry([&] {
         expectNone(flags || description);
-        const auto key = loadKey(objectOf(contexts, context), spec);
+        const auto key = loadKey(objectOf<Context>(context), spec);
         if (!buffer)
             return give(buffer, size, key->pair.publicHalf);  // as long as a signature
-        give(buffer, size,
-             reversed(sign(key->pair.curve, key->pair.secret, objectOf(hashes, hash).finish())));
+        give(buffer, size, reversed(sign(key->pair.curve, key->pair.secret, objectOf<Hash>(hash).finish())));
     });
 }
 
@@ -90,7 +81,7 @@ BOOL WINAPI CPVerifySignature(HCRYPTPROV, HCRYPTHASH hash, const BYTE* signature
                               LPCWSTR description, DWORD flags) {
     return entry([&] {
         expectNone(flags || description);
-        verifyHash(objectOf(hashes, hash), View(signature, size), objectOf(keys, key));
+        verifyHash(objectOf<Hash>(hash), View(signature, size), objectOf<Key>(key));
     });
 }
 

@@ -18,13 +18,8 @@ Bytes keyInfoOf(const CERT_PUBLIC_KEY_INFO& info) {
         tlv(Tag::bitString, Bytes{static_cast<std::uint8_t>(key.cUnusedBits)}, View(key.pbData, key.cbData)));
 }
 
-// The context that was given where it is of the key's kind, else one for all that is public.
-HCRYPTPROV contextFor(const Algorithm& algorithm, HCRYPTPROV given) {
-    DWORD type = 0;
-    DWORD size = sizeof type;
-    if (given && ::CryptGetProvParam(given, PP_PROVTYPE, reinterpret_cast<BYTE*>(&type), &size, 0) &&
-        type == algorithm.providerType)
-        return given;
+// A context for all that is public.
+HCRYPTPROV contextFor(const Algorithm& algorithm) {
     static HCRYPTPROV shared[std::size(algorithms)];
     HCRYPTPROV& context = shared[&algorithm - algorithms];
     if (!context)
@@ -126,13 +121,13 @@ BOOL WINAPI gostExportPublicKeyInfo(HCRYPTPROV context, DWORD spec, DWORD, LPSTR
     });
 }
 
-BOOL WINAPI gostImportPublicKeyInfo(HCRYPTPROV context, DWORD, CERT_PUBLIC_KEY_INFO* info, ALG_ID, DWORD,
-                                    void*, HCRYPTKEY* key) {
+BOOL WINAPI gostImportPublicKeyInfo(HCRYPTPROV, DWORD, CERT_PUBLIC_KEY_INFO* info, ALG_ID, DWORD, void*,
+                                    HCRYPTKEY* key) {
     return entry([&] {
         const Bytes der = keyInfoOf(*info);
         const Algorithm& algorithm = *readPublicKeyInfo(der).algorithm;
         const Bytes blob = keyBlob(PUBLICKEYBLOB, algorithm.keyId, der);
-        must(::CryptImportKey(contextFor(algorithm, context), blob.data(), lengthOf(blob), 0, 0, key));
+        must(::CryptImportKey(contextFor(algorithm), blob.data(), lengthOf(blob), 0, 0, key));
     });
 }
 

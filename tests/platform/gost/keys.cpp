@@ -1,8 +1,6 @@
 // Keys: making, finding, importing, exporting, and encrypting with them.
 #include "provider.h"
 
-#include <cstring>
-
 namespace Corvane::Platform::Gost {
 namespace {
 
@@ -33,7 +31,7 @@ void crypt(const Cipher& cipher, bool isEncryption, BYTE* data, std::size_t size
 
 // A private key under an agreed one, in the one direction or the other.
 Bytes underAgreed(HCRYPTKEY handle, View der, bool isEncryption) {
-    const Key& agreed = objectOf(keys, handle);
+    const Key& agreed = objectOf<Key>(handle);
     if (!agreed.wrapsKeys)
         fail(NTE_BAD_KEY);
     Bytes bytes = bytesOf(der);
@@ -60,26 +58,21 @@ std::unique_ptr<Key> generate(const Context& context, ALG_ID id, DWORD flags) {
 std::unique_ptr<Key> importPublic(KeyPair pair, HCRYPTKEY with) {
     if (!with)
         return keyWith(std::move(pair), true);
-    if (objectOf(keys, with).pair.secret.empty())
+    if (objectOf<Key>(with).pair.secret.empty())
         fail(NTE_BAD_KEY);
-    auto agreed = keyWith(agreeOn(objectOf(keys, with).pair, pair), false);
+    auto agreed = keyWith(agreeOn(objectOf<Key>(with).pair, pair), false);
     agreed->isAgreed = true;
     return agreed;
 }
 
 std::unique_ptr<Key> import(const Context& context, View bytes, HCRYPTKEY with, DWORD flags) {
-    BLOBHEADER head{};
-    if (bytes.size() < sizeof head)
-        fail(NTE_BAD_DATA);
-    std::memcpy(&head, bytes.data(), sizeof head);
+    const auto& head = *reinterpret_cast<const BLOBHEADER*>(bytes.data());
     const View content = bytes.subspan(sizeof head);
     const bool isExportable = (flags & CRYPT_EXPORTABLE) != 0;
     if (head.bType == SIMPLEBLOB)
         return keyWith(
-            receive(content, with ? objectOf(keys, with).pair : loadKey(context, AT_KEYEXCHANGE)->pair),
+            receive(content, with ? objectOf<Key>(with).pair : loadKey(context, AT_KEYEXCHANGE)->pair),
             isExportable);
-    if (head.bType != PUBLICKEYBLOB && head.bType != PRIVATEKEYBLOB)
-        fail(NTE_BAD_TYPE);
     const bool isPublic = head.bType == PUBLICKEYBLOB;
     KeyPair pair = isPublic ? readPublicKeyInfo(content)
                             : readPrivateKeyInfo(with ? underAgreed(with, content, false) : bytesOf(content));
@@ -95,15 +88,11 @@ std::unique_ptr<Key> import(const Context& context, View bytes, HCRYPTKEY with, 
 // Blobs of this provider are a header and the DER of what the type is: a SubjectPublicKeyInfo, a
 // PrivateKeyInfo, or a GostR3410-KeyTransport.
 Bytes exportKey(const Key& key, HCRYPTKEY with, DWORD type) {
-    if (key.isSession() != (type == SIMPLEBLOB))
-        fail(NTE_BAD_TYPE);
     if (type == SIMPLEBLOB)
-        return keyBlob(SIMPLEBLOB, cipherId, transport(key.session, objectOf(keys, with).pair));
+        return keyBlob(SIMPLEBLOB, cipherId, transport(key.session, objectOf<Key>(with).pair));
     const ALG_ID id = key.pair.algorithm->keyId;
     if (type == PUBLICKEYBLOB)
         return keyBlob(PUBLICKEYBLOB, id, publicKeyInfo(key.pair));
-    if (type != PRIVATEKEYBLOB)
-        fail(NTE_BAD_TYPE);
     if (key.pair.secret.empty() || !key.isExportable)
         fail(NTE_BAD_KEY_STATE);
     const Bytes der = privateKeyInfo(key.pair);
@@ -115,38 +104,29 @@ Bytes parameter(const Key& key, DWORD which) {
     DWORD number = 0;
     if (which == KP_ALGID)
         number = key.isSession() ? cipherId : key.pair.algorithm->keyId;
-    else if (!key.isSession())
-        fail(NTE_BAD_TYPE);
     else if (which == substitutionParameter)
         return {name.c_str(), name.c_str() + name.size() + 1};
     else if (which == KP_BLOCKLEN)
         number = 8 * blockSize;
-    else if (which == KP_MODE)
-        number = CRYPT_MODE_CFB;
     else
         fail(NTE_BAD_TYPE);
     return bytesOf(viewOfStructure(number));
 }
 
 void setParameter(const Context& context, Key& key, DWORD which, const BYTE* value) {
-    if (which == KP_IV && key.isSession()) {
+    if (which == KP_IV) {
         key.iv.assign(value, value + blockSize);
         key.running.reset();
-    } else if (which == substitutionParameter && key.isSession()) {
+    } else if (which == substitutionParameter) {
         key.session.substitution = reinterpret_cast<const char*>(value);
-    } else if (which == KP_ALGID && key.isAgreed) {
-        ALG_ID id = 0;
-        std::memcpy(&id, value, sizeof id);
-        key.wrapsKeys = id == context.algorithm->keyWrapId ? true : (fail(NTE_BAD_ALGID), false);
     } else {
-        fail(NTE_BAD_TYPE);
+        key.wrapsKeys = which == KP_ALGID && key.isAgreed &&
+                        *reinterpret_cast<const ALG_ID*>(value) == context.algorithm->keyWrapId;
     }
 }
 
 // The cipher feeds back its output, so that nothing is padded; the last piece puts it back to its start.
 void crypt(Key& key, bool isEncryption, bool isFinal, BYTE* data, DWORD size) {
-    if (!key.isSession())
-        fail(NTE_BAD_KEY);
     if (!key.running)
         key.running =
             openCipher(key.session.substitution, GCRY_CIPHER_MODE_CFB, true, key.session.key, key.iv);
@@ -164,37 +144,36 @@ using namespace Corvane::Platform::Gost;
 extern "C" {
 
 BOOL WINAPI CPGenKey(HCRYPTPROV context, ALG_ID id, DWORD flags, HCRYPTKEY* key) {
-    return entry([&] { *key = keys.add(generate(objectOf(contexts, context), id, flags)); });
+    return entry([&] { *key = handleOf(generate(objectOf<Context>(context), id, flags)); });
 }
 
 BOOL WINAPI CPGetUserKey(HCRYPTPROV context, DWORD spec, HCRYPTKEY* key) {
-    return entry([&] { *key = keys.add(loadKey(objectOf(contexts, context), spec)); });
+    return entry([&] { *key = handleOf(loadKey(objectOf<Context>(context), spec)); });
 }
 
 BOOL WINAPI CPDestroyKey(HCRYPTPROV, HCRYPTKEY key) {
-    return entry([&] { keys.remove(key) ? void() : fail(NTE_BAD_KEY); });
+    return entry([&] { delete &objectOf<Key>(key); });
 }
 
 BOOL WINAPI CPImportKey(HCRYPTPROV context, const BYTE* data, DWORD size, HCRYPTKEY with, DWORD flags,
                         HCRYPTKEY* key) {
-    return entry(
-        [&] { *key = keys.add(import(objectOf(contexts, context), View(data, size), with, flags)); });
+    return entry([&] { *key = handleOf(import(objectOf<Context>(context), View(data, size), with, flags)); });
 }
 
 BOOL WINAPI CPExportKey(HCRYPTPROV, HCRYPTKEY key, HCRYPTKEY with, DWORD type, DWORD flags, BYTE* buffer,
                         DWORD* size) {
     return entry([&] {
         expectNone(flags);
-        give(buffer, size, exportKey(objectOf(keys, key), with, type));
+        give(buffer, size, exportKey(objectOf<Key>(key), with, type));
     });
 }
 
 BOOL WINAPI CPGetKeyParam(HCRYPTPROV, HCRYPTKEY key, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
-    return entry([&] { give(buffer, size, parameter(objectOf(keys, key), which)); });
+    return entry([&] { give(buffer, size, parameter(objectOf<Key>(key), which)); });
 }
 
 BOOL WINAPI CPSetKeyParam(HCRYPTPROV context, HCRYPTKEY key, DWORD which, BYTE* value, DWORD) {
-    return entry([&] { setParameter(objectOf(contexts, context), objectOf(keys, key), which, value); });
+    return entry([&] { setParameter(objectOf<Context>(context), objectOf<Key>(key), which, value); });
 }
 
 // NOLINTBEGIN(readability-non-const-parameter): the system's declarations
@@ -202,7 +181,7 @@ BOOL WINAPI CPEncrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD
                       DWORD* size, DWORD) {
     return entry([&] {
         expectNone(flags);
-        crypt(objectOf(keys, key), true, isFinal, data, *size);
+        crypt(objectOf<Key>(key), true, isFinal, data, *size);
     });
 }
 
@@ -210,7 +189,7 @@ BOOL WINAPI CPDecrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD
                       DWORD* size) {
     return entry([&] {
         expectNone(flags);
-        crypt(objectOf(keys, key), false, isFinal, data, *size);
+        crypt(objectOf<Key>(key), false, isFinal, data, *size);
     });
 }
 // NOLINTEND(readability-non-const-parameter)

@@ -1,9 +1,9 @@
 // What the provider's handles stand for, and what its containers hold.
 #pragma once
 
-#include "../handles.h"
 #include "key_pair.h"
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -42,15 +42,14 @@ struct Hash {
     Bytes value;  // once it was asked for or set
 };
 
-// The open ones; a number that is none of them is refused.
-inline Handles<Context> contexts;
-inline Handles<Key> keys;
-inline Handles<Hash> hashes;
-
+// They are given out as their addresses.
 template <class Object>
-Object& objectOf(Handles<Object>& all, ULONG_PTR handle) {
-    Object* const object = all.find(handle);
-    return object ? *object : (fail(NTE_BAD_KEY), *object);
+Object& objectOf(ULONG_PTR handle) {
+    return *reinterpret_cast<Object*>(handle);
+}
+template <class Object>
+ULONG_PTR handleOf(std::unique_ptr<Object> object) {
+    return reinterpret_cast<ULONG_PTR>(object.release());
 }
 
 // The container's key. Fails with NTE_NO_KEY where there is none.

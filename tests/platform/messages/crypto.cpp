@@ -3,7 +3,6 @@
 #include "../gost/algorithms.h"
 #include "message.h"
 
-#include <cstring>
 #include <map>
 #include <mutex>
 
@@ -21,21 +20,10 @@ ALG_ID cipherNumber(const AlgorithmId& algorithm) {
     return number ? number : (fail(CRYPT_E_UNKNOWN_ALGO), number);
 }
 
-// The third number of a signature algorithm's ExtraInfo is the type of the provider that makes its hash.
-BOOL WINAPI takeProviderType(PCCRYPT_OID_INFO info, void* argument) {
-    auto& [hash, type] = *static_cast<std::pair<ALG_ID, DWORD>*>(argument);
-    constexpr std::size_t index = 2;
-    if (info->Algid != hash || info->ExtraInfo.cbData < (index + 1) * sizeof(DWORD))
-        return TRUE;
-    std::memcpy(&type, info->ExtraInfo.pbData + index * sizeof(DWORD), sizeof type);
-    return type == 0;
-}
-
 // Without keys; it stays open.
 HCRYPTPROV providerForHash(ALG_ID hash) {
-    std::pair<ALG_ID, DWORD> search{hash, 0};
-    ::CryptEnumOIDInfo(CRYPT_SIGN_ALG_OID_GROUP_ID, 0, &search, takeProviderType);
-    const DWORD type = search.second ? search.second : PROV_RSA_AES;
+    const auto* const own = std::ranges::find(Gost::algorithms, hash, &Gost::Algorithm::hashId);
+    const DWORD type = own != std::end(Gost::algorithms) ? own->providerType : PROV_RSA_AES;
     static std::mutex mutex;
     static std::map<DWORD, HCRYPTPROV> open;
     const std::lock_guard lock(mutex);
@@ -48,11 +36,6 @@ HCRYPTPROV providerForHash(ALG_ID hash) {
 CryptHash makeHash(HCRYPTPROV provider, ALG_ID algorithm, const Bytes* value = nullptr) {
     CryptHash hash;
     must(::CryptCreateHash(provider, algorithm, 0, 0, hash.put()));
-    const auto size = [&](BYTE* number, DWORD* room) {
-        return ::CryptGetHashParam(hash.get(), HP_HASHSIZE, number, room, 0);
-    };
-    if (value && numberOf(size) != value->size())
-        fail(NTE_BAD_HASH);
     if (value)
         must(::CryptSetHashParam(hash.get(), HP_HASHVAL, value->data(), 0));
     return hash;
@@ -75,8 +58,6 @@ AlgorithmId AlgorithmId::read(Reader reader) {
 }
 
 AlgorithmId AlgorithmId::of(const CRYPT_ALGORITHM_IDENTIFIER& algorithm) {
-    if (!algorithm.pszObjId)
-        fail(E_INVALIDARG);
     return {algorithm.pszObjId, bytesOf(viewOf(algorithm.Parameters))};
 }
 
@@ -115,14 +96,11 @@ Bytes digestOf(ALG_ID algorithm, View bytes) {
     return digest.value();
 }
 
-Bytes signDigest(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, const Bytes* digest) {
-    const CryptHash hash = makeHash(provider, algorithm, digest);
-    DWORD size = 0;
-    must(::CryptSignHashW(hash.get(), spec, nullptr, 0, nullptr, &size));
-    Bytes signature(size);
-    if (digest)
-        must(::CryptSignHashW(hash.get(), spec, nullptr, 0, signature.data(), &size));
-    return reversed(signature);
+Bytes signDigest(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, const Bytes& digest) {
+    const CryptHash hash = makeHash(provider, algorithm, &digest);
+    return reversed(filled([&](BYTE* buffer, DWORD* size) {
+        return ::CryptSignHashW(hash.get(), spec, nullptr, 0, buffer, size);
+    }));
 }
 
 void verifyDigest(const CERT_PUBLIC_KEY_INFO& key, ALG_ID algorithm, View digest, View signature) {
@@ -196,14 +174,7 @@ CryptKey importContentKey(HCRYPTPROV provider, DWORD spec, const AlgorithmId& co
 }
 
 ContentCipher::ContentCipher(CryptKey key, bool isEncryption)
-    : key_(std::move(key)),
-      isEncryption_(isEncryption),
-      isPadded_(keyNumber(key_.get(), KP_MODE) == CRYPT_MODE_CBC),
-      block_(blockSize(key_.get())) {}
-
-std::uint64_t ContentCipher::encryptedSize(std::uint64_t size) const {
-    return isPadded_ ? (size / block_ + 1) * block_ : size;
-}
+    : key_(std::move(key)), isEncryption_(isEncryption), block_(blockSize(key_.get())) {}
 
 Bytes ContentCipher::process(View bytes, bool isFinal) {
     append(waiting_, bytes);
@@ -222,8 +193,6 @@ Bytes ContentCipher::process(View bytes, bool isFinal) {
         must(::CryptEncrypt(key_.get(), 0, isFinal, 0, work.data(), &length, lengthOf(work)));
     } else if (length > 0) {
         must(::CryptDecrypt(key_.get(), 0, isFinal, 0, work.data(), &length));
-    } else if (isPadded_) {
-        fail(NTE_BAD_DATA);  // without padding
     }
     work.resize(length);
     return work;

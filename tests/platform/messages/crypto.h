@@ -1,5 +1,4 @@
-// Hashes, signatures, ciphers and keys by the system's providers, chosen as Windows does: by what is
-// registered for an algorithm's identifier.
+// Hashes, signatures, ciphers and keys by the system's providers and those of GOST.
 #pragma once
 
 #include "../failure.h"  // before other headers that declare crypt32
@@ -27,8 +26,7 @@ struct AlgorithmId {
 // 0 where there is none.
 ALG_ID hashNumber(const std::string& oid);
 
-// A running hash, made in `provider` or where the algorithm is known: in the system's own provider, or in one
-// of the type that a registered signature algorithm names. Fails with CRYPT_E_UNKNOWN_ALGO.
+// A running hash, made in `provider` or in one that knows the algorithm. Fails with CRYPT_E_UNKNOWN_ALGO.
 class Digest {
 public:
     explicit Digest(ALG_ID algorithm, HCRYPTPROV provider = 0);
@@ -43,8 +41,8 @@ private:
 
 Bytes digestOf(ALG_ID algorithm, View bytes);
 
-// Signatures are big-endian, as messages have them. Without a digest only the size is right.
-Bytes signDigest(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, const Bytes* digest);
+// Signatures are big-endian, as messages have them.
+Bytes signDigest(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, const Bytes& digest);
 // Fails with NTE_BAD_SIGNATURE.
 void verifyDigest(const CERT_PUBLIC_KEY_INFO& key, ALG_ID algorithm, View digest, View signature);
 
@@ -61,12 +59,10 @@ public:
     ContentCipher(CryptKey key, bool isEncryption);
     // The output for what came; a part of a block waits for more.
     Bytes process(View bytes, bool isFinal);
-    // Of content of that size when it is encrypted.
-    std::uint64_t encryptedSize(std::uint64_t size) const;
 
 private:
     CryptKey key_;
-    bool isEncryption_, isPadded_;
+    bool isEncryption_;
     std::size_t block_;  // in bytes
     Bytes waiting_;
 };

@@ -107,10 +107,6 @@ public:
     virtual void readContent(View bytes) = 0;
     // What follows the content.
     virtual void readEnd(Cursor& cursor) = 0;
-    // All was read, with the content of a detached message.
-    virtual void finish() = 0;
-    // Whether a parameter can be told when the head was read.
-    virtual bool isEarly(DWORD parameter) const = 0;
     virtual void parameter(DWORD type, DWORD index, Answer& answer) = 0;
     virtual void control(DWORD type, const void* argument) = 0;
 
@@ -156,17 +152,12 @@ public:
             const Element element = cursor.next();
             if (element.tag == Tag::within(0))
                 parts_.certificates = elementsOf(element.content);
-            else if (element.tag == Tag::within(1))
-                parts_.crls = bytesOf(element.whole);
             else if (element.tag == Tag::set)
                 parts_.signers = elementsOf(element.content);
             else
                 throw BerError("an unknown part of signed data");
         }
     }
-
-    void finish() override { sink_.put({}, true); }
-    bool isEarly(DWORD parameter) const override { return parameter == CMSG_TYPE_PARAM; }
 
     void parameter(DWORD type, DWORD index, Answer& answer) override {
         switch (type) {
@@ -192,18 +183,12 @@ public:
     }
 
     void control(DWORD type, const void* argument) override {
-        switch (type) {
-            case CMSG_CTRL_VERIFY_SIGNATURE_EX:
-                return verify(*static_cast<const CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA*>(argument));
-            case CMSG_CTRL_ADD_SIGNER:
-                return addSigner(NewSigner(*static_cast<const CMSG_SIGNER_ENCODE_INFO*>(argument)));
-            case CMSG_CTRL_ADD_CERT:
-                parts_.certificates.push_back(
-                    bytesOf(viewOf(*static_cast<const CRYPT_DATA_BLOB*>(argument))));
-                return;
-            default:
-                fail(CRYPT_E_CONTROL_TYPE);
-        }
+        if (type == CMSG_CTRL_VERIFY_SIGNATURE_EX)
+            verify(*static_cast<const CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA*>(argument));
+        else if (type == CMSG_CTRL_ADD_SIGNER)
+            addSigner(NewSigner(*static_cast<const CMSG_SIGNER_ENCODE_INFO*>(argument)));
+        else
+            parts_.certificates.push_back(bytesOf(viewOf(*static_cast<const CRYPT_DATA_BLOB*>(argument))));
     }
 
 private:
@@ -247,7 +232,7 @@ private:
 
     void addSigner(const NewSigner& signer) {
         const Bytes digest = contentDigest(signer.number);
-        parts_.signers.push_back(signer.signerInfo(&digest));
+        parts_.signers.push_back(signer.signerInfo(digest));
         parts_.addDigest(signer.hash);
     }
 
@@ -256,11 +241,7 @@ private:
             fail(CRYPT_E_INVALID_MSG_TYPE);
         Layout layout = parts_.layout();
         layout.hasContent = hasContent_;
-        const Bytes after = parts_.after();
-        Bytes whole = layout.start(sink_.collected().size(), after.size());
-        if (hasContent_)
-            append(whole, sink_.collected());
-        return append(whole, after);
+        return layout.whole(sink_.collected(), parts_.after());
     }
 
     SignedParts parts_;
@@ -272,8 +253,6 @@ public:
     using Body::Body;
 
     bool readHead(Cursor& cursor) override {
-        if (cursor.isNext(Tag::within(0)))
-            cursor.next();
         recipients_ = elementsOf(cursor.next().content);
         cursor.enter(Tag::sequence);
         cursor.next();  // the content's type
@@ -293,23 +272,17 @@ public:
 
     void readEnd(Cursor& cursor) override {
         cursor.leave();
-        while (!cursor.atEnd())
-            cursor.next();
-    }
-
-    void finish() override {
         isWhole_ = true;
         if (cipher_)
             decryptQueue();
     }
-    bool isEarly(DWORD) const override { return true; }
 
     void parameter(DWORD type, DWORD index, Answer& answer) override {
         switch (type) {
             case CMSG_TYPE_PARAM:
                 return answer.give(CMSG_ENVELOPED);
             case CMSG_CONTENT_PARAM:
-                return answer.give(cipher_ ? sink_.collected() : queue_);
+                return answer.give(sink_.collected());
             case CMSG_ENVELOPE_ALGORITHM_PARAM:
                 return answer.build([&](Flat& flat) {
                     auto& algorithm = flat.make<CRYPT_ALGORITHM_IDENTIFIER>();
@@ -324,11 +297,7 @@ public:
         }
     }
 
-    void control(DWORD type, const void* argument) override {
-        if (type != CMSG_CTRL_KEY_TRANS_DECRYPT)
-            fail(CRYPT_E_CONTROL_TYPE);
-        if (cipher_)
-            fail(CRYPT_E_ALREADY_DECRYPTED);
+    void control(DWORD, const void* argument) override {
         const auto& how = *static_cast<const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA*>(argument);
         Reader reader = Reader(at(recipients_, how.dwRecipientIndex)).enter(Tag::sequence);
         reader.next(Tag::integer);
@@ -359,7 +328,7 @@ private:
     }
 
     void decryptQueue() {
-        sink_.put(cipher_->process(queue_, isWhole_), isWhole_);
+        sink_.put(cipher_->process(queue_, isWhole_));
         queue_ = {};
     }
 
@@ -375,32 +344,19 @@ public:
     Decoder(bool isDetached, const CMSG_STREAM_INFO* stream) : Message(stream), isDetached_(isDetached) {}
 
     void update(View bytes, bool isFinal) override {
-        if (isComplete_)
+        if (phase_ != Phase::whole)
+            return read(bytes, isFinal);
+        if (hasContent_ || !isDetached_)
             fail(CRYPT_E_MSG_ERROR);
-        const bool isDataAlone = phase_ == Phase::whole;
-        if (isDataAlone)
-            body_->readContent(bytes);
-        else
-            read(bytes, isFinal);
-        isComplete_ = isFinal && (isDataAlone || hasContent_ || !isDetached_);
-        if (isComplete_)
-            body_->finish();
+        body_->readContent(bytes);
     }
-    void parameter(DWORD type, DWORD index, Answer answer) override {
-        body(body_ && body_->isEarly(type)).parameter(type, index, answer);
-    }
-    void control(DWORD type, const void* argument) override {
-        body(body_ && body_->isEarly(0)).control(type, argument);
-    }
+    void parameter(DWORD type, DWORD index, Answer answer) override { body().parameter(type, index, answer); }
+    void control(DWORD type, const void* argument) override { body().control(type, argument); }
 
 private:
     enum class Phase { head, content, end, whole };
 
-    Body& body(bool isReady) const {
-        if (!isReady && phase_ != Phase::whole)
-            fail(sink_.isStream() ? CRYPT_E_STREAM_MSG_NOT_READY : CRYPT_E_INVALID_MSG_TYPE);
-        return *body_;
-    }
+    Body& body() const { return body_ ? *body_ : (fail(CRYPT_E_STREAM_MSG_NOT_READY), *body_); }
 
     void read(View bytes, bool isFinal) {
         append(pending_, bytes);
@@ -457,7 +413,7 @@ private:
         }
     }
 
-    bool isDetached_, hasContent_ = false, isComplete_ = false;
+    bool isDetached_, hasContent_ = false;
     Phase phase_ = Phase::head;
     std::unique_ptr<Body> body_;
     Cursor cursor_;

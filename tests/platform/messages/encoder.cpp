@@ -13,39 +13,28 @@ public:
     using Message::Message;
 
     // Of a message that is no stream.
-    void parameter(DWORD type, DWORD, Answer answer) override {
-        type == CMSG_CONTENT_PARAM ? answer.give(sink_.collected()) : fail(CRYPT_E_INVALID_MSG_TYPE);
-    }
+    void parameter(DWORD, DWORD, Answer answer) override { answer.give(sink_.collected()); }
 
-    // A whole message is made in one piece; so Windows wants its content.
     void update(View bytes, bool isFinal) override {
-        if (isFinished_ || (!sink_.isStream() && !isFinal))
-            fail(CRYPT_E_MSG_ERROR);
-        if (!isBegun_) {
-            const DWORD size = sink_.isStream() ? sink_.announced() : lengthOf(bytes);
-            layout_.isIndefinite = sink_.isStream() && size == CMSG_INDEFINITE_LENGTH && layout_.hasContent;
-            sink_.put(layout_.start(layout_.isIndefinite ? 0 : outputSize(size), end(false).size()));
-        }
         const Bytes output = process(bytes, isFinal);
-        if (layout_.hasContent)
-            sink_.put(layout_.piece(output));
-        isBegun_ = true;
-        isFinished_ = isFinal;
+        if (!sink_.isStream())
+            return sink_.put(layout_.whole(output, end()));
+        if (!std::exchange(isBegun_, true))
+            sink_.put(layout_.start());
+        sink_.put(layout_.piece(output));
         if (isFinal)
-            sink_.put(layout_.end(end(true)), true);
+            sink_.put(layout_.end(end()));
     }
 
 protected:
-    // What becomes of the content, and of content of that size.
+    // What becomes of the content, and what follows it.
     virtual Bytes process(View bytes, bool isFinal) = 0;
-    virtual std::uint64_t outputSize(std::uint64_t size) const { return size; }
-    // What follows it. Before it is known only the size is right.
-    virtual Bytes end(bool isKnown) = 0;
+    virtual Bytes end() = 0;
 
     Layout layout_;
 
 private:
-    bool isBegun_ = false, isFinished_ = false;
+    bool isBegun_ = false;
 };
 
 class SignedEncoder : public Encoder {
@@ -69,11 +58,9 @@ private:
             digest.add(bytes);
         return bytesOf(bytes);
     }
-    Bytes end(bool isKnown) override {
-        parts_.signers.clear();
+    Bytes end() override {
         for (const NewSigner& signer : signers_)
-            parts_.signers.push_back(
-                signer.signerInfo(isKnown ? &digests_.at(signer.number).value() : nullptr));
+            parts_.signers.push_back(signer.signerInfo(digests_.at(signer.number).value()));
         return parts_.after();
     }
 
@@ -105,45 +92,42 @@ public:
 
 private:
     Bytes process(View bytes, bool isFinal) override { return cipher_->process(bytes, isFinal); }
-    std::uint64_t outputSize(std::uint64_t size) const override { return cipher_->encryptedSize(size); }
-    Bytes end(bool) override { return {}; }
+    Bytes end() override { return {}; }
 
     std::optional<ContentCipher> cipher_;
 };
 
 }  // namespace
 
-Bytes Layout::start(std::uint64_t contentSize, std::size_t endSize) const {
-    Bytes start;
-    const auto within = [&](std::uint8_t tag, std::uint64_t later) {
-        Bytes around = isIndefinite ? Bytes{tag, indefinite} : header(tag, start.size() + later);
-        start = std::move(append(around, start));
-    };
-    const auto after = [&](const Bytes& front) { start.insert(start.begin(), front.begin(), front.end()); };
-    if (hasContent && !isImplicit)
-        within(isIndefinite ? Tag::octetString | Tag::constructed : Tag::octetString, contentSize);
+Bytes Layout::whole(View content, View after) const {
+    const Bytes string = !hasContent  ? Bytes()
+                         : isImplicit ? tlv(Tag::context(0), content)
+                                      : tlv(Tag::within(0), tlv(Tag::octetString, content));
+    const Bytes body = tlv(Tag::sequence, head, tlv(Tag::sequence, innerHead, string), after);
+    return tlv(Tag::sequence, type, tlv(Tag::within(0), body));
+}
+
+Bytes Layout::start() const {
+    Bytes start{Tag::sequence, indefinite};
+    append(start, type);
+    append(start, Bytes{Tag::within(0), indefinite, Tag::sequence, indefinite});
+    append(start, head);
+    append(start, Bytes{Tag::sequence, indefinite});
+    append(start, innerHead);
     if (hasContent)
-        within(isImplicit && !isIndefinite ? Tag::context(0) : Tag::within(0), contentSize);
-    const std::uint64_t later = hasContent ? contentSize : 0;
-    after(innerHead);
-    within(Tag::sequence, later);
-    after(head);
-    within(Tag::sequence, later + endSize);
-    within(Tag::within(0), later + endSize);
-    after(type);
-    within(Tag::sequence, later + endSize);
+        append(start, Bytes{Tag::within(0), indefinite});
+    if (hasContent && !isImplicit)
+        append(start, Bytes{Tag::octetString | Tag::constructed, indefinite});
     return start;
 }
 
 Bytes Layout::piece(View content) const {
-    return isIndefinite && !content.empty() ? tlv(Tag::octetString, content) : bytesOf(content);
+    return content.empty() || !hasContent ? Bytes() : tlv(Tag::octetString, content);
 }
 
 Bytes Layout::end(View after) const {
-    if (!isIndefinite)
-        return bytesOf(after);
     // The markers of the string, of [0] around it and of the inner element; and of the three outer elements.
-    Bytes rest((isImplicit ? 2 : 3) * endMarkerSize);
+    Bytes rest((hasContent ? isImplicit ? 2 : 3 : 1) * endMarkerSize);
     append(rest, after);
     rest.resize(rest.size() + 3 * endMarkerSize);
     return rest;

@@ -1,6 +1,5 @@
 #include "functions.h"
 
-#include "../handles.h"
 #include "message.h"
 
 #include <vector>
@@ -8,14 +7,9 @@
 namespace Corvane::Platform::Messages {
 namespace {
 
-// Messages that others opened are theirs: CryptQueryObject's, for instance.
-Handles<Message>& open() {
-    static Handles<Message> messages;
-    return messages;
-}
-
-Message* find(const void* handle) {
-    return open().find(reinterpret_cast<ULONG_PTR>(handle));
+// Nobody here has messages of the system's own.
+Message& messageOf(const void* handle) {
+    return *static_cast<Message*>(const_cast<void*>(handle));
 }
 
 Bytes parameter(Message& message, DWORD type, DWORD index = 0) {
@@ -47,66 +41,50 @@ HCRYPTMSG opened(DWORD encoding, Make make) {
     succeeds([&] {
         if (!(encoding & PKCS_7_ASN_ENCODING))
             fail(E_INVALIDARG);
-        handle = reinterpret_cast<HCRYPTMSG>(open().add(make()));
+        handle = make().release();
     });
     return handle;
 }
 
-HCRYPTMSG WINAPI openToEncode(DWORD encoding, DWORD flags, DWORD type, const void* info, LPSTR innerType,
+HCRYPTMSG WINAPI openToEncode(DWORD encoding, DWORD flags, DWORD type, const void* info, LPSTR,
                               PCMSG_STREAM_INFO stream) {
     return opened(encoding, [&] {
-        if (!info || innerType)
-            fail(E_INVALIDARG);
-        if (type == CMSG_SIGNED)
-            return encodeSigned(flags, *static_cast<const CMSG_SIGNED_ENCODE_INFO*>(info), stream);
-        if (type == CMSG_ENVELOPED)
-            return encodeEnveloped(*static_cast<const CMSG_ENVELOPED_ENCODE_INFO*>(info), stream);
-        fail(CRYPT_E_INVALID_MSG_TYPE);
+        return type == CMSG_SIGNED
+                   ? encodeSigned(flags, *static_cast<const CMSG_SIGNED_ENCODE_INFO*>(info), stream)
+                   : encodeEnveloped(*static_cast<const CMSG_ENVELOPED_ENCODE_INFO*>(info), stream);
     });
 }
 
-HCRYPTMSG WINAPI openToDecode(DWORD encoding, DWORD flags, DWORD type, HCRYPTPROV_LEGACY, PCERT_INFO,
+HCRYPTMSG WINAPI openToDecode(DWORD encoding, DWORD flags, DWORD, HCRYPTPROV_LEGACY, PCERT_INFO,
                               PCMSG_STREAM_INFO stream) {
-    return opened(encoding, [&] {
-        return type == 0 ? decode((flags & CMSG_DETACHED_FLAG) != 0, stream)
-                         : (fail(E_INVALIDARG), OwnedMessage());
-    });
+    return opened(encoding, [&] { return decode((flags & CMSG_DETACHED_FLAG) != 0, stream); });
 }
 
 BOOL WINAPI close(HCRYPTMSG handle) {
-    if (handle && !find(handle))
-        return ::CryptMsgClose(handle);
     const DWORD error = ::GetLastError();
-    open().remove(reinterpret_cast<ULONG_PTR>(handle));
+    delete static_cast<Message*>(handle);
     ::SetLastError(error);
     return TRUE;
 }
 
 BOOL WINAPI update(HCRYPTMSG handle, const BYTE* data, DWORD size, BOOL isFinal) {
-    Message* const message = find(handle);
-    return message ? succeeds([&] { message->update(View(data, size), isFinal != FALSE); })
-                   : ::CryptMsgUpdate(handle, data, size, isFinal);
+    return succeeds([&] { messageOf(handle).update(View(data, size), isFinal != FALSE); });
 }
 
 BOOL WINAPI getParam(HCRYPTMSG handle, DWORD type, DWORD index, void* buffer, DWORD* size) {
-    Message* const message = find(handle);
-    return message ? succeeds([&] { message->parameter(type, index, Answer(buffer, size)); })
-                   : ::CryptMsgGetParam(handle, type, index, buffer, size);
+    return succeeds([&] { messageOf(handle).parameter(type, index, Answer(buffer, size)); });
 }
 
-BOOL WINAPI control(HCRYPTMSG handle, DWORD flags, DWORD type, const void* argument) {
-    Message* const message = find(handle);
-    return message ? succeeds([&] { argument ? message->control(type, argument) : fail(E_INVALIDARG); })
-                   : ::CryptMsgControl(handle, flags, type, argument);
+BOOL WINAPI control(HCRYPTMSG handle, DWORD, DWORD type, const void* argument) {
+    return succeeds([&] { messageOf(handle).control(type, argument); });
 }
 
 HCERTSTORE WINAPI openStore(LPCSTR provider, DWORD encoding, HCRYPTPROV_LEGACY context, DWORD flags,
                             const void* argument) {
-    Message* const message = provider == CERT_STORE_PROV_MSG ? find(argument) : nullptr;
-    if (!message)
+    if (provider != CERT_STORE_PROV_MSG)
         return ::CertOpenStore(provider, encoding, context, flags, argument);
     HCERTSTORE store = nullptr;
-    succeeds([&] { store = storeOf(*message).detach(); });
+    succeeds([&] { store = storeOf(messageOf(argument)).detach(); });
     return store;
 }
 
@@ -124,6 +102,11 @@ PCCERT_CONTEXT WINAPI getSubjectCertificate(HCERTSTORE store, DWORD encoding, PC
     return keyIdentifier.cbData ? ::CertFindCertificateInStore(store, encoding, 0, CERT_FIND_KEY_IDENTIFIER,
                                                                &keyIdentifier, nullptr)
                                 : ::CertGetSubjectCertificateFromStore(store, encoding, id);
+}
+
+void makeAtOnce(Message& message, View content, BYTE* buffer, DWORD* size) {
+    message.update(content, true);
+    message.parameter(CMSG_CONTENT_PARAM, 0, Answer(buffer, size));
 }
 
 // One that was read, and is signed.
@@ -155,6 +138,35 @@ void verifySigner(const CRYPT_VERIFY_MESSAGE_PARA& how, Message& message, DWORD 
     message.control(CMSG_CTRL_VERIFY_SIGNATURE_EX, &argument);
     if (signer)
         *signer = certificate.detach();
+}
+
+BOOL WINAPI signMessage(PCRYPT_SIGN_MESSAGE_PARA how, BOOL isDetached, DWORD count, const BYTE* data[],
+                        DWORD sizes[], BYTE* buffer, DWORD* size) {
+    return succeeds([&] {
+        std::vector<CRYPT_DATA_BLOB> certificates;
+        for (const CERT_CONTEXT* one : std::span(how->rgpMsgCert, how->cMsgCert))
+            certificates.push_back({one->cbCertEncoded, one->pbCertEncoded});
+        CMSG_SIGNER_ENCODE_INFO signer{};
+        signer.pCertInfo = how->pSigningCert->pCertInfo;
+        signer.HashAlgorithm = how->HashAlgorithm;
+        signer.cAuthAttr = how->cAuthAttr;
+        signer.cUnauthAttr = how->cUnauthAttr;
+        CryptProvider owned;
+        BOOL isOwned = FALSE;
+        must(::CryptAcquireCertificatePrivateKey(how->pSigningCert, 0, nullptr, &signer.hCryptProv,
+                                                 &signer.dwKeySpec, &isOwned));
+        if (isOwned)
+            owned.attach(signer.hCryptProv);
+        CMSG_SIGNED_ENCODE_INFO info{};
+        info.cSigners = 1;
+        info.rgSigners = &signer;
+        info.cCertEncoded = how->cMsgCert;
+        info.rgCertEncoded = certificates.data();
+        Bytes content;
+        for (DWORD i = 0; i < count; ++i)
+            append(content, View(data[i], sizes[i]));
+        makeAtOnce(*encodeSigned(isDetached ? CMSG_DETACHED_FLAG : 0, info, nullptr), content, buffer, size);
+    });
 }
 
 BOOL WINAPI verifyMessageSignature(PCRYPT_VERIFY_MESSAGE_PARA how, DWORD index, const BYTE* bytes,
@@ -193,16 +205,14 @@ BOOL WINAPI encryptMessage(PCRYPT_ENCRYPT_MESSAGE_PARA how, DWORD count, PCCERT_
                            const BYTE* data, DWORD dataSize, BYTE* buffer, DWORD* size) {
     return succeeds([&] {
         std::vector<PCERT_INFO> infos;
-        for (DWORD i = 0; i < count; ++i)
-            infos.push_back(recipients[i]->pCertInfo);
+        for (const CERT_CONTEXT* one : std::span(recipients, count))
+            infos.push_back(one->pCertInfo);
         CMSG_ENVELOPED_ENCODE_INFO info{};
         info.hCryptProv = how->hCryptProv;
         info.ContentEncryptionAlgorithm = how->ContentEncryptionAlgorithm;
         info.cRecipients = count;
         info.rgpRecipients = infos.data();
-        const OwnedMessage message = encodeEnveloped(info, nullptr);
-        message->update({data, dataSize}, true);
-        message->parameter(CMSG_CONTENT_PARAM, 0, Answer(buffer, size));
+        makeAtOnce(*encodeEnveloped(info, nullptr), {data, dataSize}, buffer, size);
     });
 }
 
@@ -244,6 +254,7 @@ std::span<const Replacement> replacements() {
         by("CryptMsgOpenToDecode", openToDecode),
         by("CryptMsgOpenToEncode", openToEncode),
         by("CryptMsgUpdate", update),
+        by("CryptSignMessage", signMessage),
         by("CryptVerifyDetachedMessageSignature", verifyDetachedMessageSignature),
         by("CryptVerifyMessageSignature", verifyMessageSignature),
     };

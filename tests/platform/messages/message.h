@@ -58,10 +58,7 @@ private:
 // The buffer and size that a caller passed: a size first, then what it asks for.
 class Answer {
 public:
-    Answer(void* buffer, DWORD* size) : buffer_(buffer), size_(size) {
-        if (!size)
-            fail(E_INVALIDARG);
-    }
+    Answer(void* buffer, DWORD* size) : buffer_(buffer), size_(size) {}
 
     void give(View bytes) {
         if (fits(bytes.size()))
@@ -104,16 +101,15 @@ public:
     explicit Sink(const CMSG_STREAM_INFO* stream) : stream_(stream ? *stream : CMSG_STREAM_INFO{}) {}
 
     bool isStream() const { return stream_.pfnStreamOutput != nullptr; }
-    DWORD announced() const { return stream_.cbContent; }
     const Bytes& collected() const { return collected_; }
 
     // Fails with the code that the caller's function leaves when it refuses.
-    void put(View bytes, bool isFinal = false) {
+    void put(View bytes) {
         if (!isStream())
             append(collected_, bytes);
-        else if (!bytes.empty() || isFinal)
+        else if (!bytes.empty())
             must(stream_.pfnStreamOutput(stream_.pvArg, const_cast<BYTE*>(bytes.data()), lengthOf(bytes),
-                                         isFinal));
+                                         FALSE));
     }
 
 private:
@@ -128,11 +124,9 @@ public:
     Message& operator=(const Message&) = delete;
     virtual ~Message() = default;
 
-    // One after the end fails with CRYPT_E_MSG_ERROR.
     virtual void update(View bytes, bool isFinal) = 0;
     virtual void parameter(DWORD type, DWORD index, Answer answer) = 0;
-    // Messages that are encoded take no control.
-    virtual void control(DWORD, const void*) { fail(E_INVALIDARG); }
+    virtual void control(DWORD, const void*) {}
 
 protected:
     Sink sink_;
@@ -144,17 +138,17 @@ OwnedMessage encodeSigned(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, cons
 OwnedMessage encodeEnveloped(const CMSG_ENVELOPED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream);
 OwnedMessage decode(bool isDetached, const CMSG_STREAM_INFO* stream);
 
-// The shape that signed and enveloped messages share: a head, content in one octet string, and an end.
-// Lengths are definite, or those of the outer elements are not and the content comes in pieces.
+// The shape that signed and enveloped messages share: a head, content in one octet string, and an end. In a
+// stream the outer elements are of indefinite length, and the content comes in pieces.
 struct Layout {
     Bytes type;               // of the message
     Bytes head;               // what stands before the inner element with the content
     Bytes innerHead;          // what stands before the content in it
     bool isImplicit = false;  // the content has the tag [0] itself
     bool hasContent = true;   // else there is not even an empty one
-    bool isIndefinite = false;
 
-    Bytes start(std::uint64_t contentSize, std::size_t endSize) const;
+    Bytes whole(View content, View after) const;
+    Bytes start() const;
     Bytes piece(View content) const;
     Bytes end(View after) const;
 };

@@ -1,6 +1,7 @@
 // Puts the stand-ins into the import tables of every module that is not the system's: of those that are there
 // when this DLL is loaded, and of those that come later.
 #include "../import_slots.h"
+#include "../own_module.h"
 #include "functions.h"
 
 #include <psapi.h>
@@ -10,8 +11,6 @@
 namespace Corvane::Platform::Messages {
 namespace {
 
-HMODULE ownModule;
-
 void patch(HMODULE module) {
     wchar_t path[MAX_PATH];
     wchar_t windows[MAX_PATH];
@@ -19,7 +18,7 @@ void patch(HMODULE module) {
     ::GetModuleFileNameW(module, path, MAX_PATH);
     const bool isSystem = ::CompareStringOrdinal(path, static_cast<int>(length), windows,
                                                  static_cast<int>(length), TRUE) == CSTR_EQUAL;
-    if (isSystem || module == ownModule)
+    if (isSystem || module == ownModule())
         return;
     Test::forEachImport(module, [](std::string_view name, void*& slot) {
         const auto found = std::ranges::find(replacements(), name, &Replacement::name);
@@ -60,7 +59,6 @@ void patchAll() {
 // The module stays for the process's life: import tables point into it.
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
     if (reason == DLL_PROCESS_ATTACH) {
-        Corvane::Platform::Messages::ownModule = module;
         HMODULE pinned = nullptr;
         ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
                              reinterpret_cast<LPCWSTR>(module), &pinned);

@@ -73,8 +73,8 @@ struct NewSigner {
         if (!number)
             fail(CRYPT_E_UNKNOWN_ALGO);
     }
-    // SignerInfo for content of that digest. Without one only the size is right.
-    Bytes signerInfo(const Bytes* digest) const {
+    // SignerInfo for content of that digest.
+    Bytes signerInfo(const Bytes& digest) const {
         return tlv(Tag::sequence, integer(1), identity.der(), hash.der(), signature.der(),
                    tlv(Tag::octetString, signDigest(provider, spec, number, digest)));
     }
@@ -136,7 +136,6 @@ struct SignedParts {
     std::vector<AlgorithmId> digests;
     std::string contentType = Oid::data;
     std::vector<Bytes> certificates, signers;
-    Bytes crls;
 
     void addDigest(const AlgorithmId& algorithm) {
         if (std::ranges::find(digests, algorithm.oid, &AlgorithmId::oid) == digests.end())
@@ -158,7 +157,6 @@ struct SignedParts {
         for (const Bytes& signer : signers)
             append(all[1], signer);
         Bytes rest = all[0].empty() ? Bytes() : tlv(Tag::within(0), all[0]);
-        append(rest, crls);
         return append(rest, tlv(Tag::set, all[1]));
     }
 };

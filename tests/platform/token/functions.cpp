@@ -6,7 +6,6 @@
 #include "settings.h"
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 #include <span>
 #include <type_traits>
@@ -269,17 +268,8 @@ CK_RV entry(Arguments... arguments) {
     });
 }
 
-CK_RV unsupported() {
-    return CKR_FUNCTION_NOT_SUPPORTED;
-}
-
 CK_FUNCTION_LIST makeFunctions() {
     CK_FUNCTION_LIST list{};
-    // What is not there says so.
-    auto* const slots = reinterpret_cast<unsigned char*>(&list) + sizeof list.version;
-    void* const none = reinterpret_cast<void*>(&unsupported);
-    for (std::size_t at = 0; at + sizeof none <= sizeof list - sizeof list.version; at += sizeof none)
-        std::memcpy(slots + at, &none, sizeof none);
     list.version = {2, 20};
     list.C_Initialize = entry<"C_Initialize", initialize>;
     list.C_Finalize = entry<"C_Finalize", finalize>;

@@ -1,18 +1,14 @@
 #include "settings.h"
 
+#include "../own_module.h"
+
 #include <cstdio>
-#include <string_view>
 
 namespace Corvane::Platform {
 
 std::wstring besideModule(const wchar_t* extension) {
-    // Asking the loader for the module by a function's address would wait for it where a test hangs in it.
-    MEMORY_BASIC_INFORMATION memory{};
-    ::VirtualQuery(reinterpret_cast<const void*>(&besideModule), &memory, sizeof memory);
-    wchar_t path[1024];
-    ::GetModuleFileNameW(static_cast<HMODULE>(memory.AllocationBase), path, 1024);
-    const std::wstring_view whole = path;
-    return std::wstring(whole.substr(0, whole.rfind(L'.'))) + extension;
+    const std::wstring whole = ownPath();
+    return whole.substr(0, whole.rfind(L'.')) + extension;
 }
 
 std::wstring setting(const wchar_t* section, const wchar_t* name, const wchar_t* otherwise) {
