@@ -85,7 +85,7 @@ void acquire(HCRYPTPROV* handle, const char* name, DWORD flags, const ProviderCa
         CRYPT_VERIFYCONTEXT | CRYPT_NEWKEYSET | CRYPT_DELETEKEYSET | CRYPT_MACHINE_KEYSET | CRYPT_SILENT;
     expectNone(flags & ~known);
     auto context = std::make_unique<Context>();
-    context->algorithm = findByType(callbacks.providerType);
+    context->algorithm = findAlgorithm(callbacks.providerType, &Algorithm::providerType);
     if ((flags & CRYPT_VERIFYCONTEXT) != CRYPT_VERIFYCONTEXT)
         context->container = openContainer(name, flags);
     if (flags & CRYPT_DELETEKEYSET)

@@ -1,4 +1,7 @@
-// Puts keys that OpenSSL's GOST engine made, with their certificates, where the component finds them.
+// gostimport CERTIFICATE.pem KEY.pem [CERTIFICATE.pem KEY.pem]...
+// Puts keys that OpenSSL's GOST engine made (PKCS #8, without a password) into containers of the current user
+// that are named after the certificates' files, and the certificates into "My". The providers are to be
+// registered before.
 #include "algorithms.h"
 #include "core/handles.h"
 
@@ -11,11 +14,6 @@ namespace {
 
 using namespace Corvane::Platform;
 using namespace Corvane::Platform::Gost;
-
-constexpr char help[] = R"(usage: gostimport CERTIFICATE.pem KEY.pem [CERTIFICATE.pem KEY.pem]...
-Puts each key (PKCS #8, without a password) into a container of the current user that is named after the certificate's
-file, and the certificate into "My". The providers are to be registered before.
-)";
 
 Bytes readPem(const wchar_t* path) {
     std::ifstream file{std::filesystem::path(path)};
@@ -45,9 +43,8 @@ void importPair(const wchar_t* certificatePath, const wchar_t* keyPath) {
     const Corvane::CertificateContext certificate(
         must(::CertCreateCertificateContext(X509_ASN_ENCODING, encoded.data(), lengthOf(encoded))));
     const Algorithm* algorithm =
-        findByKeyOid(certificate.get()->pCertInfo->SubjectPublicKeyInfo.Algorithm.pszObjId);
-    if (!algorithm)
-        fail(NTE_BAD_ALGID);
+        findAlgorithm(std::string_view(certificate.get()->pCertInfo->SubjectPublicKeyInfo.Algorithm.pszObjId),
+                      &Algorithm::keyOid);
     std::wstring container = L"corvane-" + std::filesystem::path(certificatePath).stem().wstring();
     std::wstring provider = algorithm->provider;
     importKey(*algorithm, container, readPem(keyPath));
@@ -63,11 +60,7 @@ void importPair(const wchar_t* certificatePath, const wchar_t* keyPath) {
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
-    if (count < 3 || count % 2 == 0) {
-        std::fputs(help, stdout);
-        return 2;
-    }
-    for (int at = 1; at < count; at += 2) {
+    for (int at = 1; at + 1 < count; at += 2) {
         if (!entry([&] { importPair(arguments[at], arguments[at + 1]); })) {
             std::fprintf(stderr, "gostimport: %ls: error 0x%lX\n", arguments[at], ::GetLastError());
             return 1;

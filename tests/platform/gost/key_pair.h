@@ -33,7 +33,8 @@ inline Bytes algorithmIdentifier(const KeyPair& key) {
 
 inline KeyPair readAlgorithm(Reader reader) {
     KeyPair key;
-    key.algorithm = findByKeyOid(oidText(reader.next(Tag::oid).content));
+    key.algorithm =
+        findAlgorithm(std::string_view(oidText(reader.next(Tag::oid).content)), &Algorithm::keyOid);
     if (!key.algorithm)
         fail(NTE_BAD_ALGID);
     key.curve = oidText(reader.enter(Tag::sequence).next(Tag::oid).content);

@@ -32,7 +32,7 @@ struct Hash {
     const Bytes& finish() {
         if (value.empty()) {
             const unsigned char* digest = ::gcry_md_read(running.get(), 0);
-            value.assign(digest, digest + algorithm->hashSize);
+            value.assign(digest, digest + algorithm->size);
         }
         return value;
     }

@@ -22,8 +22,8 @@ ALG_ID cipherNumber(const AlgorithmId& algorithm) {
 
 // Without keys; it stays open.
 HCRYPTPROV providerForHash(ALG_ID hash) {
-    const auto* const own = std::ranges::find(Gost::algorithms, hash, &Gost::Algorithm::hashId);
-    const DWORD type = own != std::end(Gost::algorithms) ? own->providerType : PROV_RSA_AES;
+    const auto* const own = Gost::findAlgorithm(hash, &Gost::Algorithm::hashId);
+    const DWORD type = own ? own->providerType : PROV_RSA_AES;
     static std::mutex mutex;
     static std::map<DWORD, HCRYPTPROV> open;
     const std::lock_guard lock(mutex);
