@@ -101,7 +101,8 @@ Bytes header(std::uint8_t tag, std::uint64_t length) {
 
 Bytes oid(std::string_view text) {
     std::istringstream arcs{std::string(text)};
-    std::uint64_t first = 0, arc = 0;
+    std::uint64_t first = 0;
+    std::uint64_t arc = 0;
     char dot = 0;
     if (!(arcs >> first >> dot >> arc))
         throw BerError("not an object identifier");

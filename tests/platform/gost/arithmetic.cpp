@@ -169,7 +169,8 @@ Bytes sign(const std::string& curve, View privateKey, View digest) {
     const std::size_t size = privateKey.size();
     const Bytes once = makePrivateKey(size);
     const Number r = number(View(publicKey(curve, once)).first(size));
-    const Number s(::gcry_mpi_new(0)), other(::gcry_mpi_new(0));
+    const Number s(::gcry_mpi_new(0));
+    const Number other(::gcry_mpi_new(0));
     ::gcry_mpi_mod(r.get(), r.get(), order.get());
     ::gcry_mpi_mulm(s.get(), r.get(), number(privateKey).get(), order.get());
     ::gcry_mpi_mulm(other.get(), number(once).get(), number(digest).get(), order.get());

@@ -173,7 +173,7 @@ BOOL WINAPI CPReleaseContext(HCRYPTPROV context, DWORD flags) {
 
 BOOL WINAPI CPGetProvParam(HCRYPTPROV handle, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
     return entry([&] {
-        Context& context = objectOf<Context>(handle);
+        auto& context = objectOf<Context>(handle);
         if (which == PP_ENUMCONTAINERS || which == PP_ENUMALGS)
             enumerate(context, which, buffer, size, flags);
         else
@@ -186,6 +186,7 @@ BOOL WINAPI CPGenRandom(HCRYPTPROV, DWORD size, BYTE* buffer) {
 }
 
 // What the system wants to find, and nobody calls.
+// NOLINTNEXTLINE(readability-identifier-naming, readability-isolate-declaration): the system's names
 DWORD CPDeriveKey, CPHashSessionKey, CPSetProvParam;
 
 }  // extern "C"

@@ -108,7 +108,8 @@ void verifyDigest(const CERT_PUBLIC_KEY_INFO& key, ALG_ID algorithm, View digest
     CERT_PUBLIC_KEY_INFO info = key;
     CryptKey imported;
     must(::CryptImportPublicKeyInfo(provider, encodings, &info, imported.put()));
-    const Bytes hashed = bytesOf(digest), value = reversed(signature);
+    const Bytes hashed = bytesOf(digest);
+    const Bytes value = reversed(signature);
     const CryptHash hash = makeHash(provider, algorithm, &hashed);
     must(::CryptVerifySignatureW(hash.get(), value.data(), lengthOf(value), imported.get(), nullptr, 0));
 }
@@ -155,7 +156,8 @@ CryptKey importContentKey(HCRYPTPROV provider, DWORD spec, const AlgorithmId& co
     Bytes blob = keyBlob(SIMPLEBLOB, number, isGost ? encrypted : viewOfStructure(with));
     if (!isGost)
         append(blob, reversed(encrypted));
-    CryptKey own, key;
+    CryptKey own;
+    CryptKey key;
     must(::CryptGetUserKey(provider, spec ? spec : AT_KEYEXCHANGE, own.put()));
     must(::CryptImportKey(provider, blob.data(), lengthOf(blob), own.get(), 0, key.put()));
     Reader parameters(content.parameters);

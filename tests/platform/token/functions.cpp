@@ -247,6 +247,7 @@ CK_RV call(const char* name, Body body) {
 // A literal as the argument of a template.
 template <std::size_t size>
 struct Name {
+    // NOLINTNEXTLINE(google-explicit-constructor): a literal becomes one
     constexpr Name(const char (&literal)[size]) { std::copy_n(literal, size, text); }
     char text[size] = {};
 };
