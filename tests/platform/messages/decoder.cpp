@@ -148,8 +148,10 @@ public:
         if (hasContent_)
             cursor.leave();
         cursor.leave();
+        bool hasSigners = false;
         while (!cursor.atEnd()) {
             const Element element = cursor.next();
+            hasSigners = element.tag == Tag::set;
             if (element.tag == Tag::within(0))
                 parts_.certificates = elementsOf(element.content);
             else if (element.tag == Tag::set)
@@ -157,6 +159,8 @@ public:
             else
                 throw BerError("an unknown part of signed data");
         }
+        if (!hasSigners)
+            throw BerError("signed data that end without a set of signers");
     }
 
     void parameter(DWORD type, DWORD index, Answer& answer) override {

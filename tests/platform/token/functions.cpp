@@ -1,6 +1,6 @@
 // A PKCS#11 module (2.20) with one token that has GOST R 34.10-2001 keys. Each call goes into the log with
 // what it returned. Settings, in the section "token": slot (without it there is no token), maker, model,
-// serial, total, free (memory), pin, tries (left), fail (settings.h).
+// serial, total, free (memory), pin, tries (left), key, signature (their sizes), fail (settings.h).
 #include "../gost/arithmetic.h"
 #include "objects.h"
 #include "settings.h"
@@ -17,7 +17,7 @@ namespace {
 constexpr wchar_t section[] = L"token";
 constexpr CK_SLOT_ID theSlot = 7;
 constexpr char curve[] = "1.2.643.2.2.35.1";
-constexpr CK_ULONG digestSize = 32, keySize = 32, signatureSize = 64;
+constexpr CK_ULONG digestSize = 32, keySize = 32;
 
 struct Session {
     bool isWritable = false;
@@ -61,6 +61,11 @@ bool give(View result, void* out, CK_ULONG* size) {
     if (out)
         std::ranges::copy(result, static_cast<unsigned char*>(out));
     return out != nullptr;
+}
+
+// Of public keys or signatures.
+std::size_t sizeOf(const wchar_t* what) {
+    return std::stoul(setting(section, what, L"64"));
 }
 
 bool isThere(CK_OBJECT_HANDLE handle) {
@@ -201,6 +206,7 @@ void generateKeyPair(Session& session, CK_MECHANISM* mechanism, CK_ATTRIBUTE* of
     Object second = newObject(session, ofPrivate, privateCount, CKO_PRIVATE_KEY);
     second[CKA_VALUE] = Gost::makePrivateKey(keySize);
     first[CKA_VALUE] = Gost::publicKey(curve, second[CKA_VALUE]);
+    first[CKA_VALUE].resize(sizeOf(L"key"));
     *publicKey = addObject(std::move(first));
     *privateKey = addObject(std::move(second));
 }
@@ -228,7 +234,9 @@ void sign(Session& session, unsigned char* data, CK_ULONG dataSize, unsigned cha
     need(session.signingKey, CKR_OPERATION_NOT_INITIALIZED);
     need(dataSize == digestSize, CKR_DATA_LEN_RANGE);
     const Bytes& secret = objects[session.signingKey - 1].at(CKA_VALUE);
-    if (give(out ? Gost::sign(curve, secret, View(data, dataSize)) : Bytes(signatureSize), out, size))
+    Bytes result = out ? Gost::sign(curve, secret, View(data, dataSize)) : Bytes();
+    result.resize(sizeOf(L"signature"));
+    if (give(result, out, size))
         session.signingKey = 0;
 }
 
