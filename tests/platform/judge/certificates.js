@@ -1,11 +1,11 @@
 // Certificates, collections and stores as a script sees them; the test keys are in the user's stores.
-// arguments: tests/data/pki
+// arguments: none of its own, tests/data/pki
 var service = create("CryptoService");
 var my = '{"storeName": "My", "storeLocation": "user", "hasPrivateKeyOnly": true, "name": ';
 var day = 86400000; // the host's clock decides how a moment reads; a day is more than any offset
 
 function file(name) {
-    return create("BinaryObjectService").BinaryObjectFromFile(WScript.Arguments(0) + "/" + name);
+    return create("BinaryObjectService").BinaryObjectFromFile(WScript.Arguments(1) + "/" + name);
 }
 
 // From the certificate's encoding in hexadecimal, by way of Base64.
