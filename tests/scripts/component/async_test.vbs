@@ -20,10 +20,9 @@ Class Answer
     Public Sub Wait()
         Dim left
         For left = 1 To 10000
-            If Done Then Exit Sub
-            WScript.Sleep 10
+            If Not Done Then WScript.Sleep 10
         Next
-        Check False, "waited in vain"
+        Check Done, "waited in vain"
     End Sub
 End Class
 
