@@ -114,6 +114,11 @@ def deploy(bitness, folder, file, *others):
     return copy
 
 
+def thumbprint(*certificate):
+    """The SHA-1 digest of a certificate, which "openssl x509" reads with these options."""
+    return Outcome("openssl", "x509", *certificate, "-noout", "-fingerprint", "-sha1").output.partition("=")[2].strip().replace(":", "")
+
+
 def import_keys(bitness, *files):
     """Puts the keys of tests/data/pki into the stores of the Wine prefix."""
     fault = wine(bitness, BUILD / bitness / "pfximport.exe", "chain.pem", "--password", "corvane", *files, cwd=PKI).fault()
