@@ -8,6 +8,7 @@ import re
 import shutil
 import subprocess
 import sys
+import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 BUILD = pathlib.Path(os.environ.get("CORVANE_BUILD", ROOT / "build"))
@@ -102,6 +103,20 @@ def registry(*values):
     finally:
         for key, name, *_ in values:
             wine("x64", "reg", "delete", key, "/v", name, "/f")
+
+
+def exported(bitness, key):
+    """(key, line) of every value below a key of the registry as that bitness sees it, and (key, "") of each key itself."""
+    with tempfile.TemporaryDirectory() as folder:
+        file, found, at = pathlib.Path(folder, "export.reg"), set(), ""
+        if wine(bitness, "reg", "export", key, windows(file), "/y").status != 0:
+            return found  # not there
+        for line in file.read_text("utf-16").replace("\\\n", "").splitlines():
+            if line.startswith("["):
+                at, line = line.strip("[]").upper(), ""
+            if at:
+                found.add((at, line))
+        return found
 
 
 def deploy(bitness, folder, file, *others):
