@@ -24,7 +24,16 @@ const MISTAKES = [
         archive.ExtractAsync(0, () => {}, 5, null); archive.ExtractStream("x", files.OpenFile("y"), 5);
         crypto.CreateCertificationRequestExV2("x", 1, data, data, null, false, true);
         crypto.InspectStreamSignatureAsync(files.OpenFile("x"), null, () => {}, null, crypto.GetCertificates());
-        crypto.AddSignerToSignature(data, null, signer); crypto.EncryptAsync(data, signer, () => {});`],
+        crypto.AddSignerToSignature(data, null, signer); crypto.EncryptAsync(data, signer, () => {});
+        const bytes: number[] = new VBArray(data.ToArray(1, 2)).toArray();
+        import Corvane = VetrelCorvane2;
+        files.OpenFile("x", Corvane.FileAccess.GENERIC_WRITE + Corvane.FileAccess.GENERIC_READ, Corvane.FileCreationDisposition.CREATE_ALWAYS);
+        const done: Corvane.Callback<Corvane.CertificateCollection> = function (signers, error) {
+            if (error === undefined)
+                for (const each = new Enumerator(signers); !each.atEnd(); each.moveNext())
+                    files.GetLength(each.item().CommonName + new Date(each.item().ValidTo).getFullYear() + bytes[0]);
+        };
+        crypto.VerifyStreamAttachedSignatureAsync(service.CreateStream(), done, new ActiveXObject("VetrelCorvane2.OperationToken"), [signer]);`],
     ["a member that is not there", 2339, "crypto.Sing(data, signer);"],
     ["a member of another object", 2339, "data.Seek(0);"],
     ["a text for bytes", 2345, "crypto.Sign('text', signer);"],

@@ -69,6 +69,16 @@ function refusals(rows) {
     }
 }
 
+// The rows of tests/data/scripts: an expression, "=>" and its value or "!>" and its error.
+function table(name) {
+    var path = WScript.ScriptFullName.replace(/\\tests\\.*/, "\\tests\\data\\scripts\\" + name + ".txt");
+    var lines = textOf(create("BinaryObjectService").BinaryObjectFromFile(path)).match(/^[^#\n].*/gm);
+    for (var i = 0; i < lines.length; ++i) {
+        var row = /^(.*) ([=!])> (.*)$/.exec(lines[i]);
+        (row[2] === "=" ? values : refusals)([[row[1]].concat(eval("[" + row[3] + "]"))]);
+    }
+}
+
 // Serves messages until `condition` holds, at most 100 seconds.
 function waitUntil(condition) {
     var end = new Date().getTime() + 100000;

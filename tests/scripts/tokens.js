@@ -128,6 +128,7 @@ cases.diagnose = function () {
         ["its path", true, /\\rtPKCS11\.dll$/.test(works.path)],
         ["what it lacks", '["absent.dll"]', JSON.stringify(lonely.missing)],
         ["its error", true, /^\[0x7e\]LoadLibrary /.test(lonely.error)],
+        ["itself, not the one that is missing", true, lonely.error.indexOf(" (" + lonely.path + ")") > 0],
         ["readers", 2, report.readers.length],
         ["ATR", WScript.Arguments(2), card.atr],
         ["a card", "present", card.state[0]],

@@ -29,48 +29,8 @@ function namesOf(certificates) {
 // The certificate and its members
 var signer = service.FindCertificate(my + '"Иванов Иван"}');
 var root = fromFile("root.der");
-values([
-    ["signer.CommonName", "Иванов Иван"],
-    ["signer.IssuerName", "Corvane Test Intermediate"],
-    ["signer.SerialNumber.ToHexString()", "0AB1C2D3E4F506172839"],
-    ["signer.Hash.ToHexString() === JSON.parse(signer.Description).Hash && signer.Hash.Size", 20],
-    ["signer.Content.Equals(file('signer.der'))", true],
-    ["signer.PublicKeyLength", 2048],
-    ["signer.PublicKeyAlgorithm", "1.2.840.113549.1.1.1"],
-    ["signer.Version", 3],
-    ["signer.HasPrivateKey", true],
-    ["root.HasPrivateKey", false],
-    ["signer.Archived", false],
-    ["signer.GetRdnValue('2.5.4.4')", "Иванов"],
-    ["signer.GetRdnValue('2.5.4.10', true)", "Corvane"],
-    ["signer.GetRdnValue('2.5.4.11', false)", ""],
-    ["signer.GetRdnValue('no identifier', true)", ""],
-    ["root.Subject.replace(/\"/g, '')", "O=Corvane, CN=Corvane Test Root"],
-    ["root.Issuer.replace(/\"/g, '')", "O=Corvane, CN=Corvane Test Root"],
-    ["JSON.stringify(JSON.parse(signer.GetContainerInfo()))", '{"containerName":"corvane-' + signer.Hash.ToHexString() +
-        '","providerName":"Microsoft Enhanced RSA and AES Cryptographic Provider","providerType":24}'],
-    ["JSON.parse(signer.GetExtensions()).policies[1]", "1.2.643.100.113.2"],
-    ["signer.GetOnlineCertificateStatusProtocol()", "http://ocsp.example/first"],
-    ["fromFile('second.der').GetOnlineCertificateStatusProtocol()", ""],
-    ["fromFile('legacy.der').GetOnlineCertificateStatusProtocol()", ""], // of version 1
-    ["Math.abs(new Date(signer.ValidFrom) - Date.UTC(2020, 0, 1)) < day", true],
-    ["Math.abs(new Date(signer.ValidTo) - Date.UTC(2049, 11, 31, 23, 59, 59)) < day", true],
-    ["service.CreateCertificateFromContent(file('signer.pem')).CommonName", "Иванов Иван"]
-]);
-refusals([
-    ["root.GetContainerInfo()", "[502] "],
-    ["service.CreateCertificateFromContent(file('root.der'))", "[326] "], // DER is taken for text
-    ["service.CreateCertificateFromContent(binaryOf('@@@@'))", "[326] "],
-    ["fromHex('0102')", "[606] "],
-    ["fromHex(file('root.der').ToHexString().slice(0, -2))", "[606] "],
-    ["service.CreateCertificateFromContent(hex('1E00'))", "[606] "], // 0x1E is passed on as encoded
-    ["service.CreateCertificateFromContent(hex(''))", "0x800405e8"],
-    ["create('Certificate').CommonName", "[606] "],
-    // Search
-    ["service.FindCertificate(my + '\"иванов иван\"}')", "[607] Сертификат не найден"],
-    ["service.GetCertificates('{\"storeName\": \"My\\\\u0000x\"}')", "[603] "],
-    ["service.GetCertificates('{\"hash\": \"0g\"}')", "[608] Неверный фильтр сертификатов"]
-]);
+table("certificates");
+
 equal(service.GetCertificates(my + '"Second Signer"}').count, 1);
 check(service.GetCertificates(new Array(100001).join("[")).count > 0, "what is no object filters nothing, however deep it is");
 check(service.GetCertificates().count > service.GetCertificates('{"storeLocation": "user", "storeName": "My"}').count);

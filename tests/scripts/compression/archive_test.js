@@ -19,31 +19,7 @@ try {
     // What another program packed.
     var archive = archiveOf("info-zip");
     var python = JSON.parse(archiveOf("python").Entries);
-    values([
-        ["archive.Count", 5],
-        ["JSON.stringify(python[2])", '{"crc":4154817985,"date":"2024-02-03T04:05:06","directory":false,"encrypted":false,' +
-            '"index":2,"name":"deflated.txt","packedSize":20,"size":900}'],
-        ["python[0].directory", true],
-        ["JSON.parse(archiveOf('info-zip-encrypted').Entries)[0].encrypted", true],
-        ["archive.Find(greeting)", 4],
-        ["archive.Find('дерево/папка')", 3],
-        ["textOf(archive.Extract(4))", "Привет\n"],
-        ["textOf(archive.Extract('дерево\\\\папка\\\\привет.txt'))", "Привет\n"],
-        ["textOf(later('archive.ExtractAsync(4, done)'))", "Привет\n"],
-        ["archive.Extract(2, 5000).Size", 5000],
-        ["later('archive.ExtractAsync(2, done, 4999)').substr(0, 5)", "[10] "]
-    ]);
-    refusals([
-        ["archive.Extract('нет такого')", "[114] "],
-        ["archive.Extract('')", "[114] "],
-        ["archive.Extract('привет.txt')", "[114] "],
-        ["archive.Extract('Дерево/')", "[114] "],
-        ["archive.Extract('дерево/пуст')", "[114] "],
-        ["archive.Extract(5)", "[104] "],
-        ["archive.Extract(-1)", "[104] "],
-        ["archive.Extract(2, 4999)", "[10] "],
-        ["archive.ExtractStream(2, bytes.CreateStream(), 4999)", "[10] "]
-    ]);
+    table("archive");
 
     // Everything into a folder that is not there yet; once more only when told to write over it.
     var folder = work + "\\a\\b";
