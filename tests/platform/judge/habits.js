@@ -79,6 +79,7 @@ for (i = 0; i < wrong.length; ++i) {
     throws(function () { verifyWith(wrong[i]); }, mismatch, "", "wrong kind " + i);
 }
 equal(service.VerifySignature(old, file("detached-chain.p7s")).Item(0).CommonName, "Иванов Иван");
+equal(service.VerifySignature(old, file("detached-attributes.p7s")).Item(0).CommonName, "Иванов Иван");
 equal(service.VerifyAttachedSignature(file("attached-ber.p7s")).Item(0).CommonName, "Иванов Иван");
 fails(function () { service.VerifyAttachedSignature(file("detached-plain.p7s")); }, "[305] ", "no content");
 equal(service.VerifyAttachedSignature(file("no-signers.p7s")).count, 0);
