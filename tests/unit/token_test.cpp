@@ -319,6 +319,20 @@ TEST(TokenRequest, EveryCallMayFail) {
               true);
 }
 
+// A public key or a signature of another size would make a request of which nobody can make anything.
+TEST(TokenRequest, RefusesOtherSizes) {
+    const TokenFolder folder;
+    folder.addDriver(driver, slot);
+    for (const auto& [what, call] : {std::pair(L"key", L"C_GetAttributeValue"), {L"signature", L"C_Sign"}}) {
+        for (const wchar_t* size : {L"0", L"63", L"65"}) {
+            folder.set(driver, L"token", what, size);
+            EXPECT_EQ(textOfFailure([] { request(); }), std::wstring(call) + L": CKR_DATA_LEN_RANGE");
+        }
+        folder.set(driver, L"token", what, L"64");
+    }
+    expectAllGivenBack(folder.takeLog(driver));
+}
+
 TEST(TokenRequest, RefusesBeforeThereAreKeys) {
     const TokenFolder folder;
     folder.addDriver(driver, slot);
@@ -346,9 +360,13 @@ TEST(TokenRequest, RefusesBeforeThereAreKeys) {
 TEST(TokenCertificate, LiesBesideItsKey) {
     const TokenFolder folder;
     folder.addDriver(driver, slot);
-    // The public key of another program, whose identifier is no text.
-    std::ofstream(folder.path() / "rtPKCS11ECP.objects") << "0 02000000\n1 01\n102 01ab\n\n";
-    EXPECT_EQ(parseJson(Crypto::getTokenContainers(slot))[0]["containerName"].asString(), "01AB");
+    // Public keys of other programs: without an identifier, and with such as are no text or part of no path.
+    std::ofstream(folder.path() / "rtPKCS11ECP.objects")
+        << "0 02000000\n1 01\n\n0 02000000\n1 01\n102 01ab\n\n0 02000000\n1 01\n102 615c62\n\n";
+    const Json::Value containers = parseJson(Crypto::getTokenContainers(slot));
+    ASSERT_EQ(containers.size(), 2u);
+    EXPECT_EQ(containers[0]["containerName"].asString(), "01AB");
+    EXPECT_EQ(containers[1]["containerName"].asString(), "615C62");
     install(L"key");
     install(L"01AB");
     install(L"ABCD");

@@ -19,10 +19,9 @@ constexpr DWORD fewSigners = 16;
 
 // Whether a message is of the form that the caller says. Of a detached message without its data the system
 // says that all is well, though it has verified nothing; and one that holds its content may be good for that
-// content, which says nothing about the data beside it.
+// content, which says nothing about the data beside it. Of what only the system can read nobody knows.
 bool isOfForm(std::span<const std::uint8_t> message, bool isDetached) {
-    const detail::Content content = detail::contentOf(message);
-    return isDetached ? content != detail::Content::inside : content == detail::Content::inside;
+    return detail::contentOf(message) == (isDetached ? detail::Content::detached : detail::Content::inside);
 }
 
 void expectForm(std::span<const std::uint8_t> message, bool isDetached) {

@@ -216,8 +216,10 @@ private:
         if (hasContent_)
             cursor.leave();
         cursor.leave();
+        bool hasSigners = false;
         for (; !cursor.isAtEnd() && !cursor.rest().empty();) {
             const Element element = cursor.next();
+            hasSigners = element.tag == Tag::set;
             if (element.tag == Tag::within(0))
                 take(parts_.certificates, element.content);
             else if (element.tag == Tag::within(1))
@@ -229,6 +231,8 @@ private:
         }
         if (!cursor.isAtEnd())
             throw Truncated();
+        if (!hasSigners)
+            throw BerError("signed data that end without a set of signers");
     }
 
     static const Bytes& at(const std::vector<Bytes>& all, DWORD index) {

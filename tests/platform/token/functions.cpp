@@ -1,6 +1,6 @@
 // A PKCS#11 module (2.20) with one token that has GOST R 34.10-2001 keys. Each call goes into the log with
 // what it returned. Settings, in the section "token": slot (without it there is no token), maker, model,
-// serial, total, free (memory), pin, tries (left), fail (settings.h).
+// serial, total, free (memory), pin, tries (left), key, signature (their sizes), fail (settings.h).
 #include "../gost/arithmetic.h"
 #include "objects.h"
 #include "settings.h"
@@ -17,7 +17,7 @@ namespace {
 constexpr wchar_t section[] = L"token";
 constexpr CK_SLOT_ID theSlot = 7;
 constexpr char curve[] = "1.2.643.2.2.35.1";
-constexpr CK_ULONG digestSize = 32, keySize = 32, signatureSize = 64;
+constexpr CK_ULONG digestSize = 32, keySize = 32;
 
 struct Session {
     bool isWritable = false;
@@ -82,6 +82,11 @@ bool give(View result, unsigned char* out, CK_ULONG* size, CK_RV& value) {
         return false;
     std::copy(result.begin(), result.end(), out);
     return true;
+}
+
+// Of public keys or signatures.
+std::size_t sizeOf(const wchar_t* what) {
+    return std::stoul(setting(section, what, L"64"));
 }
 
 bool isVisible(const Object& object) {
@@ -304,6 +309,7 @@ CK_RV generateKeyPair(CK_SESSION_HANDLE handle, CK_MECHANISM* mechanism, CK_ATTR
             return value;
         second[CKA_VALUE] = Gost::makePrivateKey(curve, keySize);
         first[CKA_VALUE] = Gost::publicKey(curve, second[CKA_VALUE]);
+        first[CKA_VALUE].resize(sizeOf(L"key"));
         *publicKey = addObject(std::move(first));
         *privateKey = addObject(std::move(second));
         return CKR_OK;
@@ -351,9 +357,10 @@ CK_RV sign(CK_SESSION_HANDLE handle, unsigned char* data, CK_ULONG dataSize, uns
             return CKR_OPERATION_NOT_INITIALIZED;
         if (dataSize != digestSize)
             return CKR_DATA_LEN_RANGE;
-        Bytes result(signatureSize);
+        Bytes result;
         if (out)
             result = Gost::sign(curve, objects[session.signingKey - 1].at(CKA_VALUE), View(data, dataSize));
+        result.resize(sizeOf(L"signature"));
         CK_RV value = CKR_OK;
         if (give(result, out, size, value))
             session.signingKey = 0;
