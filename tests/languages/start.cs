@@ -6,14 +6,6 @@ using System.Runtime.InteropServices;
 using System.Text;
 using VetrelCorvaneLib;
 
-// What .NET's own IDispatch is like: that of a class with a default method.
-[ComVisible(true), ClassInterface(ClassInterfaceType.AutoDispatch)]
-public class Plain
-{
-    public bool IsCalled;
-    [DispId(0)] public void Call(object result, object error) { IsCalled = true; }
-}
-
 static class Start
 {
     [DllImport("kernel32", CharSet = CharSet.Unicode, SetLastError = true)]
@@ -59,19 +51,6 @@ static class Start
         bytes.GetSHA256StreamAsync(stream, canceled, token);
         try { canceled.Wait(); }
         catch (InvalidOperationException error) { Console.WriteLine(error.Message); }
-
-        Plain plain = new Plain();
-        Callback later = new Callback();
-        bytes.GetMd5Async(data, plain);
-        bytes.GetMd5Async(data, later);
-        later.Wait();
-        for (int i = 0; i < 20 && !plain.IsCalled; ++i)
-        {
-            Callback again = new Callback();
-            bytes.GetMd5Async(data, again);
-            again.Wait();
-        }
-        Console.WriteLine("a class of .NET is called: " + plain.IsCalled);
         return (int)status;
     }
 }

@@ -1,12 +1,14 @@
 """What the script tests share: running programs and scripts, cases side by side, and summing up."""
 
 import concurrent.futures
+import contextlib
 import os
 import pathlib
 import re
 import shutil
 import subprocess
 import sys
+import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 BUILD = pathlib.Path(os.environ.get("CORVANE_BUILD", ROOT / "build"))
@@ -47,6 +49,12 @@ class Outcome:
         return None if self.status == 0 and output in (None, self.output) else self
 
 
+def must(fault):
+    """Ends the case with that fault, if it is one."""
+    if fault:
+        raise AssertionError(str(fault))
+
+
 def windows(path):
     return "Z:" + str(path).replace("/", "\\")
 
@@ -85,6 +93,32 @@ def test_script(bitness, path, *arguments, options=(), cwd=None):
     return script(bitness, path, *arguments, options=("--include", library, *options), cwd=cwd)
 
 
+@contextlib.contextmanager
+def registry(*values):
+    """Values of the prefix's registry that are there meanwhile: key, name, type, data."""
+    try:
+        for key, name, kind, data in values:
+            must(wine("x64", "reg", "add", key, "/v", name, "/t", kind, "/d", data, "/f").fault())
+        yield
+    finally:
+        for key, name, *_ in values:
+            wine("x64", "reg", "delete", key, "/v", name, "/f")
+
+
+def exported(bitness, key):
+    """(key, line) of every value below a key of the registry as that bitness sees it, and (key, "") of each key itself."""
+    with tempfile.TemporaryDirectory() as folder:
+        file, found, at = pathlib.Path(folder, "export.reg"), set(), ""
+        if wine(bitness, "reg", "export", key, windows(file), "/y").status != 0:
+            return found  # not there
+        for line in file.read_text("utf-16").replace("\\\n", "").splitlines():
+            if line.startswith("["):
+                at, line = line.strip("[]").upper(), ""
+            if at:
+                found.add((at, line))
+        return found
+
+
 def deploy(bitness, folder, file, *others):
     """A program of ours in a folder with the component beside it and a manifest that names it, so that it need not be
     registered. Returns the program's path."""
@@ -93,6 +127,11 @@ def deploy(bitness, folder, file, *others):
     copy = pathlib.Path(folder, pathlib.Path(file).name)
     shutil.copy(ROOT / "examples/registration_free/host.exe.manifest", copy.with_name(copy.name + ".manifest"))
     return copy
+
+
+def thumbprint(*certificate):
+    """The SHA-1 digest of a certificate, which "openssl x509" reads with these options."""
+    return Outcome("openssl", "x509", *certificate, "-noout", "-fingerprint", "-sha1").output.partition("=")[2].strip().replace(":", "")
 
 
 def import_keys(bitness, *files):
@@ -105,8 +144,8 @@ def import_keys(bitness, *files):
 def main(cases_of, once=()):
     """Runs the cases of both bitnesses and those that have none, or those whose name contains a word of the command line, and ends the program.
 
-    `cases_of`(bitness) yields, and `once` holds, pairs of a name and a function, which returns None when its case passes, else what went
-    wrong. Prints a line for each that fails and a summary. The status is not 0 either when no case was run.
+    `cases_of`(bitness) yields, and `once` holds, pairs of a name and a function, which returns None when its case passes, else
+    what went wrong, which it may also raise as an AssertionError. Prints a line for each that fails and a summary. The status is not 0 either when no case was run.
     """
     cases = [*once] + [(f"{name} {bitness}", function) for bitness in BITNESSES for name, function in cases_of(bitness)]
     wanted = [case for case in cases if not sys.argv[1:] or any(word in case[0] for word in sys.argv[1:])]
@@ -114,7 +153,10 @@ def main(cases_of, once=()):
     with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
         running = [(name, pool.submit(function)) for name, function in wanted]
         for name, result in running:
-            problem = result.result()
+            try:
+                problem = result.result()
+            except AssertionError as error:
+                problem = error
             if problem is not None:
                 failed += 1
                 print(f"FAIL {name}: {problem}", flush=True)

@@ -48,6 +48,37 @@ function equalAll(rows) {
     }
 }
 
+// Rows of an expression over global names and its value.
+function values(rows) {
+    for (var i = 0; i < rows.length; ++i) {
+        equal(eval(rows[i][0]), rows[i][1], rows[i][0]);
+    }
+}
+
+// Rows of an expression over global names and the error that it throws: "[n] ..." of the component's own, else a code and the
+// beginning of a description, which may be left out.
+function refusals(rows) {
+    for (var i = 0; i < rows.length; ++i) {
+        var row = rows[i];
+        var action = function () { eval(row[0]); };
+        if (row[1].charAt(0) === "[") {
+            fails(action, row[1], row[0]);
+        } else {
+            throws(action, row[1], row[2], row[0]);
+        }
+    }
+}
+
+// The rows of tests/data/scripts: an expression, "=>" and its value or "!>" and its error.
+function table(name) {
+    var path = WScript.ScriptFullName.replace(/\\tests\\.*/, "\\tests\\data\\scripts\\" + name + ".txt");
+    var lines = textOf(create("BinaryObjectService").BinaryObjectFromFile(path)).match(/^[^#\n].*/gm);
+    for (var i = 0; i < lines.length; ++i) {
+        var row = /^(.*) ([=!])> (.*)$/.exec(lines[i]);
+        (row[2] === "=" ? values : refusals)([[row[1]].concat(eval("[" + row[3] + "]"))]);
+    }
+}
+
 // Serves messages until `condition` holds, at most 100 seconds.
 function waitUntil(condition) {
     var end = new Date().getTime() + 100000;
@@ -69,6 +100,11 @@ function wait(start) {
     check(outcome === null, "the method returns first");
     waitUntil(function () { return outcome !== null; });
     return outcome.value;
+}
+
+// What a call over global names gives to its callback, which it names "done".
+function later(call) {
+    return wait(function (done) { eval(call); });
 }
 
 function hex(digits) {

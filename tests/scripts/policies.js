@@ -5,5 +5,6 @@ if (WScript.Arguments.length === 0) {
     WScript.Echo(JSON.stringify(about.HasAccess));
 } else {
     var report = JSON.parse(about.Diagnose());
-    WScript.Echo(JSON.stringify([report.settings.LogLevel, report.log.level, report.log.path, report.drivers[0].name]));
+    WScript.Echo(JSON.stringify([report.settings.LogLevel, report.log.level, report.log.path, report.drivers[0].name,
+        report.registered.path + about.RegVersion]));
 }

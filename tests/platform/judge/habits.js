@@ -1,5 +1,5 @@
 // The operations as scripts call them: what is left out, what is nothing, lists of certificates, tokens and streams.
-// argument: a certificate's file, in PEM
+// arguments: a certificate's file, in PEM; tests/data/pki
 var service = create("CryptoService");
 var bytes = create("BinaryObjectService");
 var key = service.FindCertificate('{"name": "Leaf rsa-1", "storeName": "My", "hasPrivateKeyOnly": true}');
@@ -7,6 +7,10 @@ var bare = service.CreateCertificateFromContent(bytes.BinaryObjectFromFile(WScri
 var document = binaryOf("document");
 var list = create("CertificateCollection");
 list.Add(bare);
+
+function file(name) {
+    return bytes.BinaryObjectFromFile(WScript.Arguments(1) + "/" + name);
+}
 
 function big() { // more than a block
     var stream = bytes.CreateStream();
@@ -36,6 +40,9 @@ for (i = 0; i < wrong.length; ++i) {
     throws(function () { service.Encrypt(document, wrong[i]); }, mismatch, "", "recipients " + i);
     throws(function () { service.InspectSignature(signature, document, wrong[i]); }, mismatch, "", "certificates " + i);
 }
+fails(function () { service.Sign(document, bare); }, "[304] ");
+var curve = service.CreateCertificateFromContent(binaryOf(file("curve.der").ToBase64())); // there is no provider for its key
+fails(function () { service.AttachedSign(document, curve); }, "[334] Неподдерживаемый публичный алгоритм");
 fails(function () { service.Encrypt(document, undefined); }, "[302] ");
 fails(function () { service.Encrypt(document, [create("Certificate")]); }, "[606] ");
 var lists = [bare, [bare], list, [bare, key]];
@@ -43,9 +50,44 @@ for (i = 0; i < lists.length; ++i) {
     equal(textOf(service.Decrypt(service.Encrypt(document, lists[i]))), "document", "recipients " + i);
 }
 throws(function () { service.Sign(undefined, key); }, mismatch);
+throws(function () { service.Sign(document, null); }, mismatch);
+throws(function () { service.AttachedSign(document, document); }, "0x80004002");
 throws(function () { service.Decrypt(null); }, mismatch);
 throws(function () { service.Decrypt(key); }, "0x80004002");
 throws(function () { service.SignStreamAsync(big(), document, key, true, function () {}); }, "0x80004002");
+
+// Messages of old, and one without its signer's certificate, which is handed over in many ways
+var old = file("document.bin");
+var without = file("detached-no-certificate.p7s");
+var signer = service.CreateCertificateFromContent(file("signer.pem"));
+var second = service.CreateCertificateFromContent(binaryOf(file("second.der").ToBase64()));
+list.Clear();
+list.Add(signer);
+function verifyWith(certificates) {
+    return service.VerifySignature(old, without, certificates).count;
+}
+var ways = [signer, list, [signer], [second, signer]];
+for (i = 0; i < ways.length; ++i) {
+    equal(verifyWith(ways[i]), 1, "way " + i);
+}
+nothing = [undefined, null, [], create("CertificateCollection"), second];
+for (i = 0; i < nothing.length; ++i) {
+    fails(function () { verifyWith(nothing[i]); }, "[305] ", "nothing " + i);
+}
+wrong = wrong.concat([function () {}, function (one) {}, [old], {length: 1}, {length: "x"}]);
+for (i = 0; i < wrong.length; ++i) {
+    throws(function () { verifyWith(wrong[i]); }, mismatch, "", "wrong kind " + i);
+}
+equal(service.VerifySignature(old, file("detached-chain.p7s")).Item(0).CommonName, "Иванов Иван");
+equal(service.VerifySignature(old, file("detached-attributes.p7s")).Item(0).CommonName, "Иванов Иван");
+equal(service.VerifyAttachedSignature(file("attached-ber.p7s")).Item(0).CommonName, "Иванов Иван");
+fails(function () { service.VerifyAttachedSignature(file("detached-plain.p7s")); }, "[305] ", "no content");
+equal(service.VerifyAttachedSignature(file("no-signers.p7s")).count, 0);
+equal(service.VerifySignature(old, file("no-signers.p7s")).count, 0);
+var none = [hex(""), hex(new Array(101).join("30")), file("signer.der")];
+for (i = 0; i < none.length; ++i) {
+    fails(function () { service.VerifySignature(old, none[i]); }, "[305] ", "no signature " + i);
+}
 
 // Progress reaches 1, and a token cancels before and meanwhile.
 var envelope = bytes.CreateStream();
@@ -85,12 +127,10 @@ for (var name in works) {
 
 // A stream of files that is closed while the operation runs ends it, or is done with by then.
 var files = create("FileSystemService");
-var file = files.CreateTempFile();
-var path = file.Path;
-file.Resize(20000000);
-file.Seek(0);
-result = wait(function (done) { service.SignStreamAsync(file, bytes.CreateStream(), key, false, done); file.Close(); });
+var disk = files.CreateTempFile();
+disk.Resize(20000000);
+result = wait(function (done) { service.SignStreamAsync(again(disk), bytes.CreateStream(), key, false, done); disk.Close(); });
 check(result === undefined || typeof result === "string", "closed: " + result);
-file = files.CreateTempFile();
-result = wait(function (done) { service.EncryptStreamAsync(big(), file, bare, done); file.Close(); });
+disk = files.CreateTempFile();
+result = wait(function (done) { service.EncryptStreamAsync(big(), disk, bare, done); disk.Close(); });
 check(result === undefined || typeof result === "string", "closed: " + result);

@@ -4,6 +4,7 @@
 var crypto = create("CryptoService");
 var bytes = create("BinaryObjectService");
 var files = create("FileSystemService");
+var streams = []; // of the operation, closed behind it
 
 var certificates = {};
 function certificate(name) { // of a leaf, with its key
@@ -12,15 +13,13 @@ function certificate(name) { // of a leaf, with its key
 }
 
 function load(path) {
-    return bytes.BinaryObjectFromFile(path);
+    return path ? bytes.BinaryObjectFromFile(path) : null;
 }
 
-function input(path) {
-    return files.OpenFile(path);
-}
-
-function output(path) {
-    return files.OpenFile(path, 0xC0000000, 2);
+function open(path, forWriting) {
+    var stream = forWriting ? files.OpenFile(path, 0xC0000000, 2) : files.OpenFile(path);
+    streams.push(stream);
+    return stream;
 }
 
 function namesOf(collection) {
@@ -39,16 +38,8 @@ function recipients(names) {
     return list;
 }
 
-// Starts an operation and waits; the streams are closed, whatever comes of it.
-function finished(start, streams) {
-    var result;
-    try {
-        result = wait(start);
-    } finally {
-        for (var i = 0; i < (streams || []).length; ++i) {
-            streams[i].Close();
-        }
-    }
+function finished(start) {
+    var result = wait(start);
     if (typeof result === "string" && result.substr(0, 1) !== "{") {
         throw new Error(result);
     }
@@ -68,29 +59,25 @@ function report(text) {
 
 var operations = {
     sign: function (data, signer, attached, chain, message) {
-        var method = attached ? "AttachedSign" : "Sign";
-        crypto[method](load(data), certificate(signer), chain).ToFile(message);
+        crypto[attached ? "AttachedSign" : "Sign"](load(data), certificate(signer), chain).ToFile(message);
     },
     signAsync: function (data, signer, attached, chain, message) {
-        finished(function (done) {
-            if (attached) {
-                crypto.AttachedSignAsync(load(data), certificate(signer), done, chain);
-            } else {
-                crypto.SignAsync(load(data), certificate(signer), done, chain);
-            }
-        }).ToFile(message);
+        var method = attached ? "AttachedSignAsync" : "SignAsync";
+        finished(function (done) { crypto[method](load(data), certificate(signer), done, chain); }).ToFile(message);
     },
     signStream: function (data, signer, attached, chain, message) {
-        var from = input(data), to = output(message);
         finished(function (done) {
-            crypto.SignStreamAsync(from, to, certificate(signer), attached, done, undefined, chain);
-        }, [from, to]);
+            crypto.SignStreamAsync(open(data), open(message, true), certificate(signer), attached, done, undefined, chain);
+        });
     },
-    rawSign: function (data, signer, signature) {
-        crypto.RawSign(load(data), certificate(signer)).ToFile(signature);
+    // Without attributes a detached message ends with just that, so put into another's place it makes a message.
+    rawSign: function (data, signer, message, result) {
+        var signature = crypto.RawSign(load(data), certificate(signer)).ToHexString();
+        hex(load(message).ToHexString().slice(0, -signature.length) + signature).ToFile(result);
+        return operations.verify(result, data);
     },
     addSigner: function (message, data, signer, chain, result) {
-        crypto.AddSignerToSignature(load(message), data ? load(data) : null, certificate(signer), chain).ToFile(result);
+        crypto.AddSignerToSignature(load(message), load(data), certificate(signer), chain).ToFile(result);
     },
     verify: function (message, data) {
         return namesOf(data ? crypto.VerifySignature(load(data), load(message)) : crypto.VerifyAttachedSignature(load(message)));
@@ -105,52 +92,47 @@ var operations = {
         }));
     },
     verifyStream: function (message, data) {
-        var from = input(data || message);
         return namesOf(finished(function (done) {
             if (data) {
-                crypto.VerifyStreamSignatureAsync(from, load(message), done);
+                crypto.VerifyStreamSignatureAsync(open(data), load(message), done);
             } else {
-                crypto.VerifyStreamAttachedSignatureAsync(from, done);
+                crypto.VerifyStreamAttachedSignatureAsync(open(message), done);
             }
-        }, [from]));
+        }));
     },
     inspect: function (message, data) {
-        return report(crypto.InspectSignature(load(message), data ? load(data) : null));
+        return report(crypto.InspectSignature(load(message), load(data)));
     },
     inspectStream: function (message, data) {
-        var from = input(data || message);
         return report(finished(function (done) {
-            crypto.InspectStreamSignatureAsync(from, data ? load(message) : null, done);
-        }, [from]));
+            crypto.InspectStreamSignatureAsync(open(data || message), data ? load(message) : null, done);
+        }));
     },
     certificates: function (message) {
-        var from = input(message);
         var here = namesOf(crypto.GetCertificatesFromSignature(load(message)));
-        equal(here, namesOf(finished(function (done) { crypto.ExtractCertificatesFromSignature(from, done); }, [from])));
+        equal(here, namesOf(finished(function (done) { crypto.ExtractCertificatesFromSignature(open(message), done); })));
         return here;
     },
     content: function (message, content) {
-        var from = input(message), to = output(content);
-        finished(function (done) { crypto.ExtractContentFromSignature(from, to, done); }, [from, to]);
-        check(crypto.GetContentFromSignature(load(message)).Equals(load(content)), "both forms give the same");
+        var to = open(content, true);
+        finished(function (done) { crypto.ExtractContentFromSignature(open(message), to, done); });
+        check(crypto.GetContentFromSignature(load(message)).Equals(contentOf(to)), "both forms give the same");
     },
     encrypt: function (data, names, message) {
         crypto.Encrypt(load(data), recipients(names)).ToFile(message);
     },
     encryptStream: function (data, names, message) {
-        var from = input(data), to = output(message);
-        finished(function (done) { crypto.EncryptStreamAsync(from, to, recipients(names), done); }, [from, to]);
+        finished(function (done) { crypto.EncryptStreamAsync(open(data), open(message, true), recipients(names), done); });
     },
     decrypt: function (message, content) {
         crypto.Decrypt(load(message)).ToFile(content);
     },
     decryptStream: function (message, content) {
-        var from = input(message), to = output(content);
-        finished(function (done) { crypto.DecryptStreamAsync(from, to, done); }, [from, to]);
+        finished(function (done) { crypto.DecryptStreamAsync(open(message), open(content, true), done); });
     },
     // Of messages of one size, one behind the other: how many are not taken for good, and the numbers of those that are.
     sweep: function (method, path, size) {
-        var from = input(path), refused = 0, taken = "";
+        var from = open(path), refused = 0, taken = "";
         for (var i = 0; i < from.Size / size; ++i) {
             var message = from.Read(size);
             try {
@@ -163,7 +145,6 @@ var operations = {
             }
             ++refused;
         }
-        from.Close();
         return refused + taken;
     },
     size: function (path) {
@@ -179,6 +160,9 @@ for (var i = 0; i < plan.length; ++i) {
         line = told === undefined ? "ok" : "ok " + told;
     } catch (error) {
         line = error.message;
+    }
+    while (streams.length) {
+        streams.pop().Close();
     }
     WScript.Echo(line.replace(/[\r\n]+/g, " "));
 }

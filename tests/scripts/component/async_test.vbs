@@ -1,32 +1,4 @@
 ' Asynchronous calls answer to an object whose default member is a method, and Nothing is no token.
-Option Explicit
-
-Class Answer
-    Public Done
-    Public Value
-    Public Failure
-
-    Public Default Sub Callback(result, error)
-        Check Not Done, "the callback is called once"
-        If IsObject(result) Then
-            Set Value = result
-        Else
-            Value = result
-        End If
-        Failure = error
-        Done = True
-    End Sub
-
-    Public Sub Wait()
-        Dim left
-        For left = 1 To 10000
-            If Done Then Exit Sub
-            WScript.Sleep 10
-        Next
-        Check False, "waited in vain"
-    End Sub
-End Class
-
 Dim service, stream, token, good, bad
 Set service = CreateObject("VetrelCorvane2.BinaryObjectService")
 Set token = CreateObject("VetrelCorvane2.OperationToken")

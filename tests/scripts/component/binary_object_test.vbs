@@ -30,20 +30,23 @@ Equal other.ToHexString() & UBound(bytes) & bytes(0), "0A02", "a text and number
 Equal binary.Equals(other), False, "an object by reference"
 Equal binary.Equals(binary), True, "an object by reference, equal"
 
+' A method without arguments may be written without parentheses.
+Dim crc
+Equal other.ToHexString, "0A", "a method in an expression"
+crc = other.GetCrc32
+Equal crc, other.GetCrc32(), "a method that is assigned"
+other.Reset
+Equal other.Size(), CLng(0), "a statement, and a property as a call"
+
 ' Checks stand after the errors: one that fails must not be passed over.
-Dim outside, source, isNothing, isNull
+Dim wrong, failures
 On Error Resume Next
 one = binary.GetByte(3)
-outside = Hex(Err.Number) & " " & Err.Description
-source = Err.Source
-Err.Clear
-one = binary.Equals(Nothing)
-isNothing = Err.Number
-Err.Clear
-one = binary.GetByte(Null)
-isNull = Err.Number
+failures = Hex(Err.Number) & " " & Err.Description & " " & Err.Source
+For Each wrong In Array(Nothing, Null)
+    Err.Clear
+    one = binary.Equals(wrong)
+    failures = failures & " " & (Err.Number <> 0)
+Next
 On Error GoTo 0
-Equal outside, "80040212 Байта с указанным индексом не существует", "a byte behind the last"
-Equal source, "VetrelCorvane2.BinaryObject.2.9.9", "Err.Source"
-Check isNothing <> 0, "Nothing for an object"
-Check isNull <> 0, "Null for a number"
+Equal failures, "80040212 Байта с указанным индексом не существует VetrelCorvane2.BinaryObject.2.9.9 True True", "errors"

@@ -1,0 +1,155 @@
+// What scripts do with tokens, for tokens-test. arguments: the case, the folder with the drivers, where request.der and path.txt
+// are made, and what else the case needs
+var service = create("CryptoService");
+var provider = service.GetDefaultCryptoProvider();
+var bytes = create("BinaryObjectService");
+var shell = new ActiveXObject("WScript.Shell");
+var slot = "Aktiv Rutoken ECP 0", pin = "12345678";
+var folder = WScript.Arguments(1) + "/";
+var cases = {};
+
+function load(argument) {
+    return bytes.BinaryObjectFromFile(WScript.Arguments(argument));
+}
+
+cases.discover = function () {
+    var info = service.GetTokensInfo();
+    var tokens = JSON.parse(info);
+    equal([tokens.length, tokens[0].slot, tokens[0].model, tokens[0].totalMemory, tokens[0].certified].join(),
+        "2," + slot + ",Rutoken ECP,65536,true");
+    equal(tokens[1].slot, "ISBC 0");
+    equal("certified" in tokens[1], false);
+    equal(wait(function (callback) { service.GetTokensInfoAsync(callback); }), info);
+    throws(function () { service.GetTokenContainers("no such token"); }, "0x80040200", "Не найден указанный слот");
+    equal(service.GetTokenDriverVersion("00000000000000000000000000000000"), "");
+};
+
+cases.request = function () {
+    var name = hex("300F310D300B06035504030C0454657374"); // CN=Test
+    var usage = hex("300D300B0603551D0F040403020780"); // keyUsage: digitalSignature
+    var attribute = hex("300A06032A030431030C0178"); // 1.2.3.4: UTF8String x
+    var refused = [
+        [slot, "0000", "0x800405e8", "C_Login: CKR_PIN_INCORRECT"],
+        ["ACS 0", pin, "0x80040200", "Не определен путь до модуля pkcs11 "],
+        ["ARDS 0", pin, "0x80040200", "Не найден каталог установки плагина"],
+        [slot, "\udc00", "0x80040208", "[8] "],
+        ["Aktiv 9", pin, "0x80040200", "Не найден указанный слот"]
+    ];
+    for (var i = 0; i < 2 * refused.length; ++i) { // nothing of the first round is left in the way
+        var row = refused[i % refused.length];
+        throws(function () { provider.CreateCertificationRequestGOST(row[0], row[1], name, usage); }, row[2], row[3]);
+    }
+    throws(function () { provider.CreateCertificationRequestGOST(slot, pin, slot, usage); }, mismatch);
+    equal(service.GetTokenContainers(slot).replace(/\s/g, ""), "[]");
+
+    var first = JSON.parse(provider.CreateCertificationRequestGOSTV2(slot, pin, name, usage, null));
+    var result = JSON.parse(provider.CreateCertificationRequestGOSTV2(slot, pin, name, usage, attribute));
+    check(/^S-1-/.test(result.sid), result.sid);
+    equal(result.path.indexOf("\\\\.\\" + slot + "\\"), 0);
+    check(result.path !== first.path, "each request has keys of its own");
+    equal(JSON.parse(service.GetTokenContainers(slot)).length, 2);
+    var request = bytes.BinaryObjectFromBase64(result.request);
+    equal(JSON.parse(service.DecodeCertificationRequest(request)).signatureValid, true);
+    request.ToFile(folder + "request.der");
+    binaryOf(result.path).ToFile(folder + "path.txt");
+};
+
+// An answer, and the same damaged.
+cases.refuse = function () {
+    function refuse(code, text, response, where, pin) {
+        throws(function () { provider.InstallCertificateResponseGOST(response, where, pin); }, code, text, response);
+    }
+    var path = textOf(bytes.BinaryObjectFromFile(folder + "path.txt"));
+    var answer = load(2).ToBase64();
+    refuse("0x80040200", "Не верный формат пути до ключевого контейнера", answer, path.substr(1), pin);
+    refuse("0x800405e8", "C_Login: CKR_PIN_INCORRECT", answer, path, "1");
+    var responses = [load(3).ToBase64(), load(3).ToHexString(), answer.substr(0, 400), "no certificate"];
+    for (var i = 0; i < responses.length; ++i) {
+        refuse("0x80040344", "[324] ", responses[i], path, pin);
+    }
+};
+
+// An answer.
+cases.install = function () {
+    provider.InstallCertificateResponseGOST(load(2).ToBase64(), textOf(bytes.BinaryObjectFromFile(folder + "path.txt")), pin);
+};
+
+// ---- What Diagnose tells
+
+function diagnose() {
+    var start = new Date().getTime();
+    var report = JSON.parse(create("About").Diagnose());
+    var seconds = (new Date().getTime() - start) / 1000;
+    check(seconds < 20, seconds + " s");
+    return report;
+}
+
+function named(list, name) {
+    for (var i = 0; i < list.length; ++i) {
+        if (list[i].name === name) {
+            return list[i];
+        }
+    }
+    throw new Error("not told of " + name + ": " + JSON.stringify(list));
+}
+
+cases.diagnose = function () {
+    var report = diagnose();
+    var key = "HKCR\\CLSID\\{6CF0781B-BFBC-4552-BFA5-7B8CA93B4E40}\\";
+    var file = shell.RegRead(key + "InprocServer32\\");
+    var absent = named(report.providers, "Infotecs Cryptographic Service Provider");
+    var foreign = named(report.drivers, "jcPKCS11ds.dll");
+    var works = named(report.drivers, "rtPKCS11.dll");
+    var lonely = named(report.drivers, "isbc_pkcs11_main.dll");
+    var card = named(report.readers, slot);
+    var empty = named(report.readers, "Empty 0");
+    equalAll([
+        ["version", "2.9.9.41", report.version],
+        ["Windows", create("About").WinVersion, report.windows],
+        ["path", file, report.path],
+        ["registered path", file, report.registered.path],
+        ["registered version", shell.RegRead(key + "Version\\"), report.registered.version],
+        ["is this", true, report.registered.isThis],
+        ["level", 0, report.log.level],
+        ["writable", true, report.log.writable],
+        ["left behind", false, create("FileSystemService").FileExists(report.log.path)],
+        ["Location", null, report.settings.Location],
+        ["search path", shell.ExpandEnvironmentStrings("%PATH%").replace(/\0$/, ""), report.settings.PATH],
+        ["RSA opens", true, named(report.providers, "Microsoft Enhanced RSA and AES Cryptographic Provider").opens],
+        ["absent", false, absent.opens],
+        ["its error", true, /^0x800900(17|19)/.test(absent.error)],
+        ["card service", "stopped disabled", report.cardService.state + " " + report.cardService.start],
+        ["missing", false, named(report.drivers, "jcPKCS11-2.dll").found],
+        ["of the other bitness", 96 - report.bitness, foreign.bitness],
+        ["its error", true, /^\[0xc1\]LoadLibrary /.test(foreign.error)],
+        ["works", report.bitness, works.bitness],
+        ["its tokens", 1, works.tokens],
+        ["no error", undefined, works.error],
+        ["its path", true, /\\rtPKCS11\.dll$/.test(works.path)],
+        ["what it lacks", '["absent.dll"]', JSON.stringify(lonely.missing)],
+        ["its error", true, /^\[0x7e\]LoadLibrary /.test(lonely.error)],
+        ["itself, not the one that is missing", true, lonely.error.indexOf(" (" + lonely.path + ")") > 0],
+        ["readers", 2, report.readers.length],
+        ["ATR", WScript.Arguments(2), card.atr],
+        ["a card", "present", card.state[0]],
+        ["no card", '["empty"]', JSON.stringify(empty.state)],
+        ["no ATR", false, "atr" in empty]
+    ]);
+};
+
+// With the settings of tokens-test, a driver and a card service that do not answer.
+cases.hang = function () {
+    var report = diagnose();
+    equalAll([
+        ["driver", "the driver does not answer and is given up", named(report.drivers, "rtPKCS11.dll").error],
+        ["another", 1, named(report.drivers, "isbc_pkcs11_main.dll").tokens],
+        ["readers", "no answer in time", report.readers.error],
+        ["log", "Z:\\no such folder\\corvane.log", report.log.path],
+        ["writable", false, report.log.writable],
+        ["the file or the path is not found", true, /^0x[23]\b/.test(report.log.error)],
+        ["UseLocalPkcs11Drivers", 1, report.settings.UseLocalPkcs11Drivers],
+        ["invalid sites", '[{"list":"user","pattern":"*.ru"}]', JSON.stringify(report.invalidSites)]
+    ]);
+};
+
+cases[WScript.Arguments(0)]();
