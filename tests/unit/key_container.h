@@ -1,8 +1,9 @@
-// A key container of a test's own, and certificates for its key.
+// A key container of a test's own, certificates for its key, and those of tests/data/pki.
 #pragma once
 
-#include "binary/bytes.h"
-#include "core/handles.h"
+#include "crypto/certificate/certificate.h"
+#include "crypto/provider/provider_record.h"
+#include "support.h"
 
 #include <windows.h>
 
@@ -19,21 +20,30 @@ inline void must(bool done) {
         throw std::runtime_error("system error " + std::to_string(::GetLastError()));
 }
 
+inline Certificate pkiCertificate(const std::string& name) {
+    const Bytes der = readTestData("pki/" + name + ".der");
+    return Certificate(CertificateContext(
+        ::CertCreateCertificateContext(X509_ASN_ENCODING, der.data(), static_cast<DWORD>(der.size()))));
+}
+
+inline ProviderRecord gostRecord() {
+    return providerRecords().front();
+}
+inline ProviderRecord rsaRecord() {
+    return providerRecords().back();
+}
+
 class KeyContainer {
 public:
     // Its name, which is free; nothing is there any more when this ends.
-    KeyContainer(std::wstring provider, DWORD type, const std::wstring& what)
+    KeyContainer(ProviderRecord provider, const std::wstring& what)
         : name(L"corvane " + std::to_wstring(::GetCurrentProcessId()) + L" " + what),
-          provider_(std::move(provider)),
-          type_(type) {}
+          provider_(std::move(provider)) {}
     KeyContainer(const KeyContainer&) = delete;
     KeyContainer& operator=(const KeyContainer&) = delete;
     ~KeyContainer() { remove(); }
 
-    bool exists() const {
-        CryptProvider provider;
-        return open(provider.put(), 0);
-    }
+    bool exists() const { return open(CryptProvider().put(), 0); }
     void remove() const {
         HCRYPTPROV none = 0;
         open(&none, CRYPT_DELETEKEYSET);
@@ -48,16 +58,13 @@ public:
 
     // Refers to this object.
     CRYPT_KEY_PROV_INFO place() const {
-        return {const_cast<wchar_t*>(name.c_str()),
-                const_cast<wchar_t*>(provider_.c_str()),
-                type_,
-                0,
-                0,
-                nullptr,
-                spec_};
+        auto* const provider = const_cast<wchar_t*>(provider_.name.c_str());
+        return {const_cast<wchar_t*>(name.c_str()), provider, provider_.type, 0, 0, nullptr, spec_};
     }
-    // For the key, in the name of `subject`, which is DER.
-    CertificateContext selfSigned(Bytes subject, CERT_EXTENSIONS* extensions = nullptr) const {
+    // For the key, in the name of CN=`letter`.
+    CertificateContext selfSigned(char letter, CERT_EXTENSIONS* extensions = nullptr) const {
+        Bytes subject = hexToBin("300C310A300806035504030C0100");
+        subject.back() = static_cast<std::uint8_t>(letter);
         CERT_NAME_BLOB blob{static_cast<DWORD>(subject.size()), subject.data()};
         CRYPT_KEY_PROV_INFO where = place();
         CertificateContext made(
@@ -70,11 +77,11 @@ public:
 
 private:
     BOOL open(HCRYPTPROV* provider, DWORD flags) const {
-        return ::CryptAcquireContextW(provider, name.c_str(), provider_.c_str(), type_, flags | CRYPT_SILENT);
+        return ::CryptAcquireContextW(provider, name.c_str(), provider_.name.c_str(), provider_.type,
+                                      flags | CRYPT_SILENT);
     }
 
-    std::wstring provider_;
-    DWORD type_;
+    ProviderRecord provider_;
     DWORD spec_ = AT_KEYEXCHANGE;
 };
 
