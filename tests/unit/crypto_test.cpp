@@ -12,10 +12,7 @@
 #include "crypto/certificate/certificate_store.h"
 #include "crypto/certificate/certificate_view.h"
 #include "crypto/message/provider_choice.h"
-#include "dialog_driver.h"
 #include "key_container.h"
-
-#include <commctrl.h>
 
 using namespace Corvane;
 using namespace Corvane::Test;
@@ -143,29 +140,6 @@ TEST_F(CertificateStoreTest, ClosingIsNotForced) {
     });
     store->close();
     EXPECT_EQ(closedWith, 0u);
-}
-
-TEST_F(CertificateStoreTest, PickedCertificateIsTheOneChosen) {
-    const SharedStore store = open(false);
-    for (const char* name : {"root", "second"})
-        store->install(pkiCertificate(name));
-    const Bytes second = store->getCertificates(detail::CertSelectAllFn(), false).at(1)->getContent();
-    {
-        const DialogDriver driver([](HWND dialog) {
-            // The second line of the list, wherever in the dialog that is.
-            LVITEMW item{};
-            item.state = item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
-            for (HWND child = ::GetWindow(dialog, GW_CHILD); child; child = ::GetWindow(child, GW_HWNDNEXT))
-                ::SendMessageW(child, LVM_SETITEMSTATE, 1, reinterpret_cast<LPARAM>(&item));
-            ::PostMessageW(dialog, WM_COMMAND, IDOK, 0);
-        });
-        const SharedCertificate picked = Crypto::selectCertificateFromStore(*store);
-        ASSERT_NE(picked, nullptr);
-        EXPECT_EQ(picked->getContent(), second);
-    }
-    const DialogDriver driver([](HWND dialog) { ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0); });
-    EXPECT_EQ(Crypto::selectCertificateFromStore(L"CorvaneTest", userStores), nullptr);
-    EXPECT_EQ(driver.count(), 1);
 }
 
 TEST(CertificateStores, OpenFlags) {
@@ -305,43 +279,30 @@ TEST(CryptoProvider, SignerThatIsNotNamedIsNotFound) {
               Failure(E_CRYPTO_VERIFY.code, static_cast<DWORD>(CRYPT_E_NOT_FOUND)));
 }
 
-// How `work` fails while calls of `function` do.
-template <class Result, class... Arguments, class Work>
-Failure failureWithout(Result(WINAPI* function)(Arguments...), Work work) {
-    const Replaced patch(function, [](auto...) { return ::SetLastError(denied), Result{}; });
-    return failureOf(work);
-}
-
 TEST_F(CertificateStoreTest, FailuresOfTheSystemAreTold) {
     Certificate signer = pkiCertificate("signer");
     const SharedStore store = open(false);
     const detail::CertSelectAllFn all;
     const Bytes text = pkiFile("signer.pem");
-    const std::pair<Failure, ErrorDescriptor> rows[] = {
-        {failureWithout(&::CertCreateCertificateContext, [&] { Certificate::create(text); }), E_CERT_INVALID},
-        {failureWithout(&::CryptStringToBinaryA, [&] { Certificate::create(text); }), E_CRYPTO_PEM_TO_BYTES},
-        {failureWithout(&::CertGetNameStringW, [&] { signer.getName(false); }), E_CERT_PROPERTY},
-        {failureWithout(&::CertNameToStrW, [&] { signer.getSubject(0); }), E_CERT_PROPERTY},
-        {failureWithout(&::CertGetCertificateContextProperty, [&] { signer.hasPrivateKey(); }),
-         E_CERT_PROPERTY},
-        {failureWithout(&::CertGetCertificateContextProperty, [&] { signer.getArchived(); }),
-         E_CERT_PROPERTY},
-        {failureWithout(&::CertGetCertificateContextProperty, [&] { signer.getHash(); }), E_CERT_HASH},
-        {failureWithout(&::CertSetCertificateContextProperty, [&] { signer.setArchived(true); }),
-         E_CERT_SET_PROPERTY},
-        {failureWithout(&::CryptDecodeObject, [&] { signer.getOnlineCertificateStatusProtocol(); }),
-         E_CERT_EXT_DECODE},
-        {failureWithout(&::CertDeleteCertificateFromStore, [&] { signer.uninstall(); }), E_CRYPTO},
-        {failureWithout(&::CertGetCertificateChain, [&] { signer.getCertificateChain(); }), E_CERT_GET_CHAIN},
-        {failureWithout(&::CertOpenStore, [] { open(true); }), E_CERT_STORE_OPEN},
-        {failureWithout(&::CertEnumCertificatesInStore, [&] { store->getCertificates(all, false); }),
-         E_CERT_STORE_ENUM},
-        {failureWithout(&::CertAddCertificateContextToStore, [&] { store->install(signer); }),
-         E_CERT_STORE_INSTALL},
-        {failureWithout(&::CertCloseStore, [&] { store->close(); }), E_CERT_STORE_CLOSE},
-    };
-    for (const auto& [failure, expected] : rows)
-        EXPECT_EQ(failure, Failure(expected.code, denied)) << expected.name;
+    failEachCall({
+        {"create", quiet([&] { Certificate::create(text); })},
+        {"name", [&] { return toUtf8(signer.getName(false)); }},
+        {"subject", [&] { return toUtf8(signer.getSubject(0)); }},
+        {"key", quiet([&] { signer.hasPrivateKey(); })},
+        {"flag", quiet([&] { signer.getArchived(); })},
+        {"hash", quiet([&] { signer.getHash(); })},
+        {"responder", quiet([&] { signer.getOnlineCertificateStatusProtocol(); })},
+        {"path", quiet([&] { signer.getCertificateChain(); })},
+        {"store", quiet([&] { open(true); })},
+        {"list", quiet([&] { store->getCertificates(all, false); })},
+        {"install", quiet([&] { store->install(signer); })},
+        {"uninstall", quiet([&] { Certificate::duplicate(signer.context()).uninstall(); })},
+    });
+    const auto refuse = [](auto...) { return ::SetLastError(denied), FALSE; };
+    const Replaced setting(&::CertSetCertificateContextProperty, refuse);
+    EXPECT_EQ(failureOf([&] { signer.setArchived(true); }), Failure(E_CERT_SET_PROPERTY.code, denied));
+    const Replaced closing(&::CertCloseStore, refuse);
+    EXPECT_EQ(failureOf([&] { store->close(); }), Failure(E_CERT_STORE_CLOSE.code, denied));
 }
 
 TEST(Certificate, UninstallFreesWhatItTookAndNoMore) {

@@ -5,10 +5,13 @@
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Corvane::Test {
@@ -47,11 +50,10 @@ public:
     Lines takeLog(const std::string& module) const {
         const auto file = path_ / (module + ".log");
         Lines lines;
-        {
-            std::ifstream log(file);
-            for (std::string line; std::getline(log, line);)
-                lines.push_back(line);
-        }
+        std::ifstream log(file);
+        for (std::string line; std::getline(log, line);)
+            lines.push_back(line);
+        log.close();
         std::filesystem::remove(file);
         return lines;
     }
@@ -70,5 +72,18 @@ private:
     std::filesystem::path path_;
     std::wstring searched_;
 };
+
+// How often a call succeeded.
+inline auto countOf(const Lines& log, const std::string& call) {
+    return std::ranges::count_if(
+        log, [&](const std::string& line) { return line.starts_with(call) && line.ends_with(" 0x0"); });
+}
+
+// Whether all that the first call of a pair took is given back by the second.
+inline void expectGivenBack(const Lines& log,
+                            std::initializer_list<std::pair<const char*, const char*>> pairs) {
+    for (const auto& [taking, givingBack] : pairs)
+        EXPECT_EQ(countOf(log, taking), countOf(log, givingBack)) << taking;
+}
 
 }  // namespace Corvane::Test

@@ -63,6 +63,7 @@ function checkDrivers(report) {
     ]);
     begins(foreign.error, "[0xc1]LoadLibrary ");
     begins(lonely.error, "[0x7e]LoadLibrary ");
+    check(lonely.error.indexOf(" (" + lonely.path + ")") > 0, lonely.error); // not the one that is missing
     check(/\\rtPKCS11\.dll$/.test(works.path), works.path);
 }
 
