@@ -32,13 +32,6 @@ struct Trace {
     std::string failed;
     int open = 0;
     int openBefore = 0;  // the call that is accounted
-
-    bool fails(const char* name) {
-        if (++calls != failing)
-            return false;
-        failed = name;
-        return true;
-    }
 };
 inline Trace trace;
 
@@ -57,12 +50,14 @@ struct Counted {
 
     static Result WINAPI call(Arguments... arguments) {
         const int before = trace.open;
-        const bool fails = canFail && trace.fails(name.text);
+        const bool fails = canFail && ++trace.calls == trace.failing;
         Result result = std::is_same_v<Result, LONG> ? Result(-1) : Result(0);
-        if (fails)
+        if (fails) {
+            trace.failed = name.text;
             ::SetLastError(denied);
-        else
+        } else {
             result = original(arguments...);
+        }
         trace.openBefore = before;
         account(result, arguments...);
         return result;

@@ -5,13 +5,23 @@
 #include "asn1/pkix/certification_request.h"
 #include "asn1/pkix/extensions.h"
 #include "asn1/pkix/name.h"
+#include "core/json.h"
+#include "core/utf8.h"
+#include "crypto/request/distinguished_name.h"
+#include "crypto/request/extensions_json.h"
+#include "crypto/request/ip_address.h"
+#include "crypto/request/request_json.h"
 #include "support.h"
 
+#include <json/value.h>
+
+#include <chrono>
 #include <map>
 
 using namespace asn1;
+using namespace Corvane;
+using namespace Corvane::Crypto;
 using namespace Corvane::Test;
-using Corvane::hexToBin;
 
 namespace {
 
@@ -53,24 +63,25 @@ TEST(BerReader, FollowsX690) {
 
 TEST(BerReader, LimitsBindForeignInput) {
     Bytes joined;
-    const auto repeated = [](std::string_view before, std::string_view middle, std::size_t times) {
-        std::string text;
-        for (std::size_t i = 0; i < times; ++i)
-            text += before;
-        return hexToBin(text.append(middle).append(4 * times, '0'));
-    };
-    for (const std::size_t depth : {1u, 64u, 65u, 1000u, 100000u}) {
-        const Bytes octets = repeated("2480", "0401AA", depth);
-        const Bytes values = repeated("3080", "", depth);
-        BerReader string(octets, Rules::ber);
-        BerReader list(values, Rules::ber);
-        if (depth <= maxNesting) {
-            EXPECT_EQ(hexOf(string.readOctetString(joined)), "AA");
-            EXPECT_NO_THROW(list.skip());
-        } else {
-            EXPECT_THROW(string.readOctetString(joined), Asn1Exception) << depth;
-            EXPECT_THROW(list.skip(), Asn1Exception) << depth;
-        }
+    for (const std::size_t depth :
+         {std::size_t{maxNesting}, std::size_t{maxNesting} + 1, std::size_t{100000}}) {
+        const auto nested = [&](std::string_view head, std::string_view inner) {
+            std::string text;
+            for (std::size_t i = 0; i < depth; ++i)
+                text += head;
+            return hexToBin(text.append(inner).append(4 * depth, '0'));
+        };
+        const auto isRefused = [&](const Bytes& bytes, auto read) {
+            try {
+                BerReader reader(bytes, Rules::ber);
+                return read(reader), false;
+            } catch (const Asn1Exception&) {
+                return true;
+            }
+        };
+        EXPECT_EQ(isRefused(nested("2480", "0401AA"), [&](BerReader& r) { r.readOctetString(joined); }),
+                  depth > 64);
+        EXPECT_EQ(isRefused(nested("3080", ""), [](BerReader& r) { r.skip(); }), depth > 64);
     }
 }
 
@@ -175,6 +186,42 @@ TEST(SignedData, TellsWhetherTheContentIsInside) {
           "3100"})
         EXPECT_FALSE(hasContent(hexToBin(std::string_view(empty)))) << empty;
     EXPECT_THROW(hasContent(readTestData("pki/signer.der")), Asn1Exception);
+}
+
+// A page's text of a megabyte does not stop the page: one that takes the square of it would be at it for
+// minutes.
+TEST(DistinguishedName, TakesTimeInProportion) {
+    std::wstring text = L"CN=a";
+    for (int i = 1; i < 200'000; ++i)
+        text += L",CN=a";
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(parseDistinguishedName(text).size(), 200'000u);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+// A text becomes bytes, or a number of an error, with its details if they are asked for.
+std::string outcomeOf(const std::string& kind, const std::string& text, bool withDetails) {
+    const std::wstring given = fromUtf8(text);
+    try {
+        return hexOf(kind == "name" ? encodeDistinguishedName(given)
+                     : kind == "ip" ? parseIpAddress(text)
+                                    : encodeExtensionsJson(given));
+    } catch (const CustomException& exception) {
+        return std::to_string(exception.code()) + (withDetails ? ' ' + toUtf8(exception.details()) : "");
+    }
+}
+
+TEST(RequestTexts, BecomeDerOrAreRefused) {
+    for (const auto& row : readTable("requests/texts.txt", 3))
+        EXPECT_EQ(outcomeOf(row[0], row[1], row[2].size() > 3), row[2]) << row[0] << ' ' << row[1];
+}
+
+// gost2001.json is what `openssl asn1parse` shows of it.
+TEST(CertificationRequestJson, TellsWhatIsAskedFor) {
+    EXPECT_EQ(describeRequest(decodeCertificationRequest(readTestData("requests/gost2001.der"))),
+              parseJson(fromUtf8(readTestText("requests/gost2001.json"))));
+    EXPECT_EQ(errorCode([] { decodeCertificationRequest(readTestData("pki/signer.der")); }),
+              E_CERTIFICATION_REQUEST.code);
 }
 
 }  // namespace

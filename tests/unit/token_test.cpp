@@ -1,4 +1,4 @@
-// Tokens, by the stand-in for their modules (tests/platform/token).
+// Tokens and cards, by the stand-ins for their modules and for the service (tests/platform/token).
 #include "binary/base64.h"
 #include "core/exception_text.h"
 #include "core/json.h"
@@ -6,6 +6,7 @@
 #include "key_container.h"
 #include "platform/import_patch.h"
 #include "scratch_registry.h"
+#include "token/card/smart_card.h"
 #include "token/cryptoki/container_path.h"
 #include "token/cryptoki/driver_path.h"
 #include "token/cryptoki/library.h"
@@ -19,10 +20,11 @@
 #include "token/discovery/tokens_info.h"
 #include "token/enroll/install_certificate.h"
 #include "token/enroll/request_on_token.h"
-#include "token_folder.h"
 
 #include <process.h>
 
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <optional>
 #include <regex>
@@ -32,6 +34,76 @@ using namespace Corvane;
 using namespace Corvane::Test;
 
 namespace {
+
+// A folder with the test token's module under the names of drivers, on the search path as long as it lives.
+using Lines = std::vector<std::string>;
+
+class TokenFolder {
+public:
+    TokenFolder() : path_(make()) {
+        wchar_t old[32767]{};
+        ::GetEnvironmentVariableW(L"PATH", old, 32767);
+        searched_ = old;
+        ::SetEnvironmentVariableW(L"PATH", (path_.wstring() + L";" + searched_).c_str());
+    }
+    ~TokenFolder() {
+        ::SetEnvironmentVariableW(L"PATH", searched_.c_str());
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TokenFolder(const TokenFolder&) = delete;
+    TokenFolder& operator=(const TokenFolder&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+
+    // A driver of this name, with a token in this slot; without one where the slot is empty.
+    void addDriver(const std::string& name, const std::wstring& slot = {}) const {
+        std::filesystem::copy_file(testtoken_file, path_ / (name + ".dll"));
+        set(name, L"token", L"slot", slot);
+    }
+    void set(const std::string& module, const wchar_t* section, const wchar_t* key,
+             const std::wstring& value) const {
+        ::WritePrivateProfileStringW(section, key, value.c_str(), (path_ / (module + ".ini")).c_str());
+    }
+
+    // The calls of a module since the last question.
+    Lines takeLog(const std::string& module) const {
+        const auto file = path_ / (module + ".log");
+        Lines lines;
+        std::ifstream log(file);
+        for (std::string line; std::getline(log, line);)
+            lines.push_back(line);
+        log.close();
+        std::filesystem::remove(file);
+        return lines;
+    }
+
+private:
+    // A DLL that stayed loaded stays in its folder, where a later program of the same number finds it.
+    static std::filesystem::path make() {
+        const auto name = L"corvane-token-" + std::to_wstring(::GetCurrentProcessId()) + L"-";
+        for (int number = 1;; ++number) {
+            auto folder = std::filesystem::temp_directory_path() / (name + std::to_wstring(number));
+            if (std::filesystem::create_directory(folder))
+                return folder;
+        }
+    }
+
+    std::filesystem::path path_;
+    std::wstring searched_;
+};
+
+// How often a call succeeded.
+auto countOf(const Lines& log, const std::string& call) {
+    return std::ranges::count_if(
+        log, [&](const std::string& line) { return line.starts_with(call) && line.ends_with(" 0x0"); });
+}
+
+// Whether all that the first call of a pair took is given back by the second.
+void expectGivenBack(const Lines& log, std::initializer_list<std::pair<const char*, const char*>> pairs) {
+    for (const auto& [taking, givingBack] : pairs)
+        EXPECT_EQ(countOf(log, taking), countOf(log, givingBack)) << taking;
+}
 
 constexpr wchar_t slot[] = L"Aktiv Rutoken ECP 0";
 constexpr char driver[] = "rtPKCS11ECP";
@@ -305,13 +377,12 @@ TEST(TokenDiscovery, AsksTheDriversInTheirOrder) {
         L"0A00\\0B00\\0C00");
     const Json::Value list = parseJson(Crypto::getTokensInfo());
     ASSERT_EQ(list.size(), 2u);
-    const Json::Value wanted = parseJson(
-        LR"({"slot": "Aktiv Rutoken ECP 0", "manufacturer": "Test tokens", "model": "Rutoken ECP",
-            "serialNumber": "2f5a01c7", "totalMemory": 65536, "freeMemory": null, "type": "RutokenECP",
-            "name": "RutokenECP", "nickname": "Aktiv Rutoken ECP 0", "media": "2f5a01c7", "gost": true,
-            "maxContainerCount": 3})");
-    for (const std::string& member : wanted.getMemberNames())
-        EXPECT_EQ(list[0][member].asString(), wanted[member].asString()) << member;
+    EXPECT_EQ(
+        list[0],
+        parseJson(LR"({"slot": "Aktiv Rutoken ECP 0", "manufacturer": "Test tokens", "model": "Rutoken ECP",
+              "serialNumber": "2f5a01c7", "totalMemory": 65536, "freeMemory": null, "type": "RutokenECP",
+              "name": "RutokenECP", "nickname": "Aktiv Rutoken ECP 0", "media": "2f5a01c7", "gost": true,
+              "maxContainerCount": 3})"));
     EXPECT_EQ(list[1]["slot"], "ISBC 0");
     EXPECT_FALSE(list[1].isMember("type") || list[1].isMember("certified"));
     EXPECT_EQ(folder.takeLog("jcPKCS11ds"),
@@ -418,6 +489,125 @@ TEST(TokenDiscovery, ReadsTheVersionOfAnInstalledDriver) {
     EXPECT_EQ(Crypto::getTokenDriverVersion(L"BB"), L"4.3.2");
     for (const wchar_t* none : {L"", L"CC", L"AA\\InstallProperties\\..", L"\\AA"})
         EXPECT_EQ(Crypto::getTokenDriverVersion(none), L"");
+}
+
+constexpr wchar_t jaCarta[] = L"ARDS JaCarta 0";
+constexpr wchar_t rutokenCommand[] = L"00CA01890E";
+constexpr wchar_t jaCartaCommand[] = L"00CA000100";
+
+// The first library of its name that is loaded stays the service of the process, so this one comes before all
+// tests.
+struct CardService : testing::Environment {
+    void SetUp() override {
+        folder.emplace();
+        const auto file = folder->path() / "winscard.dll";
+        std::filesystem::copy_file(testcard_file, file);
+        library = ::LoadLibraryW(file.c_str());
+    }
+    void TearDown() override {
+        ::FreeLibrary(library);
+        folder.reset();
+    }
+    std::optional<TokenFolder> folder;
+    HMODULE library = nullptr;
+};
+
+const auto* const service = static_cast<CardService*>(testing::AddGlobalTestEnvironment(new CardService));
+
+class SmartCardTest : public ::testing::Test {
+protected:
+    SmartCardTest() { set(L"service", L"fail", L""); }
+
+    static void set(const wchar_t* section, const wchar_t* key, const std::wstring& value) {
+        service->folder->set("winscard", section, key, value);
+    }
+    static Lines takeLog() { return service->folder->takeLog("winscard"); }
+
+    static Certified ask(const wchar_t* reader) {
+        Terminal terminal;
+        terminal.open();
+        terminal.connect(reader);
+        return SmartCard(terminal).certified(reader);
+    }
+};
+
+// What scripts are told: nothing where nothing is known, be it that there is no card to ask.
+TEST_F(SmartCardTest, TellsWhatTheTokenSays) {
+    set(jaCarta, L"00C0000014", L"0000000000000000000000073132333435363190");
+    const auto certified = [](const std::wstring& reader) {
+        const Json::Value item = Crypto::describeToken({reader, L"", L"", L"", {}, {}});
+        return !item.isMember("certified") ? "unknown" : item["certified"].asBool() ? "yes" : "no";
+    };
+    for (const auto& row : readTable("token/answers.txt", 5)) {
+        const std::wstring reader = wide(row[1]);
+        const bool isJaCarta = row[1].find("ARDS") != std::string::npos;
+        for (const wchar_t* length : {L"", L"no", L"0"}) {
+            set(L"service", L"length", length);
+            set(reader.c_str(), L"protocol", wide(row[2]));
+            set(reader.c_str(), isJaCarta ? jaCartaCommand : rutokenCommand, wide(row[3]));
+            EXPECT_EQ(certified(reader), row[4]) << row[0];
+        }
+    }
+    set(slot, L"protocol", L"1");
+    set(slot, rutokenCommand, L"000102030405");
+    for (const wchar_t* failing : {L"SCardConnect=0x8010000C", L"SCardEstablishContext=0x8010001D"}) {
+        set(L"service", L"fail", failing);
+        EXPECT_EQ(certified(slot), std::string("unknown")) << toUtf8(failing);
+    }
+}
+
+TEST_F(SmartCardTest, AsksInTheWayOfTheMaker) {
+    set(L"service", L"length", L"");
+    set(slot, L"protocol", L"0");
+    set(slot, rutokenCommand, L"6107");
+    set(slot, L"00C0000007", L"00000000000190");
+    set(jaCarta, L"protocol", L"1");
+    takeLog();
+    EXPECT_EQ(ask(slot), Certified::yes);
+    EXPECT_EQ(takeLog(), (Lines{"SCardEstablishContext 2 0x0", "SCardConnect Aktiv Rutoken ECP 0 2 3 0x0",
+                                "SCardTransmit T0 00CA01890E length 0x0", "SCardTransmit T0 00CA01890E 0x0",
+                                "SCardTransmit T0 00C0000007 length 0x0", "SCardTransmit T0 00C0000007 0x0",
+                                "SCardDisconnect 0 0x0", "SCardReleaseContext 0x0"}));
+    set(slot, rutokenCommand, L"6C06");
+    set(slot, L"00CA018906", L"000000000000");
+    EXPECT_EQ(ask(slot), Certified::no);
+    takeLog();
+    ask(jaCarta);
+    EXPECT_EQ(takeLog(),
+              (Lines{"SCardEstablishContext 2 0x0", "SCardConnect ARDS JaCarta 0 2 3 0x0",
+                     "SCardBeginTransaction 0x0", "SCardTransmit T1 00A4040007A000000151000007 length 0x0",
+                     "SCardTransmit T1 00A4040007A000000151000007 0x0",
+                     "SCardTransmit T1 00CA000100 length 0x0", "SCardTransmit T1 00CA000100 0x0",
+                     "SCardEndTransaction 0x0", "SCardDisconnect 0 0x0", "SCardReleaseContext 0x0"}));
+}
+
+// Calls are counted from the library's start on, so the number that is to fail is found by the name instead.
+TEST_F(SmartCardTest, NothingStaysOpenWhereACallFails) {
+    set(L"service", L"length", L"");
+    set(jaCarta, L"protocol", L"1");
+    for (const wchar_t* call :
+         {L"SCardEstablishContext", L"SCardConnect", L"SCardBeginTransaction", L"SCardTransmit"}) {
+        SCOPED_TRACE(toUtf8(call));
+        takeLog();
+        set(L"service", L"fail", std::wstring(call) + L"=0x80100069");
+        Certified certified = Certified::unknown;
+        const Failure failure = failureOf([&] { certified = ask(jaCarta); });
+        const bool isOutside =
+            std::wstring_view(call) < L"SCardF" && std::wstring_view(call) != L"SCardBeginTransaction";
+        EXPECT_EQ(failure.second, isOutside ? 0x80100069u : 0u);
+        EXPECT_EQ(certified, Certified::unknown);
+        expectGivenBack(takeLog(), {{"SCardEstablishContext", "SCardReleaseContext"},
+                                    {"SCardConnect", "SCardDisconnect"},
+                                    {"SCardBeginTransaction", "SCardEndTransaction"}});
+    }
+}
+
+TEST_F(SmartCardTest, ConnectsAgainAfterAReset) {
+    set(slot, L"protocol", L"1");
+    takeLog();
+    set(L"service", L"fail", L"SCardTransmit=0x80100068");
+    EXPECT_EQ(ask(slot), Certified::unknown);
+    EXPECT_EQ(countOf(takeLog(), "SCardReconnect"), 1);
 }
 
 }  // namespace
