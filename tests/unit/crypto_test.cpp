@@ -291,16 +291,4 @@ TEST_F(CertificateStoreTest, FailuresOfTheSystemAreTold) {
     EXPECT_EQ(failureOf([&] { store->close(); }), Failure(E_CERT_STORE_CLOSE.code, denied));
 }
 
-TEST(Certificate, UninstallFreesWhatItTookAndNoMore) {
-    const Patches patches = countCalls();
-    trace = {};
-    {
-        Certificate certificate = pkiCertificate("second");
-        certificate.uninstall();
-        EXPECT_EQ(trace.open, 1);
-        EXPECT_EQ(certificate.getName(false), L"Second Signer");
-    }
-    EXPECT_EQ(trace.open, 0);
-}
-
 }  // namespace
