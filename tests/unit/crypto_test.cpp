@@ -12,7 +12,6 @@
 #include "crypto/certificate/certificate_store.h"
 #include "crypto/certificate/certificate_view.h"
 #include "crypto/message/provider_choice.h"
-#include "key_container.h"
 
 using namespace Corvane;
 using namespace Corvane::Test;

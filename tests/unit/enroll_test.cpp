@@ -12,7 +12,6 @@
 #include "crypto/enroll/key_container.h"
 #include "crypto/request/distinguished_name.h"
 #include "crypto/request/extensions_json.h"
-#include "key_container.h"
 #include "platform/enroll/recorder.h"
 
 #include <json/value.h>

@@ -6,7 +6,6 @@
 #include "crypto/message/inspect.h"
 #include "crypto/message/provider_choice.h"
 #include "crypto/provider/provider_list.h"
-#include "key_container.h"
 
 #include <gmock/gmock.h>
 

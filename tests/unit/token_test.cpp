@@ -3,7 +3,7 @@
 #include "core/exception_text.h"
 #include "core/json.h"
 #include "core/utf8.h"
-#include "key_container.h"
+#include "api_faults.h"
 #include "platform/import_patch.h"
 #include "scratch_registry.h"
 #include "token/card/smart_card.h"
