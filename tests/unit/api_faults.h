@@ -1,5 +1,5 @@
-// Keys and certificates of the tests. And work of which every call of the system fails once in turn, while what
-// the calls gave is counted until it is given back.
+// Keys and certificates of the tests. And work of which every call of the system fails once in turn, while
+// what the calls gave is counted until it is given back.
 #pragma once
 
 #include "crypto/certificate/certificate.h"

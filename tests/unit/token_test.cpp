@@ -1,9 +1,9 @@
 // Tokens and cards, by the stand-ins for their modules and for the service (tests/platform/token).
+#include "api_faults.h"
 #include "binary/base64.h"
 #include "core/exception_text.h"
 #include "core/json.h"
 #include "core/utf8.h"
-#include "api_faults.h"
 #include "platform/import_patch.h"
 #include "scratch_registry.h"
 #include "token/card/smart_card.h"

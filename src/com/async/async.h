@@ -84,12 +84,12 @@ void finish(std::unique_ptr<AsyncCallback> callback, Operation<Work> operation) 
 
 // Runs an operation and hands its result to the caller. For use inside a frame, as the last thing.
 template <class Out, class Work>
-void run(Out* out, Operation<Work> operation) {
-    give(out, ScriptResult<std::invoke_result_t<Work&>>::make(operation.work()));
+void run(Out* out, const Operation<Work>& operation) {
+    give(out, ScriptResult<std::invoke_result_t<const Work&>>::make(operation.work()));
 }
 
 template <class Work>
-void run(Operation<Work> operation) {
+void run(const Operation<Work>& operation) {
     operation.work();
 }
 

@@ -26,5 +26,5 @@ protected:
 
 private:
     // Of providers; operations take a copy with them.
-    const Corvane::Crypto::ProviderChoice choice_{};
+    Corvane::Crypto::ProviderChoice choice_;
 };
