@@ -93,13 +93,13 @@ public:
     Replaced(Result(WINAPI* function)(Arguments...),
              std::type_identity_t<std::function<Result(Arguments...)>> work)
         : patch_(function, &call) {
-        work_ = std::move(work);
+        answer = std::move(work);
     }
 
 private:
-    static Result WINAPI call(Arguments... arguments) { return work_(arguments...); }
+    static Result WINAPI call(Arguments... arguments) { return answer(arguments...); }
 
-    static inline std::function<Result(Arguments...)> work_;
+    static inline std::function<Result(Arguments...)> answer;
     ImportPatch patch_;
 };
 

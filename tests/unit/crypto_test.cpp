@@ -135,8 +135,7 @@ TEST(CertificateStores, OpenFlags) {
                                                             {2, true, true, 0x18200},
                                                             {2, false, true, 0x10200}};
     for (const auto& [location, readOnly, archived, flags] : rows) {
-        EXPECT_EQ(errorCode([&] { CertificateStore::open(location, L"My", readOnly, archived); }),
-                  E_CERT_STORE_OPEN.code);
+        EXPECT_THROW(CertificateStore::open(location, L"My", readOnly, archived), Exception);
         EXPECT_EQ(openFlags, flags);
     }
     for (const unsigned location : {0u, 3u, 0xFFFFFFFFu})

@@ -205,7 +205,7 @@ TEST(Cryptoki, TellsWhyAModuleDoesNotLoad) {
                                              {L"text.dll", 193, L"[0xc1]LoadLibrary "},
                                              {L"other.dll", 127, L"[0x7f]GetProcAddress "}}) {
         const std::wstring ofSystem = systemText(static_cast<DWORD>(error));
-        EXPECT_EQ(textOfFailure([&] { cryptoki::Pkcs11Module::load(file); }),
+        EXPECT_EQ(textOfFailure([file = file] { cryptoki::Pkcs11Module::load(file); }),
                   begin + ofSystem.substr(ofSystem.find(L':') + 1));
         EXPECT_EQ(::GetModuleHandleW(file), nullptr);
     }
