@@ -5,6 +5,8 @@
 #include "fuzz.h"
 #include "gui/chosen_files.h"
 
+#include <algorithm>
+
 using namespace Corvane;
 using namespace Corvane::Gui;
 
@@ -13,16 +15,9 @@ namespace {
 constexpr std::uint32_t noPairs = 201;
 constexpr std::uint32_t badOptions = 202;
 
-void requireReadable(const std::wstring& filter) {
-    const std::wstring_view all(filter.data(), filter.size() + 1);
-    std::size_t at = 0;
-    const auto isEmptyString = [&] {
-        const std::size_t end = all.find(L'\0', at);
-        require(end != std::wstring_view::npos);
-        return std::exchange(at, end + 1) == end;
-    };
-    while (!isEmptyString())
-        isEmptyString();
+// Strings in pairs, each ended: the system finds the empty one in the place of a pair behind the last.
+void requirePairs(const std::wstring& filter) {
+    require(std::ranges::count(filter, L'\0') % 2 == 0 && (filter.empty() || filter.back() == L'\0'));
 }
 
 }  // namespace
@@ -35,12 +30,12 @@ void fuzz(Input input) {
     DialogOptions options;
     const auto error = errorOf([&] { options = parseJsonOptions(kind, text); });
     require(!error || *error == noPairs || *error == badOptions);
-    requireReadable(options.filter);
+    requirePairs(options.filter);
 
     std::wstring filter;
     if (!errorOf([&] { filter = Gui::detail::unescapeFilter(text); }))
         require(filter.size() == text.size());
-    requireReadable(filter);
+    requirePairs(filter);
     require(joinStrings(filter).size() <= filter.size());
     require(fromUtf8(toUtf8(text)) == text);
 }

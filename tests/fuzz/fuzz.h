@@ -27,6 +27,16 @@ std::optional<std::uint32_t> errorOf(Action&& action) {
     }
 }
 
+// For what may refuse its input with an error of this type.
+template <class Error, class Action>
+void tolerate(Action&& action) {
+    try {
+        action();
+    } catch (const Error&) {
+        // Not what was asked for.
+    }
+}
+
 // Each fuzzer defines this.
 void fuzz(Input input);
 

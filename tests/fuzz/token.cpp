@@ -31,12 +31,9 @@ void encode(const RequestParts& parts) {
 void fuzz(Input input) {
     cryptoki::readImage(input);
     Corvane::readRutokenAnswer(input);
-    try {
-        Corvane::readJaCartaAnswer(input);
-    } catch (const std::out_of_range&) {
-        // A text that is too short.
-    }
-    try {
+    // A text may be too short.
+    tolerate<std::out_of_range>([&] { Corvane::readJaCartaAnswer(input); });
+    tolerate<asn1::Asn1Exception>([&] {
         asn1::BerReader values(input);
         RequestParts parts;
         parts.distinguishedName = values.readWhole();
@@ -45,7 +42,5 @@ void fuzz(Input input) {
         const Bytes attribute(last.begin(), last.end());
         parts.enrollmentParameters = &attribute;
         encode(parts);
-    } catch (const asn1::Asn1Exception&) {
-        // Not such parts.
-    }
+    });
 }

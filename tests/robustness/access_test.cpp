@@ -1,17 +1,12 @@
 // What a page without trust can do with the objects that it may make itself.
-#include "../unit/dialog_driver.h"
-#include "../unit/soon.h"
 #include "com/runtime/plain_object.h"
 #include "component.h"
 
 #include <array>
-#include <filesystem>
 #include <fstream>
 
 namespace robustness {
 namespace {
-
-constexpr wchar_t strangePage[] = L"https://strange.example/";
 
 class Callback final : public ScriptHost::Unscriptable<Corvane::Com::PlainObject<IDispatch>> {
 public:
@@ -31,44 +26,25 @@ class AccessTest : public ComponentTest {
 protected:
     ~AccessTest() override { std::filesystem::remove(path_); }
 
-    template <class Interface>
-    void setSite(const ComPtr<Interface>& object, const wchar_t* page) {
-        host_.href = page ? page : L"";
-        EXPECT_EQ(object.template query<IObjectWithSite>()->SetSite(page ? host_.site() : nullptr), S_OK);
-    }
-
-    // An object that a page makes itself; nobody tells one without a page.
-    template <class Interface>
-    ComPtr<Interface> madeBy(const wchar_t* page, REFCLSID clsid) {
-        auto object = component_.create<Interface>(clsid);
-        if (page)
-            setSite(object, page);
-        return object;
-    }
-
     // What is read of a stream in each way there is.
     static std::array<ComPtr<IBinaryObject>, 3> readings(::IBinaryStream& stream) {
-        std::array<ComPtr<IBinaryObject>, 3> read;
+        ComPtr<IBinaryObject> read;
         double position = -1;
         EXPECT_EQ(stream.Resize(8), S_OK);
         EXPECT_EQ(stream.Seek(0, 0, &position), S_OK);
-        EXPECT_EQ(stream.Read(4, read[0].put()), S_OK);
-        const auto later = Corvane::Com::makeObject<Callback>();
-        EXPECT_EQ(stream.ReadAsync(4, later.get()), S_OK);
-        EXPECT_TRUE(Corvane::Test::soon([&] { return static_cast<bool>(later->binary); }));
-        read[1] = std::move(later->binary);
-        EXPECT_EQ(stream.SeekAndReadAsync(0, 4, later.get()), S_OK);
-        EXPECT_TRUE(Corvane::Test::soon([&] { return static_cast<bool>(later->binary); }));
-        read[2] = std::move(later->binary);
-        return read;
+        EXPECT_EQ(stream.Read(4, read.put()), S_OK);
+        const auto called = [](auto start) {
+            const auto later = Corvane::Com::makeObject<Callback>();
+            EXPECT_EQ(start(later.get()), S_OK);
+            EXPECT_TRUE(soon([&] { return static_cast<bool>(later->binary); }));
+            return std::move(later->binary);
+        };
+        return {read, called([&](IDispatch* callback) { return stream.ReadAsync(4, callback); }),
+                called([&](IDispatch* callback) { return stream.SeekAndReadAsync(0, 4, callback); })};
     }
 
     // Whether the object replaces the file. A refusal leaves it as it is, and an answer like any other.
     bool writes(const ComPtr<IBinaryObject>& object) const {
-        if (!object) {
-            ADD_FAILURE() << "no object";
-            return false;
-        }
         std::ofstream(path_, std::ios::binary) << "kept";
         const HRESULT hr = object->ToFile(Bstr(path_.wstring()).get());
         std::string content;
@@ -80,29 +56,29 @@ protected:
 
     const std::filesystem::path path_ = std::filesystem::temp_directory_path() /
                                         ("corvane-access-" + std::to_string(::GetCurrentProcessId()));
+    const DialogDriver driver_{[](HWND dialog) { ::SendDlgItemMessageW(dialog, IDCANCEL, BM_CLICK, 0, 0); }};
 };
 
 TEST_F(AccessTest, WhatAPageMadeItselfWritesFilesOnlyWithTrust) {
-    const Corvane::DialogDriver driver(
-        [](HWND dialog) { ::SendDlgItemMessageW(dialog, IDCANCEL, BM_CLICK, 0, 0); });
     const struct {
         const wchar_t* page;
-        bool writes;
+        bool isTrusted;
         int questions;
     } rows[] = {{TrustedPage::address, true, 0}, {strangePage, false, 4}, {nullptr, false, 0}};
     for (const auto& row : rows) {
-        const int before = driver.count();
-        EXPECT_EQ(writes(madeBy<IBinaryObject>(row.page, __uuidof(BinaryObject))), row.writes);
-        for (const auto& read : readings(*madeBy<::IBinaryStream>(row.page, __uuidof(BinaryStream))))
-            EXPECT_EQ(writes(read), row.writes);
-        EXPECT_EQ(driver.count() - before, row.questions);
+        const int before = driver_.count();
+        VARIANT_BOOL access = 1;
+        EXPECT_EQ(madeIn<IAbout>(row.page, __uuidof(About))->get_HasAccess(&access), S_OK);
+        EXPECT_EQ(access, row.isTrusted ? VARIANT_TRUE : VARIANT_FALSE) << "which asks nobody";
+        EXPECT_EQ(writes(madeIn<IBinaryObject>(row.page, __uuidof(BinaryObject))), row.isTrusted);
+        for (const auto& read : readings(*madeIn<::IBinaryStream>(row.page, __uuidof(BinaryStream))))
+            EXPECT_EQ(writes(read), row.isTrusted);
+        EXPECT_EQ(driver_.count() - before, row.questions);
     }
 }
 
 TEST_F(AccessTest, TheSiteOfAnObjectCounts) {
-    const Corvane::DialogDriver driver(
-        [](HWND dialog) { ::SendDlgItemMessageW(dialog, IDCANCEL, BM_CLICK, 0, 0); });
-    const auto object = madeBy<IBinaryObject>(TrustedPage::address, __uuidof(BinaryObject));
+    const auto object = madeIn<IBinaryObject>(TrustedPage::address, __uuidof(BinaryObject));
     EXPECT_TRUE(writes(object));
     for (const wchar_t* page : {strangePage, static_cast<const wchar_t*>(nullptr)}) {
         setSite(object, page);
@@ -110,7 +86,7 @@ TEST_F(AccessTest, TheSiteOfAnObjectCounts) {
     }
 
     // What was read belongs to the page that the stream was in.
-    const auto stream = madeBy<::IBinaryStream>(strangePage, __uuidof(BinaryStream));
+    const auto stream = madeIn<::IBinaryStream>(strangePage, __uuidof(BinaryStream));
     const auto strange = readings(*stream);
     setSite(stream, TrustedPage::address);
     EXPECT_FALSE(writes(strange[0]));
@@ -124,9 +100,6 @@ TEST_F(AccessTest, TheSiteOfAnObjectCounts) {
     setSite(given, strangePage);
     EXPECT_TRUE(writes(readings(*made)[0]));
     EXPECT_TRUE(writes(given));
-    for (const auto& sited : {made.query<IObjectWithSite>(), given.query<IObjectWithSite>(),
-                              stream.query<IObjectWithSite>(), object.query<IObjectWithSite>()})
-        sited->SetSite(nullptr);
 }
 
 }  // namespace

@@ -3,7 +3,10 @@
 #pragma once
 
 #include "../../tools/scripthost/unscriptable.h"
+#include "../platform/import_patch.h"
+#include "../unit/dialog_driver.h"
 #include "../unit/fake_host.h"
+#include "../unit/soon.h"
 #include "com/runtime/automation.h"
 #include "com/runtime/ptr.h"
 
@@ -15,38 +18,55 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace robustness {
 
+using Corvane::DialogDriver;
 using Corvane::Com::Bstr;
 using Corvane::Com::ComPtr;
 using Corvane::Com::Variant;
 using Corvane::Com::viewOf;
+using Corvane::Test::soon;
 
-constexpr HRESULT accessDenied = static_cast<HRESULT>(0x800405E9);
+// The HRESULT of the component's error with this number.
+constexpr HRESULT failureOf(HRESULT number) {
+    return static_cast<HRESULT>(0x80040200) + number;
+}
+constexpr HRESULT accessDenied = failureOf(1001);
+constexpr wchar_t deniedText[] = L"[1001] Доступ для текущего домена запрещен";
+constexpr wchar_t strangePage[] = L"https://strange.example/";
 
-// Full path of the DLL under test.
-std::wstring componentPath();
+inline std::wstring componentPath() {
+    return std::filesystem::path(CORVANE_COMPONENT).make_preferred().wstring();
+}
 
 // Loads the DLL for as long as it lives.
 class Component {
 public:
-    Component();
+    Component() : module_(::LoadLibraryW(componentPath().c_str())) {
+        if (!module_)
+            throw std::runtime_error("the DLL cannot be loaded");
+    }
     Component(const Component&) = delete;
     Component& operator=(const Component&) = delete;
     ~Component() { ::FreeLibrary(module_); }
 
     HRESULT classObject(REFCLSID clsid, REFIID iid, void** object) const {
-        return classObject_(clsid, iid, object);
+        return exported<decltype(::DllGetClassObject)>("DllGetClassObject")(clsid, iid, object);
     }
-    HRESULT canUnload() const { return canUnload_(); }
-    HRESULT registerServer() const;
+    HRESULT canUnload() const { return exported<decltype(::DllCanUnloadNow)>("DllCanUnloadNow")(); }
+    HRESULT registerServer() const { return exported<HRESULT WINAPI()>("DllRegisterServer")(); }
 
-    ComPtr<IClassFactory> factory(REFCLSID clsid) const;
-
+    ComPtr<IClassFactory> factory(REFCLSID clsid) const {
+        ComPtr<IClassFactory> factory;
+        classObject(clsid, IID_IClassFactory, factory.putVoid());
+        return factory;
+    }
     // A new object; empty when it cannot be made.
     template <class Interface>
     ComPtr<Interface> create(REFCLSID clsid) const {
@@ -57,49 +77,70 @@ public:
     }
 
 private:
+    template <class Function>
+    Function* exported(const char* name) const {
+        return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(::GetProcAddress(module_, name)));
+    }
+
     HMODULE module_;
-    decltype(&::DllGetClassObject) classObject_;
-    decltype(&::DllCanUnloadNow) canUnload_;
 };
 
 // A site that the user trusts for as long as it lives.
 class TrustedPage {
 public:
-    TrustedPage();
+    TrustedPage() { ::RegSetKeyValueW(HKEY_CURRENT_USER, list, address, REG_SZ, L"", sizeof(L"")); }
     TrustedPage(const TrustedPage&) = delete;
     TrustedPage& operator=(const TrustedPage&) = delete;
-    ~TrustedPage();
+    ~TrustedPage() { ::RegDeleteKeyValueW(HKEY_CURRENT_USER, list, address); }
 
     static constexpr wchar_t address[] = L"https://robustness.example";
+
+private:
+    static constexpr wchar_t list[] = L"SOFTWARE\\ZimVetrel\\VetrelCorvane\\TrustedSites";
 };
 
 // Every test begins with the DLL loaded and in a trusted page, and has to give back all it took.
 class ComponentTest : public ::testing::Test {
 protected:
-    ComponentTest();
-    ~ComponentTest() override;
+    ComponentTest() { host_.answers = {{Corvane::Step::browserService, E_NOINTERFACE}}; }
+    ~ComponentTest() override {
+        EXPECT_EQ(host_.references, 0) << "the host's objects are still held";
+        EXPECT_EQ(component_.canUnload(), S_OK) << "objects or locks are left";
+    }
 
-    // A service of the page at `url`.
+    // The object comes into the page at `url`; into none where there is no address.
     template <class Interface>
-    ComPtr<Interface> serviceOf(REFCLSID clsid, const wchar_t* url = TrustedPage::address) {
-        host_.href = url;
-        auto service = component_.create<Interface>(clsid);
-        EXPECT_EQ(service.template query<IObjectWithSite>()->SetSite(host_.site()), S_OK);
-        return service;
+    void setSite(const ComPtr<Interface>& object, const wchar_t* url) {
+        host_.href = url ? url : L"";
+        EXPECT_EQ(object.template query<IObjectWithSite>()->SetSite(url ? host_.site() : nullptr), S_OK);
+    }
+    // A new object in the page at `url`.
+    template <class Interface>
+    ComPtr<Interface> madeIn(const wchar_t* url, REFCLSID clsid) {
+        auto object = component_.create<Interface>(clsid);
+        if (url)
+            setSite(object, url);
+        return object;
+    }
+    template <class Interface>
+    ComPtr<Interface> serviceOf(REFCLSID clsid) {
+        return madeIn<Interface>(TrustedPage::address, clsid);
     }
     ComPtr<IBinaryObjectService> service() {
         return serviceOf<IBinaryObjectService>(__uuidof(BinaryObjectService));
     }
     // An object that holds what the hexadecimal text says.
-    ComPtr<IBinaryObject> bytes(std::wstring_view hex);
+    ComPtr<IBinaryObject> bytes(std::wstring_view hex) {
+        ComPtr<IBinaryObject> object;
+        EXPECT_EQ(service()->BinaryObjectFromHex(Bstr(hex).get(), object.put()), S_OK);
+        return object;
+    }
 
+    Corvane::Test::Apartment apartment_{COINIT_MULTITHREADED};
     TrustedPage trustedPage_;
     Component component_;
     Corvane::FakeHost host_;
 };
-
-// The hexadecimal text of an object's bytes; "failed" when there is none.
-std::wstring hexOf(IBinaryObject& object);
 
 // What an object that is left alone offers, each under its own address.
 template <class Interface>
@@ -132,13 +173,25 @@ class LateCall {
 public:
     // `arguments` in the order of the script; they stay the caller's.
     LateCall(IDispatch& object, DISPID member, const std::vector<VARIANT>& arguments = {},
-             WORD flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+             WORD flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET) {
+        std::vector<VARIANT> reversed(arguments.rbegin(), arguments.rend());
+        DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+        UINT bad = 0;
+        hr = object.Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters, result.put(),
+                           &exception, &bad);
+        if (hr == DISP_E_EXCEPTION && exception.pfnDeferredFillIn)
+            exception.pfnDeferredFillIn(&exception);
+    }
     LateCall(const LateCall&) = delete;
     LateCall& operator=(const LateCall&) = delete;
-    ~LateCall();
+    ~LateCall() {
+        for (BSTR text : {exception.bstrSource, exception.bstrDescription, exception.bstrHelpFile})
+            ::SysFreeString(text);
+    }
 
     // What the member itself failed with; the failure of the call where there was none.
     HRESULT failure() const { return hr == DISP_E_EXCEPTION ? exception.scode : hr; }
+    std::wstring_view description() const { return viewOf(exception.bstrDescription); }
 
     HRESULT hr = E_UNEXPECTED;
     Variant result;
@@ -153,7 +206,14 @@ public:
     // What QueryInterface(GUID_NULL) answers: `hr`, and when that is a success, `answer`.
     explicit ForeignObject(HRESULT hr, IUnknown* answer = nullptr) : hr_(hr), answer_(answer) {}
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        const bool isImplementation = iid == GUID_NULL;
+        IUnknown* const answer = !isImplementation ? this : SUCCEEDED(hr_) ? answer_ : nullptr;
+        if (answer)
+            answer->AddRef();
+        *object = answer;
+        return isImplementation ? hr_ : S_OK;
+    }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
     ULONG STDMETHODCALLTYPE Release() override { return --references_; }
 

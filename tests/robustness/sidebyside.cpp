@@ -3,13 +3,13 @@
 // is then in force, or "-".
 //
 // Prints a line for each ProgID, with the step that failed. The exit status is the number of failures.
+#include "../unit/soon.h"
 #include "com/runtime/automation.h"
 #include "com/runtime/ptr.h"
-#include "core/handles.h"
 
 #include <VetrelCorvane2_h.h>
-#include <objbase.h>
 
+#include <atomic>
 #include <cstdio>
 #include <span>
 #include <string_view>
@@ -19,10 +19,11 @@ namespace {
 
 using Corvane::Com::Bstr;
 using Corvane::Com::ComPtr;
+using Corvane::Test::Apartment;
 
 struct Failure {
-    const char* step;
-    HRESULT hr;
+    const char* step = nullptr;
+    HRESULT hr = S_OK;
 };
 
 void check(HRESULT hr, const char* step) {
@@ -30,38 +31,29 @@ void check(HRESULT hr, const char* step) {
         throw Failure{step, hr};
 }
 
-// An activation context, which counts on a thread while it is active there.
-class Context {
-public:
-    explicit Context(const wchar_t* library) {
-        if (std::wstring_view(library) == L"-")
-            return;
-        ACTCTXW wanted{};
-        wanted.cbSize = sizeof(wanted);
-        wanted.dwFlags = ACTCTX_FLAG_RESOURCE_NAME_VALID;
-        wanted.lpSource = library;
-        wanted.lpResourceName = MAKEINTRESOURCEW(1);
-        handle_ = ::CreateActCtxW(&wanted);
-        if (handle_ == INVALID_HANDLE_VALUE)
-            throw Failure{"CreateActCtx", HRESULT_FROM_WIN32(::GetLastError())};
-    }
-    Context(const Context&) = delete;
-    Context& operator=(const Context&) = delete;
-    ~Context() {
-        if (handle_)
-            ::ReleaseActCtx(handle_);
-    }
+void checkWin32(bool done, const char* step) {
+    check(done ? S_OK : HRESULT_FROM_WIN32(::GetLastError()), step);
+}
 
-    // Until the thread ends.
-    void activate() const {
-        ULONG_PTR cookie = 0;
-        if (handle_ && !::ActivateActCtx(handle_, &cookie))
-            throw Failure{"ActivateActCtx", HRESULT_FROM_WIN32(::GetLastError())};
-    }
+// The activation context of a DLL; none for "-".
+HANDLE contextOf(const wchar_t* library) {
+    if (std::wstring_view(library) == L"-")
+        return nullptr;
+    ACTCTXW wanted{};
+    wanted.cbSize = sizeof(wanted);
+    wanted.dwFlags = ACTCTX_FLAG_RESOURCE_NAME_VALID;
+    wanted.lpSource = library;
+    wanted.lpResourceName = MAKEINTRESOURCEW(1);
+    const HANDLE context = ::CreateActCtxW(&wanted);
+    checkWin32(context != INVALID_HANDLE_VALUE, "CreateActCtx");
+    return context;
+}
 
-private:
-    HANDLE handle_ = nullptr;
-};
+// On this thread, until it ends.
+void activate(HANDLE context) {
+    ULONG_PTR cookie = 0;
+    checkWin32(!context || ::ActivateActCtx(context, &cookie), "ActivateActCtx");
+}
 
 IID defaultInterface(IDispatch& object) {
     ComPtr<ITypeInfo> info;
@@ -73,63 +65,56 @@ IID defaultInterface(IDispatch& object) {
     return iid;
 }
 
-// What the other apartment does: it gets a proxy, not the object, and calls through it.
-void useProxy(ComPtr<IStream> stream, REFIID iid, const void* object) {
-    ComPtr<IUnknown> proxy;
-    check(::CoGetInterfaceAndReleaseStream(stream.detach(), iid, proxy.putVoid()), "unmarshalling");
-    check(proxy.get() == object ? E_UNEXPECTED : S_OK, "another apartment");
-    if (const auto about = proxy.query<IAbout>()) {
-        Bstr version;
-        check(about->get_RegVersion(version.put()), "call");
-        std::printf("RegVersion %zu\n", version.view().size());
-    }
+template <class Interface>
+ComPtr<Interface> createHere(REFCLSID clsid) {
+    ComPtr<Interface> object;
+    check(::CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(Interface), object.putVoid()),
+          "CoCreateInstance");
+    return object;
 }
 
-// Runs the work on a thread of the multithreaded apartment, serving calls to this one's objects meanwhile.
-template <class Work>
-void inOtherApartment(const Context& context, const Work& work) {
-    Failure failure{nullptr, S_OK};
-    const Corvane::EventHandle done(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+void create(HANDLE context, const wchar_t* name) {
+    CLSID clsid;
+    check(::CLSIDFromProgID(name, &clsid), "CLSIDFromProgID");
+    const auto object = createHere<IDispatch>(clsid);
+    const IID iid = defaultInterface(*object);
+    ComPtr<IStream> stream;
+    check(::CoMarshalInterThreadInterfaceInStream(iid, object.get(), stream.put()), "marshalling");
+    // Gets a proxy, not the object, and calls through it; in its own apartment an object has none.
+    const auto work = [&] {
+        activate(context);
+        ComPtr<IUnknown> proxy;
+        check(::CoGetInterfaceAndReleaseStream(stream.detach(), iid, proxy.putVoid()), "unmarshalling");
+        check(static_cast<void*>(proxy.get()) == object.get() ? E_UNEXPECTED : S_OK, "another apartment");
+        if (const auto about = proxy.query<IAbout>()) {
+            Bstr version;
+            check(about->get_RegVersion(version.put()), "call");
+            std::printf("RegVersion %zu\n", version.view().size());
+        }
+        check(createHere<IUnknown>(clsid).query<IClientSecurity>() ? E_UNEXPECTED : S_OK,
+              "no proxy in an apartment of its own");
+    };
+    Failure failure;
+    std::atomic<bool> isDone{false};
     std::thread worker([&] {
-        ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        const Apartment apartment(COINIT_MULTITHREADED);
         try {
-            context.activate();
             work();
         } catch (const Failure& caught) {
             failure = caught;
         }
-        ::CoUninitialize();
-        ::SetEvent(done.get());
+        isDone = true;
     });
-    HANDLE handle = done.get();
-    DWORD index = 0;
-    ::CoWaitForMultipleHandles(0, INFINITE, 1, &handle, &index);
+    // Its calls to this apartment's objects are served meanwhile.
+    Corvane::Test::soon([&] { return isDone.load(); });
     worker.join();
     check(failure.hr, failure.step);
 }
 
-void create(const Context& context, const wchar_t* name) {
-    CLSID clsid;
-    check(::CLSIDFromProgID(name, &clsid), "CLSIDFromProgID");
-    ComPtr<IDispatch> object;
-    check(::CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.putVoid()),
-          "CoCreateInstance");
-    const IID iid = defaultInterface(*object);
-    ComPtr<IStream> stream;
-    check(::CoMarshalInterThreadInterfaceInStream(iid, object.get(), stream.put()), "marshalling");
-    inOtherApartment(context, [&] {
-        useProxy(stream, iid, object.get());
-        ComPtr<IUnknown> own;
-        check(::CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, own.putVoid()),
-              "CoCreateInstance");
-        check(own.query<IClientSecurity>() ? E_UNEXPECTED : S_OK, "no proxy in an apartment of its own");
-    });
-}
-
 int run(const wchar_t* library, std::span<wchar_t*> names) {
-    ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    const Context context(library);
-    context.activate();
+    const Apartment apartment;
+    const HANDLE context = contextOf(library);
+    activate(context);
     int failures = 0;
     for (const wchar_t* name : names) {
         try {
@@ -140,7 +125,6 @@ int run(const wchar_t* library, std::span<wchar_t*> names) {
             std::printf("%ls %s 0x%08lx\n", name, failure.step, static_cast<unsigned long>(failure.hr));
         }
     }
-    ::CoUninitialize();
     return failures;
 }
 

@@ -1,15 +1,21 @@
-// The frame around methods, and asynchronous calls.
+// The frame around methods, asynchronous calls, and dates of scripts.
 #include "../tools/scripthost/unscriptable.h"
 #include "com/async/async.h"
+#include "com/runtime/dates.h"
 #include "com/runtime/frame.h"
+#include "com/runtime/plain_object.h"
+#include "core/moment.h"
 #include "core/system_exception.h"
 #include "platform/import_patch.h"
 #include "soon.h"
+#include "support.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <cstdlib>
 #include <functional>
 #include <thread>
 
@@ -24,11 +30,10 @@ constexpr ErrorDescriptor contextOnly{0, "SetSite.Context", nullptr};
 // Description of the thread's error information, which is consumed.
 std::wstring takeDescription() {
     ComPtr<IErrorInfo> info;
-    if (::GetErrorInfo(0, info.put()) != S_OK)
-        return L"none";
     Bstr text;
-    info->GetDescription(text.put());
-    return std::wstring(text.view());
+    return ::GetErrorInfo(0, info.put()) == S_OK && info->GetDescription(text.put()) == S_OK
+               ? std::wstring(text.view())
+               : L"none";
 }
 
 const std::wstring modulePath = LR"(C:\)" + std::wstring(257, L'p');
@@ -78,17 +83,8 @@ TEST(Frame, EveryRungOfTheLadder) {
 }
 
 // What a host passes as a callback; counts its calls and keeps the error it was given.
-class Callback : public ScriptHost::Unscriptable<IDispatch> {
+class Callback final : public ScriptHost::Unscriptable<PlainObject<IDispatch>> {
 public:
-    virtual ~Callback() = default;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        *object = iid == IID_IUnknown || iid == IID_IDispatch ? this : nullptr;
-        references += *object ? 1 : 0;
-        return *object ? S_OK : E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
                                      VARIANT*, EXCEPINFO*, UINT*) override {
         ++calls;
@@ -99,12 +95,24 @@ public:
         error = V_VT(&text) == VT_BSTR ? viewOf(V_BSTR(&text)) : std::wstring_view();
         return S_OK;
     }
+    bool isHeld() {
+        AddRef();
+        return Release() > 1;
+    }
+    // Whether it is called so many times, soon, and then let go of.
+    bool isCalled(int times) {
+        return soon([&] { return calls == times && !isHeld(); });
+    }
 
-    std::atomic<ULONG> references{1};
     int calls = 0;
     DWORD thread = 0;
     std::wstring error;
 };
+
+bool isIdleWithoutTheWindow() {
+    ThreadWindow::releaseIdle();
+    return Module::isIdle();
+}
 
 TEST(Async, WhateverIsThrownReachesTheCallbackOnItsThreadOnce) {
     const Apartment apartment;
@@ -117,91 +125,100 @@ TEST(Async, WhateverIsThrownReachesTheCallbackOnItsThreadOnce) {
         {[]() -> std::uint32_t { throw 1; }, L"Неизвестная ошибка ActiveX"},
     };
     for (const auto& row : rows) {
-        Callback callback;
-        start(&callback, Operation{L"work", row.work});
-        EXPECT_EQ(callback.calls, 0);
-        EXPECT_GT(callback.references, 1u) << "the operation keeps the callback";
-        EXPECT_TRUE(soon([&] { return callback.calls > 0 && callback.references == 1; }));
-        EXPECT_EQ(callback.calls, 1);
-        EXPECT_EQ(callback.thread, ::GetCurrentThreadId());
-        EXPECT_EQ(callback.error, row.error);
+        const auto callback = makeObject<Callback>();
+        start(callback.get(), Operation{L"work", row.work});
+        EXPECT_EQ(callback->calls, 0);
+        EXPECT_TRUE(callback->isHeld()) << "the operation keeps the callback";
+        EXPECT_TRUE(callback->isCalled(1));
+        EXPECT_EQ(callback->thread, ::GetCurrentThreadId());
+        EXPECT_EQ(callback->error, row.error);
     }
+    EXPECT_EQ(frame(CLSID_NULL, L"CTest::Method",
+                    [] {
+                        start(nullptr, Operation{L"work", [] { return 1u; }});
+                    }),
+              E_POINTER)
+        << "a callback that is none";
     const HWND window = ::FindWindowExW(HWND_MESSAGE, nullptr, L"Corvane2.9.9.41WindowClass", nullptr);
     wchar_t name[64] = L"";
     ::GetWindowTextW(window, name, 64);
     EXPECT_TRUE(std::wstring_view(name).starts_with(L"Corvane2.9.9.41WindowName"))
         << "the window's class or name";
     EXPECT_FALSE(Module::isIdle()) << "the thread's window";
-    ThreadWindow::releaseIdle();
-    EXPECT_TRUE(Module::isIdle());
+    EXPECT_TRUE(isIdleWithoutTheWindow());
 }
 
 TEST(Async, NoOutcomeIsLostWhereTheQueueHasNoRoom) {
     const Apartment apartment;
     const ImportPatch patch(&::PostMessageW, &refusePost);
-    Callback callback;
+    const auto callback = makeObject<Callback>();
     for (int i = 0; i < 100; ++i)
-        start(&callback, Operation{L"work", [] { return 1u; }});
-    EXPECT_TRUE(soon([&] { return callback.calls == 100 && callback.references == 1; }));
-    ThreadWindow::releaseIdle();
-    EXPECT_TRUE(Module::isIdle());
+        start(callback.get(), Operation{L"work", [] { return 1u; }});
+    EXPECT_TRUE(callback->isCalled(100));
+    EXPECT_TRUE(isIdleWithoutTheWindow());
 }
 
 TEST(Async, NothingIsLeftOfAThreadThatEndedBeforeTheOutcome) {
-    Callback callback;
+    const auto callback = makeObject<Callback>();
     std::atomic<bool> finish{false};
     std::atomic<bool> posted{false};
     std::thread([&] {
         const Apartment apartment;
         // One outcome is posted and never fetched; the other comes when the thread is gone.
-        start(&callback, Operation{L"work", [&] { posted = true; }});
-        start(&callback, Operation{L"work", [&] {
-                                       while (!finish)
-                                           ::Sleep(1);
-                                   }});
+        start(callback.get(), Operation{L"work", [&] { posted = true; }});
+        start(callback.get(), Operation{L"work", [&] {
+                                            while (!finish)
+                                                ::Sleep(1);
+                                        }});
         while (!posted)
             ::Sleep(1);
     }).join();
     EXPECT_FALSE(Module::isIdle()) << "an operation is under way";
     finish = true;
-    EXPECT_TRUE(soon([] {
-        ThreadWindow::releaseIdle();
-        return Module::isIdle();
-    }));
-    EXPECT_EQ(callback.calls, 0);
+    EXPECT_TRUE(soon(isIdleWithoutTheWindow));
+    EXPECT_EQ(callback->calls, 0);
 }
 
 // COM is entered and left for each callback; the thread itself stays in its apartment, and leaves it when it
 // says so.
 TEST(Async, TheThreadsApartmentIsItsOwn) {
-    const auto inApartment = [] {
-        APTTYPE type{};
-        APTTYPEQUALIFIER qualifier{};
-        return ::CoGetApartmentType(&type, &qualifier) == S_OK &&
-               (type == APTTYPE_STA || type == APTTYPE_MAINSTA);
-    };
-    std::thread([&] {
-        Callback callback;
+    std::thread([] {
+        const auto callback = makeObject<Callback>();
         {
             const Apartment apartment;
-            start(&callback, Operation{L"work", [] { return 1u; }});
-            EXPECT_TRUE(soon([&] { return callback.calls == 1 && callback.references == 1; }));
-            EXPECT_TRUE(inApartment());
+            start(callback.get(), Operation{L"work", [] { return 1u; }});
+            EXPECT_TRUE(callback->isCalled(1));
+            EXPECT_TRUE(isApartmentThreaded());
             ThreadWindow::releaseIdle();
         }
-        EXPECT_FALSE(inApartment());
+        EXPECT_FALSE(isApartmentThreaded());
     }).join();
 }
 
-TEST(Async, ACallbackThatIsNoneFailsAtTheStart) {
-    const Apartment apartment;
-    EXPECT_EQ(frame(CLSID_NULL, L"CTest::Method",
-                    [] {
-                        start(nullptr, Operation{L"work", [] { return 1u; }});
-                    }),
-              E_POINTER);
-    ThreadWindow::releaseIdle();
-    EXPECT_TRUE(Module::isIdle());
+// Dates are tested in zones east and west of Greenwich, whose distance CORVANE_ZONE_MINUTES tells.
+double zone() {
+    std::array<char, 16> minutes{};
+    return ::GetEnvironmentVariableA("CORVANE_ZONE_MINUTES", minutes.data(), minutes.size()) != 0
+               ? std::atof(minutes.data()) / 1440
+               : 0;
+}
+
+TEST(Dates, AreLocalToTheSecond) {
+    // 2019-10-24T02:53:23.9Z is 43762 days from 1899-12-30, and some.
+    const FILETIME time = fromTicks(132163592039000000);
+    EXPECT_NEAR(toDate(time), 43762 + (2 * 3600 + 53 * 60 + 23) / 86400.0 + zone(), 1e-9);
+    EXPECT_EQ(toTicks(fromDate(toDate(time))), 132163592030000000u);
+}
+
+TEST(Dates, TheEndsOfTheCalendarAreTheNearestDates) {
+    // Excel's and automation's last second is 2958465.99998842592; 1601-01-01 is day -109205.
+    const FILETIME last = fromTicks(2650467743990000000);  // 9999-12-31T23:59:59Z
+    EXPECT_NEAR(toDate(last), zone() > 0 ? 2958465 + 86399 / 86400.0 : 2958465 + 86399 / 86400.0 + zone(),
+                1e-9);
+    // Before 1899-12-30 the time of the day is counted away from zero.
+    const double first = zone() < 0 ? -109206 - (1 + zone()) : -109205 - zone();
+    EXPECT_NEAR(toDate(fromTicks(0)), first, 1e-9);
+    EXPECT_EQ(errorCode([] { toDate(fromTicks(~std::uint64_t{0})); }), E_FILETIME_TO_SYSTEMTIME_CAST.code);
 }
 
 }  // namespace

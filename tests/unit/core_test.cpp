@@ -1,4 +1,4 @@
-// Exceptions and their messages, checks of system calls, handles, text, settings, the log, trusted sites.
+// Exceptions and their messages, handles, text, settings, the log, trusted sites.
 #include "core/check.h"
 #include "core/handles.h"
 #include "core/log_file.h"
@@ -24,30 +24,16 @@ using namespace Corvane::detail;
 namespace {
 
 TEST(Exception, FullMessageIsNumberTextAndDetails) {
-    const auto expect = [](const Exception& exception, const wchar_t* message, const char* what) {
-        EXPECT_EQ(fullMessage(exception), message);
-        EXPECT_STREQ(exception.what(), what);
-    };
-    constexpr ErrorDescriptor unnumbered{0, "no number", nullptr};
-    constexpr ErrorDescriptor namedOnly{12, "only a name", nullptr};
-    const JsonException detailed(E_CERT_JSON_FILTER, "line 1");
-    const JsonException plain(E_CERT_JSON_FILTER, "");
-    expect(Exception(E_HEX_STRING), L"[11] Строка содержит недопустимый HEX символ", "E_HEX_STRING");
-    expect(Exception(unnumbered), L"no number", "no number");
-    expect(Exception(namedOnly), L"[12] only a name", "only a name");
-    expect(detailed, L"[608] Неверный фильтр сертификатов (line 1)", "E_CERT_JSON_FILTER");
-    expect(plain, L"[608] Неверный фильтр сертификатов", "E_CERT_JSON_FILTER");
-}
-
-TEST(SystemException, DetailsAreTheNumberAndTheSystemsText) {
     // FormatMessageW's own answer, asked for in another way than the code does, without its line end.
     const auto systemsOwnText = [](HRESULT number) {
         wchar_t text[1024] = L"";
         const DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
                                               nullptr, static_cast<DWORD>(number), 0, text, 1024, nullptr);
-        EXPECT_EQ(std::wstring_view(text).find(L'\r'), length - 2);
         return std::wstring(text, length - 2);
     };
+    constexpr ErrorDescriptor namedOnly{12, "only a name", nullptr};
+    EXPECT_EQ(fullMessage(Exception(namedOnly)), L"[12] only a name");
+    EXPECT_EQ(fullMessage(JsonException(E_CERT_JSON_FILTER, "")), L"[608] Неверный фильтр сертификатов");
     EXPECT_EQ(fullMessage(Win32Exception(E_CREATE_FILE, ERROR_ACCESS_DENIED)),
               L"[28] Ошибка при открытии файла (0x5:" + systemsOwnText(ERROR_ACCESS_DENIED) + L")");
     EXPECT_EQ(fullMessage(ComException(E_COM_INVOKE, E_INVALIDARG)),
@@ -55,18 +41,6 @@ TEST(SystemException, DetailsAreTheNumberAndTheSystemsText) {
                   systemsOwnText(E_INVALIDARG) + L")");
     EXPECT_EQ(fullMessage(Win32Exception(E_CREATE_FILE, 0x2FFFFFFF)), L"[28] Ошибка при открытии файла")
         << "a number without a text";
-    EXPECT_EQ(fullMessage(CommDlgException(E_COMMON_DLG, 0x3002)),
-              L"[200] Ошибка при открытии диалога (0x3002)");
-}
-
-TEST(Check, TakesTheLastErrorOfTheFailedCall) {
-    ::SetLastError(ERROR_DISK_FULL);
-    EXPECT_EQ(failureOf([] { checkWin32(FALSE, E_FILE_WRITE, L"WriteFile"); }),
-              Failure(E_FILE_WRITE.code, ERROR_DISK_FULL));
-    EXPECT_EQ(failureOf([] { checkStatus(ERROR_ACCESS_DENIED, E_REG_KEY_CREATE, L"RegCreateKeyExW"); }),
-              Failure(E_REG_KEY_CREATE.code, ERROR_ACCESS_DENIED));
-    EXPECT_THROW(checkCrypto(FALSE, E_CRYPTO_SIGN, L"CryptSignMessage"), CryptoException);
-    EXPECT_THROW(checkHresult(E_FAIL, E_COM_INVOKE, L"Invoke"), ComException);
     EXPECT_NO_THROW(checkHresult(S_FALSE, E_COM_INVOKE, L"Invoke"));
 }
 
@@ -97,28 +71,17 @@ TEST(TwoPass, GivesWhatTheSecondCallDelivered) {
     EXPECT_THAT(run, testing::ThrowsMessage<std::runtime_error>("C_GetSlotList 5"));
 }
 
-TEST(Handle, IsClosedAndKeepsTheLastError) {
+TEST(Handle, KeepsTheLastErrorWhenItIsClosed) {
     FileHandle file(::CreateFileW(L"NUL", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-    ASSERT_TRUE(file);
-    const HANDLE raw = file.get();
-    file.reset();
-    DWORD flags = 0;
-    EXPECT_FALSE(::GetHandleInformation(raw, &flags)) << "the handle is still open";
-    file.attach(raw);
+    ASSERT_TRUE(::CloseHandle(file.get()));
     ::SetLastError(ERROR_DISK_FULL);
     file.reset();  // fails, for want of an open handle
     EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_DISK_FULL));
 }
 
 TEST(Text, CodePages) {
-    const std::wstring text = L"Привет\0мир"s;
-    const std::string bytes = "\xCF\xF0\xE8\xE2\xE5\xF2\0\xEC\xE8\xF0"s;
-    EXPECT_EQ(wideToMulti(1251, text), bytes);
-    EXPECT_EQ(multiToWide(1251, bytes), text);
     EXPECT_EQ(toUtf8(L"\xD83D\xDE00"), "\xF0\x9F\x98\x80");
     EXPECT_EQ(multiToWide(99999, ""s), L"") << "an empty text does not reach the system";
-    EXPECT_EQ(errorCode([] { multiToWide(99999, "a"s); }), E_ANSI_TO_WIDE.code);
-    EXPECT_EQ(errorCode([] { wideToMulti(99999, L"a"s); }), E_WIDE_TO_ANSI.code);
     EXPECT_THROW(multiToWide(1251, static_cast<const char*>(nullptr)), std::invalid_argument);
 }
 
@@ -126,17 +89,12 @@ void setNumber(HKEY hive, const wchar_t* name, DWORD value) {
     ASSERT_EQ(::RegSetKeyValueW(hive, settingsKey, name, REG_DWORD, &value, sizeof(value)), ERROR_SUCCESS);
 }
 
-TEST(Log, LineLayout) {
+TEST(Log, ALineHasItsPartsInOrderAndNoLineEnds) {
     const LogStamp morning{2019, 10, 24, 9, 5, 3, 7, 4242};
     EXPECT_EQ(formatLogLine(morning, 1, L"CBinaryObject::ToBase64", L"[11]\r\nx"),
-              L"2019-10-24T09:05:03.7 | 4242 | ERROR | CBinaryObject::ToBase64 | [11]  x")
-        << "one line, whatever the text";
-    const LogStamp evening{2026, 1, 2, 23, 59, 0, 120, 1};
-    const std::pair<std::uint32_t, const wchar_t*> levels[] = {
-        {0, L""}, {1, L"ERROR"}, {2, L"WARN"}, {3, L"INFO"}, {4, L"DEBUG"}, {5, L""}, {4000, L""}};
-    for (const auto& [level, name] : levels)
-        EXPECT_EQ(formatLogLine(evening, level, L"c", L"t"),
-                  L"2026-01-02T23:59:00.120 | 1 | " + std::wstring(name) + L" | c | t");
+              L"2019-10-24T09:05:03.7 | 4242 | ERROR | CBinaryObject::ToBase64 | [11]  x");
+    for (const std::uint32_t level : {0u, 5u, 4000u})
+        EXPECT_EQ(formatLogLine(morning, level, L"c", L"t"), L"2019-10-24T09:05:03.7 | 4242 |  | c | t");
 }
 
 TEST(Log, LevelIsReadAgainAfterAMinute) {
@@ -160,8 +118,7 @@ TEST(Settings, TheUserComesBeforeTheMachine) {
     EXPECT_EQ(readNumberSetting(L"LogLevel"), 4u);
     EXPECT_EQ(readTextSetting(L"LogLevel"), std::nullopt) << "a number is not a text";
     const std::wstring path(3000, L'я');
-    ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, settingsKey, L"LogPath", REG_SZ, path.c_str(),
-                      static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t)));
+    ScratchRegistry::addText(HKEY_LOCAL_MACHINE, settingsKey, L"LogPath", path);
     EXPECT_EQ(readTextSetting(L"LogPath"), path);
 }
 
@@ -170,10 +127,9 @@ TEST(Log, LinesAreAppendedWholeInUtf8) {
     writeFile(path, Bytes{'x', '\n'});
     {
         FileLogger logger(path);
-        std::vector<std::jthread> writers;
-        writers.reserve(4);
-        for (int writer = 0; writer < 4; ++writer)
-            writers.emplace_back([&] {
+        std::vector<std::jthread> writers(4);
+        for (std::jthread& writer : writers)
+            writer = std::jthread([&] {
                 for (int line = 0; line < 100; ++line)
                     LogMessage(3, L"контекст", logger) << L"value: " << 1000 << L'.';
             });
@@ -188,11 +144,8 @@ TEST(Log, LinesAreAppendedWholeInUtf8) {
     for (; std::getline(lines, line); ++count)
         EXPECT_THAT(line, testing::EndsWith(toUtf8(L" | INFO | контекст | value: 1000.\r")));
     EXPECT_EQ(count, 400);
-}
-
-TEST(Log, AFileThatCannotBeOpenedIsNoError) {
-    FileLogger logger(L"Z:\\no such folder\\Corvane2.log");
-    EXPECT_NO_THROW(LogMessage(1, L"c", logger) << L"t");
+    FileLogger nowhere(L"Z:\\no such folder\\Corvane2.log");
+    EXPECT_NO_THROW(LogMessage(1, L"c", nowhere) << L"t");
 }
 
 // Memory that can still be looked at after it was given back.
@@ -235,13 +188,12 @@ TEST(Secret, IsWipedWhenItIsLetGoOf) {
 }
 
 class TrustedSites : public testing::Test {
-protected:
-    static void addValue(HKEY hive, const std::wstring& name) {
-        ScratchRegistry::addValue(hive, trustedSitesKey, name);
-    }
-
-    ScratchRegistry registry_;
+    const ScratchRegistry registry_;
 };
+
+void addSite(HKEY hive, const std::wstring& name) {
+    ScratchRegistry::addValue(hive, trustedSitesKey, name);
+}
 
 TEST_F(TrustedSites, LettersAreTheSystems) {
     const SitePattern site = readSite(L"HTTPS://Почта.РФ/Ящик");
@@ -253,21 +205,20 @@ TEST_F(TrustedSites, LettersAreTheSystems) {
 
 TEST_F(TrustedSites, ValidPatternsOfBothHivesCount) {
     EXPECT_FALSE(RegTrustedSites().isTrusted(L"https://example.org/")) << "without a key";
-    for (const wchar_t* name : {L"*.org", L"*", L"file://x", L"a.*.org", L"ex ample.org", L""})
-        addValue(HKEY_CURRENT_USER, name);
-    addValue(HKEY_CURRENT_USER, L"*.User.example");
-    addValue(HKEY_LOCAL_MACHINE, L"name://wscript.exe");
+    for (const wchar_t* name : {L"*.org", L"file://x", L""})
+        addSite(HKEY_CURRENT_USER, name);
+    addSite(HKEY_CURRENT_USER, L"*.User.example");
+    addSite(HKEY_LOCAL_MACHINE, L"name://wscript.exe");
     const RegTrustedSites sites;
     EXPECT_TRUE(sites.isTrusted(L"HTTPS://a.USER.example:8080/x"));
     EXPECT_TRUE(sites.isTrusted(L"name://WScript.exe"));
-    for (const wchar_t* address : {L"https://other.example/", L"", L"http://www.example.org", L"http://org",
-                                   L"file://x", L"http://a.b.org", L"file:///c:/x.html"})
+    for (const wchar_t* address : {L"", L"http://www.example.org", L"file://x", L"file:///c:/x.html"})
         EXPECT_FALSE(sites.isTrusted(address)) << testing::PrintToString(address);
     // One name at the edge of the first buffer, one that needs it doubled several times; a short one after
     // them.
     for (const std::size_t length : {260u, 261u, 3000u, 5u}) {
         const std::wstring host = std::wstring(length - 4, L'a') + L".org";
-        addValue(HKEY_CURRENT_USER, host);
+        addSite(HKEY_CURRENT_USER, host);
         EXPECT_TRUE(RegTrustedSites().isTrusted(L"http://" + host)) << length;
     }
 }
@@ -278,12 +229,9 @@ TEST_F(TrustedSites, AnEditOfTheRegistryCountsFromTheNextCheck) {
     EXPECT_FALSE(watch.key());
 
     const auto isTrusted = [] { return RegTrustedSites().isTrusted(L"http://a.example/"); };
-    const auto add = [] { addValue(HKEY_CURRENT_USER, L"a.example"); };
+    const auto add = [] { addSite(HKEY_CURRENT_USER, L"a.example"); };
     const auto remove = [] {
-        ASSERT_EQ(::RegDeleteKeyValueW(HKEY_CURRENT_USER, trustedSitesKey, L"a.example"), ERROR_SUCCESS);
-    };
-    const auto removeKey = [] {
-        ASSERT_EQ(::RegDeleteKeyW(HKEY_CURRENT_USER, trustedSitesKey), ERROR_SUCCESS);
+        EXPECT_EQ(::RegDeleteKeyValueW(HKEY_CURRENT_USER, trustedSitesKey, L"a.example"), ERROR_SUCCESS);
     };
     // Many within one step of the clock, then after rests, in which the key's date becomes certain.
     for (int i = 0; i < 100; ++i) {
@@ -293,21 +241,20 @@ TEST_F(TrustedSites, AnEditOfTheRegistryCountsFromTheNextCheck) {
         remove();
         EXPECT_FALSE(isTrusted());
     }
-    const auto addAndRest = [&] {
+    const auto isTrustedAfterARest = [&] {
         add();
-        EXPECT_TRUE(soon([&] {
-            EXPECT_TRUE(isTrusted());
-            return !watch.changed();
-        })) << "nobody touched it";
+        return soon([&] { return isTrusted() && !watch.changed(); });
     };
-    for (const std::function<void()>& edit :
-         {std::function<void()>(remove), std::function<void()>(removeKey)}) {
-        addAndRest();
-        edit();
+    for (const bool removesKey : {false, true}) {
+        EXPECT_TRUE(isTrustedAfterARest());
+        if (removesKey)
+            ::RegDeleteKeyW(HKEY_CURRENT_USER, trustedSitesKey);
+        else
+            remove();
         EXPECT_FALSE(isTrusted());
         EXPECT_TRUE(watch.changed());
     }
-    addAndRest();
+    EXPECT_TRUE(isTrustedAfterARest());
     // As if the key had been renamed: what was opened lives on.
     RegistryKey other;
     ASSERT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, L"other", other.put()), ERROR_SUCCESS);
@@ -319,28 +266,19 @@ TEST_F(TrustedSites, SessionKeepsTrustedAndRefusedApart) {
     SessionTrustedSites sites;
     sites.add(L"https://Good.example:8080/path", false);
     sites.add(L"https://bad.example/path", true);
-    EXPECT_TRUE(sites.isTrusted(L"https://good.example/"));
-    EXPECT_TRUE(sites.reject(L"https://BAD.example:1/"));
     // Refused or trusted is not the other, the scheme counts, and so does each label.
-    for (const wchar_t* address :
-         {L"https://bad.example/", L"http://good.example/", L"https://www.good.example/", L""})
-        EXPECT_FALSE(sites.isTrusted(address)) << testing::PrintToString(address);
-    for (const wchar_t* address : {L"https://good.example/", L"http://bad.example/", L""})
-        EXPECT_FALSE(sites.reject(address)) << testing::PrintToString(address);
+    const struct {
+        const wchar_t* address;
+        bool isTrusted;
+        bool isRefused;
+    } rows[] = {{L"https://good.example/", true, false},      {L"https://BAD.example:1/", false, true},
+                {L"http://good.example/", false, false},      {L"http://bad.example/", false, false},
+                {L"https://www.good.example/", false, false}, {L"", false, false}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(sites.isTrusted(row.address), row.isTrusted) << testing::PrintToString(row.address);
+        EXPECT_EQ(sites.reject(row.address), row.isRefused) << testing::PrintToString(row.address);
+    }
     EXPECT_FALSE(RegTrustedSites().isTrusted(L"https://good.example/")) << "not remembered";
-}
-
-TEST_F(TrustedSites, RememberedSiteIsWrittenAsAPattern) {
-    SessionTrustedSites().addToRegistry(L"HTTPS://Good.example:8080/path");
-    EXPECT_EQ(::RegGetValueW(HKEY_CURRENT_USER, trustedSitesKey, L"https://good.example", RRF_RT_REG_DWORD,
-                             nullptr, nullptr, nullptr),
-              ERROR_SUCCESS);
-    EXPECT_TRUE(RegTrustedSites().isTrusted(L"https://good.example/other"));
-    EXPECT_FALSE(RegTrustedSites().isTrusted(L"http://good.example/"));
-}
-
-TEST_F(TrustedSites, InvalidSitesAreNotAdded) {
-    SessionTrustedSites sites;
     for (const wchar_t* url : {L"", L"file:///c:/x.html", L"http://*.org", L"http://a b", L"http://a:b@c/"}) {
         EXPECT_EQ(errorCode([&] { sites.add(url, false); }), E_INVALID_DOMAIN.code);
         EXPECT_EQ(errorCode([&] { sites.addToRegistry(url); }), E_INVALID_DOMAIN.code);
@@ -348,6 +286,11 @@ TEST_F(TrustedSites, InvalidSitesAreNotAdded) {
     RegistryKey key;
     EXPECT_EQ(::RegOpenKeyExW(HKEY_CURRENT_USER, trustedSitesKey, 0, KEY_READ, key.put()),
               ERROR_FILE_NOT_FOUND);
+    sites.addToRegistry(L"HTTPS://Good.example:8080/path");
+    EXPECT_EQ(::RegGetValueW(HKEY_CURRENT_USER, trustedSitesKey, L"https://good.example", RRF_RT_REG_DWORD,
+                             nullptr, nullptr, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_TRUE(RegTrustedSites().isTrusted(L"https://good.example/other"));
 }
 
 TEST_F(TrustedSites, RegistryFailuresAreReported) {

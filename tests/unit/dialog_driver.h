@@ -1,4 +1,4 @@
-// Answers the dialogs of the process from a thread of its own.
+// Dialogs that are answered.
 #pragma once
 
 #include <windows.h>
@@ -10,6 +10,12 @@
 
 namespace Corvane {
 
+// The window of a program that has a dialog shown.
+inline HWND makeOwner() {
+    return ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+}
+
+// Answers the dialogs of the process from a thread of its own.
 class DialogDriver {
 public:
     // `answer` is called with each dialog that appears; it must see to it that the dialog ends.

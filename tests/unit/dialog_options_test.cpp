@@ -1,37 +1,30 @@
 #include "gui/dialog_options.h"
 
+#include "core/utf8.h"
 #include "gui/chosen_files.h"
 #include "support.h"
 
 using namespace Corvane;
 using namespace Corvane::Gui;
+using namespace Corvane::Test;
 using namespace std::string_literals;
-using Corvane::Test::errorCode;
 
 namespace {
 
 constexpr std::uint32_t noPairs = 201;
 constexpr std::uint32_t badOptions = 202;
 
-// What the Windows API takes by default: descriptions and patterns, each ended by a NUL.
-const std::wstring defaultFilter = L"Все файлы\0*.*\0Текстовые файлы\0*.TXT\0"s;
-
 TEST(DialogOptions, EachKindHasItsDefaults) {
-    const struct {
-        DialogKind kind;
-        const wchar_t* title;
-        std::wstring filter;
-    } rows[] = {
-        {DialogKind::openFile, L"Выберите файл", defaultFilter},
-        {DialogKind::openFiles, L"Выберите файлы", defaultFilter},
-        {DialogKind::saveFile, L"Сохранить файл как", defaultFilter},
-        {DialogKind::selectFolder, L"Выберите папку", L""},
-    };
-    for (const auto& row : rows) {
+    // What the Windows API takes: descriptions and patterns, each ended by a NUL.
+    const std::wstring filter = L"Все файлы\0*.*\0Текстовые файлы\0*.TXT\0"s;
+    for (const auto& [kind, title] : {std::pair(DialogKind::openFile, L"Выберите файл"),
+                                      std::pair(DialogKind::openFiles, L"Выберите файлы"),
+                                      std::pair(DialogKind::saveFile, L"Сохранить файл как"),
+                                      std::pair(DialogKind::selectFolder, L"Выберите папку")}) {
         for (const wchar_t* text : {L"", L"{}", L"{\"unknown\": [1], \"Title\": 1}", L"null"}) {
-            const DialogOptions options = parseJsonOptions(row.kind, text);
-            EXPECT_EQ(options.title, row.title);
-            EXPECT_EQ(options.filter, row.filter);
+            const DialogOptions options = parseJsonOptions(kind, text);
+            EXPECT_EQ(options.title, title);
+            EXPECT_EQ(options.filter, kind == DialogKind::selectFolder ? L"" : filter);
             EXPECT_EQ(options.initialDir, L"");
             EXPECT_EQ(options.filterIndex, 0);
         }
@@ -56,32 +49,26 @@ TEST(DialogOptions, MembersTakeThePlaceOfTheDefaults) {
 }
 
 TEST(DialogOptions, WhatCannotBeMeantIsRefusedWithTheParsersText) {
-    const struct {
-        const wchar_t* text;
-        const wchar_t* message;  // part of what the parser says
-    } rows[] = {
-        {L"{", L"(* Line 1, Column 2\n  Missing '}' or object member name\n)"},
-        {L"[object Object]", L"Syntax error: value, object or array expected."},  // an object made text
-        {L"{title: 1}", L"Missing '}' or object member name"},
-        {L"{'title': 'a'}", L"Missing '}' or object member name"},
-        {L"{\"initialDir\": \"C:\\dir\"}", L"Bad escape sequence in string"},
-        {L"\xFEFF{}", L"Syntax error: value, object or array expected."},
-        {L"[]", L"objectValue"},
-        {L"5", L"objectValue"},
-        {L"\"text\"", L"objectValue"},
-        {L"{\"title\": []}", L"not convertible to string"},
-        {L"{\"filter\": {}}", L"not convertible to string"},
-        {L"{\"filterIndex\": \"1\"}", L"not convertible to Int"},
-        {L"{\"filterIndex\": 2147483648}", L"out of Int range"},
-    };
-    for (const auto& row : rows) {
+    for (const auto& row : readTable("text/dialog_options.txt", 3)) {
+        std::wstring text = fromUtf8(row[1]);
+        SCOPED_TRACE(row[1]);
+        if (row[0] == "filter") {
+            std::wstring filter;
+            EXPECT_EQ(errorCode([&] { filter = Gui::detail::unescapeFilter(text); }),
+                      row[2] == "yes" ? 0 : noPairs);
+            std::ranges::replace(text, L'|', L'\0');
+            EXPECT_EQ(filter, row[2] == "yes" ? text : L"");
+            continue;
+        }
+        std::wstring message = fromUtf8(row[2]);
+        std::ranges::replace(message, L'$', L'\n');
         try {
-            parseJsonOptions(DialogKind::openFile, row.text);
-            ADD_FAILURE() << row.text;
+            parseJsonOptions(DialogKind::openFile, text);
+            ADD_FAILURE();
         } catch (const JsonException& exception) {
             EXPECT_EQ(exception.code(), badOptions);
-            EXPECT_EQ(fullMessage(exception).find(L"[202] Ошибка параметров диалога ("), 0u);
-            EXPECT_NE(fullMessage(exception).find(row.message), std::wstring::npos) << fullMessage(exception);
+            EXPECT_TRUE(fullMessage(exception).starts_with(L"[202] Ошибка параметров диалога ("));
+            EXPECT_NE(fullMessage(exception).find(message), std::wstring::npos) << fullMessage(exception);
         }
     }
     EXPECT_EQ(errorCode([] { parseJsonOptions(DialogKind::openFile, std::wstring(1'000'000, L'[')); }),
@@ -89,20 +76,7 @@ TEST(DialogOptions, WhatCannotBeMeantIsRefusedWithTheParsersText) {
         << "nested beyond the parser's limit";
     EXPECT_EQ(errorCode([] { parseJsonOptions(DialogKind::openFile, L"{\"filter\": \"Документы|*.doc\"}"); }),
               noPairs);
-}
-
-TEST(DialogOptions, FiltersArePairs) {
-    using Gui::detail::unescapeFilter;
-    EXPECT_EQ(unescapeFilter(L""), L"");
-    EXPECT_EQ(unescapeFilter(L"Все файлы|*.*|"), L"Все файлы\0*.*\0"s);
-    EXPECT_EQ(unescapeFilter(L"||"), L"\0\0"s);
-    for (const std::wstring& bad : {
-             L"Все файлы"s, L"Все файлы|*.*"s, L"|"s, L"a|b|c|"s,
-             L"a|b|c"s,      // an even number, but the last part has no end
-             L"a\0b|*.*|"s,  // would be three parts
-         }) {
-        EXPECT_EQ(errorCode([&] { unescapeFilter(bad); }), noPairs) << bad;
-    }
+    EXPECT_EQ(errorCode([] { Gui::detail::unescapeFilter(L"a\0b|*.*|"s); }), noPairs) << "three parts";
 }
 
 TEST(ChosenFiles, StringsOfTheBufferAreJoined) {

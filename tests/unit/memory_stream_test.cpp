@@ -16,17 +16,6 @@ namespace {
 
 constexpr std::uint64_t chunk = 1'048'576;
 
-TEST(MemoryStream, TheFarthestOffsetsAreOutside) {
-    MemoryStream stream;
-    stream.write(Bytes(100));
-    using Offsets = std::numeric_limits<std::int64_t>;
-    const auto seek = [&](std::int64_t offset, Origin origin) {
-        return errorCode([&] { stream.seek(offset, origin); });
-    };
-    EXPECT_EQ(seek(Offsets::max(), Origin::current), E_OFFSET_OUT_OF_RANGE.code);
-    EXPECT_EQ(seek(Offsets::min(), Origin::end), E_OFFSET_OUT_OF_RANGE.code);
-}
-
 TEST(MemoryStream, DataCrossesChunks) {
     MemoryStream stream;
     const Bytes data = sampleBytes(3 * chunk + 17);
@@ -49,6 +38,9 @@ TEST(MemoryStream, DataCrossesChunks) {
 TEST(MemoryStream, ResizingClearsWhatItUncovers) {
     MemoryStream stream;
     stream.write(Bytes(chunk + 10, 0xFF));
+    using Offsets = std::numeric_limits<std::int64_t>;
+    EXPECT_EQ(errorCode([&] { stream.seek(Offsets::max(), Origin::current); }), E_OFFSET_OUT_OF_RANGE.code);
+    EXPECT_EQ(errorCode([&] { stream.seek(Offsets::min(), Origin::end); }), E_OFFSET_OUT_OF_RANGE.code);
     stream.resize(5);
     EXPECT_EQ(stream.state().position, 5u) << "the position moves to the new end";
     stream.resize(chunk + 10);
@@ -76,37 +68,35 @@ TEST(MemoryStream, PositionedTransfersAreWhole) {
 }
 
 TEST(StreamLoop, TheLastBlockIsShortAndSaidToBeTheLast) {
-    using Sizes = std::vector<std::size_t>;
-    struct Case {
-        std::size_t stream;
-        Sizes blocks;
-    };
     constexpr std::size_t size = 1000;
-    for (const Case& each : {Case{0, {0}}, Case{1, {1}}, Case{999, {999}}, Case{1000, {1000, 0}},
-                             Case{1001, {1000, 1}}, Case{3000, {1000, 1000, 1000, 0}}}) {
+    const struct {
+        std::size_t length;
+        std::vector<std::size_t> blocks;
+    } rows[] = {{0, {0}},          {1, {1}},          {999, {999}},
+                {1000, {1000, 0}}, {1001, {1000, 1}}, {3000, {1000, 1000, 1000, 0}}};
+    for (const auto& row : rows) {
         for (const std::size_t most : {~std::size_t{0}, std::size_t{7}}) {
-            SourceStream input(sampleBytes(each.stream), most);
+            SourceStream input(sampleBytes(row.length), most);
             const auto progress = std::make_shared<Progress>();
-            Sizes seen;
+            std::vector<std::size_t> seen;
             Bytes content;
             Stream::forEachBlock(input, size, progress, [&](std::span<const std::uint8_t> block, bool last) {
                 seen.push_back(block.size());
                 content.insert(content.end(), block.begin(), block.end());
-                EXPECT_EQ(last, seen.size() == each.blocks.size()) << each.stream;
+                EXPECT_EQ(last, seen.size() == row.blocks.size()) << row.length;
             });
-            EXPECT_EQ(seen, each.blocks) << each.stream << " in reads of at most " << most;
+            EXPECT_EQ(seen, row.blocks) << row.length << " in reads of at most " << most;
             EXPECT_EQ(content, contentOf(input));
-            EXPECT_EQ(progress->fraction(), each.stream == 0 ? 0.0 : 1.0);
+            EXPECT_EQ(progress->fraction(), row.length == 0 ? 0.0 : 1.0);
         }
     }
     SourceStream input(sampleBytes(1500));
     const auto progress = std::make_shared<Progress>();
-    EXPECT_EQ(errorCode([&] {
-                  Stream::forEachBlock(input, size, progress, [&](std::span<const std::uint8_t>, bool last) {
-                      if (last)
-                          progress->cancel();
-                  });
-              }),
+    const auto cancelAtTheEnd = [&](std::span<const std::uint8_t>, bool last) {
+        if (last)
+            progress->cancel();
+    };
+    EXPECT_EQ(errorCode([&] { Stream::forEachBlock(input, size, progress, cancelAtTheEnd); }),
               E_CANCELED.code)
         << "canceled after the last block was read";
 }

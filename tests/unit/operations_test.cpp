@@ -1,6 +1,7 @@
-// Operations on messages while the system's calls fail one after the other, and on messages that are torn or
-// changed. The message functions and the GOST provider are those of tests/platform; the keys are made here.
+// Operations on messages while the system's calls fail one after the other. The message functions and the
+// GOST provider are those of tests/platform; the keys are made here.
 #include "api_faults.h"
+#include "core/json.h"
 #include "core/utf8.h"
 #include "crypto/api/encoding.h"
 #include "crypto/message/inspect.h"
@@ -135,7 +136,6 @@ TEST_F(Operations, EveryCallFailsOnce) {
     const auto& p = provider_;
     const auto size = [](const auto& bytes) { return std::to_string(bytes.size()); };
     const std::vector<Work> works{
-        // Signing itself says why.
         {"sign", [&] { return size(p.sign(data_, *certificate_, true, true)); }},
         {"signed stream",
          [&] { return size(written(&Provider::sign, data_, *certificate_, true, true, none)); }},
@@ -291,8 +291,11 @@ TEST_F(Operations, StreamsThatAreCanceledOrNotAsLongAsTheySaidOrOne) {
         MemoryStream output;
         const auto progress = std::make_shared<Progress>();
         SourceStream input(content);
+        output.resize(0x10000);
         work(input, output, progress);
         EXPECT_EQ(progress->fraction(), 1.0);
+        // Nothing is left behind it of what was there before.
+        EXPECT_EQ(output.state().size, output.state().position);
         progress->cancel();
         input.seek(0, Stream::Origin::beginning);
         // Nothing was written, so what stands behind the output's position stays.
@@ -337,6 +340,56 @@ TEST_F(Operations, AFailedDecryptionIsToldAsOneAndLeavesNothing) {
     ASSERT_EQ(*recipient, 0x30);
     *recipient = 0xA2;
     EXPECT_THROW(provider_.decrypt(message), std::runtime_error) << "certificate not found";
+}
+
+// Chains are fetched, and keys of tokens are slow: whoever wrote a message is not to keep its reader busy.
+TEST_F(Operations, WorkForSignersAndRecipientsHasAnEnd) {
+    int asked = 0;
+    SharedProgress wanted;
+    const auto cancelWith = [&](DWORD error) {
+        ++asked;
+        wanted->cancel();
+        ::SetLastError(error);
+    };
+    const auto canceled = [&](const auto& work) {
+        asked = 0;
+        wanted = std::make_shared<Progress>();
+        EXPECT_EQ(errorCode(work), E_CANCELED.code);
+        return asked;
+    };
+    {
+        const Replaced patch(&::CertGetCertificateChain, [&](auto...) { return cancelWith(denied), FALSE; });
+        EXPECT_EQ(canceled([&] { Crypto::inspectSignature(from(attached_), {}, 0, wanted); }), 1);
+    }
+    const Bytes message = provider_.encrypt(data_, Certificates(101, certificate_));
+    {
+        const Replaced patch(&::CertFindCertificateInStore, [&](auto...) {
+            return cancelWith(static_cast<DWORD>(CRYPT_E_NOT_FOUND)), nullptr;
+        });
+        EXPECT_EQ(canceled([&] { written(&Provider::decrypt, message, wanted); }), 2) << "in both stores";
+    }
+    asked = 0;
+    const Replaced patch(&::CryptMsgControl, [&](auto...) { return cancelWith(denied), FALSE; });
+    EXPECT_EQ(failureOf([&] { provider_.decrypt(message); }), Failure(E_CRYPTO_DECRYPT.code, denied));
+    EXPECT_EQ(asked, 100);
+}
+
+// The bytes from where one text stands first become the other.
+TEST_F(Operations, InspectingOddMessages) {
+    for (const auto& [old, fresh, member, told] :
+         // Another type of content than the signed attributes tell, which the system refuses (RFC 5652 11.1).
+         {std::tuple(L"2A864886F70D010701A0", L"2A864886F70D010705A0", "verdict", "unknown"),
+          // GeneralizedTime, which years from 2050 on have (RFC 5652 11.3), at the cost of the next one's
+          // digest.
+          {L"301C06092A864886F70D010905",
+           L"301E06092A864886F70D0109053111180F32303531303130323033303430355A302D06092A864886F70D010904312004"
+           L"1E",
+           "signingTime", "2051-01-02T03:04:05Z"}}) {
+        std::wstring digits = binToHex(readTestData("pki/attached-attributes.p7s"));
+        digits.replace(digits.find(old), std::wcslen(fresh), fresh);
+        const Json::Value report = parseJson(Crypto::inspectSignature(hexToBin(digits), nullptr, {}, 0));
+        EXPECT_EQ(report["signers"][0][member].asString(), told);
+    }
 }
 
 }  // namespace

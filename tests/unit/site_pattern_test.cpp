@@ -30,6 +30,8 @@ TEST(SitePattern, ReadsAndMatchesAsDocumented) {
             EXPECT_EQ(partsOf(site), second);
         } else if (row[0] == "list") {
             EXPECT_EQ(isValidSitePattern(site), row[2] == "yes");
+        } else if (row[0] == "one") {
+            EXPECT_EQ(namesOneSite(site), row[2] == "yes");
         } else if (row[0] == "match") {
             EXPECT_EQ(matchesSite(site, parse(second)), row[3] == "yes");
         } else {
@@ -43,6 +45,7 @@ TEST(SitePattern, ReadsAndMatchesAsDocumented) {
 
 TEST(SitePattern, WhatNoLineOfTextHolds) {
     EXPECT_EQ(partsOf(parse({L"http://a.b\0.c", 13})), L"http|a|parseError") << "a zero";
+    EXPECT_FALSE(namesOneSite(parse(L"https://bank.example.\n.evil.example/"))) << "two lines";
     EXPECT_FALSE(isValidSitePattern(SitePattern{L"https", {}, L""})) << "no label at all";
 }
 

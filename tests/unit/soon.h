@@ -18,6 +18,14 @@ public:
     Apartment& operator=(const Apartment&) = delete;
 };
 
+// Whether the thread is in a single-threaded one.
+inline bool isApartmentThreaded() {
+    APTTYPE type{};
+    APTTYPEQUALIFIER qualifier{};
+    return ::CoGetApartmentType(&type, &qualifier) == S_OK &&
+           (type == APTTYPE_STA || type == APTTYPE_MAINSTA);
+}
+
 // PostMessageW where the queue of the thread is full.
 inline BOOL WINAPI refusePost(HWND, UINT, WPARAM, LPARAM) {
     ::SetLastError(ERROR_NOT_ENOUGH_QUOTA);

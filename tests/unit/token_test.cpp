@@ -317,6 +317,18 @@ TEST_F(TokenRequest, EveryCallMayFail) {
     EXPECT_GT(failEachCall(folder, [] { Crypto::getTokenContainers(slot); }), 10u);
 }
 
+// A public key or a signature of another size would make a request of which nobody can make anything.
+TEST_F(TokenRequest, RefusesOtherSizes) {
+    for (const auto& [what, call] : {std::pair(L"key", L"C_GetAttributeValue"), {L"signature", L"C_Sign"}}) {
+        for (const wchar_t* size : {L"0", L"63", L"65"}) {
+            folder.set(driver, L"token", what, size);
+            EXPECT_EQ(textOfFailure([] { request(); }), std::wstring(call) + L": CKR_DATA_LEN_RANGE");
+        }
+        folder.set(driver, L"token", what, L"64");
+    }
+    expectAllGivenBack(folder.takeLog(driver));
+}
+
 TEST_F(TokenRequest, RefusesBeforeThereAreKeys) {
     for (const std::wstring& text :
          {textOfFailure([] { request("3001"); }), textOfFailure([] { request(nameHex, ""); }),
@@ -330,9 +342,13 @@ TEST_F(TokenRequest, RefusesBeforeThereAreKeys) {
 }
 
 TEST_F(TokenRequest, TheCertificateLiesBesideItsKey) {
-    // The public key of another program, whose identifier is no text.
-    std::ofstream(folder.path() / "rtPKCS11ECP.objects") << "0 02000000\n1 01\n102 01ab\n\n";
-    EXPECT_EQ(parseJson(Crypto::getTokenContainers(slot))[0]["containerName"].asString(), "01AB");
+    // Public keys of other programs: without an identifier, and with such as are no text or part of no path.
+    std::ofstream(folder.path() / "rtPKCS11ECP.objects")
+        << "0 02000000\n1 01\n\n0 02000000\n1 01\n102 01ab\n\n0 02000000\n1 01\n102 615c62\n\n";
+    const Json::Value containers = parseJson(Crypto::getTokenContainers(slot));
+    ASSERT_EQ(containers.size(), 2u);
+    EXPECT_EQ(containers[0]["containerName"].asString(), "01AB");
+    EXPECT_EQ(containers[1]["containerName"].asString(), "615C62");
     install(L"key");
     install(L"01AB");
     install(L"ABCD");

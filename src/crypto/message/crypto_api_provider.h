@@ -31,9 +31,10 @@ public:
     // The system may ask the user for the key. Throws CryptoException E_CRYPTO_SIGN or E_CERT_GET_CHAIN.
     virtual Bytes sign(const Bytes& data, const Certificate& certificate, bool attached,
                        bool addCertChain) const;
-    // The same from a stream to a stream, of definite length below 4 GiB. What was written before a failure
-    // or a cancellation stays. Throws besides E_READ_OR_WRONG_FILE_SIZE where the input changed its size. One
-    // stream for both is E_CRYPTO_SIGN, as it is the error of each operation below that writes a stream.
+    // The same from a stream to a stream, of definite length below 4 GiB; the output ends behind it. What was
+    // written before a failure or a cancellation stays. Throws besides E_READ_OR_WRONG_FILE_SIZE where the
+    // input changed its size. One stream for both is E_CRYPTO_SIGN, as it is the error of each operation
+    // below that writes a stream.
     virtual void sign(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
                       const Certificate& certificate, bool attached, bool addCertChain,
                       const SharedProgress& progress) const;

@@ -5,6 +5,8 @@
 #include "crypto/message/recipients.h"
 #include "stream/output_range.h"
 
+#include <utility>
+
 namespace Corvane {
 namespace {
 
@@ -15,8 +17,9 @@ constexpr std::uint64_t largestHeader = std::uint64_t{64} << 20;
 // recipients are known.
 class EnvelopedMessage {
 public:
-    explicit EnvelopedMessage(detail::CryptMessage::Output output)
-        : message_(detail::CryptMessage::openToDecode(0, std::move(output))) {}
+    EnvelopedMessage(detail::CryptMessage::Output output, SharedProgress progress)
+        : message_(detail::CryptMessage::openToDecode(0, std::move(output))),
+          progress_(std::move(progress)) {}
 
     void update(std::span<const std::uint8_t> bytes, bool last) {
         feed(bytes, last);
@@ -24,7 +27,7 @@ public:
         if (key_)
             return;
         if (isHeaderRead(last))
-            key_ = detail::decryptMessage(message_);
+            key_ = detail::decryptMessage(message_, progress_);
         else if (size_ > largestHeader)
             failCrypto(E_CRYPTO_DECRYPT, L"CMSG_ENVELOPE_ALGORITHM_PARAM", ERROR_INVALID_DATA);
     }
@@ -53,6 +56,7 @@ private:
 
     std::unique_ptr<detail::PrivateKey> key_;  // outlives the message
     detail::CryptMessage message_;
+    SharedProgress progress_;
     std::uint64_t size_ = 0;
 };
 
@@ -61,9 +65,11 @@ private:
 Bytes CryptoApiProvider::decrypt(const Bytes& message) const {
     writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::decrypt", L"message size: ", message.size());
     Bytes content;
-    EnvelopedMessage enveloped([&content](std::span<const std::uint8_t> piece) {
-        content.insert(content.end(), piece.begin(), piece.end());
-    });
+    EnvelopedMessage enveloped(
+        [&content](std::span<const std::uint8_t> piece) {
+            content.insert(content.end(), piece.begin(), piece.end());
+        },
+        nullptr);
     enveloped.update(message, true);
     return content;
 }
@@ -74,7 +80,7 @@ void CryptoApiProvider::decrypt(Stream::IBinaryStream& input, Stream::IBinaryStr
              L", input position: ", input.state().position);
     Stream::expectSeparate(input, output, E_CRYPTO_DECRYPT);
     Stream::OutputRange range(output);
-    EnvelopedMessage message(range.sink());
+    EnvelopedMessage message(range.sink(), progress);
     Stream::forEachBlock(
         input, detail::messageBlockSize, progress,
         [&](std::span<const std::uint8_t> block, bool last) { message.update(block, last); });

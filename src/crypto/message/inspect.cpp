@@ -49,7 +49,7 @@ std::optional<std::wstring> signingTime(const CRYPT_ATTRIBUTES& attributes) {
     const CRYPT_ATTRIBUTE* attribute = findAttribute(attributes, szOID_RSA_signingTime);
     FILETIME time{};
     DWORD size = sizeof(time);
-    if (!attribute || !::CryptDecodeObject(messageEncoding, PKCS_UTC_TIME, attribute->rgValue[0].pbData,
+    if (!attribute || !::CryptDecodeObject(messageEncoding, X509_CHOICE_OF_TIME, attribute->rgValue[0].pbData,
                                            attribute->rgValue[0].cbData, 0, &time, &size))
         return std::nullopt;
     return toUtcText(time);
@@ -76,19 +76,21 @@ Answer digestAgrees(const CryptMessage& message, DWORD index, const CRYPT_ATTRIB
 class Inspection {
 public:
     Inspection(CryptMessage& message, bool hasContent, bool isContentHere, const Certificates& supplied,
-               DWORD flags)
+               DWORD flags, SharedProgress progress = {})
         : message_(message),
           signatures_(message),
           lookup_(supplied),
           hasContent_(hasContent),
           isContentHere_(isContentHere),
-          flags_(flags) {}
+          flags_(flags),
+          progress_(std::move(progress)) {}
 
     std::wstring run() {
         Json::Value report(Json::objectValue);
         Json::Value signers(Json::arrayValue);
         std::string verdict = signatures_.count() == 0 ? "unsigned" : "good";
         for (DWORD index = 0; index < signatures_.count(); ++index) {
+            Stream::throwIfCanceled(progress_);
             const Json::Value& signer = signers.append(inspect(index));
             if (verdict == "good")
                 verdict = signer["verdict"].asString();
@@ -175,10 +177,12 @@ private:
         report["signatureGood"] = json(good);
         if (error != ERROR_SUCCESS)
             report["error"] = toUtf8(numberForLog(error));
-        report["verdict"] = verdict(agrees, good, hasAttributes, status);
+        // Whatever else the system has against a signature keeps it from being good.
+        const bool isJudged = error == ERROR_SUCCESS && good == Answer::yes && status;
+        report["verdict"] = verdict(agrees, good, hasAttributes, isJudged, status.value_or(0));
     }
 
-    const char* verdict(Answer agrees, Answer good, bool hasAttributes, std::optional<DWORD> status) const {
+    const char* verdict(Answer agrees, Answer good, bool hasAttributes, bool isJudged, DWORD status) const {
         // Without attributes another content and another key look the same; the content is the usual case.
         if (good == Answer::no)
             return hasAttributes ? "forged" : "changed";
@@ -186,9 +190,9 @@ private:
             return "changed";
         if (!isContentHere_)
             return "noContent";
-        if (good == Answer::unknown || agrees == Answer::unknown || !status)
+        if (!isJudged)
             return "unknown";
-        return *status == 0 ? "good" : "untrusted";
+        return status == 0 ? "good" : "untrusted";
     }
 
     CryptMessage& message_;
@@ -197,6 +201,7 @@ private:
     bool hasContent_;
     bool isContentHere_;
     DWORD flags_;
+    SharedProgress progress_;
 };
 
 bool hasContent(std::span<const std::uint8_t> message) {
@@ -238,7 +243,7 @@ std::wstring inspectSignature(const Bytes& signature, Stream::IBinaryStream& dat
     auto message = CryptMessage::openToDecode(CMSG_DETACHED_FLAG, [](auto) {});
     message.update(signature, true);
     detail::feed(message, data, progress);
-    return Inspection(message, false, true, supplied, flags).run();
+    return Inspection(message, false, true, supplied, flags, progress).run();
 }
 
 std::wstring inspectSignature(Stream::IBinaryStream& signature, const Certificates& supplied, DWORD flags,
@@ -248,7 +253,7 @@ std::wstring inspectSignature(Stream::IBinaryStream& signature, const Certificat
     auto message = CryptMessage::openToDecode(0, [](auto) {});
     bool content = false;
     detail::feed(message, signature, progress, [&](auto block) { content = hasContent(block); });
-    return Inspection(message, content, content, supplied, flags).run();
+    return Inspection(message, content, content, supplied, flags, progress).run();
 }
 
 }  // namespace Corvane::Crypto

@@ -18,7 +18,7 @@ namespace Corvane::Crypto {
 //     its "names", or a null status and an "error" where the system builds no chain at all;
 //   - "verdict": "good"; "untrusted", a good signature of a certificate whose chain is not; "changed",
 //     another content; "forged", no signature of that key; "noCertificate"; "noContent"; "unknown", where an
-//     algorithm is not here, or no chain.
+//     algorithm is not here, or no chain, or the system refuses it for another reason.
 // The message's verdict is its signers', the first that is not "good"; "unsigned" where there are none.
 //
 // `data` is what a detached message is for, null for an attached one or where there is none. Certificates are
@@ -27,7 +27,7 @@ namespace Corvane::Crypto {
 // data are given for a message with content, for another kind of message, and beyond 1,000 signers.
 std::wstring inspectSignature(const Bytes& signature, const Bytes* data, const Certificates& supplied,
                               DWORD flags);
-// The same for data in a stream.
+// The same for data in a stream; cancelling is seen before each signer, too.
 std::wstring inspectSignature(const Bytes& signature, Stream::IBinaryStream& data,
                               const Certificates& supplied, DWORD flags, const SharedProgress& progress);
 // The same for an attached message in a stream.

@@ -3,6 +3,7 @@
 #include "core/handles.h"
 #include "core/log.h"
 #include "crypto/api/encoding.h"
+#include "stream/stream_loop.h"
 
 #include <functional>
 #include <optional>
@@ -61,11 +62,13 @@ private:
 
 class Decryption {
 public:
-    explicit Decryption(CryptMessage& message) : message_(message) {}
+    Decryption(CryptMessage& message, const SharedProgress& progress)
+        : message_(message), progress_(progress) {}
 
     std::unique_ptr<PrivateKey> run() {
         const DWORD count = message_.number(CMSG_CMS_RECIPIENT_COUNT_PARAM);
         for (DWORD index = 0; index < count; ++index) {
+            Stream::throwIfCanceled(progress_);
             const Bytes bytes = message_.parameter(CMSG_CMS_RECIPIENT_INFO_PARAM, index);
             if (tryRecipient(*reinterpret_cast<const CMSG_CMS_RECIPIENT_INFO*>(bytes.data()), index))
                 return std::move(key_);
@@ -145,19 +148,23 @@ private:
             return true;
         if (!error_)
             error_ = error;
+        if (++keyCount_ == keyLimit)
+            failCrypto(E_CRYPTO_DECRYPT, L"CryptMsgControl", *error_);
         return false;
     }
 
     CryptMessage& message_;
+    const SharedProgress& progress_;
     PersonalStores stores_;
     std::unique_ptr<PrivateKey> key_;
     std::optional<DWORD> error_;
+    int keyCount_ = 0;
 };
 
 }  // namespace
 
-std::unique_ptr<PrivateKey> decryptMessage(CryptMessage& message) {
-    return Decryption(message).run();
+std::unique_ptr<PrivateKey> decryptMessage(CryptMessage& message, const SharedProgress& progress) {
+    return Decryption(message, progress).run();
 }
 
 }  // namespace Corvane::detail

@@ -12,14 +12,16 @@ namespace Corvane {
 namespace {
 
 // The message is made in two calls, and a token may ask for its PIN in each; the key that is opened here
-// stays with the context for both. Where it fails, signing fails and says why.
-void openKeyOnce(const Certificate& certificate) noexcept {
+// stays with the context for both. Where it fails, signing has failed: going on would ask once more for a
+// card that the user does not have.
+void openKeyOnce(const Certificate& certificate) {
     HCRYPTPROV_OR_NCRYPT_KEY_HANDLE key = 0;
     DWORD spec = 0;
     BOOL isOwned = FALSE;
-    ::CryptAcquireCertificatePrivateKey(certificate.context(),
-                                        CRYPT_ACQUIRE_CACHE_FLAG | CRYPT_ACQUIRE_ALLOW_NCRYPT_KEY_FLAG,
-                                        nullptr, &key, &spec, &isOwned);
+    checkCrypto(::CryptAcquireCertificatePrivateKey(
+                    certificate.context(), CRYPT_ACQUIRE_CACHE_FLAG | CRYPT_ACQUIRE_ALLOW_NCRYPT_KEY_FLAG,
+                    nullptr, &key, &spec, &isOwned),
+                E_CRYPTO_SIGN, L"CryptAcquireCertificatePrivateKey");
 }
 
 }  // namespace
@@ -67,11 +69,14 @@ void CryptoApiProvider::sign(Stream::IBinaryStream& input, Stream::IBinaryStream
     info.cCertEncoded = static_cast<DWORD>(blobs.size());
     info.rgCertEncoded = blobs.data();
 
+    // Not told of what is written, it takes nothing back.
+    Stream::OutputRange range(output);
     detail::MessageContent content(input);
     auto message = detail::CryptMessage::openToEncode(
         attached ? 0 : CMSG_DETACHED_FLAG, CMSG_SIGNED, &info, content.announcedSize(),
         [&output](std::span<const std::uint8_t> piece) { output.write(piece); });
     content.feed(message, progress);
+    range.commit();
 }
 
 }  // namespace Corvane

@@ -7,6 +7,7 @@
 #include "core/log.h"
 #include "core/utf8.h"
 #include "token/cryptoki/container_path.h"
+#include "token/cryptoki/cryptoki_exception.h"
 #include "token/cryptoki/driver_path.h"
 #include "token/cryptoki/session.h"
 #include "token/discovery/tokens.h"
@@ -35,8 +36,21 @@ std::wstring slotOf(const std::wstring& tokenId) {
 }
 
 std::wstring nameOf(const Bytes& identifier) {
-    const bool isText = std::ranges::all_of(identifier, [](std::uint8_t c) { return c >= 0x20 && c < 0x7F; });
+    // A backslash would be the end of a path's part.
+    const bool isText =
+        std::ranges::all_of(identifier, [](std::uint8_t c) { return c >= 0x20 && c < 0x7F && c != '\\'; });
     return isText ? std::wstring(identifier.begin(), identifier.end()) : binToHex(identifier);
+}
+
+// Empty for a key without one, which the module may say is an error.
+Bytes identifierOf(const cryptoki::Session& session, CK_OBJECT_HANDLE key) {
+    try {
+        return session.getAttributeValue(key, CKA_ID);
+    } catch (const cryptoki::CryptokiException& exception) {
+        if (exception.value() != CKR_ATTRIBUTE_TYPE_INVALID)
+            throw;
+        return {};
+    }
 }
 
 std::set<std::wstring> containerNames(const std::wstring& slot) {
@@ -46,7 +60,7 @@ std::set<std::wstring> containerNames(const std::wstring& slot) {
     std::set<std::wstring> names;
     for (const CK_OBJECT_HANDLE key : session.findObjects(
              AttributeTemplate().number(CKA_CLASS, CKO_PUBLIC_KEY).boolean(CKA_TOKEN, true))) {
-        if (const Bytes identifier = session.getAttributeValue(key, CKA_ID); !identifier.empty())
+        if (const Bytes identifier = identifierOf(session, key); !identifier.empty())
             names.insert(nameOf(identifier));
     }
     return names;

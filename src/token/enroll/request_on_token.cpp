@@ -7,6 +7,7 @@
 #include "core/log.h"
 #include "core/utf8.h"
 #include "token/cryptoki/container_path.h"
+#include "token/cryptoki/cryptoki_exception.h"
 #include "token/cryptoki/driver_path.h"
 #include "token/cryptoki/session.h"
 #include "token/enroll/user_sid.h"
@@ -66,12 +67,19 @@ cryptoki::KeyPair generateKeyPair(const Session& session, std::wstring_view iden
                                        .identifier(CKA_GOSTR3410_PARAMS, detail::gostSignatureParameters));
 }
 
+// Public keys and signatures of GOST R 34.10-2001 are two numbers of 256 bits each (RFC 4491 2.2.2, 2.3.2).
+Bytes twoNumbers(Bytes value, const char* call) {
+    cryptoki::checkCryptoki(value.size() == 64 ? CKR_OK : CKR_DATA_LEN_RANGE, call);
+    return value;
+}
+
 Bytes makeRequest(const Session& session, const cryptoki::KeyPair& keys, const detail::RequestParts& parts) {
-    const Bytes info =
-        detail::encodeGostRequestInfo(parts, session.getAttributeValue(keys.publicKey, CKA_VALUE));
+    const Bytes key = twoNumbers(session.getAttributeValue(keys.publicKey, CKA_VALUE), "C_GetAttributeValue");
+    const Bytes info = detail::encodeGostRequestInfo(parts, key);
     std::array<std::uint8_t, 32> digest{};
     session.digest(CKM_GOSTR3411, info, digest);
-    return detail::encodeGostRequest(info, session.sign(CKM_GOSTR3410, keys.privateKey, digest));
+    return detail::encodeGostRequest(
+        info, twoNumbers(session.sign(CKM_GOSTR3410, keys.privateKey, digest), "C_Sign"));
 }
 
 }  // namespace

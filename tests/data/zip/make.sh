@@ -55,6 +55,8 @@ with zipfile.ZipFile(out + "/python.zip", "w") as archive:
     with archive.open(entry("zip64.txt"), "w", force_zip64=True) as file:
         file.write(b"zip64\n")
 
+zipfile.ZipFile(out + "/empty.zip", "w").close()
+
 # zipfile writes no MS-DOS names, so ASCII names of the same length are replaced.
 def oem(path, names, page):
     plain = ["%0*d.txt" % (len(name) - 4, i) for i, name in enumerate(names)]

@@ -1,6 +1,6 @@
 ' The same with VBScript's arrays and references.
 ' arguments: tests/data/pki
-Dim service, bytes, document, signature, signer, one(0), failures
+Dim service, bytes, document, signature, signer, one(0), none(), failures
 Set service = CreateObject("VetrelCorvane2.CryptoService")
 Set bytes = CreateObject("VetrelCorvane2.BinaryObjectService")
 Set document = bytes.BinaryObjectFromFile(WScript.Arguments(0) & "/document.bin")
@@ -16,5 +16,8 @@ failures = Hex(Err.Number)
 Err.Clear
 service.VerifySignature document, signature, Array(5)
 failures = failures & " " & Err.Number
+Err.Clear
+service.VerifySignature document, signature, none
+failures = failures & " " & Hex(Err.Number)
 On Error GoTo 0
-Equal failures, "80040331 13", "Nothing, an array of numbers"
+Equal failures, "80040331 13 80040331", "Nothing, an array of numbers, one without elements"

@@ -1,4 +1,4 @@
-// Archives and entries above 4 GiB, and archives in files.
+// Files: without room, archives in them, and those above 4 GiB.
 #include "compression/gzip.h"
 #include "compression/zip.h"
 #include "compression/zip_archive.h"
@@ -63,30 +63,22 @@ TEST(Zip64, EntriesBehindFourGiBAreAddedAndFound) {
     EXPECT_EQ(again.extract(2), bytesOf("more"));
 }
 
-TEST(ZipFiles, AnArchiveThatIsClosedWhileItGrowsIsWhatItWas) {
-    const Bytes before = readTestData("zip/info-zip.zip");
-    const auto file = FileSystem::createTemporaryFile(true);
-    file->write(before);
-    const Bytes content = sampleBytes(1000000);
-    SourceStream input(content, 100000, [&](std::uint64_t position) {
-        if (position > 500000)
-            file->close();
-    });
-    EXPECT_EQ(errorCode([&] { ZipArchive(file).add("added", {}, input, nullptr); }), E_SEEK_IN_FILE.code);
-    EXPECT_EQ(readFile(file->path()), before);
-    FileSystem::deleteFile(file->path());
-}
-
-TEST(ZipFiles, AnOutputThatIsClosedMeanwhileIsCutBack) {
-    const auto file = FileSystem::createTemporaryFile(true);
-    file->write(bytesOf("before"));
-    SourceStream input(sampleBytes(1000000), 100000, [&](std::uint64_t position) {
-        if (position > 500000)
-            file->close();
-    });
-    EXPECT_EQ(errorCode([&] { gzipFileAsync(input, *file, nullptr, 0); }), E_FILE_WRITE.code);
-    EXPECT_EQ(readFile(file->path()), bytesOf("before"));
-    FileSystem::deleteFile(file->path());
+TEST(ZipFiles, WhatIsClosedMeanwhileIsWhatItWas) {
+    const auto fails = [](const Bytes& before, const ErrorDescriptor& error, auto write) {
+        const std::shared_ptr<File> file = FileSystem::createTemporaryFile(true);
+        file->write(before);
+        SourceStream input(sampleBytes(1000000), 100000, [&](std::uint64_t position) {
+            if (position > 500000)
+                file->close();
+        });
+        EXPECT_EQ(errorCode([&] { write(input, file); }), error.code);
+        EXPECT_EQ(readFile(file->path()), before);
+        FileSystem::deleteFile(file->path());
+    };
+    fails(readTestData("zip/info-zip.zip"), E_SEEK_IN_FILE,
+          [](auto& input, const auto& file) { ZipArchive(file).add("added", {}, input, nullptr); });
+    fails(bytesOf("before"), E_FILE_WRITE,
+          [](auto& input, const auto& file) { gzipFileAsync(input, *file, nullptr, 0); });
 }
 
 // What happens meanwhile.
@@ -165,6 +157,51 @@ TEST_F(ZipFolders, AFileThatIsALinkIsNotReplaced) {
     EXPECT_EQ(errorCode([&] { extractToFolder(archive_, folder_, {.overwrite = true}, nullptr); }),
               E_CREATE_FILE.code);
     EXPECT_EQ(readFile(folder_ + L"\\link"), bytesOf("elsewhere"));
+}
+
+// A disk that has room for so many bytes and then fails, or takes nothing and says that all is well.
+struct FullDisk {
+    static inline LONGLONG room = 0;
+
+    static BOOL WINAPI setEnd(HANDLE file) {
+        LARGE_INTEGER end{};
+        ::SetFilePointerEx(file, {}, &end, FILE_CURRENT);
+        FILE_END_OF_FILE_INFO size{end};
+        if (end.QuadPart > room) {
+            ::SetLastError(ERROR_DISK_FULL);
+            return FALSE;
+        }
+        return ::SetFileInformationByHandle(file, FileEndOfFileInfo, &size, sizeof(size));
+    }
+    static BOOL WINAPI writeNothing(HANDLE, LPCVOID, DWORD, LPDWORD done, LPOVERLAPPED) {
+        *done = 0;
+        return TRUE;
+    }
+};
+
+TEST(File, WithoutRoomTheOldContentStays) {
+    const std::wstring path =
+        FileSystem::temporaryFolder() + L"corvane-file-" + std::to_wstring(::GetCurrentProcessId());
+    const Bytes old = bytesOf("the old content");
+    writeFile(path, old);
+    {
+        const ImportPatch ends(&::SetEndOfFile, &FullDisk::setEnd);
+        FullDisk::room = 20;
+        EXPECT_EQ(failureOf([&] { writeFile(path, Bytes(21)); }),
+                  Failure(E_FILE_WRITE.code, ERROR_DISK_FULL));
+        EXPECT_EQ(readFile(path), old) << "room is made sure of first";
+        FullDisk::room = 1000;
+        const ImportPatch writes(&::WriteFile, &FullDisk::writeNothing);
+        EXPECT_EQ(failureOf([&] { writeFile(path, Bytes(100)); }),
+                  Failure(E_FILE_WRITE.code, ERROR_WRITE_FAULT));
+        EXPECT_EQ(readFile(path), old) << "the growth is taken back";
+        EXPECT_EQ(failureOf([&] { writeFile(path + L"-new", Bytes(1)); }),
+                  Failure(E_FILE_WRITE.code, ERROR_WRITE_FAULT));
+        EXPECT_FALSE(FileSystem::fileExists(path + L"-new"));
+    }
+    writeFile(path, Bytes{1});
+    EXPECT_EQ(readFile(path), Bytes{1});
+    FileSystem::deleteFile(path);
 }
 
 }  // namespace
