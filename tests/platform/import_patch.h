@@ -6,8 +6,11 @@
 
 #include <windows.h>
 
+#include <functional>
 #include <stdexcept>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace Corvane::Test {
 
@@ -80,6 +83,23 @@ private:
     void*& slot_;
     void* original_ =
         nullptr;  // read from the slot: the compiler takes the function's address for a constant
+};
+
+// The same with what is at hand in the place of `function`: one of each type of function at a time.
+template <class Result, class... Arguments>
+class Replaced {
+public:
+    Replaced(Result(WINAPI* function)(Arguments...),
+             std::type_identity_t<std::function<Result(Arguments...)>> work)
+        : patch_(function, &call) {
+        answer = std::move(work);
+    }
+
+private:
+    static Result WINAPI call(Arguments... arguments) { return answer(arguments...); }
+
+    static inline std::function<Result(Arguments...)> answer;
+    ImportPatch patch_;
 };
 
 }  // namespace Corvane::Test

@@ -1,165 +1,190 @@
+#include "asn1/decoders/signed_data.h"
+#include "asn1/decoders/x509_extensions.h"
 #include "asn1/encoders/der_writer.h"
 #include "asn1/encoders/object_identifier.h"
-#include "asn1/pkix/certificate_fields.h"
 #include "asn1/pkix/certification_request.h"
 #include "asn1/pkix/extensions.h"
 #include "asn1/pkix/name.h"
-#include "binary/hex.h"
+#include "core/json.h"
+#include "core/utf8.h"
+#include "crypto/request/distinguished_name.h"
+#include "crypto/request/extensions_json.h"
+#include "crypto/request/ip_address.h"
+#include "crypto/request/request_json.h"
 #include "support.h"
 
+#include <json/value.h>
+
+#include <chrono>
+#include <map>
+
 using namespace asn1;
+using namespace Corvane;
+using namespace Corvane::Crypto;
 using namespace Corvane::Test;
-using Corvane::hexToBin;
 
 namespace {
 
-Bytes toBytes(View view) {
-    return {view.begin(), view.end()};
+std::string bitsOf(const BitString& bits) {
+    std::string text;
+    for (std::size_t i = 0; i < bits.size(); ++i)
+        text += bits.test(i) ? '1' : '0';
+    return text;
 }
 
-// The same table that the reader is held to, the other way round.
-TEST(DerWriter, IdentifiersOfX690) {
-    unsigned written = 0;
-    for (const auto& row : readTable("pki/ber.txt", 5)) {
-        if (row[0] != "oid" || row[2] == "refused")
-            continue;
-        EXPECT_EQ(hexOf(DerWriter().oid(row[2]).bytes()), row[1]);
-        ++written;
-    }
-    EXPECT_GT(written, 5u);
-    for (const char* text :
-         {"",     "1",     ".",    "1.",   ".1",     "1..2", "1.2.", "3.1",  "10.1", "0.40",
-          "1.40", "1.100", "01.2", "1.02", "1.2.00", "1.2a", "1.-2", "1.2 ", " 1.2", "1,2"})
-        EXPECT_FALSE(isOid(text)) << text;
-    std::string arcs = "1.2";
-    for (int i = 0; i < 127; ++i)
-        arcs += ".1";
-    EXPECT_TRUE(isOid(arcs)) << "128 octets";
-    EXPECT_FALSE(isOid(arcs + ".1"));
-    EXPECT_FALSE(isOid("2." + std::string(100000, '9')));
-}
-
-// Two's complement in as few octets as can be (X.690 8.3), lengths likewise (10.1).
-TEST(DerWriter, NumbersAndLengths) {
-    const std::pair<std::int64_t, const char*> rows[] = {
-        {0, "020100"},
-        {127, "02017F"},
-        {128, "02020080"},
-        {256, "02020100"},
-        {-1, "0201FF"},
-        {-128, "020180"},
-        {-129, "0202FF7F"},
-        {0x7FFFFFFF, "02047FFFFFFF"},
-        {INT64_MIN, "02088000000000000000"},
+TEST(BerReader, FollowsX690) {
+    Bytes joined;
+    const std::map<std::string, std::function<std::string(BerReader&)>> readers{
+        {"oid", [](BerReader& r) { return r.readOid(); }},
+        {"boolean", [](BerReader& r) { return std::string(r.readBoolean() ? "yes" : "no"); }},
+        {"bits", [&](BerReader& r) { return bitsOf(r.readBitString(joined)); }},
+        {"octets", [&](BerReader& r) { return hexOf(r.readOctetString(joined)); }},
+        {"sequence", [](BerReader& r) { return hexOf(r.read(tag::sequence)); }},
+        {"skip", [](BerReader& r) { return r.skip(), std::string("skipped"); }},
+        {"end", [](BerReader& r) { return r.expectEnd(), std::string("end"); }},
     };
-    for (const auto& [number, hex] : rows)
-        EXPECT_EQ(hexOf(DerWriter().integer(number).bytes()), hex);
-    EXPECT_EQ(hexOf(DerWriter().unsignedInteger({}).bytes()), "020100");
-    EXPECT_EQ(hexOf(DerWriter().unsignedInteger(hexToBin("000080")).bytes()), "02020080");
+    for (const auto& row : readTable("pki/ber.txt", 5)) {
+        const Bytes encoded = hexToBin(row[1]);
+        for (const auto rules : {Rules::der, Rules::ber}) {
+            SCOPED_TRACE(row[0] + ' ' + row[1] + (rules == Rules::der ? " DER " : " BER ") + row[4]);
+            BerReader reader(encoded, rules);
+            const std::string& outcome = row[rules == Rules::der ? 2 : 3];
+            if (outcome == "refused") {
+                EXPECT_THROW(readers.at(row[0])(reader), Asn1Exception);
+            } else {
+                EXPECT_EQ(readers.at(row[0])(reader), outcome);
+                EXPECT_TRUE(reader.atEnd());
+                // There is one way to write them.
+                EXPECT_TRUE(row[0] != "oid" || DerWriter().oid(outcome).bytes() == encoded);
+            }
+        }
+    }
+}
+
+// As few octets as can be (X.690 8.3 and 10.1), no bits that are not used (11.2), sets in order (11.6).
+TEST(DerWriter, FollowsX690) {
+    const std::pair<DerWriter, const char*> rows[] = {
+        {DerWriter().integer(0), "020100"},
+        {DerWriter().integer(127), "02017F"},
+        {DerWriter().integer(128), "02020080"},
+        {DerWriter().integer(256), "02020100"},
+        {DerWriter().integer(-1), "0201FF"},
+        {DerWriter().integer(-128), "020180"},
+        {DerWriter().integer(-129), "0202FF7F"},
+        {DerWriter().integer(0x7FFFFFFF), "02047FFFFFFF"},
+        {DerWriter().integer(INT64_MIN), "02088000000000000000"},
+        {DerWriter().unsignedInteger({}), "020100"},
+        {DerWriter().unsignedInteger(hexToBin("000080")), "02020080"},
+        {DerWriter().namedBits(0), "030100"},
+        {DerWriter().namedBits(1 << 0 | 1 << 2), "030205A0"},
+        {DerWriter().namedBits(1 << 8), "0303070080"},
+        {DerWriter().bitString(hexToBin("FF"), 3), "030203F8"},
+        {DerWriter().setOf({hexToBin("020102"), hexToBin("0500"), hexToBin("020101")}),
+         "31080201010201020500"},
+        {DerWriter().sequence([](DerWriter& outer) {
+             outer.boolean(true).nest(tag::context(0), [](DerWriter& inner) { inner.null(); });
+         }),
+         "30070101FFA0020500"},
+    };
+    for (const auto& [written, hex] : rows)
+        EXPECT_EQ(hexOf(written.bytes()), hex);
     for (const auto& [size, header] :
          {std::pair{127u, "047F"}, {128u, "048180"}, {256u, "04820100"}, {65536u, "0483010000"}})
-        EXPECT_EQ(hexOf(DerWriter().octetString(Bytes(size)).bytes()).substr(0, std::string(header).size()),
-                  header);
-}
-
-TEST(DerWriter, BitsStringsAndSets) {
-    EXPECT_EQ(hexOf(DerWriter().namedBits(0).bytes()), "030100") << "X.690 11.2.2";
-    EXPECT_EQ(hexOf(DerWriter().namedBits(1 << 0 | 1 << 2).bytes()), "030205A0");
-    EXPECT_EQ(hexOf(DerWriter().namedBits(1 << 8).bytes()), "0303070080");
-    EXPECT_EQ(hexOf(DerWriter().bitString(hexToBin("FF"), 3).bytes()), "030203F8") << "X.690 11.2.1";
+        EXPECT_TRUE(hexOf(DerWriter().octetString(Bytes(size)).bytes()).starts_with(header)) << size;
+    std::string arcs = "1.2";
+    for (int i = 0; i < 128; ++i)
+        arcs += ".1";
+    EXPECT_FALSE(isOid(arcs)) << "129 octets";
+    EXPECT_FALSE(isOid("2." + std::string(100000, '9')));
     EXPECT_THROW(DerWriter().bitString({}, 1), Asn1Exception);
     EXPECT_THROW(DerWriter().bitString(hexToBin("FF"), 8), Asn1Exception);
-    EXPECT_EQ(hexOf(DerWriter().setOf({hexToBin("020102"), hexToBin("0500"), hexToBin("020101")}).bytes()),
-              "31080201010201020500");
+}
+
+// What is accepted is written again without a difference; it is refused when it is cut anywhere, as is what
+// stands beside it.
+TEST(CertificationRequest, OnlyDerIsReadAndComesBackAsItWas) {
+    using Again = Bytes (*)(View);
+    const Again name = [](View der) { return encodeName(decodeName(der)); };
+    const Again extensions = [](View der) { return encodeExtensions(decodeExtensions(der)); };
+    const Again attribute = [](View der) { return encodeAttribute(decodeAttribute(der)); };
+    const Again key = [](View der) { return encodePublicKeyInfo(decodePublicKeyInfo(der)); };
+    const Again request = [](View der) { return encodeRequest(decodeRequest(der)); };
+    const Again certificate = [](View der) { return readExtensions(der), Bytes(der.begin(), der.end()); };
     const struct {
-        std::uint8_t type;
-        const char* good;
-        const char* bad;
+        Again again;
+        std::string good;
+        std::string bad;
+        const char* why;
     } rows[] = {
-        {tag::printableString, "Az09 '()+,-./:=?", "*"}, {tag::printableString, "", "@"},
-        {tag::numericString, "0123 456", "1a"},          {tag::ia5String, "a@b_*\x7F", "\xD0\x98"},
-        {tag::utf8String, "\xD0\x98", "\xD0"},
+        {name, "300D310B3009060355040613025255", "300D310B300906035504061302525500", "something behind it"},
+        {name, "301231103006060255030C003006060255040C00", "301231103006060255040C003006060255030C00",
+         "order"},
+        {extensions, "300C300A0602550F0101FF0401AA", "300C300A0602550F0101000401AA", "FALSE is the default"},
+        {extensions, "300930070602550F0401AA", "3000", "RFC 5280: at least one"},
+        {attribute, "30080602550F31020500", "30060602550F3100", "no value"},
+        {key, "300A300406025501030200FE", "300A300406025501030201FE", "seven bits"},
+        {request, hexOf(readTestData("requests/rsa.der")), "", "nothing"},
+        {request, hexOf(readTestData("requests/gost2001.der")), "", "nothing"},
+        {certificate, hexOf(readTestData("pki/signer.der")), "", "nothing"},
     };
     for (const auto& row : rows) {
-        EXPECT_NO_THROW(DerWriter().text(row.type, row.good)) << row.good;
-        EXPECT_THROW(DerWriter().text(row.type, row.bad), Asn1Exception) << row.bad;
+        const Bytes good = hexToBin(row.good);
+        EXPECT_EQ(hexOf(row.again(good)), row.good);
+        for (std::size_t size = 0; size < good.size(); ++size)
+            EXPECT_THROW(row.again(View(good).first(size)), Asn1Exception) << row.good << " " << size;
+        EXPECT_THROW(row.again(hexToBin(row.bad)), Asn1Exception) << row.why;
     }
-    DerWriter nested;
-    nested.sequence([](DerWriter& outer) {
-        outer.boolean(true).nest(tag::context(0), [](DerWriter& inner) { inner.null(); });
-    });
-    EXPECT_EQ(hexOf(nested.bytes()), "30070101FFA0020500");
 }
 
-// What OpenSSL made is read, and written again without a difference.
-TEST(CertificationRequest, ComesBackAsItWas) {
-    for (const char* file : {"requests/rsa.der", "requests/gost2001.der"}) {
-        SCOPED_TRACE(file);
-        const Bytes der = readTestData(file);
-        const CertificationRequest request = decodeRequest(der);
-        EXPECT_EQ(encodeRequest(request), der);
-        const Name name = decodeName(request.info.subject);
-        EXPECT_EQ(encodeName(name), request.info.subject);
-        ASSERT_EQ(name.size(), 12u);
-        EXPECT_EQ(name[9].size(), 2u);
-        EXPECT_EQ(name[9][0].oid, "1.2.643.100.3");
-        EXPECT_EQ(hexOf(name[0][0].value), "13025255");
-        ASSERT_EQ(request.info.attributes.size(), 2u);
-        EXPECT_EQ(request.info.attributes[1].oid, extensionRequestOid);
-        const Bytes& asked = request.info.attributes[1].values.at(0);
-        const std::vector<Extension> extensions = decodeExtensions(asked);
-        EXPECT_EQ(extensions.size(), 5u);
-        EXPECT_TRUE(extensions[0].critical);
-        EXPECT_EQ(encodeExtensions(extensions), asked);
-        for (std::size_t size = 0; size < der.size(); ++size)
-            EXPECT_THROW(decodeRequest(View(der).first(size)), Asn1Exception) << size;
+// What OpenSSL made: with "-nodetach" the content is in it.
+TEST(SignedData, TellsWhetherTheContentIsInside) {
+    for (const char* name : {"attached-plain", "attached-attributes", "attached-ber"})
+        EXPECT_TRUE(hasContent(readTestData("pki/" + std::string(name) + ".p7s"))) << name;
+    for (const char* name : {"detached-plain", "detached-two-signers", "no-signers"})
+        EXPECT_FALSE(hasContent(readTestData("pki/" + std::string(name) + ".p7s"))) << name;
+    // The place of the content, with nothing in it: of a length of none, and ended at once (X.690 8.1.3.6).
+    for (const char* empty :
+         {"302506092A864886F70D010702A01830160201013100300D06092A864886F70D010701A0003100",
+          "302706092A864886F70D010702A01A30180201013100300F06092A864886F70D010701A0800000"
+          "3100"})
+        EXPECT_FALSE(hasContent(hexToBin(std::string_view(empty)))) << empty;
+    EXPECT_THROW(hasContent(readTestData("pki/signer.der")), Asn1Exception);
+}
+
+// A page's text of a megabyte does not stop the page: one that takes the square of it would be at it for
+// minutes.
+TEST(DistinguishedName, TakesTimeInProportion) {
+    std::wstring text = L"CN=a";
+    for (int i = 1; i < 200'000; ++i)
+        text += L",CN=a";
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(parseDistinguishedName(text).size(), 200'000u);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+// A text becomes bytes, or a number of an error, with its details if they are asked for.
+std::string outcomeOf(const std::string& kind, const std::string& text, bool withDetails) {
+    const std::wstring given = fromUtf8(text);
+    try {
+        return hexOf(kind == "name" ? encodeDistinguishedName(given)
+                     : kind == "ip" ? parseIpAddress(text)
+                                    : encodeExtensionsJson(given));
+    } catch (const CustomException& exception) {
+        return std::to_string(exception.code()) + (withDetails ? ' ' + toUtf8(exception.details()) : "");
     }
-    const CertificationRequest gost = decodeRequest(readTestData("requests/gost2001.der"));
-    EXPECT_EQ(gost.info.publicKey.algorithm.oid, "1.2.643.2.2.19");
-    EXPECT_EQ(hexOf(gost.info.publicKey.algorithm.parameters), "301206072A85030202230106072A850302021E01");
-    EXPECT_EQ(gost.info.publicKey.key.size(), 66u) << "an OCTET STRING of 64 octets";
-    EXPECT_EQ(gost.signature.size(), 64u);
 }
 
-TEST(CertificationRequest, OnlyDerIsRead) {
-    EXPECT_THROW(decodeName(hexToBin("300C310A3008060355040613025255"
-                                     "00")),
-                 Asn1Exception)
-        << "something behind it";
-    EXPECT_THROW(decodeName(hexToBin("30123110"
-                                     "3006060255040C00"
-                                     "3006060255030C00")),
-                 Asn1Exception)
-        << "order";
-    EXPECT_EQ(decodeName(hexToBin("30123110"
-                                  "3006060255030C00"
-                                  "3006060255040C00"))
-                  .at(0)
-                  .size(),
-              2u);
-    EXPECT_EQ(decodeName(hexToBin("3000")).size(), 0u);
-    EXPECT_THROW(decodeExtensions(hexToBin("3000")), Asn1Exception) << "RFC 5280: at least one";
-    EXPECT_THROW(decodeExtensions(hexToBin("300C300A0602550F0101000401AA")), Asn1Exception)
-        << "FALSE is the default";
-    EXPECT_TRUE(decodeExtensions(hexToBin("300C300A0602550F0101FF0401AA")).at(0).critical);
-    EXPECT_THROW(decodeAttribute(hexToBin("30060602550F3100")), Asn1Exception) << "no value";
-    EXPECT_EQ(decodeAttribute(hexToBin("30080602550F31020500")).values.size(), 1u);
-    EXPECT_THROW(decodePublicKeyInfo(hexToBin("300A300406025501030201FE")), Asn1Exception) << "seven bits";
-    EXPECT_EQ(decodePublicKeyInfo(hexToBin("300A300406025501030200FE")).key, hexToBin("FE"));
+TEST(RequestTexts, BecomeDerOrAreRefused) {
+    for (const auto& row : readTable("requests/texts.txt", 3))
+        EXPECT_EQ(outcomeOf(row[0], row[1], row[2].size() > 3), row[2]) << row[0] << ' ' << row[1];
 }
 
-TEST(CertificateFields, AreThoseOfTheEncoding) {
-    const Bytes der = readTestData("pki/signer.der");
-    const CertificateFields fields = readCertificateFields(der);
-    const auto& facts = readTable("pki/facts.txt", 4);
-    const auto row = std::ranges::find_if(facts, [](const auto& cells) { return cells[0] == "signer"; });
-    ASSERT_NE(row, facts.end());
-    const std::string serial = hexOf(fields.serialNumber);
-    EXPECT_EQ(serial.substr(serial.size() - row->at(2).size()), row->at(2));
-    EXPECT_EQ(toBytes(readCertificateFields(readTestData("pki/intermediate.der")).subject),
-              toBytes(fields.issuer));
-    EXPECT_EQ(encodeName(decodeName(fields.subject)), toBytes(fields.subject));
-    EXPECT_EQ(decodePublicKeyInfo(fields.publicKeyInfo).algorithm.oid, "1.2.840.113549.1.1.1");
+// gost2001.json is what `openssl asn1parse` shows of it.
+TEST(CertificationRequestJson, TellsWhatIsAskedFor) {
+    EXPECT_EQ(describeRequest(decodeCertificationRequest(readTestData("requests/gost2001.der"))),
+              parseJson(fromUtf8(readTestText("requests/gost2001.json"))));
+    EXPECT_EQ(errorCode([] { decodeCertificationRequest(readTestData("pki/signer.der")); }),
+              E_CERTIFICATION_REQUEST.code);
 }
 
 }  // namespace

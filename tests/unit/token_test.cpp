@@ -1,18 +1,15 @@
-// Tokens, by the stand-in for their modules (tests/platform/token).
-#include "asn1/pkix/certification_request.h"
+// Tokens and cards, by the stand-ins for their modules and for the service (tests/platform/token).
+#include "api_faults.h"
 #include "binary/base64.h"
-#include "binary/hex.h"
 #include "core/exception_text.h"
 #include "core/json.h"
 #include "core/utf8.h"
 #include "platform/import_patch.h"
 #include "scratch_registry.h"
-#include "support.h"
+#include "token/card/smart_card.h"
 #include "token/cryptoki/container_path.h"
-#include "token/cryptoki/cryptoki_exception.h"
 #include "token/cryptoki/driver_path.h"
 #include "token/cryptoki/library.h"
-#include "token/cryptoki/library_exception.h"
 #include "token/cryptoki/module_file.h"
 #include "token/cryptoki/return_values.h"
 #include "token/cryptoki/session.h"
@@ -23,13 +20,14 @@
 #include "token/discovery/tokens_info.h"
 #include "token/enroll/install_certificate.h"
 #include "token/enroll/request_on_token.h"
-#include "token_folder.h"
 
-#include <wincrypt.h>
+#include <process.h>
 
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <optional>
-#include <set>
+#include <regex>
 #include <thread>
 
 using namespace Corvane;
@@ -37,12 +35,79 @@ using namespace Corvane::Test;
 
 namespace {
 
+// A folder with the test token's module under the names of drivers, on the search path as long as it lives.
+using Lines = std::vector<std::string>;
+
+class TokenFolder {
+public:
+    TokenFolder() : path_(make()) {
+        wchar_t old[32767]{};
+        ::GetEnvironmentVariableW(L"PATH", old, 32767);
+        searched_ = old;
+        ::SetEnvironmentVariableW(L"PATH", (path_.wstring() + L";" + searched_).c_str());
+    }
+    ~TokenFolder() {
+        ::SetEnvironmentVariableW(L"PATH", searched_.c_str());
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TokenFolder(const TokenFolder&) = delete;
+    TokenFolder& operator=(const TokenFolder&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+
+    // A driver of this name, with a token in this slot; without one where the slot is empty.
+    void addDriver(const std::string& name, const std::wstring& slot = {}) const {
+        std::filesystem::copy_file(testtoken_file, path_ / (name + ".dll"));
+        set(name, L"token", L"slot", slot);
+    }
+    void set(const std::string& module, const wchar_t* section, const wchar_t* key,
+             const std::wstring& value) const {
+        ::WritePrivateProfileStringW(section, key, value.c_str(), (path_ / (module + ".ini")).c_str());
+    }
+
+    // The calls of a module since the last question.
+    Lines takeLog(const std::string& module) const {
+        const auto file = path_ / (module + ".log");
+        Lines lines;
+        std::ifstream log(file);
+        for (std::string line; std::getline(log, line);)
+            lines.push_back(line);
+        log.close();
+        std::filesystem::remove(file);
+        return lines;
+    }
+
+private:
+    // A DLL that stayed loaded stays in its folder, where a later program of the same number finds it.
+    static std::filesystem::path make() {
+        const auto name = L"corvane-token-" + std::to_wstring(::GetCurrentProcessId()) + L"-";
+        for (int number = 1;; ++number) {
+            auto folder = std::filesystem::temp_directory_path() / (name + std::to_wstring(number));
+            if (std::filesystem::create_directory(folder))
+                return folder;
+        }
+    }
+
+    std::filesystem::path path_;
+    std::wstring searched_;
+};
+
+// How often a call succeeded.
+auto countOf(const Lines& log, const std::string& call) {
+    return std::ranges::count_if(
+        log, [&](const std::string& line) { return line.starts_with(call) && line.ends_with(" 0x0"); });
+}
+
+// Whether all that the first call of a pair took is given back by the second.
+void expectGivenBack(const Lines& log, std::initializer_list<std::pair<const char*, const char*>> pairs) {
+    for (const auto& [taking, givingBack] : pairs)
+        EXPECT_EQ(countOf(log, taking), countOf(log, givingBack)) << taking;
+}
+
 constexpr wchar_t slot[] = L"Aktiv Rutoken ECP 0";
 constexpr char driver[] = "rtPKCS11ECP";
-
-SecretNarrowText pin(std::string_view text = "12345678") {
-    return SecretNarrowText(text);
-}
+constexpr std::string_view pin = "12345678";
 
 // The text that a script would see.
 template <class Work>
@@ -60,73 +125,57 @@ bool isLoaded(const std::string& module) {
 }
 
 // CN=Test; keyUsage digitalSignature; 1.2.3.4 = { UTF8String "x" }: by `openssl asn1parse -genconf`.
-const Bytes name = hexToBin(std::string_view("300F310D300B06035504030C0454657374"));
-const Bytes extensions = hexToBin(std::string_view("300D300B0603551D0F040403020780"));
-const Bytes attribute = hexToBin(std::string_view("300A06032A030431030C0178"));
+const std::string nameHex = "300F310D300B06035504030C0454657374";
+const std::string extensionsHex = "300D300B0603551D0F040403020780";
+const std::string attributeHex = "300A06032A030431030C0178";
 
-std::wstring request(SecretNarrowText secret = pin(), const std::wstring& where = slot) {
-    return createCertificationRequestGOST(where, std::move(secret), {name, extensions, &attribute});
+std::wstring request(std::string_view name = nameHex, std::string_view extensions = extensionsHex,
+                     std::string_view attribute = attributeHex) {
+    const Bytes more = hexToBin(attribute);
+    return createCertificationRequestGOST(slot, SecretNarrowText(pin),
+                                          {hexToBin(name), hexToBin(extensions), &more});
 }
 
-TEST(Cryptoki, NamesTheReturnValuesOfTheStandard) {
-    const auto values = cryptoki::returnValues();
-    EXPECT_EQ(values.size(), 85u);
-    EXPECT_TRUE(std::ranges::is_sorted(values, std::less_equal<>(), &cryptoki::ReturnValue::value) &&
-                values.front().value == 1);
-    for (const auto& [value, text] : std::initializer_list<std::pair<CK_RV, const char*>>{
-             {0x01, "CKR_CANCEL (The operation was cancelled)"},
-             {0x03, "CKR_SLOT_ID_INVALID (Invalid slot ID)"},
-             {0xA0, "CKR_PIN_INCORRECT"},
-             {0x191, "CKR_CRYPTOKI_ALREADY_INITIALIZED"},
-             {0x80000000, "CKR_VENDOR_DEFINED"},
-             {0x80000005, "CKR_VENDOR_DEFINED + 0x5"},
-             {0x7777, "0x7777"}})
-        EXPECT_EQ(cryptoki::returnValueText(value), text);
+void addNumber(HKEY hive, const std::wstring& key, const wchar_t* name, DWORD number) {
+    ::RegSetKeyValueW(hive, key.c_str(), name, REG_DWORD, &number, sizeof number);
 }
 
-TEST(Cryptoki, ReadsContainerPaths) {
-    const auto path = cryptoki::parseContainerPath(L"\\\\.\\Aktiv 0\\key-1");
-    EXPECT_EQ(path.reader + L"|" + path.identifier, L"Aktiv 0|key-1");
-    for (const wchar_t* bad : {L"", L"\\\\.\\", L"Aktiv 0\\key", L"\\\\.\\Aktiv 0", L"\\\\.\\Aktiv 0\\",
-                               L"\\\\.\\\\key", L"\\\\.\\a\\b\\c", L"//./a/b"})
-        EXPECT_EQ(textOfFailure([&] { cryptoki::parseContainerPath(bad); }),
-                  L"Не верный формат пути до ключевого контейнера");
+std::wstring readPath(const std::wstring& text) {
+    const auto path = cryptoki::parseContainerPath(text);
+    return path.reader + L"|" + path.identifier;
 }
 
-// Which module is chosen by the slot and two settings; "-" stands for a value that is not there.
-TEST(Cryptoki, ChoosesTheModule) {
-    struct Row {
-        const wchar_t *slot, *local, *location, *request, *discovery;
+std::wstring tokenOf(const std::wstring& path) {
+    const std::vector<Token> tokens{{L"Aktiv 1", L"", L"first", L"", {}, {}},
+                                    {L"Aktiv 10", L"", L"second", L"", {}, {}},
+                                    {L"ARDS 0", L"", L"JaCarta GOST", L"", {}, {}},
+                                    {L"ARDS 0", L"", L"JaCarta LT", L"", {}, {}}};
+    const Token* const found = detail::findTokenOf(path, tokens);
+    return found ? found->model : L"none";
+}
+
+TEST(Cryptoki, TextsAreReadAndTold) {
+    const std::map<std::string, std::function<std::wstring(const std::wstring&)>> readers{
+        {"value", [](auto& text) { return wide(cryptoki::returnValueText(std::stoul(text, nullptr, 16))); }},
+        {"path", readPath},
+        {"token", tokenOf},
+        {"slot", cryptoki::driverPathFor},
+        {"discovery", [](auto&) { return cryptoki::jaCartaDriverPath(); }},
     };
-    const std::wstring noFolder = L"Не найден каталог установки плагина";
-    for (const Row& row : {
-             Row{L"ARDS JaCarta 0", L"0", L"C:\\P", L"jcPKCS11-2.dll", L"jcPKCS11-2.dll"},
-             Row{L"ARDS JaCarta 0", L"1", L"C:\\P", L"C:\\P\\pkcs11\\jcPKCS11.dll",
-                 L"C:\\P\\pkcs11\\jcPKCS11.dll"},
-             Row{L"the ARDS 0", L"-", L"C:\\P\\", L"C:\\P\\pkcs11\\jcPKCS11.dll",
-                 L"C:\\P\\pkcs11\\jcPKCS11.dll"},
-             Row{L"ARDS JaCarta 0", L"-", L"-", noFolder.c_str(), L"jcPKCS11-2.dll"},
-             Row{L"ARDS JaCarta 0", L"-", L"", noFolder.c_str(), L"jcPKCS11-2.dll"},
-             Row{L"ARDS JaCarta 0", L"5", L"-", noFolder.c_str(), L"jcPKCS11-2.dll"},
-             Row{slot, L"0", L"-", L"rtPKCS11ECP.dll", L"jcPKCS11-2.dll"},
-             Row{L"ACS ACR38 0", L"-", L"-", L"Не определен путь до модуля pkcs11 ", L"jcPKCS11-2.dll"},
-         }) {
-        SCOPED_TRACE(toUtf8(row.slot) + " " + toUtf8(row.local) + " " + toUtf8(row.location));
+    const wchar_t key[] = L"Software\\ZimVetrel\\VetrelCorvane";
+    for (const auto& row : readTable("token/texts.txt", 5)) {
         const ScratchRegistry registry;
-        const wchar_t key[] = L"Software\\ZimVetrel\\VetrelCorvane";
-        if (*row.local != L'-') {
-            const auto number = static_cast<DWORD>(*row.local - L'0');
-            ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, key, L"UseLocalPkcs11Drivers", REG_DWORD, &number,
-                              sizeof number);
-        }
-        if (*row.location != L'-')
-            ::RegSetKeyValueW(HKEY_CURRENT_USER, key, L"Location", REG_SZ, row.location,
-                              static_cast<DWORD>((std::wcslen(row.location) + 1) * sizeof(wchar_t)));
-        std::wstring chosen;
-        const std::wstring failure = textOfFailure([&] { chosen = cryptoki::driverPathFor(row.slot); });
-        EXPECT_EQ(chosen.empty() ? failure : chosen, row.request);
-        EXPECT_EQ(cryptoki::jaCartaDriverPath(), row.discovery);
+        if (!row[3].empty() && row[3] != "-")
+            addNumber(HKEY_LOCAL_MACHINE, key, L"UseLocalPkcs11Drivers", std::stoul(row[3]));
+        if (row[4] != "-")
+            ScratchRegistry::addText(HKEY_CURRENT_USER, key, L"Location", fromUtf8(row[4]));
+        std::wstring outcome;
+        const std::wstring failure = textOfFailure([&] { outcome = readers.at(row[0])(fromUtf8(row[1])); });
+        EXPECT_EQ(outcome.empty() ? failure : outcome, fromUtf8(row[2]))
+            << row[0] << ' ' << row[1] << ' ' << row[3];
     }
+    EXPECT_TRUE(
+        std::ranges::is_sorted(cryptoki::returnValues(), std::less_equal<>(), &cryptoki::ReturnValue::value));
 }
 
 TEST(Cryptoki, FindsModulesOnThePathButNotInTheCurrentFolder) {
@@ -147,44 +196,29 @@ TEST(Cryptoki, FindsModulesOnThePathButNotInTheCurrentFolder) {
     std::filesystem::current_path(before);
 }
 
-void replaceInFile(const std::filesystem::path& file, std::string_view old, std::string_view fresh) {
-    std::ifstream in(file, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(in), {}};
-    in.close();
-    const std::size_t at = bytes.find(old);
-    ASSERT_NE(at, std::string::npos);
-    std::ofstream(file, std::ios::binary) << bytes.replace(at, old.size(), fresh);
-}
-
+// Those that lack something are in the script that diagnoses drivers.
 TEST(Cryptoki, TellsWhyAModuleDoesNotLoad) {
     const TokenFolder folder;
     std::ofstream(folder.path() / "text.dll") << "no library";
     std::filesystem::copy_file(testcard_file, folder.path() / "other.dll");
-    folder.addDriver("lonely");
-    replaceInFile(folder.path() / "lonely.dll", "ADVAPI32.dll", "ADVAPI3X.dll");
-    struct Row {
-        const wchar_t* file;
-        DWORD error;
-        std::wstring begin;
-    };
-    for (const Row& row :
-         {Row{L"missing.dll", 126, L"[0x7e]LoadLibrary "}, Row{L"text.dll", 193, L"[0xc1]LoadLibrary "},
-          Row{L"lonely.dll", 126, L"[0x7e]LoadLibrary "}, Row{L"other.dll", 127, L"[0x7f]GetProcAddress "}}) {
-        SCOPED_TRACE(toUtf8(row.file));
-        const std::wstring text = textOfFailure([&] { cryptoki::Pkcs11Module::load(row.file); });
-        const std::wstring ofSystem = systemText(row.error);
-        std::wstring wanted = row.begin + ofSystem.substr(ofSystem.find(L':') + 1);
-        // Of the two that the system does not tell apart, this one is there.
-        if (row.file == std::wstring(L"lonely.dll"))
-            wanted += L" (" + (folder.path() / row.file).wstring() + L")";
-        EXPECT_EQ(text, wanted);
-        EXPECT_EQ(::GetModuleHandleW(row.file), nullptr);
+    for (const auto& [file, error, begin] : {std::tuple(L"missing.dll", 126, L"[0x7e]LoadLibrary "),
+                                             {L"text.dll", 193, L"[0xc1]LoadLibrary "},
+                                             {L"other.dll", 127, L"[0x7f]GetProcAddress "}}) {
+        const std::wstring ofSystem = systemText(static_cast<DWORD>(error));
+        EXPECT_EQ(textOfFailure([file = file] { cryptoki::Pkcs11Module::load(file); }),
+                  begin + ofSystem.substr(ofSystem.find(L':') + 1));
+        EXPECT_EQ(::GetModuleHandleW(file), nullptr);
     }
 }
 
-TEST(Cryptoki, AModuleHasOneUserAtATime) {
+// With a token in one slot.
+class TokenRequest : public testing::Test {
+protected:
+    TokenRequest() { folder.addDriver(driver, slot); }
     const TokenFolder folder;
-    folder.addDriver(driver, slot);
+};
+
+TEST_F(TokenRequest, AModuleHasOneUserAtATime) {
     const auto module = cryptoki::Pkcs11Module::load(L"rtPKCS11ECP.dll");
     const std::wstring busy = L"C_Initialize: CKR_CRYPTOKI_ALREADY_INITIALIZED";
     EXPECT_EQ(textOfFailure([] { cryptoki::Pkcs11Module::load(L"rtPKCS11ECP.dll"); }), busy);
@@ -198,9 +232,7 @@ TEST(Cryptoki, AModuleHasOneUserAtATime) {
 }
 
 // A host that uses the module itself keeps it as it was.
-TEST(Cryptoki, LeavesTheModuleOfTheHostAlone) {
-    const TokenFolder folder;
-    folder.addDriver(driver, slot);
+TEST_F(TokenRequest, LeavesTheModuleOfTheHostAlone) {
     cryptoki::Library host;
     ASSERT_FALSE(host.load((folder.path() / "rtPKCS11ECP.dll").c_str()).failed());
     ASSERT_FALSE(host.initialize().failed());
@@ -209,61 +241,46 @@ TEST(Cryptoki, LeavesTheModuleOfTheHostAlone) {
     EXPECT_EQ(host.functions()->C_GetSlotList(CK_TRUE, nullptr, &count), CKR_OK);
 }
 
-TEST(TokenRequest, MakesTheCallsAsTheyAreTold) {
-    const TokenFolder folder;
-    folder.addDriver(driver, slot);
+TEST_F(TokenRequest, MakesTheCallsAsTheyAreTold) {
     const Json::Value result = parseJson(request());
-    Lines calls = folder.takeLog(driver);
-    EXPECT_EQ(calls, (Lines{"C_GetFunctionList 0x0", "C_Initialize 0x0", "C_GetSlotList 0x0",
-                            "C_GetSlotList 0x0", "C_GetSlotInfo 0x0", "C_OpenSession 0x0", "C_Login 0x0",
-                            "C_GenerateKeyPair 0x0", "C_GetAttributeValue 0x0", "C_GetAttributeValue 0x0",
-                            "C_DigestInit 0x0", "C_Digest 0x0", "C_SignInit 0x0", "C_Sign 0x0", "C_Sign 0x0",
-                            "C_Logout 0x0", "C_CloseSession 0x0", "C_Finalize 0x0"}));
+    EXPECT_EQ(folder.takeLog(driver),
+              (Lines{"C_GetFunctionList 0x0", "C_Initialize 0x0", "C_GetSlotList 0x0", "C_GetSlotList 0x0",
+                     "C_GetSlotInfo 0x0", "C_OpenSession 0x0", "C_Login 0x0", "C_GenerateKeyPair 0x0",
+                     "C_GetAttributeValue 0x0", "C_GetAttributeValue 0x0", "C_DigestInit 0x0", "C_Digest 0x0",
+                     "C_SignInit 0x0", "C_Sign 0x0", "C_Sign 0x0", "C_Logout 0x0", "C_CloseSession 0x0",
+                     "C_Finalize 0x0"}));
     EXPECT_FALSE(isLoaded(driver));
-
-    const auto path = cryptoki::parseContainerPath(fromUtf8(result["path"].asString()));
-    EXPECT_EQ(path.reader, slot);
     EXPECT_TRUE(result["sid"].asString().starts_with("S-1-"));
     const std::string text = result["request"].asString();
     EXPECT_EQ(text.find_first_of("\r\n"), std::string::npos);
+    // RFC 2986 4 by hand: the key and its parameters, extensionRequest and the attribute, and what signs.
+    const std::string form = "3081F53081A5020100" + nameHex +
+                             "3063301C06062A8503020213301206072A85030202230106072A850302021E01"
+                             "0343000440.{128}A02A301C06092A864886F70D01090E310F" +
+                             extensionsHex + attributeHex + "300806062A8503020203034100.{128}";
+    const std::string der = hexOf(base64ToBin(std::string_view(text)));
+    EXPECT_TRUE(std::regex_match(der, std::regex(form))) << der;
 
-    const auto decoded = asn1::decodeRequest(base64ToBin(std::string_view(text)));
-    EXPECT_EQ(decoded.info.subject, name);
-    EXPECT_EQ(decoded.info.publicKey.algorithm.oid, "1.2.643.2.2.19");
-    EXPECT_EQ(decoded.info.publicKey.algorithm.parameters, hexToBin(std::string_view("301206072A850302022301"
-                                                                                     "06072A850302021E01")));
-    EXPECT_EQ(binToHex(decoded.info.publicKey.key).substr(0, 4), L"0440");
-    EXPECT_EQ(decoded.signatureAlgorithm.oid, "1.2.643.2.2.3");
-    EXPECT_TRUE(decoded.signatureAlgorithm.parameters.empty());
-    EXPECT_EQ(decoded.signature.size(), 64u);
-    ASSERT_EQ(decoded.info.attributes.size(), 2u);
-    EXPECT_EQ(decoded.info.attributes[0].oid, "1.2.840.113549.1.9.14");
-    EXPECT_EQ(decoded.info.attributes[0].values, std::vector<Bytes>{extensions});
-    EXPECT_EQ(asn1::encodeAttribute(decoded.info.attributes[1]), attribute);
-
+    const auto path = cryptoki::parseContainerPath(fromUtf8(result["path"].asString()));
+    EXPECT_EQ(path.reader, slot);
     const Json::Value containers = parseJson(Crypto::getTokenContainers(slot));
     ASSERT_EQ(containers.size(), 1u);
     EXPECT_EQ(containers[0]["path"], result["path"]);
     EXPECT_EQ(containers[0]["containerName"].asString(), toUtf8(path.identifier));
 }
 
-std::size_t countOf(const Lines& lines, const std::string& line) {
-    return static_cast<std::size_t>(std::ranges::count(lines, line));
-}
-
 // Whether all that was taken is given back, by the module's own account.
 void expectAllGivenBack(const Lines& calls) {
-    EXPECT_EQ(countOf(calls, "C_OpenSession 0x0"), countOf(calls, "C_CloseSession 0x0"));
-    EXPECT_EQ(countOf(calls, "C_Login 0x0"), countOf(calls, "C_Logout 0x0"));
-    EXPECT_EQ(countOf(calls, "C_Initialize 0x0"), countOf(calls, "C_Finalize 0x0"));
-    EXPECT_EQ(countOf(calls, "left open"), 0u);
+    expectGivenBack(
+        calls,
+        {{"C_OpenSession", "C_CloseSession"}, {"C_Login", "C_Logout"}, {"C_Initialize", "C_Finalize"}});
+    EXPECT_EQ(std::ranges::count(calls, "left open"), 0);
     EXPECT_FALSE(isLoaded(driver));
 }
 
 // Each call fails in turn, those that give something back excepted; returns how many there were. A failure is
-// to name its call, unless `text` is what it is called.
-unsigned failEachCall(const TokenFolder& folder, const std::function<void()>& work,
-                      const std::function<std::wstring(const std::string&)>& text) {
+// to name its call, but the last of an installation.
+unsigned failEachCall(const TokenFolder& folder, const std::function<void()>& work) {
     folder.takeLog(driver);
     for (unsigned number = 1;; ++number) {
         folder.set(driver, L"token", L"fail", std::to_wstring(number) + L"=0x30");
@@ -278,51 +295,30 @@ unsigned failEachCall(const TokenFolder& folder, const std::function<void()>& wo
         if (call == "C_Logout" || call == "C_CloseSession" || call == "C_Finalize" ||
             call == "C_FindObjectsFinal")
             continue;
-        EXPECT_EQ(failure, text(call));
+        EXPECT_EQ(failure, call == "C_CreateObject"
+                               ? L"Ошибка при связывании сертификата с ключевым контейнером"
+                               : wide((call == "C_GetFunctionList" ? "CK_FUNCTION_LIST" : call) +
+                                      ": CKR_DEVICE_ERROR"));
         expectAllGivenBack(calls);
     }
 }
 
-std::wstring deviceError(const std::string& call) {
-    return wide((call == "C_GetFunctionList" ? "CK_FUNCTION_LIST" : call) + ": CKR_DEVICE_ERROR");
-}
-
-const Bytes& certificate() {
-    static const Bytes der = readTestData("pki/signer.der");
-    return der;
-}
-
-void install(const std::wstring& identifier = L"key") {
-    installCertificateResponseGOST(L"response", cryptoki::makeContainerPath(slot, identifier), pin(),
-                                   [](std::wstring_view text) {
+void install(const std::wstring& identifier) {
+    installCertificateResponseGOST(L"response", cryptoki::makeContainerPath(slot, identifier),
+                                   SecretNarrowText(pin), [](std::wstring_view text) {
                                        EXPECT_EQ(text, L"response");
-                                       return certificate();
+                                       return readTestData("pki/signer.der");
                                    });
 }
 
-TEST(TokenRequest, EveryCallMayFail) {
-    const TokenFolder folder;
-    folder.addDriver(driver, slot);
-    EXPECT_EQ(failEachCall(
-                  folder, [] { request(); }, deviceError),
-              18u);
-    EXPECT_EQ(failEachCall(
-                  folder, [] { install(); },
-                  [](const std::string& call) {
-                      return call == "C_CreateObject"
-                                 ? L"Ошибка при связывании сертификата с ключевым контейнером"
-                                 : deviceError(call);
-                  }),
-              11u);
-    EXPECT_EQ(failEachCall(
-                  folder, [] { Crypto::getTokenContainers(slot); }, deviceError) > 10u,
-              true);
+TEST_F(TokenRequest, EveryCallMayFail) {
+    EXPECT_EQ(failEachCall(folder, [] { request(); }), 18u);
+    EXPECT_EQ(failEachCall(folder, [] { install(L"key"); }), 11u);
+    EXPECT_GT(failEachCall(folder, [] { Crypto::getTokenContainers(slot); }), 10u);
 }
 
 // A public key or a signature of another size would make a request of which nobody can make anything.
-TEST(TokenRequest, RefusesOtherSizes) {
-    const TokenFolder folder;
-    folder.addDriver(driver, slot);
+TEST_F(TokenRequest, RefusesOtherSizes) {
     for (const auto& [what, call] : {std::pair(L"key", L"C_GetAttributeValue"), {L"signature", L"C_Sign"}}) {
         for (const wchar_t* size : {L"0", L"63", L"65"}) {
             folder.set(driver, L"token", what, size);
@@ -333,33 +329,19 @@ TEST(TokenRequest, RefusesOtherSizes) {
     expectAllGivenBack(folder.takeLog(driver));
 }
 
-TEST(TokenRequest, RefusesBeforeThereAreKeys) {
-    const TokenFolder folder;
-    folder.addDriver(driver, slot);
-    const auto objects = folder.path() / "rtPKCS11ECP.objects";
-    EXPECT_EQ(textOfFailure([] { request(pin("1234")); }), L"C_Login: CKR_PIN_INCORRECT");
-    EXPECT_EQ(textOfFailure([] { request(pin(), L"Aktiv Rutoken ECP 1"); }), L"Не найден указанный слот");
-    const auto with = [](const Bytes& subject, const Bytes& wanted, const Bytes& more) {
-        return textOfFailure([&] { createCertificationRequestGOST(slot, pin(), {subject, wanted, &more}); });
-    };
+TEST_F(TokenRequest, RefusesBeforeThereAreKeys) {
     for (const std::wstring& text :
-         {with({0x30, 0x01}, extensions, attribute), with(name, {}, attribute),
-          with(name, {0x04, 0x00}, attribute), with(name, extensions, {0x30, 0x00})}) {
+         {textOfFailure([] { request("3001"); }), textOfFailure([] { request(nameHex, ""); }),
+          textOfFailure([] { request(nameHex, "0400"); }),
+          textOfFailure([] { request(nameHex, extensionsHex, "3000"); })}) {
         EXPECT_NE(text, L"nothing failed");
         EXPECT_EQ(text.find(L"C_"), std::wstring::npos);
     }
     expectAllGivenBack(folder.takeLog(driver));
-    EXPECT_FALSE(std::filesystem::exists(objects));
-
-    folder.set(driver, L"token", L"tries", L"1");
-    request();
-    folder.set(driver, L"token", L"tries", L"0");
-    EXPECT_EQ(textOfFailure([] { request(); }), L"C_Login: CKR_PIN_LOCKED");
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "rtPKCS11ECP.objects"));
 }
 
-TEST(TokenCertificate, LiesBesideItsKey) {
-    const TokenFolder folder;
-    folder.addDriver(driver, slot);
+TEST_F(TokenRequest, TheCertificateLiesBesideItsKey) {
     // Public keys of other programs: without an identifier, and with such as are no text or part of no path.
     std::ofstream(folder.path() / "rtPKCS11ECP.objects")
         << "0 02000000\n1 01\n\n0 02000000\n1 01\n102 01ab\n\n0 02000000\n1 01\n102 615c62\n\n";
@@ -376,22 +358,14 @@ TEST(TokenCertificate, LiesBesideItsKey) {
     ASSERT_EQ(found.size(), 3u);
     EXPECT_EQ(session.getAttributeValue(found[1], CKA_ID), (Bytes{0x01, 0xAB}));
     EXPECT_EQ(session.getAttributeValue(found[2], CKA_ID), bytesOf("ABCD"));
-    const CertificateContext context(::CertCreateCertificateContext(
-        X509_ASN_ENCODING, certificate().data(), static_cast<DWORD>(certificate().size())));
-    const auto& info = *context.get()->pCertInfo;
     const auto value = [&](CK_ATTRIBUTE_TYPE type) { return session.getAttributeValue(found[0], type); };
     const auto blob = [](const CRYPT_DATA_BLOB& data) {
         return Bytes(data.pbData, data.pbData + data.cbData);
     };
-    EXPECT_EQ(value(CKA_VALUE), certificate());
-    EXPECT_EQ(value(CKA_ID), bytesOf("key"));
-    EXPECT_EQ(value(CKA_SUBJECT), blob(info.Subject));
-    EXPECT_EQ(value(CKA_ISSUER), blob(info.Issuer));
-    // The system has the number's octets the other way round, and without the header.
-    Bytes serial = blob(info.SerialNumber);
-    serial.push_back(static_cast<std::uint8_t>(serial.size()));
-    serial.push_back(0x02);
-    EXPECT_EQ(value(CKA_SERIAL_NUMBER), Bytes(serial.rbegin(), serial.rend()));
+    const Certificate certificate = pkiCertificate("signer");
+    EXPECT_EQ(value(CKA_SUBJECT), blob(certificate.context()->pCertInfo->Subject));
+    EXPECT_EQ(value(CKA_ISSUER), blob(certificate.context()->pCertInfo->Issuer));
+    EXPECT_EQ(hexOf(value(CKA_SERIAL_NUMBER)), "020A0AB1C2D3E4F506172839");
     EXPECT_EQ(value(CKA_PRIVATE), Bytes{0});
 }
 
@@ -412,65 +386,52 @@ TEST(TokenDiscovery, AsksTheDriversInTheirOrder) {
         L"0A00\\0B00\\0C00");
     const Json::Value list = parseJson(Crypto::getTokensInfo());
     ASSERT_EQ(list.size(), 2u);
-    const Json::Value wanted = parseJson(
-        LR"({"slot": "Aktiv Rutoken ECP 0", "manufacturer": "Test tokens", "model": "Rutoken ECP",
-            "serialNumber": "2f5a01c7", "totalMemory": 65536, "freeMemory": null, "type": "RutokenECP",
-            "name": "RutokenECP", "nickname": "Aktiv Rutoken ECP 0", "media": "2f5a01c7", "gost": true,
-            "maxContainerCount": 3})");
-    for (const std::string& member : wanted.getMemberNames())
-        EXPECT_EQ(list[0][member].asString(), wanted[member].asString()) << member;
+    EXPECT_EQ(
+        list[0],
+        parseJson(LR"({"slot": "Aktiv Rutoken ECP 0", "manufacturer": "Test tokens", "model": "Rutoken ECP",
+              "serialNumber": "2f5a01c7", "totalMemory": 65536, "freeMemory": null, "type": "RutokenECP",
+              "name": "RutokenECP", "nickname": "Aktiv Rutoken ECP 0", "media": "2f5a01c7", "gost": true,
+              "maxContainerCount": 3})"));
     EXPECT_EQ(list[1]["slot"], "ISBC 0");
     EXPECT_FALSE(list[1].isMember("type") || list[1].isMember("certified"));
     EXPECT_EQ(folder.takeLog("jcPKCS11ds"),
               (Lines{"C_GetFunctionList 0x0", "C_Initialize 0x0", "C_GetSlotList 0x0", "C_Finalize 0x0"}));
 }
 
-// Drives as the system tells of them, by their letter.
+// Drives as the system tells of them.
 struct Drive {
-    UINT type;
-    std::optional<std::wstring> label;  // none where there is no medium
-    std::optional<ULONGLONG> total;     // none where it cannot be read
+    UINT type = DRIVE_NO_ROOT_DIR;
+    const wchar_t* label = nullptr;  // none where there is no medium
+    ULONGLONG total = 0;             // none where it cannot be read
 };
-const std::map<wchar_t, Drive> drives{
-    {L'A', {DRIVE_REMOVABLE, std::nullopt, std::nullopt}},     {L'C', {DRIVE_FIXED, L"System", 1}},
-    {L'E', {DRIVE_REMOVABLE, L"Ключи", 0x2'0000'0003}},        {L'F', {DRIVE_REMOVABLE, L"", 1'457'664}},
-    {L'G', {DRIVE_REMOVABLE, L"not formatted", std::nullopt}}, {L'N', {DRIVE_REMOTE, L"Share", 1}}};
-bool wasDialogAllowed;
-
-UINT WINAPI driveType(LPCWSTR root) {
-    return drives.contains(*root) ? drives.at(*root).type : DRIVE_NO_ROOT_DIR;
-}
-
-BOOL WINAPI volumeInformation(LPCWSTR root, LPWSTR label, DWORD room, LPDWORD number, LPDWORD, LPDWORD,
-                              LPWSTR, DWORD) {
-    wasDialogAllowed = wasDialogAllowed || !(::GetThreadErrorMode() & SEM_FAILCRITICALERRORS);
-    const Drive& drive = drives.at(*root);
-    if (!drive.label || drive.label->size() >= room)
-        return FALSE;
-    std::copy_n(drive.label->c_str(), drive.label->size() + 1, label);
-    *number = 0x0012ABCD;
-    return TRUE;
-}
-
-BOOL WINAPI diskFreeSpace(LPCWSTR root, PULARGE_INTEGER, PULARGE_INTEGER total, PULARGE_INTEGER free) {
-    const Drive& drive = drives.at(*root);
-    free->QuadPart = 512;
-    total->QuadPart = drive.total.value_or(0);
-    return drive.total ? TRUE : FALSE;
-}
 
 TEST(TokenDiscovery, ListsTheRemovableDisksOfTheProvider) {
     const ScratchRegistry registry;
     const TokenFolder folder;
-    const ImportPatch type(&::GetDriveTypeW, &driveType);
-    const ImportPatch volume(&::GetVolumeInformationW, &volumeInformation);
-    const ImportPatch space(&::GetDiskFreeSpaceExW, &diskFreeSpace);
+    std::map<wchar_t, Drive> drives{{L'A', {DRIVE_REMOVABLE}},
+                                    {L'C', {DRIVE_FIXED, L"System", 1}},
+                                    {L'E', {DRIVE_REMOVABLE, L"Ключи", 0x2'0000'0003}},
+                                    {L'F', {DRIVE_REMOVABLE, L"", 1'457'664}},
+                                    {L'G', {DRIVE_REMOVABLE, L"not formatted"}},
+                                    {L'N', {DRIVE_REMOTE, L"Share", 1}}};
+    const Replaced type(&::GetDriveTypeW, [&](LPCWSTR root) { return drives[*root].type; });
+    const Replaced volume(&::GetVolumeInformationW,
+                          [&](LPCWSTR root, LPWSTR label, DWORD room, DWORD* number, auto, auto, auto, auto) {
+                              EXPECT_TRUE(::GetThreadErrorMode() & SEM_FAILCRITICALERRORS) << "no dialog";
+                              const wchar_t* const told = drives[*root].label;
+                              *number = 0x0012ABCD;
+                              return told && ::lstrcpynW(label, told, static_cast<int>(room));
+                          });
+    const Replaced space(&::GetDiskFreeSpaceExW, [&](LPCWSTR root, auto, auto total, auto free) {
+        free->QuadPart = 512;
+        total->QuadPart = drives[*root].total;
+        return total->QuadPart != 0;
+    });
     EXPECT_EQ(parseJson(Crypto::getTokensInfo()), Json::Value(Json::arrayValue))
         << "the provider keeps no keys on disks";
     RegistryKey key;
     ::RegCreateKeyW(HKEY_LOCAL_MACHINE,
                     L"SOFTWARE\\Crypto Pro\\Cryptography\\CurrentVersion\\KeyDevices\\FAT12", key.put());
-    const DWORD mode = ::GetThreadErrorMode();
     EXPECT_EQ(
         parseJson(Crypto::getTokensInfo()),
         parseJson(
@@ -480,23 +441,6 @@ TEST(TokenDiscovery, ListsTheRemovableDisksOfTheProvider) {
              {"slot": "FAT12_F", "nickname": "FAT12_F", "name": "F:", "type": "FAT12", "gost": false,
               "manufacturer": "", "model": "", "serialNumber": "0012ABCD", "media": "0012ABCD",
               "totalMemory": 1457664, "freeMemory": 512}])"));
-    EXPECT_FALSE(wasDialogAllowed);
-    EXPECT_EQ(::GetThreadErrorMode(), mode);
-}
-
-TEST(TokenDiscovery, FindsTheTokenOfAContainer) {
-    const std::vector<Token> tokens{{L"Aktiv 1", L"", L"first", L"", {}, {}},
-                                    {L"Aktiv 10", L"", L"second", L"", {}, {}},
-                                    {L"ARDS 0", L"", L"JaCarta GOST", L"", {}, {}},
-                                    {L"ARDS 0", L"", L"JaCarta LT", L"", {}, {}}};
-    for (const auto& [path, model] : std::initializer_list<std::pair<const wchar_t*, const wchar_t*>>{
-             {L"\\\\.\\Aktiv 1\\c", L"first"},
-             {L"\\\\.\\Aktiv 10\\c", L"second"},
-             {L"\\\\.\\ARDS 0\\c", L"JaCarta LT"},
-             {L"\\\\.\\Aktiv 2\\c", nullptr}}) {
-        const Token* const found = detail::findTokenOf(path, tokens);
-        EXPECT_EQ(found ? found->model : L"none", model ? model : L"none");
-    }
 }
 
 // Of four drivers three fail, each in its way; their threads are ended, and what they hold is not used again.
@@ -511,8 +455,6 @@ TEST(TokenDiscovery, GivesUpDriversThatHang) {
         EXPECT_EQ(detail::probeDriver(file, 300).failure, L"the driver does not answer and is given up");
         EXPECT_EQ(folder.takeLog(module).back(), std::string(call) + " hangs");
         folder.set(module, L"token", L"fail", L"");
-        EXPECT_EQ(textOfFailure([&] { cryptoki::Pkcs11Module::load(file); }),
-                  L"C_Initialize: CKR_CRYPTOKI_ALREADY_INITIALIZED");
         EXPECT_EQ(detail::probeDriver(file).failure, L"C_Initialize: CKR_CRYPTOKI_ALREADY_INITIALIZED");
         EXPECT_TRUE(folder.takeLog(module).empty());
     }
@@ -537,36 +479,141 @@ TEST(TokenDiscovery, DISABLED_HangsInTheLoader) {
 TEST(TokenDiscovery, ReturnsFromADriverThatHangsInTheLoader) {
     wchar_t program[MAX_PATH]{};
     ::GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring line = std::wstring(L"\"") + program +
-                        L"\" --gtest_also_run_disabled_tests --gtest_filter=*DISABLED_HangsInTheLoader";
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    ASSERT_TRUE(::CreateProcessW(program, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                                 &process));
-    const ThreadHandle thread(process.hThread);
-    const ThreadHandle child(process.hProcess);
-    EXPECT_EQ(::WaitForSingleObject(child.get(), 60'000), WAIT_OBJECT_0);
-    ::TerminateProcess(child.get(), 1);
-    DWORD status = 0;
-    ::GetExitCodeProcess(child.get(), &status);
-    EXPECT_EQ(status, 42u);
+    EXPECT_EQ(::_wspawnl(_P_WAIT, program, L"corvane_tests", L"--gtest_also_run_disabled_tests",
+                         L"--gtest_filter=*DISABLED_HangsInTheLoader", nullptr),
+              42);
 }
 
 TEST(TokenDiscovery, ReadsTheVersionOfAnInstalledDriver) {
     const ScratchRegistry registry;
     const std::wstring products =
         L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Installer\\UserData\\S-1-5-18\\Products\\";
-    const DWORD number = 0x04030002;
     for (const wchar_t* guid : {L"AA", L"BB"})
-        ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (products + guid + L"\\InstallProperties").c_str(), L"Version",
-                          REG_DWORD, &number, sizeof number);
+        addNumber(HKEY_LOCAL_MACHINE, products + guid + L"\\InstallProperties", L"Version", 0x04030002);
     ScratchRegistry::addText(HKEY_LOCAL_MACHINE, (products + L"AA\\InstallProperties").c_str(),
                              L"DisplayVersion", L"4.3.2.1");
     EXPECT_EQ(Crypto::getTokenDriverVersion(L"AA"), L"4.3.2.1");
     EXPECT_EQ(Crypto::getTokenDriverVersion(L"BB"), L"4.3.2");
     for (const wchar_t* none : {L"", L"CC", L"AA\\InstallProperties\\..", L"\\AA"})
         EXPECT_EQ(Crypto::getTokenDriverVersion(none), L"");
+}
+
+constexpr wchar_t jaCarta[] = L"ARDS JaCarta 0";
+constexpr wchar_t rutokenCommand[] = L"00CA01890E";
+constexpr wchar_t jaCartaCommand[] = L"00CA000100";
+
+// The first library of its name that is loaded stays the service of the process, so this one comes before all
+// tests.
+struct CardService : testing::Environment {
+    void SetUp() override {
+        folder.emplace();
+        const auto file = folder->path() / "winscard.dll";
+        std::filesystem::copy_file(testcard_file, file);
+        library = ::LoadLibraryW(file.c_str());
+    }
+    void TearDown() override {
+        ::FreeLibrary(library);
+        folder.reset();
+    }
+    std::optional<TokenFolder> folder;
+    HMODULE library = nullptr;
+};
+
+const auto* const service = static_cast<CardService*>(testing::AddGlobalTestEnvironment(new CardService));
+
+class SmartCardTest : public ::testing::Test {
+protected:
+    SmartCardTest() { set(L"service", L"fail", L""); }
+
+    static void set(const wchar_t* section, const wchar_t* key, const std::wstring& value) {
+        service->folder->set("winscard", section, key, value);
+    }
+    static Lines takeLog() { return service->folder->takeLog("winscard"); }
+
+    static Certified ask(const wchar_t* reader) {
+        Terminal terminal;
+        terminal.open();
+        terminal.connect(reader);
+        return SmartCard(terminal).certified(reader);
+    }
+};
+
+// What scripts are told: nothing where nothing is known, be it that there is no card to ask.
+TEST_F(SmartCardTest, TellsWhatTheTokenSays) {
+    set(jaCarta, L"00C0000014", L"0000000000000000000000073132333435363190");
+    const auto certified = [](const std::wstring& reader) {
+        const Json::Value item = Crypto::describeToken({reader, L"", L"", L"", {}, {}});
+        return !item.isMember("certified") ? "unknown" : item["certified"].asBool() ? "yes" : "no";
+    };
+    for (const auto& row : readTable("token/answers.txt", 5)) {
+        const std::wstring reader = wide(row[1]);
+        const bool isJaCarta = row[1].find("ARDS") != std::string::npos;
+        for (const wchar_t* length : {L"", L"no", L"0"}) {
+            set(L"service", L"length", length);
+            set(reader.c_str(), L"protocol", wide(row[2]));
+            set(reader.c_str(), isJaCarta ? jaCartaCommand : rutokenCommand, wide(row[3]));
+            EXPECT_EQ(certified(reader), row[4]) << row[0];
+        }
+    }
+    set(slot, L"protocol", L"1");
+    set(slot, rutokenCommand, L"000102030405");
+    for (const wchar_t* failing : {L"SCardConnect=0x8010000C", L"SCardEstablishContext=0x8010001D"}) {
+        set(L"service", L"fail", failing);
+        EXPECT_EQ(certified(slot), std::string("unknown")) << toUtf8(failing);
+    }
+}
+
+TEST_F(SmartCardTest, AsksInTheWayOfTheMaker) {
+    set(L"service", L"length", L"");
+    set(slot, L"protocol", L"0");
+    set(slot, rutokenCommand, L"6107");
+    set(slot, L"00C0000007", L"00000000000190");
+    set(jaCarta, L"protocol", L"1");
+    takeLog();
+    EXPECT_EQ(ask(slot), Certified::yes);
+    EXPECT_EQ(takeLog(), (Lines{"SCardEstablishContext 2 0x0", "SCardConnect Aktiv Rutoken ECP 0 2 3 0x0",
+                                "SCardTransmit T0 00CA01890E length 0x0", "SCardTransmit T0 00CA01890E 0x0",
+                                "SCardTransmit T0 00C0000007 length 0x0", "SCardTransmit T0 00C0000007 0x0",
+                                "SCardDisconnect 0 0x0", "SCardReleaseContext 0x0"}));
+    set(slot, rutokenCommand, L"6C06");
+    set(slot, L"00CA018906", L"000000000000");
+    EXPECT_EQ(ask(slot), Certified::no);
+    takeLog();
+    ask(jaCarta);
+    EXPECT_EQ(takeLog(),
+              (Lines{"SCardEstablishContext 2 0x0", "SCardConnect ARDS JaCarta 0 2 3 0x0",
+                     "SCardBeginTransaction 0x0", "SCardTransmit T1 00A4040007A000000151000007 length 0x0",
+                     "SCardTransmit T1 00A4040007A000000151000007 0x0",
+                     "SCardTransmit T1 00CA000100 length 0x0", "SCardTransmit T1 00CA000100 0x0",
+                     "SCardEndTransaction 0x0", "SCardDisconnect 0 0x0", "SCardReleaseContext 0x0"}));
+}
+
+// Calls are counted from the library's start on, so the number that is to fail is found by the name instead.
+TEST_F(SmartCardTest, NothingStaysOpenWhereACallFails) {
+    set(L"service", L"length", L"");
+    set(jaCarta, L"protocol", L"1");
+    for (const auto& [call, told] : {std::pair(L"SCardEstablishContext", 0x80100069u),
+                                     {L"SCardConnect", 0x80100069u},
+                                     {L"SCardBeginTransaction", 0u},
+                                     {L"SCardTransmit", 0u}}) {
+        SCOPED_TRACE(toUtf8(call));
+        takeLog();
+        set(L"service", L"fail", std::wstring(call) + L"=0x80100069");
+        Certified certified = Certified::unknown;
+        EXPECT_EQ(failureOf([&] { certified = ask(jaCarta); }).second, told);
+        EXPECT_EQ(certified, Certified::unknown);
+        expectGivenBack(takeLog(), {{"SCardEstablishContext", "SCardReleaseContext"},
+                                    {"SCardConnect", "SCardDisconnect"},
+                                    {"SCardBeginTransaction", "SCardEndTransaction"}});
+    }
+}
+
+TEST_F(SmartCardTest, ConnectsAgainAfterAReset) {
+    set(slot, L"protocol", L"1");
+    takeLog();
+    set(L"service", L"fail", L"SCardTransmit=0x80100068");
+    EXPECT_EQ(ask(slot), Certified::unknown);
+    EXPECT_EQ(countOf(takeLog(), "SCardReconnect"), 1);
 }
 
 }  // namespace
