@@ -1,4 +1,4 @@
-// How what a stand-in throws becomes the last error of its functions.
+// How what a stand-in throws becomes the last error of its functions; and calls of the system's.
 #pragma once
 
 #include "ber/ber.h"
@@ -6,8 +6,6 @@
 #include <windows.h>
 
 #include <wincrypt.h>
-
-#include <new>
 
 namespace Corvane::Platform {
 
@@ -28,37 +26,61 @@ Result must(Result result) {
     return result;
 }
 
-// What an interface calls that which is thrown besides.
-struct Codes {
-    LONG truncated, malformed, memory, other;
-};
-
-template <Codes codes, class Body>
+// A function's body; the codes are for bytes that end too early, that are malformed, and for all else.
+template <LONG truncated, LONG malformed, LONG other, class Body>
 bool succeedsWith(Body&& body) noexcept {
-    LONG code = codes.other;
+    LONG code = other;
     try {
         body();
         return true;
     } catch (const Failure& failure) {
         code = static_cast<LONG>(failure.code);
     } catch (const Truncated&) {
-        code = codes.truncated;
+        code = truncated;
     } catch (const BerError&) {
-        code = codes.malformed;
-    } catch (const std::bad_alloc&) {
-        code = codes.memory;
+        code = malformed;
     } catch (...) {
-        code = codes.other;
+        code = other;
     }
     ::SetLastError(static_cast<DWORD>(code));
     return false;
 }
 
+inline DWORD lengthOf(View bytes) {
+    return bytes.size() <= MAXDWORD ? static_cast<DWORD>(bytes.size()) : (fail(E_INVALIDARG), DWORD{0});
+}
+
 inline View viewOf(const CRYPT_DATA_BLOB& blob) {
     return {blob.pbData, blob.cbData};
 }
-inline View viewOf(const CRYPT_BIT_BLOB& blob) {
-    return {blob.pbData, blob.cbData};
+template <class Structure>
+View viewOfStructure(const Structure& structure) {
+    return {reinterpret_cast<const std::uint8_t*>(&structure), sizeof structure};
+}
+
+// What a function gives that tells the size first: `call` takes a buffer, or null, and its size.
+template <class Call>
+Bytes filled(Call&& call) {
+    DWORD size = 0;
+    must(call(static_cast<BYTE*>(nullptr), &size));
+    Bytes bytes(size);
+    must(call(bytes.data(), &size));
+    bytes.resize(size);
+    return bytes;
+}
+template <class Call>
+DWORD numberOf(Call&& call) {
+    DWORD number = 0;
+    DWORD size = sizeof number;
+    must(call(reinterpret_cast<BYTE*>(&number), &size));
+    return number;
+}
+
+// A key's blob: its header, and what the provider has behind it.
+inline Bytes keyBlob(BYTE type, ALG_ID algorithm, View key) {
+    const BLOBHEADER head{type, CUR_BLOB_VERSION, 0, algorithm};
+    Bytes blob = bytesOf(viewOfStructure(head));
+    return append(blob, key);
 }
 
 }  // namespace Corvane::Platform

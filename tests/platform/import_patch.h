@@ -61,18 +61,17 @@ private:
     }
 
     static void*& find(void* address, HMODULE importer) {
-        if (void** slot = slotOf(address))
-            return *slot;
-        void** found = nullptr;
-        forEachImport(importer,
-                      [&](std::string_view, void*& slot) { found = slot == address ? &slot : found; });
-        return found ? *found : throw std::runtime_error("the function is not imported");
+        void** slot = slotOf(address);
+        return slot ? *slot : find(importer, [&](std::string_view, void* each) { return each == address; });
     }
-
     static void*& find(std::string_view name, HMODULE importer) {
+        return find(importer, [&](std::string_view each, void*) { return each == name; });
+    }
+    template <class Test>
+    static void*& find(HMODULE importer, Test test) {
         void** found = nullptr;
         forEachImport(importer,
-                      [&](std::string_view each, void*& slot) { found = each == name ? &slot : found; });
+                      [&](std::string_view name, void*& slot) { found = test(name, slot) ? &slot : found; });
         return found ? *found : throw std::runtime_error("the function is not imported");
     }
 

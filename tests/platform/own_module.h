@@ -1,23 +1,21 @@
-// The module that a function of this program or library lies in.
+// Where the program or library lies that this is part of.
 #pragma once
 
 #include <windows.h>
 
 #include <string>
 
+extern "C" IMAGE_DOS_HEADER __ImageBase;  // NOLINT(bugprone-reserved-identifier): the linker's
+
 namespace Corvane::Platform {
 
 inline HMODULE ownModule() {
-    HMODULE module = nullptr;
-    ::GetModuleHandleExW(
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-        reinterpret_cast<LPCWSTR>(&ownModule), &module);
-    return module;
+    return reinterpret_cast<HMODULE>(&__ImageBase);
 }
-
+// Without asking the loader, which may be busy for ever.
 inline std::wstring ownPath() {
-    wchar_t path[MAX_PATH];
-    return {path, ::GetModuleFileNameW(ownModule(), path, MAX_PATH)};
+    wchar_t path[1024];
+    return {path, ::GetModuleFileNameW(ownModule(), path, 1024)};
 }
 
 }  // namespace Corvane::Platform

@@ -24,9 +24,17 @@ bool isOfForm(std::span<const std::uint8_t> message, bool isDetached) {
     return detail::contentOf(message) == (isDetached ? detail::Content::detached : detail::Content::inside);
 }
 
-void expectForm(std::span<const std::uint8_t> message, bool isDetached) {
-    if (!isOfForm(message, isDetached))
-        failCrypto(E_CRYPTO_VERIFY, L"asn1::hasContent", static_cast<DWORD>(CRYPT_E_INVALID_MSG_TYPE));
+[[noreturn]] void refuseForm() {
+    failCrypto(E_CRYPTO_VERIFY, L"contentOf", static_cast<DWORD>(CRYPT_E_INVALID_MSG_TYPE));
+}
+
+// Gives the signature to the message. What is wrong with one that cannot be read, the system says best.
+void takeSignature(detail::CryptMessage& message, const Bytes& signature, bool isDetached) {
+    const bool isGood = isOfForm(signature, isDetached);
+    if (isGood || detail::contentOf(signature) == detail::Content::unreadable)
+        message.update(signature, true);
+    if (!isGood)
+        refuseForm();
 }
 
 // One message, and what the system is asked about each of its signers.
@@ -110,9 +118,8 @@ Certificates verifyEach(SignedMessage& message, DWORD count, bool isDetached) {
 }
 
 Certificates verifyDecoded(const Bytes& signature, const Bytes* data, const detail::SignerLookup& lookup) {
-    expectForm(signature, data != nullptr);
     auto message = detail::CryptMessage::openToDecode(data ? CMSG_DETACHED_FLAG : 0);
-    message.update(signature, true);
+    takeSignature(message, signature, data != nullptr);
     if (data)
         message.update(*data, true);
     return detail::DecodedSignatures(message).verifyAll(lookup);
@@ -138,9 +145,8 @@ Certificates CryptoApiProvider::verifyMessageSignature(const Bytes& signature, S
              record_.name, L", signature: ", signature.size(), L" bytes, input certificate: ", supplied,
              L", data size: ", data.state().size, L", data position: ", data.state().position);
     const detail::SignerLookup lookup(supplied);
-    expectForm(signature, true);
     auto message = detail::CryptMessage::openToDecode(CMSG_DETACHED_FLAG, [](auto) {});
-    message.update(signature, true);
+    takeSignature(message, signature, true);
     detail::feed(message, data, progress);
     return detail::DecodedSignatures(message).verifyAll(lookup);
 }
@@ -153,7 +159,10 @@ Certificates CryptoApiProvider::verifyMessageSignature(Stream::IBinaryStream& si
              L", data position: ", signature.state().position);
     const detail::SignerLookup lookup(supplied);
     auto message = detail::CryptMessage::openToDecode(0, [](auto) {});
-    detail::feed(message, signature, progress, [](auto block) { expectForm(block, false); });
+    detail::feed(message, signature, progress, [](auto block) {
+        if (!isOfForm(block, false))
+            refuseForm();
+    });
     return detail::DecodedSignatures(message).verifyAll(lookup);
 }
 

@@ -39,7 +39,7 @@ struct Header {
     std::uint8_t tag = 0;
     std::size_t size = 0;    // of tag and length
     std::size_t length = 0;  // of the content, unless indefinite
-    bool indefinite = false;
+    bool isIndefinite = false;
 };
 // Throws Truncated, or BerError for what the stand-ins do not read (tags above 30, lengths of more than eight
 // bytes).
@@ -50,6 +50,7 @@ struct Element {
     View content;  // without the end marker of an indefinite length
     View whole;
 };
+constexpr std::size_t deepest = 64, endMarkerSize = 2;
 
 // A cursor over bytes that it does not own; an element's content is read by another one.
 class Reader {
@@ -68,15 +69,11 @@ private:
     View rest_;
 };
 
-// The octets of an octet string, be it in one piece or in many; `element` may have an implicit tag.
-Bytes octets(const Element& element);
-// The element with all lengths definite and shortest, and strings in one piece.
-Bytes toDer(const Element& element);
 std::string oidText(View content);
 
 Bytes header(std::uint8_t tag, std::uint64_t length);
 Bytes oid(std::string_view text);
-Bytes integer(std::uint64_t value);
+Bytes integer(std::uint8_t value);  // up to 127
 
 inline Bytes& append(Bytes& bytes, View more) {
     bytes.insert(bytes.end(), more.begin(), more.end());
@@ -91,6 +88,9 @@ Bytes tlv(std::uint8_t tag, const Parts&... parts) {
     return bytes;
 }
 
+inline Bytes bytesOf(View view) {
+    return {view.begin(), view.end()};
+}
 inline Bytes reversed(View bytes) {
     return {bytes.rbegin(), bytes.rend()};
 }

@@ -4,6 +4,8 @@
 
 #include "../failure.h"
 
+#include <gcrypt.h>
+
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -16,13 +18,12 @@ struct Algorithm {
     const wchar_t* keyName;
     const char* keyOid;
     ALG_ID keyId;
-    std::size_t size;   // of a private key and of half a public key, in bytes
+    std::size_t size;   // of a private key, of half a public key, and of a hash, in bytes
     const char* curve;  // of keys that are made here
     const wchar_t* hashName;
     const char* hashOid;
     ALG_ID hashId;
     int digest;  // libgcrypt's number
-    std::size_t hashSize;
     const wchar_t* signatureName;
     const char* signatureOid;
     const char* substitution;  // of GOST 28147-89, for messages
@@ -35,33 +36,31 @@ constexpr ALG_ID cipherId = 0x661E;
 // KP_CIPHEROID of these providers: the substitution of a session key, by its identifier.
 constexpr DWORD substitutionParameter = 104;
 
-extern const Algorithm algorithms[3];
+inline constexpr Algorithm algorithms[] = {
+    {L"Crypto-Pro GOST R 34.10-2001 Cryptographic Service Provider", 75, L"GOST R 34.10-2001",
+     "1.2.643.2.2.19", 0x2E23, 32, "1.2.643.2.2.35.1", L"GOST R 34.11-94", "1.2.643.2.2.9", 0x801E,
+     GCRY_MD_GOSTR3411_CP, L"GOST R 34.11/34.10-2001", "1.2.643.2.2.3", "1.2.643.2.2.31.1", 0xAA25, 0x661F},
+    {L"Crypto-Pro GOST R 34.10-2012 Cryptographic Service Provider", 80, L"GOST R 34.10-2012 256 bit",
+     "1.2.643.7.1.1.1.1", 0x2E49, 32, "1.2.643.7.1.2.1.1.1", L"GOST R 34.11-2012 256 bit",
+     "1.2.643.7.1.1.2.2", 0x8021, GCRY_MD_STRIBOG256, L"GOST R 34.11-2012/34.10-2012 256 bit",
+     "1.2.643.7.1.1.3.2", "1.2.643.7.1.2.5.1.1", 0xAA47, 0x6621},
+    {L"Crypto-Pro GOST R 34.10-2012 Strong Cryptographic Service Provider", 81, L"GOST R 34.10-2012 512 bit",
+     "1.2.643.7.1.1.1.2", 0x2E3D, 64, "1.2.643.7.1.2.1.2.1", L"GOST R 34.11-2012 512 bit",
+     "1.2.643.7.1.1.2.3", 0x8022, GCRY_MD_STRIBOG512, L"GOST R 34.11-2012/34.10-2012 512 bit",
+     "1.2.643.7.1.1.3.3", "1.2.643.7.1.2.5.1.1", 0xAA43, 0x6621},
+};
 
-// Null where there is none.
-const Algorithm* findByType(DWORD providerType);
-const Algorithm* findByKeyOid(std::string_view oid);
+// By what the number or the text is; null where there is none.
+template <class Value, class Member>
+const Algorithm* findAlgorithm(const Value& value, Member member) {
+    const auto* found = std::ranges::find(algorithms, value, member);
+    return found == std::end(algorithms) ? nullptr : found;
+}
 
 // An exported function's body: what it throws becomes the last error.
 template <class Body>
 BOOL entry(Body&& body) noexcept {
-    return succeedsWith<Codes{NTE_BAD_DATA, NTE_BAD_DATA, NTE_NO_MEMORY, NTE_FAIL}>(body);
-}
-
-// Gives a result as CryptoAPI does: the size where no buffer is given, ERROR_MORE_DATA where it is too small.
-inline void give(BYTE* buffer, DWORD* size, View result) {
-    if (!size)
-        fail(ERROR_INVALID_PARAMETER);
-    const DWORD room = *size;
-    *size = static_cast<DWORD>(result.size());
-    if (!buffer)
-        return;
-    if (room < result.size())
-        fail(ERROR_MORE_DATA);
-    std::copy(result.begin(), result.end(), buffer);
-}
-
-inline View bytesOf(const DWORD& number) {
-    return {reinterpret_cast<const std::uint8_t*>(&number), sizeof number};
+    return succeedsWith<NTE_BAD_DATA, NTE_BAD_DATA, NTE_FAIL>(body);
 }
 
 }  // namespace Corvane::Platform::Gost

@@ -1,26 +1,20 @@
 #include "arithmetic.h"
-#include "../import_patch.h"
-#include "../own_module.h"
 
 #include <algorithm>
-#include <cstdarg>
+#include <cstring>
+#include <random>
 #include <stdexcept>
-#include <string_view>
 
 namespace Corvane::Platform::Gost {
 namespace {
 
-constexpr std::size_t keySize = 32, macSize = 4, blockSize = 8;
+constexpr std::size_t keySize = 32, macSize = 4, rounds = 8;
 
 void must(gcry_error_t error) {
     if (error)
         throw std::runtime_error(::gcry_strerror(error));
 }
 
-template <auto Free>
-struct Release {
-    void operator()(auto* object) const { Free(object); }
-};
 using Number = std::unique_ptr<gcry_mpi, Release<::gcry_mpi_release>>;
 using Expression = std::unique_ptr<gcry_sexp, Release<::gcry_sexp_release>>;
 using Curve = std::unique_ptr<gcry_context, Release<::gcry_ctx_release>>;
@@ -56,10 +50,16 @@ Curve openCurve(const std::string& name) {
     return Curve(made);
 }
 
+// 04, X, Y (SEC 1, 2.3.3)
+Bytes uncompressed(View publicKey) {
+    Bytes point{0x04};
+    append(point, reversed(publicKey.first(publicKey.size() / 2)));
+    return append(point, reversed(publicKey.subspan(publicKey.size() / 2)));
+}
+
 Point point(View publicKey) {
-    const std::size_t half = publicKey.size() / 2;
-    const Number x = number(publicKey.first(half));
-    const Number y = number(publicKey.subspan(half));
+    const Number x = number(publicKey.first(publicKey.size() / 2));
+    const Number y = number(publicKey.subspan(publicKey.size() / 2));
     const Number one(::gcry_mpi_set_ui(nullptr, 1));
     return Point(::gcry_mpi_point_set(nullptr, x.get(), y.get(), one.get()));
 }
@@ -83,12 +83,6 @@ Expression expression(const char* format, const Values&... values) {
 // Bytes of an expression are told as a length and an address.
 int length(View bytes) {
     return static_cast<int>(bytes.size());
-}
-
-Bytes valueOf(const Expression& expression, const char* name, std::size_t size) {
-    const Expression part(::gcry_sexp_find_token(expression.get(), name, 0));
-    const Number value(::gcry_sexp_nth_mpi(part.get(), 1, GCRYMPI_FMT_USG));
-    return bigEndian(value.get(), size);
 }
 
 Bytes mac(const std::string& substitution, View key, View iv, View data) {
@@ -119,62 +113,22 @@ Bytes transform(const std::string& substitution, int mode, View key, View iv, Vi
 // RFC 4357, 6.5
 Bytes diversify(const std::string& substitution, View key, View ukm) {
     Bytes current(key.begin(), key.end());
-    for (std::size_t round = 0; round < blockSize; ++round) {
+    for (std::size_t round = 0; round < rounds; ++round) {
+        std::uint32_t words[keySize / sizeof(std::uint32_t)];
+        std::memcpy(words, current.data(), keySize);
         std::uint32_t sums[2] = {};
-        for (std::size_t word = 0; word < keySize / 4; ++word) {
-            std::uint32_t value = 0;
-            for (std::size_t byte = 4; byte-- > 0;)
-                value = value << 8 | current[4 * word + byte];
-            sums[ukm[round] >> word & 1 ? 0 : 1] += value;
-        }
-        Bytes iv;
-        for (const std::uint32_t sum : sums)
-            for (unsigned shift = 0; shift < 32; shift += 8)
-                iv.push_back(static_cast<std::uint8_t>(sum >> shift));
+        for (std::size_t word = 0; word < std::size(words); ++word)
+            sums[ukm[round] >> word & 1 ? 0 : 1] += words[word];
+        const View iv(reinterpret_cast<const std::uint8_t*>(sums), sizeof sums);
         current = transform(substitution, GCRY_CIPHER_MODE_CFB, current, iv, current, true);
     }
     return current;
-}
-
-using QuerySystemInformation = LONG WINAPI(ULONG type, void* information, ULONG size, ULONG* needed);
-QuerySystemInformation* querySystemInformation = nullptr;
-
-// The system's, but for the handles of all processes: Wine's server dies at that question while any process
-// has none, as one that is just starting, and every program with it.
-LONG WINAPI queryWithoutHandles(ULONG type, void* information, ULONG size, ULONG* needed) {
-    constexpr ULONG systemHandleInformation = 16;
-    constexpr auto notImplemented = static_cast<LONG>(0xC0000002);
-    return type == systemHandleInformation ? notImplemented
-                                           : querySystemInformation(type, information, size, needed);
-}
-
-FARPROC WINAPI findFunction(HMODULE module, const char* name);
-
-// For the library's seeding, which asks the system for all that it tells.
-const Test::ImportPatch& seedingPatch() {
-    static const Test::ImportPatch patch("GetProcAddress", &findFunction, ownModule());
-    return patch;
-}
-
-FARPROC WINAPI findFunction(HMODULE module, const char* name) {
-    return std::string_view(name) == "NtQuerySystemInformation"
-               ? reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(queryWithoutHandles))
-               : seedingPatch().original<FARPROC WINAPI(HMODULE, const char*)>()(module, name);
 }
 
 }  // namespace
 
 void startArithmetic() {
     static const bool started = [] {
-        querySystemInformation =
-            Test::systemFunction<QuerySystemInformation>(L"ntdll.dll", "NtQuerySystemInformation");
-        seedingPatch();
-        // It would write notes about the machine to the program's error stream. Newer versions of the library
-        // declare the handler deprecated and have nothing in its place.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-        ::gcry_set_log_handler([](void*, int, const char*, va_list) {}, nullptr);
-#pragma GCC diagnostic pop
         // The hardware paths of the static library do not run everywhere.
         ::gcry_control(GCRYCTL_DISABLE_HWF, "all", nullptr);
         ::gcry_check_version(nullptr);
@@ -185,21 +139,20 @@ void startArithmetic() {
     static_cast<void>(started);
 }
 
+// Not the library's: to make its own random it asks Wine for the handles of all processes, at which the
+// server dies while one of them is just starting, and writes notes about the machine to the program's error
+// stream.
 Bytes randomBytes(std::size_t size) {
+    std::random_device source;
     Bytes bytes(size);
-    ::gcry_randomize(bytes.data(), size, GCRY_STRONG_RANDOM);
+    std::ranges::generate(bytes, [&] { return static_cast<std::uint8_t>(source()); });
     return bytes;
 }
 
-Bytes makePrivateKey(const std::string& curve, std::size_t size) {
-    const Curve context = openCurve(curve);
-    const Number order(::gcry_mpi_ec_get_mpi("n", context.get(), 1));
-    for (;;) {
-        Bytes candidate = randomBytes(size);
-        const Number value = number(candidate);
-        if (::gcry_mpi_cmp_ui(value.get(), 0) > 0 && ::gcry_mpi_cmp(value.get(), order.get()) < 0)
-            return candidate;
-    }
+Bytes makePrivateKey(std::size_t size) {
+    Bytes key = randomBytes(size);
+    key.back() = 0;
+    return key;
 }
 
 Bytes publicKey(const std::string& curve, View privateKey) {
@@ -210,35 +163,27 @@ Bytes publicKey(const std::string& curve, View privateKey) {
     return coordinates(result.get(), context.get(), privateKey.size());
 }
 
-bool isOnCurve(const std::string& curve, View publicKey) {
-    const Curve context = openCurve(curve);
-    return ::gcry_mpi_ec_curve_point(point(publicKey).get(), context.get()) != 0;
-}
-
+// By hand, since the library would take a number of its own random.
 Bytes sign(const std::string& curve, View privateKey, View digest) {
-    const Bytes secret = reversed(privateKey);
-    const Bytes value = reversed(digest);
-    const Bytes both = publicKey(curve, privateKey);
-    Bytes q{0x04};
-    append(q, reversed(View(both).first(both.size() / 2)));
-    append(q, reversed(View(both).subspan(both.size() / 2)));
-    const Expression key = expression("(private-key (ecc (curve %s) (q %b) (d %b)))", libraryName(curve),
-                                      length(q), q.data(), length(secret), secret.data());
-    const Expression data = expression("(data (flags gost) (value %b))", length(value), value.data());
-    gcry_sexp_t made = nullptr;
-    must(::gcry_pk_sign(&made, data.get(), key.get()));
-    const Expression signature(made);
-    Bytes result = valueOf(signature, "s", privateKey.size());
-    return append(result, valueOf(signature, "r", privateKey.size()));
+    const Number order(::gcry_mpi_ec_get_mpi("n", openCurve(curve).get(), 1));
+    const std::size_t size = privateKey.size();
+    const Bytes once = makePrivateKey(size);
+    const Number r = number(View(publicKey(curve, once)).first(size));
+    const Number s(::gcry_mpi_new(0));
+    const Number other(::gcry_mpi_new(0));
+    ::gcry_mpi_mod(r.get(), r.get(), order.get());
+    ::gcry_mpi_mulm(s.get(), r.get(), number(privateKey).get(), order.get());
+    ::gcry_mpi_mulm(other.get(), number(once).get(), number(digest).get(), order.get());
+    ::gcry_mpi_addm(s.get(), s.get(), other.get(), order.get());
+    Bytes result = bigEndian(s.get(), size);
+    return append(result, bigEndian(r.get(), size));
 }
 
 bool verify(const std::string& curve, View publicKey, View digest, View signature) {
     const std::size_t half = publicKey.size() / 2;
     if (signature.size() != publicKey.size())
         return false;
-    Bytes q{0x04};
-    append(q, reversed(publicKey.first(half)));
-    append(q, reversed(publicKey.subspan(half)));
+    const Bytes q = uncompressed(publicKey);
     const Bytes value = reversed(digest);
     const Expression key =
         expression("(public-key (ecc (curve %s) (q %b)))", libraryName(curve), length(q), q.data());

@@ -15,9 +15,9 @@ namespace Corvane::Platform::Gost {
 void startArithmetic();
 Bytes randomBytes(std::size_t size);
 
-Bytes makePrivateKey(const std::string& curve, std::size_t size);
+// Below the order of every curve of that size, since its highest byte is 0.
+Bytes makePrivateKey(std::size_t size);
 Bytes publicKey(const std::string& curve, View privateKey);
-bool isOnCurve(const std::string& curve, View publicKey);
 Bytes sign(const std::string& curve, View privateKey, View digest);
 bool verify(const std::string& curve, View publicKey, View digest, View signature);
 
@@ -33,10 +33,11 @@ WrappedKey wrap(const std::string& substitution, View keyEncryptionKey, View ukm
 // Empty where the code does not agree.
 Bytes unwrap(const std::string& substitution, View keyEncryptionKey, View ukm, const WrappedKey& wrapped);
 
-struct CloseCipher {
-    void operator()(gcry_cipher_hd_t cipher) const { ::gcry_cipher_close(cipher); }
+template <auto Free>
+struct Release {
+    void operator()(auto* object) const { Free(object); }
 };
-using Cipher = std::unique_ptr<gcry_cipher_handle, CloseCipher>;
+using Cipher = std::unique_ptr<gcry_cipher_handle, Release<::gcry_cipher_close>>;
 // GOST 28147-89: `mode` of libgcrypt; content is encrypted with key meshing (RFC 4357, 2.3.2). Null where the
 // substitution is not known.
 Cipher openCipher(const std::string& substitution, int mode, bool meshing, View key, View iv);

@@ -1,15 +1,44 @@
-// Acquiring the provider, its parameters, and its containers.
-#include "objects.h"
+// Acquiring the provider, its parameters, and its containers, which live in the registry of the current user,
+// so that both bitnesses see the same ones. The keys lie there in the open: they are made for tests.
+#include "core/handles.h"
+#include "provider.h"
 
 #include <algorithm>
 
 namespace Corvane::Platform::Gost {
-
-Handles<Context, NTE_BAD_UID> contexts;
-Handles<Key, NTE_BAD_KEY> keys;
-Handles<Hash, NTE_BAD_HASH> hashes;
-
 namespace {
+
+const std::wstring root = L"Software\\Corvane Tests\\GOST containers\\";
+
+std::wstring keyName(DWORD spec) {
+    return L"key " + std::to_wstring(spec);
+}
+
+// Empty where there is none; else whether the key is exportable, and its PrivateKeyInfo.
+Bytes readKey(const std::wstring& container, DWORD spec) {
+    BYTE value[1024];
+    DWORD size = sizeof value;
+    return ::RegGetValueW(HKEY_CURRENT_USER, (root + container).c_str(), keyName(spec).c_str(),
+                          RRF_RT_REG_BINARY, nullptr, value, &size)
+               ? Bytes()
+               : Bytes(value, value + size);
+}
+
+std::vector<std::wstring> containerNames() {
+    std::vector<std::wstring> names;
+    RegistryKey key;
+    wchar_t name[MAX_PATH];
+    if (!::RegOpenKeyExW(HKEY_CURRENT_USER, root.c_str(), 0, KEY_READ, key.put()))
+        while (!::RegEnumKeyW(key.get(), static_cast<DWORD>(names.size()), name, MAX_PATH))
+            names.emplace_back(name);
+    return names;
+}
+
+// Null where there is none.
+const Algorithm* algorithmOf(const std::wstring& container) {
+    const Bytes value = readKey(container, AT_KEYEXCHANGE);
+    return value.empty() ? nullptr : readPrivateKeyInfo(View(value).subspan(1)).algorithm;
+}
 
 // The part of VTableProvStruc (cspdk.h) that is read here.
 struct ProviderCallbacks {
@@ -20,128 +49,110 @@ struct ProviderCallbacks {
 };
 
 std::wstring wide(const char* text) {
-    const int size = ::MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
-    std::wstring result(static_cast<std::size_t>(size), L'\0');
-    ::MultiByteToWideChar(CP_ACP, 0, text, -1, result.data(), size);
-    result.pop_back();
+    wchar_t result[MAX_PATH] = {};
+    ::MultiByteToWideChar(CP_ACP, 0, text, -1, result, MAX_PATH);
     return result;
 }
 
 // With the NUL, as parameters of the provider are told.
 Bytes narrow(const std::wstring& text) {
-    const int size = ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, nullptr, 0, nullptr, nullptr);
-    Bytes result(static_cast<std::size_t>(size));
-    ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, reinterpret_cast<char*>(result.data()), size, nullptr,
-                          nullptr);
-    return result;
+    char result[MAX_PATH] = {};
+    const int size = ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, result, MAX_PATH, nullptr, nullptr);
+    return {result, result + size};
 }
 
-void openContainer(Context& context, const char* name, DWORD flags) {
-    context.container = wide(name ? name : "");
+std::wstring openContainer(const char* name, DWORD flags) {
+    std::wstring container = wide(name ? name : "");
     constexpr std::wstring_view unique = L"\\\\.\\REGISTRY\\";
-    if (context.container.starts_with(unique))
-        context.container.erase(0, unique.size());
-    if (context.container.empty())
-        context.container = L"default";
-    const bool exists = containerExists(context.container);
-    if (flags & CRYPT_NEWKEYSET) {
-        if (exists)
-            fail(NTE_EXISTS);
-        createContainer(context.container);
-    } else if (!exists) {
+    if (container.starts_with(unique))
+        container.erase(0, unique.size());
+    RegistryKey key;
+    DWORD outcome = 0;
+    const bool isNew = (flags & CRYPT_NEWKEYSET) != 0;
+    const std::wstring path = root + container;
+    if (isNew ? ::RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_READ, nullptr,
+                                  key.put(), &outcome)
+              : ::RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, key.put()))
         fail(NTE_BAD_KEYSET);
-    }
-    context.hasContainer = true;
+    if (outcome == REG_OPENED_EXISTING_KEY)
+        fail(NTE_EXISTS);
+    return container;
 }
 
 void acquire(HCRYPTPROV* handle, const char* name, DWORD flags, const ProviderCallbacks& callbacks) {
     startArithmetic();
     constexpr DWORD known =
         CRYPT_VERIFYCONTEXT | CRYPT_NEWKEYSET | CRYPT_DELETEKEYSET | CRYPT_MACHINE_KEYSET | CRYPT_SILENT;
-    if (flags & ~known)
-        fail(NTE_BAD_FLAGS);
+    expectNone(flags & ~known);
     auto context = std::make_unique<Context>();
-    context->algorithm = findByType(callbacks.providerType);
-    if (!context->algorithm)
-        fail(NTE_BAD_PROV_TYPE);
-    if ((flags & CRYPT_VERIFYCONTEXT) == CRYPT_VERIFYCONTEXT) {
-        if (name && *name)
-            fail(NTE_BAD_KEYSET_PARAM);
-    } else {
-        openContainer(*context, name, flags);
-    }
+    context->algorithm = findAlgorithm(callbacks.providerType, &Algorithm::providerType);
+    if ((flags & CRYPT_VERIFYCONTEXT) != CRYPT_VERIFYCONTEXT)
+        context->container = openContainer(name, flags);
     if (flags & CRYPT_DELETEKEYSET)
-        return deleteContainer(context->container);
-    *handle = contexts.add(std::move(context));
+        ::RegDeleteKeyW(HKEY_CURRENT_USER, (root + *context->container).c_str());
+    else
+        *handle = handleOf(std::move(context));
 }
 
-// Containers whose keys are of the provider's kind, and empty ones.
-std::vector<Bytes> ownContainers(const Context& context) {
-    std::vector<Bytes> names;
-    for (const std::wstring& name : containerNames()) {
-        const auto key = loadKey(name, AT_KEYEXCHANGE);
-        if (!key || key->pair.algorithm == context.algorithm)
-            names.push_back(narrow(name));
+std::vector<Bytes> listOf(const Algorithm& own, DWORD which) {
+    std::vector<Bytes> list;
+    if (which == PP_ENUMCONTAINERS) {
+        // Those whose keys are of the provider's kind, and empty ones.
+        for (const std::wstring& name : containerNames()) {
+            const Algorithm* const algorithm = algorithmOf(name);
+            if (!algorithm || algorithm == &own)
+                list.push_back(narrow(name));
+        }
+    } else {
+        // The system looks for a provider for an algorithm here.
+        for (const ALG_ID id : {own.hashId, own.keyId, cipherId}) {
+            const PROV_ENUMALGS entry{id, 0, 1, {}};
+            list.push_back(bytesOf(viewOfStructure(entry)));
+        }
     }
-    return names;
+    return list;
 }
 
-// They are looked up at the first call. That without a buffer tells the size of the longest name.
-void enumerateContainers(Context& context, BYTE* buffer, DWORD* size, DWORD flags) {
+void enumerate(Context& context, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
     if (flags & CRYPT_FIRST) {
-        context.enumerated = 0;
-        context.containers = ownContainers(context);
+        context.listed = listOf(*context.algorithm, which);
+        context.next = 0;
     }
-    if (context.enumerated >= context.containers.size())
+    if (context.next >= context.listed.size())
         fail(ERROR_NO_MORE_ITEMS);
     if (!buffer)
-        return give(buffer, size, *std::ranges::max_element(context.containers, {}, [](const Bytes& name) {
-                        return name.size();
-                    }));
-    give(buffer, size, context.containers[context.enumerated]);
-    ++context.enumerated;
-}
-
-// The system looks for a provider for an algorithm in these lists.
-void enumerateAlgorithms(Context& context, BYTE* buffer, DWORD* size, DWORD flags) {
-    const Algorithm& own = *context.algorithm;
-    struct Entry {
-        ALG_ID id;
-        std::size_t bytes;
-        const char* name;
-    };
-    const Entry all[] = {{own.hashId, own.hashSize, "GOST R 34.11"},
-                         {own.keyId, 2 * own.size, "GOST R 34.10"},
-                         {cipherId, 32, "GOST 28147-89"}};
-    if (flags & CRYPT_FIRST)
-        context.enumerated = 0;
-    if (context.enumerated >= std::size(all))
-        fail(ERROR_NO_MORE_ITEMS);
-    const Entry& entry = all[context.enumerated];
-    const auto bits = static_cast<DWORD>(8 * entry.bytes);
-    const auto nameSize = static_cast<DWORD>(std::char_traits<char>::length(entry.name) + 1);
-    PROV_ENUMALGS filled{entry.id, bits, nameSize, {}};
-    std::copy_n(entry.name, nameSize, filled.szName);
-    give(buffer, size, {reinterpret_cast<const std::uint8_t*>(&filled), sizeof filled});
-    if (buffer)
-        ++context.enumerated;
+        return give(buffer, size, Bytes(MAX_PATH));  // as long as any
+    give(buffer, size, context.listed[context.next]);
+    ++context.next;
 }
 
 Bytes parameter(const Context& context, DWORD which) {
     if (which == PP_NAME)
         return narrow(context.algorithm->provider);
-    if (which == PP_PROVTYPE) {
-        const View type = bytesOf(context.algorithm->providerType);
-        return {type.begin(), type.end()};
-    }
-    if (which != PP_CONTAINER && which != PP_UNIQUE_CONTAINER)
-        fail(NTE_BAD_TYPE);
-    if (!context.hasContainer)
-        fail(NTE_BAD_KEYSET);
-    return narrow((which == PP_CONTAINER ? L"" : L"\\\\.\\REGISTRY\\") + context.container);
+    return which == PP_UNIQUE_CONTAINER ? narrow(L"\\\\.\\REGISTRY\\" + context.container.value())
+                                        : (fail(NTE_BAD_TYPE), Bytes());
 }
 
 }  // namespace
+
+std::unique_ptr<Key> loadKey(const Context& context, DWORD spec) {
+    const Bytes value = context.container ? readKey(*context.container, spec) : Bytes();
+    if (value.empty())
+        fail(NTE_NO_KEY);
+    auto key = std::make_unique<Key>();
+    key->pair = readPrivateKeyInfo(View(value).subspan(1));
+    key->isExportable = value[0] != 0;
+    return key->pair.algorithm == context.algorithm ? std::move(key) : (fail(NTE_NO_KEY), nullptr);
+}
+
+void storeKey(const Context& context, DWORD spec, const Key& key) {
+    Bytes value{key.isExportable};
+    append(value, privateKeyInfo(key.pair));
+    if (::RegSetKeyValueW(HKEY_CURRENT_USER, (root + *context.container).c_str(), keyName(spec).c_str(),
+                          REG_BINARY, value.data(), lengthOf(value)))
+        fail(NTE_FAIL);
+}
+
 }  // namespace Corvane::Platform::Gost
 
 using namespace Corvane::Platform;
@@ -154,27 +165,28 @@ BOOL WINAPI CPAcquireContext(HCRYPTPROV* handle, LPSTR container, DWORD flags, v
 }
 
 BOOL WINAPI CPReleaseContext(HCRYPTPROV context, DWORD flags) {
-    return entry([&] { flags ? fail(NTE_BAD_FLAGS) : contexts.remove(context); });
+    return entry([&] {
+        expectNone(flags);
+        delete &objectOf<Context>(context);
+    });
 }
 
 BOOL WINAPI CPGetProvParam(HCRYPTPROV handle, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
     return entry([&] {
-        Context& context = contexts.get(handle);
-        if (which == PP_ENUMCONTAINERS)
-            enumerateContainers(context, buffer, size, flags);
-        else if (which == PP_ENUMALGS)
-            enumerateAlgorithms(context, buffer, size, flags);
+        auto& context = objectOf<Context>(handle);
+        if (which == PP_ENUMCONTAINERS || which == PP_ENUMALGS)
+            enumerate(context, which, buffer, size, flags);
         else
             give(buffer, size, parameter(context, which));
     });
 }
 
-BOOL WINAPI CPSetProvParam(HCRYPTPROV, DWORD, BYTE*, DWORD) {
-    return entry([] { fail(E_NOTIMPL); });
+BOOL WINAPI CPGenRandom(HCRYPTPROV, DWORD size, BYTE* buffer) {
+    return entry([&] { std::ranges::copy(randomBytes(size), buffer); });
 }
 
-BOOL WINAPI CPGenRandom(HCRYPTPROV, DWORD, BYTE*) {
-    return entry([] { fail(E_NOTIMPL); });
-}
+// What the system wants to find, and nobody calls.
+// NOLINTNEXTLINE(readability-identifier-naming, readability-isolate-declaration): the system's names
+DWORD CPDeriveKey, CPHashSessionKey, CPSetProvParam;
 
 }  // extern "C"

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "algorithms.h"
+#include "arithmetic.h"
 
 namespace Corvane::Platform::Gost {
 
@@ -13,28 +14,127 @@ struct KeyPair {
     Bytes publicHalf;
 };
 
-KeyPair makeKeyPair(const Algorithm& algorithm, const std::string& curve);
-
-// SubjectPublicKeyInfo
-Bytes publicKeyInfo(const KeyPair& key);
-KeyPair readPublicKeyInfo(View der);
-
-// PrivateKeyInfo (PKCS #8), as OpenSSL's engine writes it: the key little-endian in the octet string.
-Bytes privateKeyInfo(const KeyPair& key);
-KeyPair readPrivateKeyInfo(View der);
-
 // A session key for GOST 28147-89.
 struct SessionKey {
     Bytes key;
     std::string substitution;
 };
 
+constexpr std::size_t ukmSize = 8;
+
+inline Bytes algorithmIdentifier(const KeyPair& key) {
+    Bytes digest;
+    if (key.algorithm->providerType == 75)
+        digest = oid("1.2.643.2.2.30.1");
+    else if (!key.curve.starts_with("1.2.643.7.1.2.1.1."))
+        digest = oid(key.algorithm->hashOid);
+    return tlv(Tag::sequence, oid(key.algorithm->keyOid), tlv(Tag::sequence, oid(key.curve), digest));
+}
+
+inline KeyPair readAlgorithm(Reader reader) {
+    KeyPair key;
+    key.algorithm =
+        findAlgorithm(std::string_view(oidText(reader.next(Tag::oid).content)), &Algorithm::keyOid);
+    if (!key.algorithm)
+        fail(NTE_BAD_ALGID);
+    key.curve = oidText(reader.enter(Tag::sequence).next(Tag::oid).content);
+    return key;
+}
+
+inline KeyPair readPublicParts(Reader reader) {
+    KeyPair key = readAlgorithm(reader.enter(Tag::sequence));
+    key.publicHalf =
+        bytesOf(Reader(reader.next(Tag::bitString).content.subspan(1)).next(Tag::octetString).content);
+    if (key.publicHalf.size() != 2 * key.algorithm->size)
+        fail(NTE_BAD_DATA);
+    return key;
+}
+
+inline Bytes publicParts(const KeyPair& key) {
+    Bytes parts = algorithmIdentifier(key);
+    return append(parts, tlv(Tag::bitString, Bytes{0}, tlv(Tag::octetString, key.publicHalf)));
+}
+
+// The hash of the key agreement: both keys of 2012 use the one of 256 bits.
+inline int agreementDigest(const Algorithm& algorithm) {
+    return algorithms[algorithm.providerType == 75 ? 0 : 1].digest;
+}
+
+inline KeyPair makeKeyPair(const Algorithm& algorithm, const std::string& curve) {
+    KeyPair key{&algorithm, curve, makePrivateKey(algorithm.size), {}};
+    key.publicHalf = publicKey(curve, key.secret);
+    return key;
+}
+
+// SubjectPublicKeyInfo
+inline Bytes publicKeyInfo(const KeyPair& key) {
+    return tlv(Tag::sequence, publicParts(key));
+}
+
+inline KeyPair readPublicKeyInfo(View der) {
+    return readPublicParts(Reader(der).enter(Tag::sequence));
+}
+
+// PrivateKeyInfo (PKCS #8), as OpenSSL's engine writes it: the key little-endian in the octet string.
+inline Bytes privateKeyInfo(const KeyPair& key) {
+    return tlv(Tag::sequence, integer(0), algorithmIdentifier(key), tlv(Tag::octetString, key.secret));
+}
+
+inline KeyPair readPrivateKeyInfo(View der) {
+    Reader reader = Reader(der).enter(Tag::sequence);
+    reader.next(Tag::integer);
+    KeyPair key = readAlgorithm(reader.enter(Tag::sequence));
+    key.secret = bytesOf(reader.next(Tag::octetString).content);
+    if (key.secret.size() != key.algorithm->size)
+        fail(NTE_BAD_DATA);
+    key.publicHalf = publicKey(key.curve, key.secret);
+    return key;
+}
+
 // GostR3410-KeyTransport
-Bytes transport(const SessionKey& session, const KeyPair& recipient);
+inline Bytes transport(const SessionKey& session, const KeyPair& recipient) {
+    const KeyPair ephemeral = makeKeyPair(*recipient.algorithm, recipient.curve);
+    const Bytes ukm = randomBytes(ukmSize);
+    const Bytes key = agree(recipient.curve, ephemeral.secret, recipient.publicHalf, ukm,
+                            agreementDigest(*recipient.algorithm));
+    const WrappedKey wrapped = wrap(session.substitution, key, ukm, session.key);
+    return tlv(
+        Tag::sequence,
+        tlv(Tag::sequence, tlv(Tag::octetString, wrapped.encrypted), tlv(Tag::octetString, wrapped.mac)),
+        tlv(Tag::within(0), oid(session.substitution), tlv(Tag::within(0), publicParts(ephemeral)),
+            tlv(Tag::octetString, ukm)));
+}
+
 // Fails with NTE_BAD_DATA where it was not made for that key.
-SessionKey receive(View transport, const KeyPair& recipient);
+inline SessionKey receive(View transport, const KeyPair& recipient) {
+    Reader reader = Reader(transport).enter(Tag::sequence);
+    Reader encrypted = reader.enter(Tag::sequence);
+    WrappedKey wrapped;
+    wrapped.encrypted = bytesOf(encrypted.next(Tag::octetString).content);
+    wrapped.mac = bytesOf(encrypted.next(Tag::octetString).content);
+    Reader parameters = reader.enter(Tag::within(0));
+    SessionKey session;
+    session.substitution = oidText(parameters.next(Tag::oid).content);
+    const KeyPair ephemeral = readPublicParts(parameters.enter(Tag::within(0)));
+    const Bytes ukm = bytesOf(parameters.next(Tag::octetString).content);
+    constexpr std::size_t sessionKeySize = 32;
+    if (ukm.size() != ukmSize || wrapped.encrypted.size() != sessionKeySize ||
+        ephemeral.curve != recipient.curve)
+        fail(NTE_BAD_DATA);
+    const Bytes key = agree(recipient.curve, recipient.secret, ephemeral.publicHalf, ukm,
+                            agreementDigest(*recipient.algorithm));
+    session.key = unwrap(session.substitution, key, ukm, wrapped);
+    if (session.key.empty())
+        fail(NTE_BAD_DATA);
+    return session;
+}
 
 // The key that both pairs agree on, with a fixed UKM: for private keys on their way between two containers.
-SessionKey agreeOn(const KeyPair& own, const KeyPair& other);
+inline SessionKey agreeOn(const KeyPair& own, const KeyPair& other) {
+    Bytes ukm(ukmSize);
+    ukm.front() = 1;
+    return {agree(own.curve, own.secret, other.publicHalf, ukm, agreementDigest(*own.algorithm)),
+            own.algorithm->substitution};
+}
 
 }  // namespace Corvane::Platform::Gost

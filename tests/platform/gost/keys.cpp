@@ -1,222 +1,158 @@
-// Keys: making, finding, importing, exporting, and encrypting with them.
-#include "objects.h"
-
-#include <algorithm>
-#include <cstring>
+// Keys: making, finding, importing, exporting, and encrypting with them. Hashes, and signing and verifying
+// with them; signatures of CryptoAPI are the other way round than in messages.
+#include "provider.h"
 
 namespace Corvane::Platform::Gost {
 namespace {
 
 constexpr std::size_t blockSize = 8, sessionKeySize = 32;
 
-// Blobs of this provider are a header and the DER of what the type is: a SubjectPublicKeyInfo, a
-// PrivateKeyInfo, or a GostR3410-KeyTransport.
-Bytes blob(BYTE type, ALG_ID algorithm, View der) {
-    const BLOBHEADER head{type, CUR_BLOB_VERSION, 0, algorithm};
-    Bytes bytes(sizeof head);
-    std::memcpy(bytes.data(), &head, sizeof head);
-    return append(bytes, der);
-}
-
-const std::wstring& containerOf(const Context& context) {
-    if (!context.hasContainer)
-        fail(NTE_PERM);
-    return context.container;
-}
-
-DWORD specOf(const Context& context, ALG_ID id) {
-    if (id == AT_KEYEXCHANGE || id == AT_SIGNATURE)
-        return id;
-    if (id == context.algorithm->keyId)
-        return AT_KEYEXCHANGE;
-    fail(NTE_BAD_ALGID);
-}
-
-HCRYPTKEY addStored(const StoredKey& stored, DWORD spec) {
+std::unique_ptr<Key> keyWith(KeyPair pair, bool isExportable) {
     auto key = std::make_unique<Key>();
-    key->pair = stored.pair;
-    key->spec = spec;
-    key->exportable = stored.exportable;
-    return keys.add(std::move(key));
+    key->pair = std::move(pair);
+    key->isExportable = isExportable;
+    return key;
 }
 
-HCRYPTKEY addSession(SessionKey session, bool exportable) {
+std::unique_ptr<Key> keyWith(SessionKey session, bool isExportable) {
     auto key = std::make_unique<Key>();
     key->session = std::move(session);
-    key->iv = randomBytes(blockSize);
-    key->exportable = exportable;
-    return keys.add(std::move(key));
+    key->iv.resize(blockSize);
+    key->isExportable = isExportable;
+    return key;
 }
 
-// A pair that no container keeps.
-HCRYPTKEY addEphemeral(const Algorithm& algorithm) {
-    auto key = std::make_unique<Key>();
-    key->pair = makeKeyPair(algorithm, algorithm.curve);
-    key->exportable = true;
-    return keys.add(std::move(key));
-}
-
-HCRYPTKEY addAgreed(const KeyPair& own, const KeyPair& other) {
-    auto key = std::make_unique<Key>();
-    key->session = agreeOn(own, other);
-    key->isAgreed = true;
-    return keys.add(std::move(key));
+void crypt(const Cipher& cipher, bool isEncryption, BYTE* data, std::size_t size) {
+    if (!cipher)
+        fail(NTE_BAD_ALGID);
+    if (size > 0 &&
+        (isEncryption ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(cipher.get(), data, size, nullptr, 0))
+        fail(NTE_FAIL);
 }
 
 // A private key under an agreed one, in the one direction or the other.
-Bytes crypted(const Key& agreed, View der, bool encrypt) {
+Bytes underAgreed(HCRYPTKEY handle, View der, bool isEncryption) {
+    const Key& agreed = objectOf<Key>(handle);
     if (!agreed.wrapsKeys)
         fail(NTE_BAD_KEY);
-    Bytes bytes(der.begin(), der.end());
-    const Cipher cipher = openCipher(agreed.session.substitution, GCRY_CIPHER_MODE_CFB, false,
-                                     agreed.session.key, Bytes(blockSize));
-    if ((encrypt ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(cipher.get(), bytes.data(), bytes.size(),
-                                                                  nullptr, 0))
-        fail(NTE_FAIL);
+    Bytes bytes = bytesOf(der);
+    crypt(openCipher(agreed.session.substitution, GCRY_CIPHER_MODE_CFB, false, agreed.session.key, agreed.iv),
+          isEncryption, bytes.data(), bytes.size());
     return bytes;
 }
 
-HCRYPTKEY generate(const Context& context, ALG_ID id, DWORD flags) {
-    constexpr DWORD known = CRYPT_EXPORTABLE | CRYPT_USER_PROTECTED | CRYPT_ARCHIVABLE;
-    if (flags & 0xFFFF & ~known)
-        fail(NTE_BAD_FLAGS);
-    const bool exportable = (flags & CRYPT_EXPORTABLE) != 0;
+std::unique_ptr<Key> generate(const Context& context, ALG_ID id, DWORD flags) {
+    expectNone(flags & 0xFFFF & ~DWORD{CRYPT_EXPORTABLE});
+    const Algorithm& own = *context.algorithm;
+    const bool isExportable = (flags & CRYPT_EXPORTABLE) != 0;
     if (id == cipherId)
-        return addSession({randomBytes(sessionKeySize), context.algorithm->substitution}, exportable);
-    if (id == context.algorithm->ephemeralId)
-        return addEphemeral(*context.algorithm);
-    const DWORD spec = specOf(context, id);
-    const std::wstring& container = containerOf(context);
-    const StoredKey stored{makeKeyPair(*context.algorithm, context.algorithm->curve), exportable};
-    storeKey(container, spec, stored);
-    return addStored(stored, spec);
-}
-
-StoredKey userKey(const Context& context, DWORD spec) {
-    if (spec != AT_KEYEXCHANGE && spec != AT_SIGNATURE)
-        fail(NTE_BAD_KEY);
-    auto stored = context.hasContainer ? loadKey(context.container, spec) : std::nullopt;
-    if (!stored || stored->pair.algorithm != context.algorithm)
-        fail(NTE_NO_KEY);
-    return *stored;
-}
-
-HCRYPTKEY importPublic(const Context& context, View der, HCRYPTKEY with) {
-    auto key = std::make_unique<Key>();
-    key->pair = readPublicKeyInfo(der);
-    if (key->pair.algorithm != context.algorithm)
+        return keyWith(SessionKey{randomBytes(sessionKeySize), own.substitution}, isExportable);
+    // A pair for one agreement is in no container.
+    auto key = keyWith(makeKeyPair(own, own.curve), isExportable || id == own.ephemeralId);
+    if (id != AT_KEYEXCHANGE && id != AT_SIGNATURE && id != own.ephemeralId)
         fail(NTE_BAD_ALGID);
-    if (with && keys.get(with).pair.secret.empty())
-        fail(NTE_BAD_KEY);
-    if (with)
-        return addAgreed(keys.get(with).pair, key->pair);
-    key->exportable = true;
-    return keys.add(std::move(key));
+    if (id != own.ephemeralId)
+        storeKey(context, id, *key);
+    return key;
 }
 
-HCRYPTKEY importPrivate(const Context& context, View der, DWORD flags) {
-    const StoredKey stored{readPrivateKeyInfo(der), (flags & CRYPT_EXPORTABLE) != 0};
-    if (stored.pair.algorithm != context.algorithm)
+std::unique_ptr<Key> importPublic(KeyPair pair, HCRYPTKEY with) {
+    if (!with)
+        return keyWith(std::move(pair), true);
+    if (objectOf<Key>(with).pair.secret.empty())
+        fail(NTE_BAD_KEY);
+    auto agreed = keyWith(agreeOn(objectOf<Key>(with).pair, pair), false);
+    agreed->isAgreed = true;
+    return agreed;
+}
+
+std::unique_ptr<Key> import(const Context& context, View bytes, HCRYPTKEY with, DWORD flags) {
+    const auto& head = *reinterpret_cast<const BLOBHEADER*>(bytes.data());
+    const View content = bytes.subspan(sizeof head);
+    const bool isExportable = (flags & CRYPT_EXPORTABLE) != 0;
+    if (head.bType == SIMPLEBLOB)
+        return keyWith(
+            receive(content, with ? objectOf<Key>(with).pair : loadKey(context, AT_KEYEXCHANGE)->pair),
+            isExportable);
+    const bool isPublic = head.bType == PUBLICKEYBLOB;
+    KeyPair pair = isPublic ? readPublicKeyInfo(content)
+                            : readPrivateKeyInfo(with ? underAgreed(with, content, false) : bytesOf(content));
+    if (pair.algorithm != context.algorithm)
         fail(NTE_BAD_ALGID);
-    storeKey(containerOf(context), AT_KEYEXCHANGE, stored);
-    return addStored(stored, AT_KEYEXCHANGE);
+    if (isPublic)
+        return importPublic(std::move(pair), with);
+    auto key = keyWith(std::move(pair), isExportable);
+    storeKey(context, AT_KEYEXCHANGE, *key);
+    return key;
 }
 
-HCRYPTKEY import(const Context& context, View bytes, HCRYPTKEY with, DWORD flags) {
-    BLOBHEADER head{};
-    if (bytes.size() < sizeof head)
-        fail(NTE_BAD_DATA);
-    std::memcpy(&head, bytes.data(), sizeof head);
-    const View der = bytes.subspan(sizeof head);
-    if (head.bVersion != CUR_BLOB_VERSION)
-        fail(NTE_BAD_VER);
-    if (head.bType == PUBLICKEYBLOB)
-        return importPublic(context, der, with);
-    if (head.bType == PRIVATEKEYBLOB)
-        return with ? importPrivate(context, crypted(keys.get(with), der, false), flags)
-                    : importPrivate(context, der, flags);
-    if (head.bType != SIMPLEBLOB)
-        fail(NTE_BAD_TYPE);
-    const KeyPair pair = with ? keys.get(with).pair : userKey(context, AT_KEYEXCHANGE).pair;
-    if (pair.secret.empty())
-        fail(NTE_BAD_KEY);
-    return addSession(receive(der, pair), (flags & CRYPT_EXPORTABLE) != 0);
-}
-
+// Blobs of this provider are a header and the DER of what the type is: a SubjectPublicKeyInfo, a
+// PrivateKeyInfo, or a GostR3410-KeyTransport.
 Bytes exportKey(const Key& key, HCRYPTKEY with, DWORD type) {
-    if (type == SIMPLEBLOB) {
-        if (!key.isSession() || keys.get(with).isSession())
-            fail(NTE_BAD_KEY);
-        return blob(SIMPLEBLOB, cipherId, transport(key.session, keys.get(with).pair));
-    }
-    if (with && type != PRIVATEKEYBLOB)
-        fail(NTE_BAD_KEY);
-    if (key.isSession() || (type != PUBLICKEYBLOB && type != PRIVATEKEYBLOB))
-        fail(NTE_BAD_TYPE);
+    if (type == SIMPLEBLOB)
+        return keyBlob(SIMPLEBLOB, cipherId, transport(key.session, objectOf<Key>(with).pair));
     const ALG_ID id = key.pair.algorithm->keyId;
     if (type == PUBLICKEYBLOB)
-        return blob(PUBLICKEYBLOB, id, publicKeyInfo(key.pair));
-    if (key.pair.secret.empty() || !key.exportable)
+        return keyBlob(PUBLICKEYBLOB, id, publicKeyInfo(key.pair));
+    if (key.pair.secret.empty() || !key.isExportable)
         fail(NTE_BAD_KEY_STATE);
     const Bytes der = privateKeyInfo(key.pair);
-    return blob(PRIVATEKEYBLOB, id, with ? crypted(keys.get(with), der, true) : der);
-}
-
-Bytes numberParameter(const Key& key, DWORD which) {
-    DWORD number = 0;
-    if (which == KP_ALGID)
-        number = key.isSession() ? cipherId : key.pair.algorithm->keyId;
-    else if (which == KP_KEYLEN)
-        number = static_cast<DWORD>(8 * (key.isSession() ? sessionKeySize : 2 * key.pair.algorithm->size));
-    else if (which == KP_BLOCKLEN)
-        number = key.isSession() ? 8 * blockSize : 0;
-    else if (which == KP_MODE && key.isSession())
-        number = CRYPT_MODE_CFB;
-    else
-        fail(NTE_BAD_TYPE);
-    const View bytes = bytesOf(number);
-    return {bytes.begin(), bytes.end()};
+    return keyBlob(PRIVATEKEYBLOB, id, with ? underAgreed(with, der, true) : der);
 }
 
 Bytes parameter(const Key& key, DWORD which) {
-    if (which == KP_IV && key.isSession())
-        return key.iv;
-    if (which == substitutionParameter && key.isSession()) {
-        const std::string& name = key.session.substitution;
+    const std::string& name = key.session.substitution;
+    DWORD number = 0;
+    if (which == KP_ALGID)
+        number = key.isSession() ? cipherId : key.pair.algorithm->keyId;
+    else if (which == substitutionParameter)
         return {name.c_str(), name.c_str() + name.size() + 1};
-    }
-    return numberParameter(key, which);
+    else if (which == KP_BLOCKLEN)
+        number = 8 * blockSize;
+    else
+        fail(NTE_BAD_TYPE);
+    return bytesOf(viewOfStructure(number));
 }
 
 void setParameter(const Context& context, Key& key, DWORD which, const BYTE* value) {
-    if (which == KP_IV && key.isSession()) {
+    if (which == KP_IV) {
         key.iv.assign(value, value + blockSize);
         key.running.reset();
-    } else if (which == substitutionParameter && key.isSession()) {
+    } else if (which == substitutionParameter) {
         key.session.substitution = reinterpret_cast<const char*>(value);
-    } else if (which == KP_ALGID && key.isAgreed) {
-        ALG_ID id = 0;
-        std::memcpy(&id, value, sizeof id);
-        key.wrapsKeys = id == context.algorithm->keyWrapId ? true : (fail(NTE_BAD_ALGID), false);
     } else {
-        fail(NTE_BAD_TYPE);
+        key.wrapsKeys = which == KP_ALGID && key.isAgreed &&
+                        *reinterpret_cast<const ALG_ID*>(value) == context.algorithm->keyWrapId;
     }
 }
 
 // The cipher feeds back its output, so that nothing is padded; the last piece puts it back to its start.
-void crypt(Key& key, bool encrypt, bool isFinal, BYTE* data, DWORD size) {
-    if (!key.isSession())
-        fail(NTE_BAD_KEY);
+void crypt(Key& key, bool isEncryption, bool isFinal, BYTE* data, DWORD size) {
     if (!key.running)
         key.running =
             openCipher(key.session.substitution, GCRY_CIPHER_MODE_CFB, true, key.session.key, key.iv);
-    if (!key.running)
-        fail(NTE_BAD_ALGID);
-    if (size > 0 &&
-        (encrypt ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(key.running.get(), data, size, nullptr, 0))
-        fail(NTE_FAIL);
+    crypt(key.running, isEncryption, data, size);
     if (isFinal)
         key.running.reset();
+}
+
+HCRYPTHASH create(const Algorithm* algorithm, ALG_ID id) {
+    if (id != algorithm->hashId)
+        fail(NTE_BAD_ALGID);
+    auto hash = std::make_unique<Hash>();
+    hash->algorithm = algorithm;
+    gcry_md_hd_t running = nullptr;
+    if (::gcry_md_open(&running, algorithm->digest, 0))
+        fail(NTE_FAIL);
+    hash->running.reset(running);
+    return handleOf(std::move(hash));
+}
+
+void verifyHash(Hash& hash, View signature, const Key& key) {
+    if (key.pair.algorithm != hash.algorithm)
+        fail(NTE_BAD_KEY);
+    if (!verify(key.pair.curve, key.pair.publicHalf, hash.finish(), reversed(signature)))
+        fail(NTE_BAD_SIGNATURE);
 }
 
 }  // namespace
@@ -227,73 +163,107 @@ using namespace Corvane::Platform::Gost;
 
 extern "C" {
 
-BOOL WINAPI CPHashData(HCRYPTPROV, HCRYPTHASH, const BYTE*, DWORD, DWORD);
-
 BOOL WINAPI CPGenKey(HCRYPTPROV context, ALG_ID id, DWORD flags, HCRYPTKEY* key) {
-    return entry([&] { *key = generate(contexts.get(context), id, flags); });
+    return entry([&] { *key = handleOf(generate(objectOf<Context>(context), id, flags)); });
 }
 
 BOOL WINAPI CPGetUserKey(HCRYPTPROV context, DWORD spec, HCRYPTKEY* key) {
-    return entry([&] { *key = addStored(userKey(contexts.get(context), spec), spec); });
+    return entry([&] { *key = handleOf(loadKey(objectOf<Context>(context), spec)); });
 }
 
 BOOL WINAPI CPDestroyKey(HCRYPTPROV, HCRYPTKEY key) {
-    return entry([&] { keys.remove(key); });
+    return entry([&] { delete &objectOf<Key>(key); });
 }
 
 BOOL WINAPI CPImportKey(HCRYPTPROV context, const BYTE* data, DWORD size, HCRYPTKEY with, DWORD flags,
                         HCRYPTKEY* key) {
-    return entry([&] { *key = import(contexts.get(context), View(data, size), with, flags); });
+    return entry([&] { *key = handleOf(import(objectOf<Context>(context), View(data, size), with, flags)); });
 }
 
 BOOL WINAPI CPExportKey(HCRYPTPROV, HCRYPTKEY key, HCRYPTKEY with, DWORD type, DWORD flags, BYTE* buffer,
                         DWORD* size) {
-    return entry(
-        [&] { flags ? fail(NTE_BAD_FLAGS) : give(buffer, size, exportKey(keys.get(key), with, type)); });
+    return entry([&] {
+        expectNone(flags);
+        give(buffer, size, exportKey(objectOf<Key>(key), with, type));
+    });
 }
 
 BOOL WINAPI CPGetKeyParam(HCRYPTPROV, HCRYPTKEY key, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
-    return entry([&] { give(buffer, size, parameter(keys.get(key), which)); });
+    return entry([&] { give(buffer, size, parameter(objectOf<Key>(key), which)); });
 }
 
 BOOL WINAPI CPSetKeyParam(HCRYPTPROV context, HCRYPTKEY key, DWORD which, BYTE* value, DWORD) {
-    return entry([&] { setParameter(contexts.get(context), keys.get(key), which, value); });
-}
-
-BOOL WINAPI CPDuplicateKey(HCRYPTPROV, HCRYPTKEY, DWORD*, DWORD, HCRYPTKEY*) {
-    return entry([] { fail(E_NOTIMPL); });
-}
-
-BOOL WINAPI CPDeriveKey(HCRYPTPROV, ALG_ID, HCRYPTHASH, DWORD, HCRYPTKEY*) {
-    return entry([] { fail(E_NOTIMPL); });
+    return entry([&] { setParameter(objectOf<Context>(context), objectOf<Key>(key), which, value); });
 }
 
 // NOLINTBEGIN(readability-non-const-parameter): the system's declarations
-BOOL WINAPI CPEncrypt(HCRYPTPROV context, HCRYPTKEY key, HCRYPTHASH hash, BOOL isFinal, DWORD flags,
-                      BYTE* data, DWORD* size, DWORD room) {
+BOOL WINAPI CPEncrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD flags, BYTE* data,
+                      DWORD* size, DWORD) {
     return entry([&] {
-        if (flags)
-            fail(NTE_BAD_FLAGS);
-        if (!data)
-            return;  // the size stays as it is
-        if (room < *size)
-            fail(ERROR_MORE_DATA);
-        if (hash && !CPHashData(context, hash, data, *size, 0))
-            fail(static_cast<LONG>(::GetLastError()));
-        crypt(keys.get(key), true, isFinal, data, *size);
+        expectNone(flags);
+        crypt(objectOf<Key>(key), true, isFinal, data, *size);
     });
 }
 
-BOOL WINAPI CPDecrypt(HCRYPTPROV context, HCRYPTKEY key, HCRYPTHASH hash, BOOL isFinal, DWORD flags,
-                      BYTE* data, DWORD* size) {
+BOOL WINAPI CPDecrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD flags, BYTE* data,
+                      DWORD* size) {
     return entry([&] {
-        if (flags)
-            fail(NTE_BAD_FLAGS);
-        crypt(keys.get(key), false, isFinal, data, *size);
-        if (hash && !CPHashData(context, hash, data, *size, 0))
-            fail(static_cast<LONG>(::GetLastError()));
+        expectNone(flags);
+        crypt(objectOf<Key>(key), false, isFinal, data, *size);
     });
 }
 // NOLINTEND(readability-non-const-parameter)
+
+BOOL WINAPI CPCreateHash(HCRYPTPROV context, ALG_ID id, HCRYPTKEY key, DWORD flags, HCRYPTHASH* hash) {
+    return entry([&] {
+        expectNone(flags);
+        *hash = key ? (fail(NTE_BAD_KEY), 0) : create(objectOf<Context>(context).algorithm, id);
+    });
+}
+
+BOOL WINAPI CPHashData(HCRYPTPROV, HCRYPTHASH handle, const BYTE* data, DWORD size, DWORD flags) {
+    return entry([&] {
+        Hash& hash = objectOf<Hash>(handle);
+        expectNone(flags);
+        ::gcry_md_write(hash.running.get(), data, size);
+    });
+}
+
+BOOL WINAPI CPDestroyHash(HCRYPTPROV, HCRYPTHASH hash) {
+    return entry([&] { delete &objectOf<Hash>(hash); });
+}
+
+BOOL WINAPI CPGetHashParam(HCRYPTPROV, HCRYPTHASH hash, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
+    return entry([&] {
+        give(buffer, size,
+             which == HP_HASHVAL ? objectOf<Hash>(hash).finish() : (fail(NTE_BAD_TYPE), Bytes()));
+    });
+}
+
+BOOL WINAPI CPSetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD, BYTE* value, DWORD) {
+    return entry([&] {
+        Hash& hash = objectOf<Hash>(handle);
+        hash.value.assign(value, value + hash.algorithm->size);
+    });
+}
+
+BOOL WINAPI CPSignHash(HCRYPTPROV context, HCRYPTHASH hash, DWORD spec, LPCWSTR description, DWORD flags,
+                       BYTE* buffer, DWORD* size) {
+    return entry([&] {
+        expectNone(flags || description);
+        const auto key = loadKey(objectOf<Context>(context), spec);
+        if (!buffer)
+            return give(buffer, size, key->pair.publicHalf);  // as long as a signature
+        give(buffer, size, reversed(sign(key->pair.curve, key->pair.secret, objectOf<Hash>(hash).finish())));
+    });
+}
+
+BOOL WINAPI CPVerifySignature(HCRYPTPROV, HCRYPTHASH hash, const BYTE* signature, DWORD size, HCRYPTKEY key,
+                              LPCWSTR description, DWORD flags) {
+    return entry([&] {
+        expectNone(flags || description);
+        verifyHash(objectOf<Hash>(hash), View(signature, size), objectOf<Key>(key));
+    });
+}
 
 }  // extern "C"

@@ -1,6 +1,7 @@
 // Puts the stand-ins into the import tables of every module that is not the system's: of those that are there
 // when this DLL is loaded, and of those that come later.
 #include "../import_slots.h"
+#include "../own_module.h"
 #include "functions.h"
 
 #include <psapi.h>
@@ -10,43 +11,6 @@
 namespace Corvane::Platform::Messages {
 namespace {
 
-struct Replacement {
-    std::string_view name;
-    void* function;
-};
-
-template <class Function>
-void* address(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
-const Replacement replacements[] = {
-    {"CertGetSubjectCertificateFromStore", address(getSubjectCertificate)},
-    {"CertOpenStore", address(openStore)},
-    {"CryptEncryptMessage", address(encryptMessage)},
-    {"CryptExportPublicKeyInfo", address(exportPublicKeyInfo)},
-    {"CryptGetMessageSignerCount", address(getMessageSignerCount)},
-    {"CryptMsgClose", address(close)},
-    {"CryptMsgControl", address(control)},
-    {"CryptMsgGetParam", address(getParam)},
-    {"CryptMsgOpenToDecode", address(openToDecode)},
-    {"CryptMsgOpenToEncode", address(openToEncode)},
-    {"CryptMsgUpdate", address(update)},
-    {"CryptSignMessage", address(signMessage)},
-    {"CryptVerifyDetachedMessageSignature", address(verifyDetachedMessageSignature)},
-    {"CryptVerifyMessageSignature", address(verifyMessageSignature)},
-};
-
-void patchModule(HMODULE module) {
-    Test::forEachImport(module, [](std::string_view name, void*& slot) {
-        const auto found = std::ranges::find(replacements, name, &Replacement::name);
-        if (found != std::end(replacements))
-            Test::putIntoSlot(slot, found->function);
-    });
-}
-
-HMODULE ownModule;
-
 void patch(HMODULE module) {
     wchar_t path[MAX_PATH];
     wchar_t windows[MAX_PATH];
@@ -54,8 +18,13 @@ void patch(HMODULE module) {
     ::GetModuleFileNameW(module, path, MAX_PATH);
     const bool isSystem = ::CompareStringOrdinal(path, static_cast<int>(length), windows,
                                                  static_cast<int>(length), TRUE) == CSTR_EQUAL;
-    if (!isSystem && module != ownModule)
-        patchModule(module);
+    if (isSystem || module == ownModule())
+        return;
+    Test::forEachImport(module, [](std::string_view name, void*& slot) {
+        const auto found = std::ranges::find(replacements(), name, &Replacement::name);
+        if (found != replacements().end())
+            Test::putIntoSlot(slot, found->function);
+    });
 }
 
 // ntdll's, which no header of MinGW has (LdrRegisterDllNotification in Microsoft's documentation).
@@ -90,7 +59,6 @@ void patchAll() {
 // The module stays for the process's life: import tables point into it.
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
     if (reason == DLL_PROCESS_ATTACH) {
-        Corvane::Platform::Messages::ownModule = module;
         HMODULE pinned = nullptr;
         ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
                              reinterpret_cast<LPCWSTR>(module), &pinned);

@@ -7,7 +7,7 @@
 
 #include <winscard.h>
 
-#include <cstdio>
+#include <algorithm>
 
 namespace {
 
@@ -18,36 +18,31 @@ constexpr SCARDHANDLE theCard = 0x22;
 std::wstring reader;
 
 template <class Body>
-LONG call(const char* name, const std::string& what, Body body) {
-    auto status = static_cast<LONG>(plannedFailure(L"service", name));
-    if (status == SCARD_S_SUCCESS)
-        status = body();
-    char result[20];
-    std::snprintf(result, sizeof result, " 0x%lx", static_cast<unsigned long>(status));
-    log(name + what + result);
-    return status;
+LONG call(const char* name, const std::string& what, bool isHandleGood, Body body) {
+    return logged<LONG>(L"service", name, what,
+                        [&]() -> LONG { return isHandleGood ? body() : SCARD_E_INVALID_HANDLE; });
 }
 
-std::string hex(const BYTE* bytes, DWORD size) {
-    std::string text;
-    for (DWORD i = 0; i < size; ++i) {
-        text += "0123456789ABCDEF"[bytes[i] >> 4];
-        text += "0123456789ABCDEF"[bytes[i] & 15];
-    }
-    return text;
+LONG cardCall(const char* name, SCARDHANDLE card, const std::string& what = {}) {
+    return call(name, what, card == theCard, [] { return SCARD_S_SUCCESS; });
+}
+
+std::vector<std::wstring> readers() {
+    std::vector<std::wstring> names = sections();
+    std::erase(names, L"service");
+    return names;
 }
 
 LONG give(const std::wstring& digits, BYTE* out, DWORD* size) {
+    const Bytes bytes = fromHex(narrow(digits));
+    const std::wstring length = setting(L"service", L"length");
     const DWORD room = *size;
-    *size = static_cast<DWORD>(digits.size() / 2);
-    if (!out && setting(L"service", L"length") == L"0")
-        *size = 0;
+    *size = !out && length == L"0" ? 0 : static_cast<DWORD>(bytes.size());
     if (!out)
-        return setting(L"service", L"length") == L"no" ? SCARD_E_INVALID_PARAMETER : SCARD_S_SUCCESS;
+        return length == L"no" ? SCARD_E_INVALID_PARAMETER : SCARD_S_SUCCESS;
     if (room < *size)
         return SCARD_E_INSUFFICIENT_BUFFER;
-    for (DWORD i = 0; i < *size; ++i)
-        out[i] = static_cast<BYTE>(std::stoul(digits.substr(std::size_t{2} * i, 2), nullptr, 16));
+    std::ranges::copy(bytes, out);
     return SCARD_S_SUCCESS;
 }
 
@@ -58,25 +53,22 @@ DWORD protocolOf(const std::wstring& name) {
 }  // namespace
 
 LONG WINAPI SCardEstablishContext(DWORD scope, LPCVOID, LPCVOID, LPSCARDCONTEXT context) {
-    return call("SCardEstablishContext", " " + std::to_string(scope), [&] {
+    return call("SCardEstablishContext", " " + std::to_string(scope), true, [&] {
         *context = theContext;
         return SCARD_S_SUCCESS;
     });
 }
 
 LONG WINAPI SCardReleaseContext(SCARDCONTEXT context) {
-    return call("SCardReleaseContext", "",
-                [&] { return context == theContext ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
+    return call("SCardReleaseContext", "", context == theContext, [] { return SCARD_S_SUCCESS; });
 }
 
 LONG WINAPI SCardListReadersW(SCARDCONTEXT hContext, LPCWSTR mszGroups, LPWSTR mszReaders,
                               LPDWORD pcchReaders) {
-    return call("SCardListReaders", "", [&]() -> LONG {
-        if (hContext != theContext || mszGroups)
-            return SCARD_E_INVALID_HANDLE;
+    return call("SCardListReaders", "", hContext == theContext && !mszGroups, [&]() -> LONG {
         std::wstring names;
-        for (const std::wstring& each : sections())
-            names += each == L"service" ? L"" : each + L'\0';
+        for (const std::wstring& each : readers())
+            names += each + L'\0';
         if (names.empty())
             return static_cast<LONG>(SCARD_E_NO_READERS_AVAILABLE);
         names += L'\0';
@@ -92,7 +84,7 @@ LONG WINAPI SCardListReadersW(SCARDCONTEXT hContext, LPCWSTR mszGroups, LPWSTR m
 
 LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT hContext, DWORD, LPSCARD_READERSTATEW rgReaderStates,
                                   DWORD cReaders) {
-    return call("SCardGetStatusChange", "", [&]() -> LONG {
+    return call("SCardGetStatusChange", "", hContext == theContext, [&] {
         for (SCARD_READERSTATEW* each = rgReaderStates; each != rgReaderStates + cReaders; ++each) {
             const std::wstring atr = setting(each->szReader, L"atr");
             each->cbAtr = sizeof each->rgbAtr;
@@ -100,7 +92,7 @@ LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT hContext, DWORD, LPSCARD_READERST
                 SCARD_STATE_CHANGED | (atr.empty() ? SCARD_STATE_EMPTY : SCARD_STATE_PRESENT);
             give(atr, each->rgbAtr, &each->cbAtr);
         }
-        return hContext == theContext ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE;
+        return SCARD_S_SUCCESS;
     });
 }
 
@@ -108,52 +100,41 @@ LONG WINAPI SCardConnectW(SCARDCONTEXT hContext, LPCWSTR szReader, DWORD dwShare
                           DWORD dwPreferredProtocols, LPSCARDHANDLE phCard, LPDWORD pdwActiveProtocol) {
     const std::string what = " " + narrow(szReader) + " " + std::to_string(dwShareMode) + " " +
                              std::to_string(dwPreferredProtocols);
-    return call("SCardConnect", what, [&]() -> LONG {
-        if (hContext != theContext)
-            return SCARD_E_INVALID_HANDLE;
-        for (const std::wstring& each : sections()) {
-            if (each == szReader && each != L"service") {
-                reader = each;
-                *phCard = theCard;
-                *pdwActiveProtocol = protocolOf(each);
-                return SCARD_S_SUCCESS;
-            }
-        }
-        return SCARD_E_UNKNOWN_READER;
+    return call("SCardConnect", what, hContext == theContext, [&]() -> LONG {
+        const std::vector<std::wstring> names = readers();
+        if (std::ranges::find(names, szReader) == names.end())
+            return SCARD_E_UNKNOWN_READER;
+        reader = szReader;
+        *phCard = theCard;
+        *pdwActiveProtocol = protocolOf(reader);
+        return SCARD_S_SUCCESS;
     });
 }
 
 LONG WINAPI SCardReconnect(SCARDHANDLE card, DWORD, DWORD, DWORD, LPDWORD protocol) {
-    return call("SCardReconnect", "", [&]() -> LONG {
-        *protocol = protocolOf(reader);
-        return card == theCard ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE;
-    });
+    *protocol = protocolOf(reader);
+    return cardCall("SCardReconnect", card);
 }
 
 LONG WINAPI SCardDisconnect(SCARDHANDLE card, DWORD disposition) {
-    return call("SCardDisconnect", " " + std::to_string(disposition),
-                [&] { return card == theCard ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
+    return cardCall("SCardDisconnect", card, " " + std::to_string(disposition));
 }
 
 LONG WINAPI SCardBeginTransaction(SCARDHANDLE card) {
-    return call("SCardBeginTransaction", "",
-                [&] { return card == theCard ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
+    return cardCall("SCardBeginTransaction", card);
 }
 
 LONG WINAPI SCardEndTransaction(SCARDHANDLE card, DWORD) {
-    return call("SCardEndTransaction", "",
-                [&] { return card == theCard ? SCARD_S_SUCCESS : SCARD_E_INVALID_HANDLE; });
+    return cardCall("SCardEndTransaction", card);
 }
 
 LONG WINAPI SCardTransmit(SCARDHANDLE hCard, LPCSCARD_IO_REQUEST pioSendPci, LPCBYTE pbSendBuffer,
                           DWORD cbSendLength, LPSCARD_IO_REQUEST pioRecvPci, LPBYTE pbRecvBuffer,
                           LPDWORD pcbRecvLength) {
-    const std::string digits = hex(pbSendBuffer, cbSendLength);
+    const std::string digits = hex({pbSendBuffer, cbSendLength}, "0123456789ABCDEF");
     const std::string what =
         " T" + std::to_string(pioSendPci->dwProtocol - 1) + " " + digits + (pbRecvBuffer ? "" : " length");
-    return call("SCardTransmit", what, [&]() -> LONG {
-        if (hCard != theCard)
-            return SCARD_E_INVALID_HANDLE;
+    return call("SCardTransmit", what, hCard == theCard, [&]() -> LONG {
         if (pioSendPci->dwProtocol != protocolOf(reader) || pioSendPci->cbPciLength != sizeof *pioSendPci ||
             pioRecvPci)
             return SCARD_E_PROTO_MISMATCH;

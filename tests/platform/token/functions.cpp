@@ -6,9 +6,9 @@
 #include "settings.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstring>
 #include <optional>
+#include <span>
+#include <type_traits>
 #include <utility>
 
 namespace Corvane::Platform::Token {
@@ -26,44 +26,25 @@ struct Session {
     CK_OBJECT_HANDLE signingKey = 0;
 };
 
+// What a function returns but CKR_OK is thrown.
+void need(bool isSo, CK_RV otherwise) {
+    if (!isSo)
+        throw otherwise;
+}
+
 bool isInitialized;
 bool isLoggedIn;
 std::map<CK_SESSION_HANDLE, Session> openSessions;
 CK_SESSION_HANDLE lastSession;
 std::vector<Object> objects;
 
-template <class Body>
-CK_RV call(const char* name, Body body) {
-    CK_RV value = plannedFailure(section, name);
-    if (value == CKR_OK)
-        value = body();
-    char line[100];
-    std::snprintf(line, sizeof line, "%s 0x%lx", name, value);
-    log(line);
-    return value;
-}
-
-template <class Body>
-CK_RV initializedCall(const char* name, Body body) {
-    return call(name, [&] { return isInitialized ? body() : CKR_CRYPTOKI_NOT_INITIALIZED; });
-}
-
-template <class Body>
-CK_RV sessionCall(const char* name, CK_SESSION_HANDLE handle, Body body) {
-    return initializedCall(name, [&]() -> CK_RV {
-        const auto found = openSessions.find(handle);
-        return found == openSessions.end() ? CKR_SESSION_HANDLE_INVALID : body(found->second);
-    });
-}
-
 bool hasToken() {
     return !setting(section, L"slot").empty();
 }
 
-CK_RV checkSlot(CK_SLOT_ID slot) {
-    if (slot != theSlot)
-        return CKR_SLOT_ID_INVALID;
-    return hasToken() ? CKR_OK : CKR_TOKEN_NOT_PRESENT;
+void checkToken(CK_SLOT_ID slot) {
+    need(slot == theSlot, CKR_SLOT_ID_INVALID);
+    need(hasToken(), CKR_TOKEN_NOT_PRESENT);
 }
 
 template <std::size_t size>
@@ -73,15 +54,13 @@ void fill(unsigned char (&field)[size], const std::wstring& text) {
     std::copy_n(bytes.begin(), std::min(bytes.size(), size), field);
 }
 
-// Gives a result as PKCS#11 does; whether the operation is over.
-bool give(View result, unsigned char* out, CK_ULONG* size, CK_RV& value) {
-    const CK_ULONG room = *size;
-    *size = static_cast<CK_ULONG>(result.size());
-    value = out && room < result.size() ? CKR_BUFFER_TOO_SMALL : CKR_OK;
-    if (!out || value != CKR_OK)
-        return false;
-    std::copy(result.begin(), result.end(), out);
-    return true;
+// Gives a result as PKCS#11 does; whether it is given, and not only its size.
+bool give(View result, void* out, CK_ULONG* size) {
+    const CK_ULONG room = std::exchange(*size, static_cast<CK_ULONG>(result.size()));
+    need(!out || room >= result.size(), CKR_BUFFER_TOO_SMALL);
+    if (out)
+        std::ranges::copy(result, static_cast<unsigned char*>(out));
+    return out != nullptr;
 }
 
 // Of public keys or signatures.
@@ -89,19 +68,18 @@ std::size_t sizeOf(const wchar_t* what) {
     return std::stoul(setting(section, what, L"64"));
 }
 
-bool isVisible(const Object& object) {
-    return isLoggedIn || !isTrue(object, CKA_PRIVATE);
+bool isThere(CK_OBJECT_HANDLE handle) {
+    return handle >= 1 && handle <= objects.size() &&
+           (isLoggedIn || !isTrue(objects[handle - 1], CKA_PRIVATE));
 }
 
-Object* findObject(CK_OBJECT_HANDLE handle) {
-    return handle >= 1 && handle <= objects.size() && isVisible(objects[handle - 1]) ? &objects[handle - 1]
-                                                                                     : nullptr;
-}
-
-CK_RV checkNew(const Session& session, const Object& object) {
-    if (isTrue(object, CKA_TOKEN) && !session.isWritable)
-        return CKR_SESSION_READ_ONLY;
-    return isTrue(object, CKA_PRIVATE) && !isLoggedIn ? CKR_USER_NOT_LOGGED_IN : CKR_OK;
+Object newObject(const Session& session, CK_ATTRIBUTE* attributes, CK_ULONG count, CK_OBJECT_CLASS ofClass) {
+    const CK_RV fault = checkTemplate(attributes, count, ofClass);
+    need(fault == CKR_OK, fault);
+    Object object = objectOf(attributes, count);
+    need(session.isWritable || !isTrue(object, CKA_TOKEN), CKR_SESSION_READ_ONLY);
+    need(isLoggedIn || !isTrue(object, CKA_PRIVATE), CKR_USER_NOT_LOGGED_IN);
+    return object;
 }
 
 CK_OBJECT_HANDLE addObject(Object object) {
@@ -110,295 +88,217 @@ CK_OBJECT_HANDLE addObject(Object object) {
     return static_cast<CK_OBJECT_HANDLE>(objects.size());
 }
 
-CK_RV initialize(void* arguments) {
-    return call("C_Initialize", [&]() -> CK_RV {
-        if (isInitialized)
-            return CKR_CRYPTOKI_ALREADY_INITIALIZED;
-        if (arguments)
-            return CKR_ARGUMENTS_BAD;
-        Gost::startArithmetic();
-        objects = loadObjects();
-        isInitialized = true;
-        return CKR_OK;
-    });
+void initialize(void* arguments) {
+    need(!isInitialized, CKR_CRYPTOKI_ALREADY_INITIALIZED);
+    need(!arguments, CKR_ARGUMENTS_BAD);
+    Gost::startArithmetic();
+    objects = loadObjects();
+    isInitialized = true;
 }
 
-CK_RV finalize(void*) {
-    return initializedCall("C_Finalize", [] {
-        if (!openSessions.empty() || isLoggedIn)
-            log("left open");
-        openSessions.clear();
-        isInitialized = isLoggedIn = false;
-        return CKR_OK;
-    });
+void finalize(void*) {
+    if (!openSessions.empty() || isLoggedIn)
+        log("left open");
+    openSessions.clear();
+    isInitialized = isLoggedIn = false;
 }
 
-CK_RV getSlotList(CK_BBOOL, CK_SLOT_ID* list, CK_ULONG* count) {
-    return initializedCall("C_GetSlotList", [&]() -> CK_RV {
-        const CK_ULONG room = *count;
-        *count = hasToken() ? 1 : 0;
-        if (list && room < *count)
-            return CKR_BUFFER_TOO_SMALL;
-        if (list && *count)
-            *list = theSlot;
-        return CKR_OK;
-    });
+void getSlotList(CK_BBOOL, CK_SLOT_ID* list, CK_ULONG* count) {
+    const CK_ULONG room = std::exchange(*count, hasToken() ? 1 : 0);
+    need(!list || room >= *count, CKR_BUFFER_TOO_SMALL);
+    if (list && *count)
+        *list = theSlot;
 }
 
-CK_RV getSlotInfo(CK_SLOT_ID slot, CK_SLOT_INFO* info) {
-    return initializedCall("C_GetSlotInfo", [&]() -> CK_RV {
-        if (slot != theSlot)
-            return CKR_SLOT_ID_INVALID;
-        *info = {};
-        fill(info->slotDescription, setting(section, L"slot"));
-        fill(info->manufacturerID, L"Test readers");
-        info->flags = (hasToken() ? CKF_TOKEN_PRESENT : 0) | CKF_REMOVABLE_DEVICE | CKF_HW_SLOT;
-        return CKR_OK;
-    });
+void getSlotInfo(CK_SLOT_ID slot, CK_SLOT_INFO* info) {
+    need(slot == theSlot, CKR_SLOT_ID_INVALID);
+    *info = {};
+    fill(info->slotDescription, setting(section, L"slot"));
+    fill(info->manufacturerID, L"Test readers");
+    info->flags = (hasToken() ? CKF_TOKEN_PRESENT : 0) | CKF_REMOVABLE_DEVICE | CKF_HW_SLOT;
 }
 
-CK_RV getTokenInfo(CK_SLOT_ID slot, CK_TOKEN_INFO* info) {
-    return initializedCall("C_GetTokenInfo", [&]() -> CK_RV {
-        if (const CK_RV value = checkSlot(slot))
+void getTokenInfo(CK_SLOT_ID slot, CK_TOKEN_INFO* info) {
+    checkToken(slot);
+    *info = {};
+    fill(info->label, L"test token");
+    fill(info->manufacturerID, setting(section, L"maker", L"Test tokens"));
+    fill(info->model, setting(section, L"model", L"Test ECP"));
+    fill(info->serialNumber, setting(section, L"serial", L"2f5a01c7"));
+    fill(info->utcTime, L"");
+    info->flags = CKF_LOGIN_REQUIRED | CKF_USER_PIN_INITIALIZED | CKF_TOKEN_INITIALIZED;
+    info->ulTotalPublicMemory = std::stoul(setting(section, L"total", L"65536"));
+    info->ulFreePublicMemory = std::stoul(setting(section, L"free", L"60000"));
+    info->ulTotalPrivateMemory = info->ulFreePrivateMemory = CK_UNAVAILABLE_INFORMATION;
+}
+
+void openSession(CK_SLOT_ID slot, CK_FLAGS flags, void*, CK_NOTIFY, CK_SESSION_HANDLE* handle) {
+    checkToken(slot);
+    need(flags & CKF_SERIAL_SESSION, CKR_SESSION_PARALLEL_NOT_SUPPORTED);
+    *handle = ++lastSession;
+    openSessions[*handle].isWritable = flags & CKF_RW_SESSION;
+}
+
+void closeSession(Session& session) {
+    std::erase_if(openSessions, [&](const auto& each) { return &each.second == &session; });
+    isLoggedIn = isLoggedIn && !openSessions.empty();
+}
+
+void login(Session&, CK_USER_TYPE user, unsigned char* pin, CK_ULONG size) {
+    need(user == CKU_USER, CKR_USER_TYPE_INVALID);
+    need(!isLoggedIn, CKR_USER_ALREADY_LOGGED_IN);
+    const unsigned long tries = std::stoul(setting(section, L"tries", L"10"));
+    need(tries > 0, CKR_PIN_LOCKED);
+    isLoggedIn =
+        std::string_view(reinterpret_cast<char*>(pin), size) == narrow(setting(section, L"pin", L"12345678"));
+    storeSetting(section, L"tries", std::to_wstring(isLoggedIn ? 10 : tries - 1));
+    need(isLoggedIn, CKR_PIN_INCORRECT);
+}
+
+void logout(Session&) {
+    need(std::exchange(isLoggedIn, false), CKR_USER_NOT_LOGGED_IN);
+}
+
+void createObject(Session& session, CK_ATTRIBUTE* attributes, CK_ULONG count, CK_OBJECT_HANDLE* made) {
+    *made = addObject(newObject(session, attributes, count, CKO_CERTIFICATE));
+}
+
+void getAttributeValue(Session&, CK_OBJECT_HANDLE handle, CK_ATTRIBUTE* attributes, CK_ULONG count) {
+    need(isThere(handle), CKR_OBJECT_HANDLE_INVALID);
+    const Object& object = objects[handle - 1];
+    for (CK_ATTRIBUTE& attribute : std::span(attributes, count)) {
+        need(attribute.type != CKA_VALUE || !isOf(object, CKO_PRIVATE_KEY), CKR_ATTRIBUTE_SENSITIVE);
+        const auto found = object.find(attribute.type);
+        if (found == object.end())
+            attribute.ulValueLen = CK_UNAVAILABLE_INFORMATION;
+        need(found != object.end(), CKR_ATTRIBUTE_TYPE_INVALID);
+        CK_ULONG size = attribute.ulValueLen;
+        give(found->second, attribute.pValue, &size);
+        attribute.ulValueLen = size;
+    }
+}
+
+void findObjectsInit(Session& session, CK_ATTRIBUTE* attributes, CK_ULONG count) {
+    need(!session.found, CKR_OPERATION_ACTIVE);
+    session.found.emplace();
+    const Object wanted = objectOf(attributes, count);
+    for (CK_OBJECT_HANDLE each = 1; each <= objects.size(); ++each)
+        if (isThere(each) && std::ranges::includes(objects[each - 1], wanted))
+            session.found->push_back(each);
+}
+
+void findObjects(Session& session, CK_OBJECT_HANDLE* list, CK_ULONG room, CK_ULONG* count) {
+    need(session.found.has_value(), CKR_OPERATION_NOT_INITIALIZED);
+    *count = std::min(room, static_cast<CK_ULONG>(session.found->size()));
+    std::copy_n(session.found->begin(), *count, list);
+    session.found->erase(session.found->begin(), session.found->begin() + static_cast<long>(*count));
+}
+
+void findObjectsFinal(Session& session) {
+    need(std::exchange(session.found, std::nullopt).has_value(), CKR_OPERATION_NOT_INITIALIZED);
+}
+
+void generateKeyPair(Session& session, CK_MECHANISM* mechanism, CK_ATTRIBUTE* ofPublic, CK_ULONG publicCount,
+                     CK_ATTRIBUTE* ofPrivate, CK_ULONG privateCount, CK_OBJECT_HANDLE* publicKey,
+                     CK_OBJECT_HANDLE* privateKey) {
+    need(mechanism->mechanism == CKM_GOSTR3410_KEY_PAIR_GEN, CKR_MECHANISM_INVALID);
+    Object first = newObject(session, ofPublic, publicCount, CKO_PUBLIC_KEY);
+    Object second = newObject(session, ofPrivate, privateCount, CKO_PRIVATE_KEY);
+    second[CKA_VALUE] = Gost::makePrivateKey(keySize);
+    first[CKA_VALUE] = Gost::publicKey(curve, second[CKA_VALUE]);
+    first[CKA_VALUE].resize(sizeOf(L"key"));
+    *publicKey = addObject(std::move(first));
+    *privateKey = addObject(std::move(second));
+}
+
+void digestInit(Session& session, CK_MECHANISM* mechanism) {
+    need(mechanism->mechanism == CKM_GOSTR3411, CKR_MECHANISM_INVALID);
+    need(!std::exchange(session.isDigesting, true), CKR_OPERATION_ACTIVE);
+}
+
+void digest(Session& session, unsigned char* data, CK_ULONG dataSize, unsigned char* out, CK_ULONG* size) {
+    need(session.isDigesting, CKR_OPERATION_NOT_INITIALIZED);
+    Bytes result(digestSize);
+    ::gcry_md_hash_buffer(GCRY_MD_GOSTR3411_CP, result.data(), data, dataSize);
+    session.isDigesting = !give(result, out, size);
+}
+
+void signInit(Session& session, CK_MECHANISM* mechanism, CK_OBJECT_HANDLE key) {
+    need(mechanism->mechanism == CKM_GOSTR3410, CKR_MECHANISM_INVALID);
+    need(isThere(key), CKR_KEY_HANDLE_INVALID);
+    need(isTrue(objects[key - 1], CKA_SIGN), CKR_KEY_FUNCTION_NOT_PERMITTED);
+    need(!std::exchange(session.signingKey, key), CKR_OPERATION_ACTIVE);
+}
+
+void sign(Session& session, unsigned char* data, CK_ULONG dataSize, unsigned char* out, CK_ULONG* size) {
+    need(session.signingKey, CKR_OPERATION_NOT_INITIALIZED);
+    need(dataSize == digestSize, CKR_DATA_LEN_RANGE);
+    const Bytes& secret = objects[session.signingKey - 1].at(CKA_VALUE);
+    Bytes result = out ? Gost::sign(curve, secret, View(data, dataSize)) : Bytes();
+    result.resize(sizeOf(L"signature"));
+    if (give(result, out, size))
+        session.signingKey = 0;
+}
+
+template <class Body>
+CK_RV call(const char* name, Body body) {
+    return logged<CK_RV>(section, name, "", [&]() -> CK_RV {
+        try {
+            body();
+            return CKR_OK;
+        } catch (const CK_RV& value) {
             return value;
-        *info = {};
-        fill(info->label, L"test token");
-        fill(info->manufacturerID, setting(section, L"maker", L"Test tokens"));
-        fill(info->model, setting(section, L"model", L"Test ECP"));
-        fill(info->serialNumber, setting(section, L"serial", L"2f5a01c7"));
-        info->flags = CKF_LOGIN_REQUIRED | CKF_USER_PIN_INITIALIZED | CKF_TOKEN_INITIALIZED;
-        info->ulTotalPublicMemory = std::stoul(setting(section, L"total", L"65536"));
-        info->ulFreePublicMemory = std::stoul(setting(section, L"free", L"60000"));
-        info->ulTotalPrivateMemory = info->ulFreePrivateMemory = CK_UNAVAILABLE_INFORMATION;
-        fill(info->utcTime, L"");
-        return CKR_OK;
-    });
-}
-
-CK_RV openSession(CK_SLOT_ID slot, CK_FLAGS flags, void*, CK_NOTIFY, CK_SESSION_HANDLE* handle) {
-    return initializedCall("C_OpenSession", [&]() -> CK_RV {
-        if (const CK_RV value = checkSlot(slot))
-            return value;
-        if (!(flags & CKF_SERIAL_SESSION))
-            return CKR_SESSION_PARALLEL_NOT_SUPPORTED;
-        *handle = ++lastSession;
-        openSessions[*handle].isWritable = flags & CKF_RW_SESSION;
-        return CKR_OK;
-    });
-}
-
-CK_RV closeSession(CK_SESSION_HANDLE handle) {
-    return sessionCall("C_CloseSession", handle, [&](Session&) {
-        openSessions.erase(handle);
-        isLoggedIn = isLoggedIn && !openSessions.empty();
-        return CKR_OK;
-    });
-}
-
-CK_RV login(CK_SESSION_HANDLE handle, CK_USER_TYPE user, unsigned char* pin, CK_ULONG size) {
-    return sessionCall("C_Login", handle, [&](Session&) -> CK_RV {
-        if (user != CKU_USER)
-            return CKR_USER_TYPE_INVALID;
-        if (isLoggedIn)
-            return CKR_USER_ALREADY_LOGGED_IN;
-        const unsigned long tries = std::stoul(setting(section, L"tries", L"10"));
-        if (tries == 0)
-            return CKR_PIN_LOCKED;
-        isLoggedIn = std::string_view(reinterpret_cast<char*>(pin), size) ==
-                     narrow(setting(section, L"pin", L"12345678"));
-        storeSetting(section, L"tries", std::to_wstring(isLoggedIn ? 10 : tries - 1));
-        return isLoggedIn ? CKR_OK : CKR_PIN_INCORRECT;
-    });
-}
-
-CK_RV logout(CK_SESSION_HANDLE handle) {
-    return sessionCall("C_Logout", handle, [](Session&) {
-        return std::exchange(isLoggedIn, false) ? CKR_OK : CKR_USER_NOT_LOGGED_IN;
-    });
-}
-
-CK_RV createObject(CK_SESSION_HANDLE handle, CK_ATTRIBUTE* attributes, CK_ULONG count,
-                   CK_OBJECT_HANDLE* made) {
-    return sessionCall("C_CreateObject", handle, [&](const Session& session) -> CK_RV {
-        CK_RV value = checkTemplate(attributes, count, CKO_CERTIFICATE);
-        Object object = objectOf(attributes, count);
-        if (value == CKR_OK)
-            value = checkNew(session, object);
-        if (value == CKR_OK)
-            *made = addObject(std::move(object));
-        return value;
-    });
-}
-
-CK_RV getAttributeValue(CK_SESSION_HANDLE handle, CK_OBJECT_HANDLE which, CK_ATTRIBUTE* attributes,
-                        CK_ULONG count) {
-    return sessionCall("C_GetAttributeValue", handle, [&](Session&) -> CK_RV {
-        const Object* const object = findObject(which);
-        if (!object)
-            return CKR_OBJECT_HANDLE_INVALID;
-        CK_RV value = CKR_OK;
-        for (CK_ULONG i = 0; i < count; ++i) {
-            CK_ATTRIBUTE& attribute = attributes[i];
-            const auto found = object->find(attribute.type);
-            CK_RV one = CKR_ATTRIBUTE_TYPE_INVALID;
-            if (numberOf(*object, CKA_CLASS) == CKO_PRIVATE_KEY && attribute.type == CKA_VALUE) {
-                one = CKR_ATTRIBUTE_SENSITIVE;
-            } else if (found != object->end()) {
-                CK_ULONG size = attribute.ulValueLen;
-                give(found->second, static_cast<unsigned char*>(attribute.pValue), &size, one);
-                attribute.ulValueLen = size;
-            }
-            if (one != CKR_OK) {
-                attribute.ulValueLen = CK_UNAVAILABLE_INFORMATION;
-                value = one;
-            }
         }
-        return value;
     });
 }
 
-CK_RV findObjectsInit(CK_SESSION_HANDLE handle, CK_ATTRIBUTE* attributes, CK_ULONG count) {
-    return sessionCall("C_FindObjectsInit", handle, [&](Session& session) -> CK_RV {
-        if (session.found)
-            return CKR_OPERATION_ACTIVE;
-        session.found.emplace();
-        const Object wanted = objectOf(attributes, count);
-        for (CK_OBJECT_HANDLE each = 1; each <= objects.size(); ++each) {
-            const Object* const object = findObject(each);
-            if (object && std::ranges::all_of(wanted, [&](const auto& attribute) {
-                    const auto found = object->find(attribute.first);
-                    return found != object->end() && found->second == attribute.second;
-                }))
-                session.found->push_back(each);
+// A literal as the argument of a template.
+template <std::size_t size>
+struct Name {
+    // NOLINTNEXTLINE(google-explicit-constructor): a literal becomes one
+    constexpr Name(const char (&literal)[size]) { std::copy_n(literal, size, text); }
+    char text[size] = {};
+};
+
+// An entry of the function list. Functions that have a Session get it in the place of its handle.
+template <Name name, auto function, class... Arguments>
+CK_RV entry(Arguments... arguments) {
+    return call(name.text, [&] {
+        need(isInitialized || std::string_view(name.text) == "C_Initialize", CKR_CRYPTOKI_NOT_INITIALIZED);
+        if constexpr (std::is_invocable_v<decltype(function), Arguments...>) {
+            function(arguments...);
+        } else {
+            [](CK_SESSION_HANDLE handle, auto... others) {
+                const auto found = openSessions.find(handle);
+                need(found != openSessions.end(), CKR_SESSION_HANDLE_INVALID);
+                function(found->second, others...);
+            }(arguments...);
         }
-        return CKR_OK;
     });
-}
-
-CK_RV findObjects(CK_SESSION_HANDLE handle, CK_OBJECT_HANDLE* list, CK_ULONG room, CK_ULONG* count) {
-    return sessionCall("C_FindObjects", handle, [&](Session& session) -> CK_RV {
-        if (!session.found)
-            return CKR_OPERATION_NOT_INITIALIZED;
-        *count = std::min(room, static_cast<CK_ULONG>(session.found->size()));
-        std::copy_n(session.found->begin(), *count, list);
-        session.found->erase(session.found->begin(), session.found->begin() + static_cast<long>(*count));
-        return CKR_OK;
-    });
-}
-
-CK_RV findObjectsFinal(CK_SESSION_HANDLE handle) {
-    return sessionCall("C_FindObjectsFinal", handle, [](Session& session) {
-        return std::exchange(session.found, std::nullopt) ? CKR_OK : CKR_OPERATION_NOT_INITIALIZED;
-    });
-}
-
-CK_RV generateKeyPair(CK_SESSION_HANDLE handle, CK_MECHANISM* mechanism, CK_ATTRIBUTE* ofPublic,
-                      CK_ULONG publicCount, CK_ATTRIBUTE* ofPrivate, CK_ULONG privateCount,
-                      CK_OBJECT_HANDLE* publicKey, CK_OBJECT_HANDLE* privateKey) {
-    return sessionCall("C_GenerateKeyPair", handle, [&](const Session& session) -> CK_RV {
-        if (mechanism->mechanism != CKM_GOSTR3410_KEY_PAIR_GEN)
-            return CKR_MECHANISM_INVALID;
-        Object first = objectOf(ofPublic, publicCount);
-        Object second = objectOf(ofPrivate, privateCount);
-        CK_RV value = CKR_OK;
-        for (const CK_RV each : {checkTemplate(ofPublic, publicCount, CKO_PUBLIC_KEY),
-                                 checkTemplate(ofPrivate, privateCount, CKO_PRIVATE_KEY),
-                                 checkNew(session, first), checkNew(session, second)})
-            value = value == CKR_OK ? each : value;
-        if (value != CKR_OK)
-            return value;
-        second[CKA_VALUE] = Gost::makePrivateKey(curve, keySize);
-        first[CKA_VALUE] = Gost::publicKey(curve, second[CKA_VALUE]);
-        first[CKA_VALUE].resize(sizeOf(L"key"));
-        *publicKey = addObject(std::move(first));
-        *privateKey = addObject(std::move(second));
-        return CKR_OK;
-    });
-}
-
-CK_RV digestInit(CK_SESSION_HANDLE handle, CK_MECHANISM* mechanism) {
-    return sessionCall("C_DigestInit", handle, [&](Session& session) -> CK_RV {
-        if (mechanism->mechanism != CKM_GOSTR3411)
-            return CKR_MECHANISM_INVALID;
-        return std::exchange(session.isDigesting, true) ? CKR_OPERATION_ACTIVE : CKR_OK;
-    });
-}
-
-CK_RV digest(CK_SESSION_HANDLE handle, unsigned char* data, CK_ULONG dataSize, unsigned char* out,
-             CK_ULONG* size) {
-    return sessionCall("C_Digest", handle, [&](Session& session) -> CK_RV {
-        if (!session.isDigesting)
-            return CKR_OPERATION_NOT_INITIALIZED;
-        Bytes result(digestSize);
-        ::gcry_md_hash_buffer(GCRY_MD_GOSTR3411_CP, result.data(), data, dataSize);
-        CK_RV value = CKR_OK;
-        session.isDigesting = !give(result, out, size, value);
-        return value;
-    });
-}
-
-CK_RV signInit(CK_SESSION_HANDLE handle, CK_MECHANISM* mechanism, CK_OBJECT_HANDLE key) {
-    return sessionCall("C_SignInit", handle, [&](Session& session) -> CK_RV {
-        if (mechanism->mechanism != CKM_GOSTR3410)
-            return CKR_MECHANISM_INVALID;
-        const Object* const object = findObject(key);
-        if (!object)
-            return CKR_KEY_HANDLE_INVALID;
-        if (!isTrue(*object, CKA_SIGN))
-            return CKR_KEY_FUNCTION_NOT_PERMITTED;
-        return std::exchange(session.signingKey, key) ? CKR_OPERATION_ACTIVE : CKR_OK;
-    });
-}
-
-CK_RV sign(CK_SESSION_HANDLE handle, unsigned char* data, CK_ULONG dataSize, unsigned char* out,
-           CK_ULONG* size) {
-    return sessionCall("C_Sign", handle, [&](Session& session) -> CK_RV {
-        if (!session.signingKey)
-            return CKR_OPERATION_NOT_INITIALIZED;
-        if (dataSize != digestSize)
-            return CKR_DATA_LEN_RANGE;
-        Bytes result;
-        if (out)
-            result = Gost::sign(curve, objects[session.signingKey - 1].at(CKA_VALUE), View(data, dataSize));
-        result.resize(sizeOf(L"signature"));
-        CK_RV value = CKR_OK;
-        if (give(result, out, size, value))
-            session.signingKey = 0;
-        return value;
-    });
-}
-
-CK_RV unsupported() {
-    return CKR_FUNCTION_NOT_SUPPORTED;
 }
 
 CK_FUNCTION_LIST makeFunctions() {
     CK_FUNCTION_LIST list{};
-    // What is not there says so.
-    auto* const slots = reinterpret_cast<unsigned char*>(&list) + sizeof list.version;
-    void* const none = reinterpret_cast<void*>(&unsupported);
-    for (std::size_t at = 0; at + sizeof none <= sizeof list - sizeof list.version; at += sizeof none)
-        std::memcpy(slots + at, &none, sizeof none);
     list.version = {2, 20};
-    list.C_Initialize = initialize;
-    list.C_Finalize = finalize;
-    list.C_GetSlotList = getSlotList;
-    list.C_GetSlotInfo = getSlotInfo;
-    list.C_GetTokenInfo = getTokenInfo;
-    list.C_OpenSession = openSession;
-    list.C_CloseSession = closeSession;
-    list.C_Login = login;
-    list.C_Logout = logout;
-    list.C_CreateObject = createObject;
-    list.C_GetAttributeValue = getAttributeValue;
-    list.C_FindObjectsInit = findObjectsInit;
-    list.C_FindObjects = findObjects;
-    list.C_FindObjectsFinal = findObjectsFinal;
-    list.C_GenerateKeyPair = generateKeyPair;
-    list.C_DigestInit = digestInit;
-    list.C_Digest = digest;
-    list.C_SignInit = signInit;
-    list.C_Sign = sign;
+    list.C_Initialize = entry<"C_Initialize", initialize>;
+    list.C_Finalize = entry<"C_Finalize", finalize>;
+    list.C_GetSlotList = entry<"C_GetSlotList", getSlotList>;
+    list.C_GetSlotInfo = entry<"C_GetSlotInfo", getSlotInfo>;
+    list.C_GetTokenInfo = entry<"C_GetTokenInfo", getTokenInfo>;
+    list.C_OpenSession = entry<"C_OpenSession", openSession>;
+    list.C_CloseSession = entry<"C_CloseSession", closeSession>;
+    list.C_Login = entry<"C_Login", login>;
+    list.C_Logout = entry<"C_Logout", logout>;
+    list.C_CreateObject = entry<"C_CreateObject", createObject>;
+    list.C_GetAttributeValue = entry<"C_GetAttributeValue", getAttributeValue>;
+    list.C_FindObjectsInit = entry<"C_FindObjectsInit", findObjectsInit>;
+    list.C_FindObjects = entry<"C_FindObjects", findObjects>;
+    list.C_FindObjectsFinal = entry<"C_FindObjectsFinal", findObjectsFinal>;
+    list.C_GenerateKeyPair = entry<"C_GenerateKeyPair", generateKeyPair>;
+    list.C_DigestInit = entry<"C_DigestInit", digestInit>;
+    list.C_Digest = entry<"C_Digest", digest>;
+    list.C_SignInit = entry<"C_SignInit", signInit>;
+    list.C_Sign = entry<"C_Sign", sign>;
     return list;
 }
 
@@ -410,7 +310,6 @@ extern "C" CK_RV C_GetFunctionList(CK_FUNCTION_LIST** list) {
     return call("C_GetFunctionList", [&] {
         static CK_FUNCTION_LIST functions = makeFunctions();
         *list = &functions;
-        return CKR_OK;
     });
 }
 

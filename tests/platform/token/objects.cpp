@@ -12,42 +12,38 @@ namespace Corvane::Platform::Token {
 namespace {
 
 enum class Kind { number, boolean, bytes, signatureParameters, hashParameters };
+// Classes of objects, for a set of them.
+enum : unsigned {
+    certificate = 1U << CKO_CERTIFICATE,
+    publicKey = 1U << CKO_PUBLIC_KEY,
+    privateKey = 1U << CKO_PRIVATE_KEY,
+    keys = publicKey | privateKey,
+    all = certificate | keys
+};
 
-struct Known {
+constexpr struct Known {
     CK_ATTRIBUTE_TYPE type;
     Kind kind;
-    std::vector<CK_OBJECT_CLASS> of;
-    bool isNeeded = false;
-};
-
-const std::vector<CK_OBJECT_CLASS> all{CKO_CERTIFICATE, CKO_PUBLIC_KEY, CKO_PRIVATE_KEY};
-const std::vector<CK_OBJECT_CLASS> certificates{CKO_CERTIFICATE};
-const std::vector<CK_OBJECT_CLASS> publicKeys{CKO_PUBLIC_KEY};
-const std::vector<CK_OBJECT_CLASS> privateKeys{CKO_PRIVATE_KEY};
-const std::vector<CK_OBJECT_CLASS> keys{CKO_PUBLIC_KEY, CKO_PRIVATE_KEY};
-
-const Known table[] = {
+    unsigned of;
+    bool isNeeded;
+} table[] = {
     {CKA_CLASS, Kind::number, all, true},
-    {CKA_TOKEN, Kind::boolean, all},
-    {CKA_PRIVATE, Kind::boolean, all},
-    {CKA_LABEL, Kind::bytes, all},
-    {CKA_ID, Kind::bytes, all},
-    {CKA_CERTIFICATE_TYPE, Kind::number, certificates, true},
-    {CKA_SUBJECT, Kind::bytes, certificates, true},
-    {CKA_ISSUER, Kind::bytes, certificates},
-    {CKA_SERIAL_NUMBER, Kind::bytes, certificates},
-    {CKA_VALUE, Kind::bytes, certificates, true},
-    {CKA_KEY_TYPE, Kind::number, keys},
-    {CKA_VERIFY, Kind::boolean, publicKeys},
-    {CKA_SIGN, Kind::boolean, privateKeys},
-    {CKA_DERIVE, Kind::boolean, privateKeys},
+    {CKA_TOKEN, Kind::boolean, all, false},
+    {CKA_PRIVATE, Kind::boolean, all, false},
+    {CKA_LABEL, Kind::bytes, all, false},
+    {CKA_ID, Kind::bytes, all, false},
+    {CKA_CERTIFICATE_TYPE, Kind::number, certificate, true},
+    {CKA_SUBJECT, Kind::bytes, certificate, true},
+    {CKA_ISSUER, Kind::bytes, certificate, false},
+    {CKA_SERIAL_NUMBER, Kind::bytes, certificate, false},
+    {CKA_VALUE, Kind::bytes, certificate, true},
+    {CKA_KEY_TYPE, Kind::number, keys, false},
+    {CKA_VERIFY, Kind::boolean, publicKey, false},
+    {CKA_SIGN, Kind::boolean, privateKey, false},
+    {CKA_DERIVE, Kind::boolean, privateKey, false},
     {CKA_GOSTR3410_PARAMS, Kind::signatureParameters, keys, true},
-    {CKA_GOSTR3411_PARAMS, Kind::hashParameters, publicKeys, true},
+    {CKA_GOSTR3411_PARAMS, Kind::hashParameters, publicKey, true},
 };
-
-bool isOf(const Known& known, CK_OBJECT_CLASS objectClass) {
-    return std::ranges::find(known.of, objectClass) != known.of.end();
-}
 
 bool isGood(Kind kind, const Bytes& value) {
     switch (kind) {
@@ -68,10 +64,9 @@ bool isGood(Kind kind, const Bytes& value) {
 
 Object objectOf(const CK_ATTRIBUTE* attributes, CK_ULONG count) {
     Object object;
-    for (CK_ULONG i = 0; i < count; ++i) {
-        const auto* const value = static_cast<const std::uint8_t*>(attributes[i].pValue);
-        object[attributes[i].type] = Bytes(value, value + attributes[i].ulValueLen);
-    }
+    for (CK_ULONG i = 0; i < count; ++i)
+        object[attributes[i].type] = bytesOf(
+            {static_cast<const std::uint8_t*>(attributes[i].pValue), std::size_t{attributes[i].ulValueLen}});
     return object;
 }
 
@@ -80,12 +75,10 @@ bool isTrue(const Object& object, CK_ATTRIBUTE_TYPE type) {
     return found != object.end() && found->second == Bytes{CK_TRUE};
 }
 
-CK_ULONG numberOf(const Object& object, CK_ATTRIBUTE_TYPE type) {
-    CK_ULONG number = CK_UNAVAILABLE_INFORMATION;
-    const auto found = object.find(type);
-    if (found != object.end() && found->second.size() == sizeof number)
-        std::memcpy(&number, found->second.data(), sizeof number);
-    return number;
+bool isOf(const Object& object, CK_OBJECT_CLASS objectClass) {
+    const auto found = object.find(CKA_CLASS);
+    return found != object.end() && found->second.size() == sizeof objectClass &&
+           std::memcmp(found->second.data(), &objectClass, sizeof objectClass) == 0;
 }
 
 // A line "TYPE HEX" for each attribute, an empty one behind each object.
@@ -94,17 +87,10 @@ std::vector<Object> loadObjects() {
     std::ifstream file(narrow(besideModule(L".objects")));
     Object object;
     for (std::string line; std::getline(file, line);) {
-        if (line.empty()) {
+        if (line.empty())
             objects.push_back(std::exchange(object, {}));
-            continue;
-        }
-        std::istringstream words(line);
-        CK_ATTRIBUTE_TYPE type = 0;
-        std::string digits;
-        words >> std::hex >> type >> digits;
-        Bytes& value = object[type];
-        for (std::size_t at = 0; at + 1 < digits.size(); at += 2)
-            value.push_back(static_cast<std::uint8_t>(std::stoul(digits.substr(at, 2), nullptr, 16)));
+        else
+            object[std::stoul(line, nullptr, 16)] = fromHex(line.substr(line.find(' ') + 1));
     }
     return objects;
 }
@@ -112,32 +98,29 @@ std::vector<Object> loadObjects() {
 void storeObjects(const std::vector<Object>& objects) {
     std::ofstream file(narrow(besideModule(L".objects")));
     for (const Object& object : objects) {
-        for (const auto& [type, value] : object) {
-            file << std::hex << type << ' ';
-            for (const std::uint8_t byte : value)
-                file << "0123456789abcdef"[byte >> 4] << "0123456789abcdef"[byte & 15];
-            file << '\n';
-        }
+        for (const auto& [type, value] : object)
+            file << std::hex << type << ' ' << hex(value, "0123456789abcdef") << '\n';
         file << '\n';
     }
 }
 
 CK_RV checkTemplate(const CK_ATTRIBUTE* attributes, CK_ULONG count, CK_OBJECT_CLASS objectClass) {
     const Object object = objectOf(attributes, count);
-    if (object.size() != count || numberOf(object, CKA_CLASS) != objectClass)
+    if (object.size() != count || !isOf(object, objectClass))
         return CKR_TEMPLATE_INCONSISTENT;
-    for (const auto& [type, value] : object) {
-        const auto* const known = std::ranges::find(table, type, &Known::type);
-        if (known == std::end(table) || !isOf(*known, objectClass))
-            return CKR_ATTRIBUTE_TYPE_INVALID;
-        if (!isGood(known->kind, value))
+    std::size_t left = object.size();
+    for (const Known& known : table) {
+        const auto found = object.find(known.type);
+        const bool isAllowed = known.of >> objectClass & 1;
+        if (found == object.end() && known.isNeeded && isAllowed)
+            return CKR_TEMPLATE_INCOMPLETE;
+        if (found == object.end() || !isAllowed)
+            continue;
+        --left;
+        if (!isGood(known.kind, found->second))
             return CKR_ATTRIBUTE_VALUE_INVALID;
     }
-    for (const Known& known : table) {
-        if (known.isNeeded && isOf(known, objectClass) && !object.contains(known.type))
-            return CKR_TEMPLATE_INCOMPLETE;
-    }
-    return CKR_OK;
+    return left == 0 ? CKR_OK : CKR_ATTRIBUTE_TYPE_INVALID;
 }
 
 }  // namespace Corvane::Platform::Token

@@ -16,7 +16,7 @@ using Object = std::map<CK_ATTRIBUTE_TYPE, Bytes>;
 
 Object objectOf(const CK_ATTRIBUTE* attributes, CK_ULONG count);
 bool isTrue(const Object& object, CK_ATTRIBUTE_TYPE type);
-CK_ULONG numberOf(const Object& object, CK_ATTRIBUTE_TYPE type);
+bool isOf(const Object& object, CK_OBJECT_CLASS objectClass);
 
 // By handle, from 1 on.
 std::vector<Object> loadObjects();

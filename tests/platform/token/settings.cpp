@@ -1,36 +1,25 @@
 #include "settings.h"
 
+#include "../own_module.h"
+
 #include <cstdio>
-#include <string_view>
 
 namespace Corvane::Platform {
-namespace {
-
-std::wstring iniFile() {
-    return besideModule(L".ini");
-}
-
-}  // namespace
 
 std::wstring besideModule(const wchar_t* extension) {
-    // Asking the loader for the module by a function's address would wait for it where a test hangs in it.
-    MEMORY_BASIC_INFORMATION memory{};
-    ::VirtualQuery(reinterpret_cast<const void*>(&besideModule), &memory, sizeof memory);
-    wchar_t path[1024];
-    ::GetModuleFileNameW(static_cast<HMODULE>(memory.AllocationBase), path, 1024);
-    const std::wstring_view whole = path;
-    return std::wstring(whole.substr(0, whole.rfind(L'.'))) + extension;
+    const std::wstring whole = ownPath();
+    return whole.substr(0, whole.rfind(L'.')) + extension;
 }
 
 std::wstring setting(const wchar_t* section, const wchar_t* name, const wchar_t* otherwise) {
     wchar_t value[1024];
-    ::GetPrivateProfileStringW(section, name, otherwise, value, 1024, iniFile().c_str());
+    ::GetPrivateProfileStringW(section, name, otherwise, value, 1024, besideModule(L".ini").c_str());
     return value;
 }
 
 std::vector<std::wstring> sections() {
     wchar_t names[4096];
-    ::GetPrivateProfileSectionNamesW(names, 4096, iniFile().c_str());
+    ::GetPrivateProfileSectionNamesW(names, 4096, besideModule(L".ini").c_str());
     std::vector<std::wstring> list;
     for (const wchar_t* name = names; *name; name += list.back().size() + 1)
         list.emplace_back(name);
@@ -38,7 +27,7 @@ std::vector<std::wstring> sections() {
 }
 
 void storeSetting(const wchar_t* section, const wchar_t* name, const std::wstring& value) {
-    ::WritePrivateProfileStringW(section, name, value.c_str(), iniFile().c_str());
+    ::WritePrivateProfileStringW(section, name, value.c_str(), besideModule(L".ini").c_str());
 }
 
 std::string narrow(const std::wstring& text) {
@@ -46,6 +35,22 @@ std::string narrow(const std::wstring& text) {
     const int size = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()),
                                            bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr);
     bytes.resize(static_cast<std::size_t>(size));
+    return bytes;
+}
+
+std::string hex(View bytes, const char* digits) {
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+Bytes fromHex(const std::string& text) {
+    Bytes bytes;
+    for (std::size_t at = 0; at + 1 < text.size(); at += 2)
+        bytes.push_back(static_cast<std::uint8_t>(std::stoul(text.substr(at, 2), nullptr, 16)));
     return bytes;
 }
 

@@ -68,10 +68,13 @@ Certificates fromScriptArray(const ComPtr<IUnknown>& object) {
 }
 
 Certificates fromSafeArray(SAFEARRAY* array) {
+    // What VBScript declares without a size has no elements yet.
+    if (!array)
+        return {};
     VARTYPE type = VT_EMPTY;
     LONG lower = 0;
     LONG upper = 0;
-    if (!array || ::SafeArrayGetDim(array) != 1 || FAILED(::SafeArrayGetVartype(array, &type)) ||
+    if (::SafeArrayGetDim(array) != 1 || FAILED(::SafeArrayGetVartype(array, &type)) ||
         FAILED(::SafeArrayGetLBound(array, 1, &lower)) || FAILED(::SafeArrayGetUBound(array, 1, &upper)) ||
         (type != VT_VARIANT && type != VT_DISPATCH && type != VT_UNKNOWN))
         mismatch();

@@ -1,0 +1,72 @@
+// What the provider's handles stand for, and what its containers hold.
+#pragma once
+
+#include "key_pair.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace Corvane::Platform::Gost {
+
+struct Context {
+    const Algorithm* algorithm = nullptr;
+    std::optional<std::wstring> container;  // none with CRYPT_VERIFYCONTEXT
+    std::vector<Bytes> listed;              // by the enumeration that runs
+    std::size_t next = 0;
+};
+
+struct Key {
+    KeyPair pair;  // of a key pair or a public key; without an algorithm: a session key
+    bool isExportable = false;
+    SessionKey session;
+    bool isAgreed = false;   // the session is one that two pairs agree on
+    bool wrapsKeys = false;  // and private keys may be exported under it
+    Bytes iv;
+    Cipher running;  // null before the first and after the last block
+
+    bool isSession() const { return pair.algorithm == nullptr; }
+};
+
+struct Hash {
+    const Bytes& finish() {
+        if (value.empty()) {
+            const unsigned char* digest = ::gcry_md_read(running.get(), 0);
+            value.assign(digest, digest + algorithm->size);
+        }
+        return value;
+    }
+
+    const Algorithm* algorithm = nullptr;
+    std::unique_ptr<gcry_md_handle, Release<::gcry_md_close>> running;
+    Bytes value;  // once it was asked for or set
+};
+
+// They are given out as their addresses.
+template <class Object>
+Object& objectOf(ULONG_PTR handle) {
+    return *reinterpret_cast<Object*>(handle);
+}
+template <class Object>
+ULONG_PTR handleOf(std::unique_ptr<Object> object) {
+    return reinterpret_cast<ULONG_PTR>(object.release());
+}
+
+// The container's key. Fails with NTE_NO_KEY where there is none.
+std::unique_ptr<Key> loadKey(const Context& context, DWORD spec);
+void storeKey(const Context& context, DWORD spec, const Key& key);
+
+// Gives a result as CryptoAPI does: the size where no buffer is given, ERROR_MORE_DATA where it is too small.
+inline void give(BYTE* buffer, DWORD* size, View result) {
+    const DWORD room = std::exchange(*size, lengthOf(result));
+    if (buffer && room < result.size())
+        fail(ERROR_MORE_DATA);
+    if (buffer)
+        std::ranges::copy(result, buffer);
+}
+inline void expectNone(DWORD flags) {
+    if (flags)
+        fail(NTE_BAD_FLAGS);
+}
+
+}  // namespace Corvane::Platform::Gost
