@@ -1,5 +1,5 @@
 ' The operations as VBScript calls them: Nothing, Empty, Null, arrays, and variables that arrive by reference.
-Dim service, bytes, key, document, signature, attached, nobody, signers(1), message, flags, chain, none(), wrong, stripped, list, one, position, failures
+Dim service, bytes, key, document, signature, attached, nobody, signers(1), message, flags, chain, wrong, none(), stripped, list, one, position, failures
 Set service = CreateObject("VetrelCorvane2.CryptoService")
 Set bytes = CreateObject("VetrelCorvane2.BinaryObjectService")
 Set key = service.FindCertificate("{""name"": ""Leaf gost256-1"", ""storeName"": ""My"", ""hasPrivateKeyOnly"": true}")
@@ -16,7 +16,6 @@ Equal service.VerifySignature(document, signature, nobody).count, CLng(1), "Noth
 Equal service.VerifySignature(document, signature, Null).count, CLng(1), "Null"
 Equal service.VerifySignature(document, signature, Empty).count, CLng(1), "Empty"
 Equal service.VerifySignature(document, signature, signers).count, CLng(1), "an array"
-Equal service.VerifySignature(document, signature, none).count, CLng(1), "an array that has no size yet"
 Equal service.GetCertificatesFromSignature(signature).count, CLng(2), "the chain"
 Equal service.VerifyAttachedSignature(service.AddSignerToSignature(attached, nobody, key, False)).count, CLng(2), "no data"
 Equal service.VerifySignature(document, service.AddSignerToSignature(signature, document, key)).count, CLng(2), "data"
@@ -46,5 +45,7 @@ For Each wrong In Array(Nothing, Array(5), "text")
     failures = failures & "/" & Hex(Err.Number)
     Err.Clear
 Next
+service.VerifySignature document, stripped, none
+failures = failures & " " & Hex(Err.Number)
 On Error GoTo 0
-Equal failures, " 8004032E/80040331 D/D D/D", "nobody, numbers, a text"
+Equal failures, " 8004032E/80040331 D/D D/D 80040331", "nobody, numbers, a text, an array without elements"
