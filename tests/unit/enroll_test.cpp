@@ -186,6 +186,31 @@ TEST_F(Response, TheFirstOfSeveralContainersIsBound) {
     EXPECT_EQ(failureOf([&] { copyKeyContainer(*certificate, copy.name); }), Failure(301, NTE_EXISTS));
 }
 
+// Another program makes a container with a longer name while they are listed.
+TEST_F(Response, ContainersMayComeWhileTheyAreListed) {
+    std::vector<std::string_view> containers{"a", "b"};
+    std::size_t next = 0;
+    const Replaced patch(&::CryptGetProvParam, [&](auto, auto, BYTE* buffer, DWORD* size, DWORD flags) {
+        if (flags & CRYPT_FIRST)
+            next = 0;
+        if (!buffer) {
+            *size = 2;
+            return TRUE;
+        }
+        const std::string_view name = next < containers.size() ? containers[next] : "";
+        const bool hasRoom = name.size() < *size;
+        ::SetLastError(name.empty() ? ERROR_NO_MORE_ITEMS : ERROR_MORE_DATA);
+        *size = static_cast<DWORD>(name.size() + 1);
+        if (name.empty() || !hasRoom)
+            return FALSE;
+        *std::ranges::copy(name, buffer).out = 0;
+        if (++next == 1 && containers.size() == 2)
+            containers.insert(containers.begin() + 1, "longer");
+        return TRUE;
+    });
+    EXPECT_EQ(detail::containerNames(0), (std::vector<std::wstring>{L"a", L"longer", L"b"}));
+}
+
 TEST_F(Response, EachCallFailsOnce) {
     const SharedCertificate certificate = installCertificateResponse(rsa, text, store);
     const auto installIn = [&] { installCertificateResponseEx(rsa, text, container.name, store); };

@@ -46,13 +46,20 @@ std::vector<std::wstring> containerNames(HCRYPTPROV provider, const wchar_t* cal
     // The size for the longest of the names. To ask it again for each of them would begin anew.
     DWORD longest = 0;
     BOOL more = ::CryptGetProvParam(provider, PP_ENUMCONTAINERS, nullptr, &longest, CRYPT_FIRST);
-    for (DWORD flags = CRYPT_FIRST; more; flags = 0) {
+    for (DWORD flags = CRYPT_FIRST; more;) {
         Bytes name(longest + std::size_t{1});
         DWORD size = longest;
         more = ::CryptGetProvParam(provider, PP_ENUMCONTAINERS, name.data(), &size, flags);
-        if (!more)
-            break;
-        names.push_back(textOf(name));
+        flags = 0;
+        if (more) {
+            names.push_back(textOf(name));
+        } else if (::GetLastError() == ERROR_MORE_DATA && size > longest) {
+            // Somebody made one with a longer name meanwhile.
+            names.clear();
+            longest = size;
+            flags = CRYPT_FIRST;
+            more = TRUE;
+        }
     }
     const DWORD error = ::GetLastError();
     if (error != ERROR_NO_MORE_ITEMS)
