@@ -274,6 +274,9 @@ TEST_F(Operations, SecondSigners) {
               E_CRYPTO_VERIFY.code);
     EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(from(attached_), {}, none); }),
               E_CRYPTO_VERIFY.code);
+    // The system says what is wrong with a signature that cannot be read.
+    EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(Bytes(9), from(data_), {}, none); }),
+              E_CRYPTO_MESSAGE_UPDATE.code);
     EXPECT_EQ(errorCode([&] { provider_.addSignerToSignature(attached_, nullptr, *certificate_, false); }),
               E_CRYPTO_MESSAGE_ADD_SIGNER.code);
 }

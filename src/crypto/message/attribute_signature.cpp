@@ -16,11 +16,10 @@ std::wstring widened(const char* text) {
     return text ? std::wstring(text, text + std::char_traits<char>::length(text)) : std::wstring();
 }
 
-// The number of a hash for CryptoAPI; 0 where it has none, and for no identifier, which the system does not
-// look for.
+// The number of a hash for CryptoAPI; 0 where it has none, and for no identifier at all.
 ALG_ID hashNumber(char* oid) noexcept {
     const CRYPT_OID_INFO* info =
-        !oid ? nullptr : ::CryptFindOIDInfo(CRYPT_OID_INFO_OID_KEY, oid, CRYPT_HASH_ALG_OID_GROUP_ID);
+        oid ? ::CryptFindOIDInfo(CRYPT_OID_INFO_OID_KEY, oid, CRYPT_HASH_ALG_OID_GROUP_ID) : nullptr;
     return info && info->Algid < CALG_OID_INFO_PARAMETERS ? info->Algid : 0;
 }
 

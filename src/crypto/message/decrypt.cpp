@@ -17,7 +17,7 @@ constexpr std::uint64_t largestHeader = std::uint64_t{64} << 20;
 // recipients are known.
 class EnvelopedMessage {
 public:
-    EnvelopedMessage(detail::CryptMessage::Output output, SharedProgress progress)
+    explicit EnvelopedMessage(detail::CryptMessage::Output output, SharedProgress progress = {})
         : message_(detail::CryptMessage::openToDecode(0, std::move(output))),
           progress_(std::move(progress)) {}
 
@@ -65,11 +65,9 @@ private:
 Bytes CryptoApiProvider::decrypt(const Bytes& message) const {
     writeLog(LogLevel::debug, L"Corvane::CryptoApiProvider::decrypt", L"message size: ", message.size());
     Bytes content;
-    EnvelopedMessage enveloped(
-        [&content](std::span<const std::uint8_t> piece) {
-            content.insert(content.end(), piece.begin(), piece.end());
-        },
-        nullptr);
+    EnvelopedMessage enveloped([&content](std::span<const std::uint8_t> piece) {
+        content.insert(content.end(), piece.begin(), piece.end());
+    });
     enveloped.update(message, true);
     return content;
 }

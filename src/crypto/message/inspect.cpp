@@ -178,11 +178,11 @@ private:
         if (error != ERROR_SUCCESS)
             report["error"] = toUtf8(numberForLog(error));
         // Whatever else the system has against a signature keeps it from being good.
-        const bool isJudged = error == ERROR_SUCCESS && good == Answer::yes && status;
-        report["verdict"] = verdict(agrees, good, hasAttributes, isJudged, status.value_or(0));
+        report["verdict"] =
+            verdict(agrees, good, hasAttributes, error == ERROR_SUCCESS ? status : std::nullopt);
     }
 
-    const char* verdict(Answer agrees, Answer good, bool hasAttributes, bool isJudged, DWORD status) const {
+    const char* verdict(Answer agrees, Answer good, bool hasAttributes, std::optional<DWORD> status) const {
         // Without attributes another content and another key look the same; the content is the usual case.
         if (good == Answer::no)
             return hasAttributes ? "forged" : "changed";
@@ -190,9 +190,9 @@ private:
             return "changed";
         if (!isContentHere_)
             return "noContent";
-        if (!isJudged)
+        if (good == Answer::unknown || agrees == Answer::unknown || !status)
             return "unknown";
-        return status == 0 ? "good" : "untrusted";
+        return *status == 0 ? "good" : "untrusted";
     }
 
     CryptMessage& message_;

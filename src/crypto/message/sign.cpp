@@ -69,7 +69,8 @@ void CryptoApiProvider::sign(Stream::IBinaryStream& input, Stream::IBinaryStream
     info.cCertEncoded = static_cast<DWORD>(blobs.size());
     info.rgCertEncoded = blobs.data();
 
-    // Not told of what is written, it takes nothing back.
+    // Only for what lies behind the message: what was written stays when signing fails, so it is not told of
+    // that.
     Stream::OutputRange range(output);
     detail::MessageContent content(input);
     auto message = detail::CryptMessage::openToEncode(
