@@ -62,7 +62,7 @@ def windows(path):
 def windows_program(*command, cwd=None):
     """The outcome of a command that runs one. See tests/platform/README.md for why a silent end is tried again."""
     outcome = Outcome(*command, cwd=cwd)
-    if outcome.status == 1 and not outcome.output and not outcome.all_errors:
+    if outcome.status == 1 and not outcome.output and not outcome.errors:
         print("ended with status 1 and not a word, run again:", *command, flush=True)
         outcome = Outcome(*command, cwd=cwd)
     return outcome
@@ -106,11 +106,14 @@ def registry(*values):
 
 
 def exported(bitness, key):
-    """(key, line) of every value below a key of the registry as that bitness sees it, and (key, "") of each key itself."""
+    """(key, line) of every value below a key of the registry as that bitness sees it, and (key, "") of each key itself; nothing
+    where the key is not there."""
     with tempfile.TemporaryDirectory() as folder:
         file, found, at = pathlib.Path(folder, "export.reg"), set(), ""
-        if wine(bitness, "reg", "export", key, windows(file), "/y").status != 0:
-            return found  # not there
+        exporting = wine(bitness, "reg", "export", key, windows(file), "/y")
+        if "Unable to find the specified registry key" in exporting.all_errors + exporting.output:
+            return found
+        must(exporting.fault())
         for line in file.read_text("utf-16").replace("\\\n", "").splitlines():
             if line.startswith("["):
                 at, line = line.strip("[]").upper(), ""
