@@ -1,92 +1,75 @@
 // The smart-card service with readers from a table: a section of the settings for each reader's name, with
 // "protocol" (0 or 1), "atr" (without it the reader is told to be empty) and an answer for each command, both
-// in hexadecimal (others are answered 6D00). In the section "service": fail (settings.h), length=no (the
-// question for the length of an answer fails, as pcsc-lite has it) or length=0 (it tells nothing). Each call
-// goes into the log with what it returned.
+// in hexadecimal (others are answered 6D00). In the section "service": fail (settings.h). Each call goes into
+// the log with what it returned. How long an answer is nobody is told beforehand, as pcsc-lite has it.
 #include "settings.h"
 
 #include <winscard.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 using namespace Corvane::Platform;
 
-constexpr SCARDCONTEXT theContext = 0x11;
-constexpr SCARDHANDLE theCard = 0x22;
+// Of the context and of the card: each function but the first needs it.
+constexpr ULONG_PTR theHandle = 0x11;
 std::wstring reader;
 
 template <class Body>
-LONG call(const char* name, const std::string& what, bool isHandleGood, Body body) {
+LONG call(const char* name, const std::string& what, ULONG_PTR handle, Body body) {
     return logged<LONG>(L"service", name, what,
-                        [&]() -> LONG { return isHandleGood ? body() : SCARD_E_INVALID_HANDLE; });
+                        [&]() -> LONG { return handle == theHandle ? body() : SCARD_E_INVALID_HANDLE; });
 }
 
-LONG cardCall(const char* name, SCARDHANDLE card, const std::string& what = {}) {
-    return call(name, what, card == theCard, [] { return SCARD_S_SUCCESS; });
+LONG call(const char* name, const std::string& what, ULONG_PTR handle) {
+    return call(name, what, handle, [] { return SCARD_S_SUCCESS; });
 }
 
-std::vector<std::wstring> readers() {
-    std::vector<std::wstring> names = sections();
-    std::erase(names, L"service");
-    return names;
-}
-
-LONG give(const std::wstring& digits, BYTE* out, DWORD* size) {
-    const Bytes bytes = fromHex(narrow(digits));
-    const std::wstring length = setting(L"service", L"length");
-    const DWORD room = *size;
-    *size = !out && length == L"0" ? 0 : static_cast<DWORD>(bytes.size());
-    if (!out)
-        return length == L"no" ? SCARD_E_INVALID_PARAMETER : SCARD_S_SUCCESS;
-    if (room < *size)
+template <class Items, class Unit>
+LONG give(const Items& items, Unit* out, DWORD* size) {
+    const DWORD room = std::exchange(*size, static_cast<DWORD>(items.size()));
+    if (out && room < items.size())
         return SCARD_E_INSUFFICIENT_BUFFER;
-    std::ranges::copy(bytes, out);
+    if (out)
+        std::ranges::copy(items, out);
     return SCARD_S_SUCCESS;
 }
 
-DWORD protocolOf(const std::wstring& name) {
-    return setting(name.c_str(), L"protocol", L"1") == L"0" ? SCARD_PROTOCOL_T0 : SCARD_PROTOCOL_T1;
+DWORD protocol() {
+    return setting(reader.c_str(), L"protocol", L"1") == L"0" ? SCARD_PROTOCOL_T0 : SCARD_PROTOCOL_T1;
 }
 
 }  // namespace
 
 LONG WINAPI SCardEstablishContext(DWORD scope, LPCVOID, LPCVOID, LPSCARDCONTEXT context) {
-    return call("SCardEstablishContext", " " + std::to_string(scope), true, [&] {
-        *context = theContext;
+    return call("SCardEstablishContext", " " + std::to_string(scope), theHandle, [&] {
+        *context = theHandle;
         return SCARD_S_SUCCESS;
     });
 }
 
 LONG WINAPI SCardReleaseContext(SCARDCONTEXT context) {
-    return call("SCardReleaseContext", "", context == theContext, [] { return SCARD_S_SUCCESS; });
+    return call("SCardReleaseContext", "", context);
 }
 
-LONG WINAPI SCardListReadersW(SCARDCONTEXT hContext, LPCWSTR mszGroups, LPWSTR mszReaders,
-                              LPDWORD pcchReaders) {
-    return call("SCardListReaders", "", hContext == theContext && !mszGroups, [&]() -> LONG {
+LONG WINAPI SCardListReadersW(SCARDCONTEXT context, LPCWSTR, LPWSTR out, LPDWORD size) {
+    return call("SCardListReaders", "", context, [&]() -> LONG {
+        wchar_t sections[4096];
+        ::GetPrivateProfileSectionNamesW(sections, 4096, besideModule(L".ini").c_str());
         std::wstring names;
-        for (const std::wstring& each : readers())
-            names += each + L'\0';
-        if (names.empty())
-            return static_cast<LONG>(SCARD_E_NO_READERS_AVAILABLE);
-        names += L'\0';
-        const DWORD room = *pcchReaders;
-        *pcchReaders = static_cast<DWORD>(names.size());
-        if (mszReaders && room < names.size())
-            return SCARD_E_INSUFFICIENT_BUFFER;
-        if (mszReaders)
-            names.copy(mszReaders, names.size());
-        return SCARD_S_SUCCESS;
+        for (std::wstring name = sections; !name.empty(); name = sections + names.size())
+            names += name + L'\0';
+        names.erase(names.find(L"service"), sizeof "service");
+        return give(names + L'\0', out, size);
     });
 }
 
-LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT hContext, DWORD, LPSCARD_READERSTATEW rgReaderStates,
-                                  DWORD cReaders) {
-    return call("SCardGetStatusChange", "", hContext == theContext, [&] {
-        for (SCARD_READERSTATEW* each = rgReaderStates; each != rgReaderStates + cReaders; ++each) {
-            const std::wstring atr = setting(each->szReader, L"atr");
+LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT context, DWORD, LPSCARD_READERSTATEW states, DWORD count) {
+    return call("SCardGetStatusChange", "", context, [&] {
+        for (SCARD_READERSTATEW* each = states; each != states + count; ++each) {
+            const Bytes atr = fromHex(narrow(setting(each->szReader, L"atr")));
             each->cbAtr = sizeof each->rgbAtr;
             each->dwEventState =
                 SCARD_STATE_CHANGED | (atr.empty() ? SCARD_STATE_EMPTY : SCARD_STATE_PRESENT);
@@ -96,49 +79,45 @@ LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT hContext, DWORD, LPSCARD_READERST
     });
 }
 
-LONG WINAPI SCardConnectW(SCARDCONTEXT hContext, LPCWSTR szReader, DWORD dwShareMode,
-                          DWORD dwPreferredProtocols, LPSCARDHANDLE phCard, LPDWORD pdwActiveProtocol) {
-    const std::string what = " " + narrow(szReader) + " " + std::to_string(dwShareMode) + " " +
-                             std::to_string(dwPreferredProtocols);
-    return call("SCardConnect", what, hContext == theContext, [&]() -> LONG {
-        const std::vector<std::wstring> names = readers();
-        if (std::ranges::find(names, szReader) == names.end())
-            return SCARD_E_UNKNOWN_READER;
-        reader = szReader;
-        *phCard = theCard;
-        *pdwActiveProtocol = protocolOf(reader);
+LONG WINAPI SCardConnectW(SCARDCONTEXT context, LPCWSTR name, DWORD shareMode, DWORD protocols,
+                          LPSCARDHANDLE card, LPDWORD active) {
+    const std::string what =
+        " " + narrow(name) + " " + std::to_string(shareMode) + " " + std::to_string(protocols);
+    return call("SCardConnect", what, context, [&] {
+        reader = name;
+        *card = theHandle;
+        *active = protocol();
         return SCARD_S_SUCCESS;
     });
 }
 
-LONG WINAPI SCardReconnect(SCARDHANDLE card, DWORD, DWORD, DWORD, LPDWORD protocol) {
-    *protocol = protocolOf(reader);
-    return cardCall("SCardReconnect", card);
+LONG WINAPI SCardReconnect(SCARDHANDLE card, DWORD, DWORD, DWORD, LPDWORD active) {
+    *active = protocol();
+    return call("SCardReconnect", "", card);
 }
 
 LONG WINAPI SCardDisconnect(SCARDHANDLE card, DWORD disposition) {
-    return cardCall("SCardDisconnect", card, " " + std::to_string(disposition));
+    return call("SCardDisconnect", " " + std::to_string(disposition), card);
 }
 
 LONG WINAPI SCardBeginTransaction(SCARDHANDLE card) {
-    return cardCall("SCardBeginTransaction", card);
+    return call("SCardBeginTransaction", "", card);
 }
 
 LONG WINAPI SCardEndTransaction(SCARDHANDLE card, DWORD) {
-    return cardCall("SCardEndTransaction", card);
+    return call("SCardEndTransaction", "", card);
 }
 
-LONG WINAPI SCardTransmit(SCARDHANDLE hCard, LPCSCARD_IO_REQUEST pioSendPci, LPCBYTE pbSendBuffer,
-                          DWORD cbSendLength, LPSCARD_IO_REQUEST pioRecvPci, LPBYTE pbRecvBuffer,
-                          LPDWORD pcbRecvLength) {
-    const std::string digits = hex({pbSendBuffer, cbSendLength}, "0123456789ABCDEF");
-    const std::string what =
-        " T" + std::to_string(pioSendPci->dwProtocol - 1) + " " + digits + (pbRecvBuffer ? "" : " length");
-    return call("SCardTransmit", what, hCard == theCard, [&]() -> LONG {
-        if (pioSendPci->dwProtocol != protocolOf(reader) || pioSendPci->cbPciLength != sizeof *pioSendPci ||
-            pioRecvPci)
-            return SCARD_E_PROTO_MISMATCH;
-        const std::wstring key(digits.begin(), digits.end());
-        return give(setting(reader.c_str(), key.c_str(), L"6D00"), pbRecvBuffer, pcbRecvLength);
-    });
+LONG WINAPI SCardTransmit(SCARDHANDLE card, LPCSCARD_IO_REQUEST control, LPCBYTE command, DWORD size,
+                          LPSCARD_IO_REQUEST, LPBYTE answer, LPDWORD answerSize) {
+    if (!answer)
+        return SCARD_E_INVALID_PARAMETER;
+    const std::string digits = hex({command, size});
+    return call(
+        "SCardTransmit", " T" + std::to_string(control->dwProtocol - 1) + " " + digits, card, [&]() -> LONG {
+            if (control->dwProtocol != protocol() || control->cbPciLength != sizeof *control)
+                return SCARD_E_PROTO_MISMATCH;
+            const std::wstring key(digits.begin(), digits.end());
+            return give(fromHex(narrow(setting(reader.c_str(), key.c_str(), L"6D00"))), answer, answerSize);
+        });
 }

@@ -1,28 +1,35 @@
 // A PKCS#11 module (2.20) with one token that has GOST R 34.10-2001 keys. Each call goes into the log with
-// what it returned. Settings, in the section "token": slot (without it there is no token), maker, model,
-// serial, total, free (memory), pin, tries (left), key, signature (their sizes), fail (settings.h).
+// what it returned. Settings, in the section "token": slot (without it there is no token), model, free
+// (memory), key, signature (their sizes), fail (settings.h). Which attributes an object has, and in which
+// order functions are called, tests see in the files beside the module.
 #include "../gost/arithmetic.h"
-#include "objects.h"
 #include "settings.h"
 
+#include <p11-kit/pkcs11.h>
+
 #include <algorithm>
+#include <fstream>
+#include <map>
 #include <optional>
-#include <span>
+#include <sstream>
 #include <type_traits>
 #include <utility>
 
 namespace Corvane::Platform::Token {
 namespace {
 
+using Object = std::map<CK_ATTRIBUTE_TYPE, Bytes>;
+
 constexpr wchar_t section[] = L"token";
 constexpr CK_SLOT_ID theSlot = 7;
+constexpr CK_SESSION_HANDLE theSession = 70;
 constexpr char curve[] = "1.2.643.2.2.35.1";
 constexpr CK_ULONG digestSize = 32, keySize = 32;
 
 struct Session {
     bool isWritable = false;
+    bool isLoggedIn = false;
     std::optional<std::vector<CK_OBJECT_HANDLE>> found;
-    bool isDigesting = false;
     CK_OBJECT_HANDLE signingKey = 0;
 };
 
@@ -33,18 +40,11 @@ void need(bool isSo, CK_RV otherwise) {
 }
 
 bool isInitialized;
-bool isLoggedIn;
-std::map<CK_SESSION_HANDLE, Session> openSessions;
-CK_SESSION_HANDLE lastSession;
-std::vector<Object> objects;
+std::optional<Session> theOpenSession;
+std::vector<Object> objects;  // by handle, from 1 on
 
 bool hasToken() {
     return !setting(section, L"slot").empty();
-}
-
-void checkToken(CK_SLOT_ID slot) {
-    need(slot == theSlot, CKR_SLOT_ID_INVALID);
-    need(hasToken(), CKR_TOKEN_NOT_PRESENT);
 }
 
 template <std::size_t size>
@@ -68,23 +68,47 @@ std::size_t sizeOf(const wchar_t* what) {
     return std::stoul(setting(section, what, L"64"));
 }
 
-bool isThere(CK_OBJECT_HANDLE handle) {
-    return handle >= 1 && handle <= objects.size() &&
-           (isLoggedIn || !isTrue(objects[handle - 1], CKA_PRIVATE));
+bool isTrue(const Object& object, CK_ATTRIBUTE_TYPE type) {
+    const auto found = object.find(type);
+    return found != object.end() && found->second == Bytes{CK_TRUE};
 }
 
-Object newObject(const Session& session, CK_ATTRIBUTE* attributes, CK_ULONG count, CK_OBJECT_CLASS ofClass) {
-    const CK_RV fault = checkTemplate(attributes, count, ofClass);
-    need(fault == CKR_OK, fault);
-    Object object = objectOf(attributes, count);
-    need(session.isWritable || !isTrue(object, CKA_TOKEN), CKR_SESSION_READ_ONLY);
-    need(isLoggedIn || !isTrue(object, CKA_PRIVATE), CKR_USER_NOT_LOGGED_IN);
+// Private objects are there for users who are logged in.
+bool isThere(const Session& session, CK_OBJECT_HANDLE handle) {
+    return handle >= 1 && handle <= objects.size() &&
+           (session.isLoggedIn || !isTrue(objects[handle - 1], CKA_PRIVATE));
+}
+
+Object objectOf(const CK_ATTRIBUTE* attributes, CK_ULONG count) {
+    Object object;
+    for (CK_ULONG i = 0; i < count; ++i)
+        object[attributes[i].type] = bytesOf(
+            {static_cast<const std::uint8_t*>(attributes[i].pValue), std::size_t{attributes[i].ulValueLen}});
     return object;
 }
 
-CK_OBJECT_HANDLE addObject(Object object) {
+// The objects lie in a file that outlives the module: a line "TYPE HEX" for each attribute, an empty one
+// behind each object.
+void loadObjects() {
+    objects.clear();
+    std::ifstream file(narrow(besideModule(L".objects")));
+    Object object;
+    for (std::string line; std::getline(file, line);) {
+        if (line.empty())
+            objects.push_back(std::exchange(object, {}));
+        else
+            object[std::stoul(line, nullptr, 16)] = fromHex(line.substr(line.find(' ') + 1));
+    }
+}
+
+CK_OBJECT_HANDLE addObject(const Session& session, Object object) {
+    need(session.isWritable, CKR_SESSION_READ_ONLY);
+    need(session.isLoggedIn || !isTrue(object, CKA_PRIVATE), CKR_USER_NOT_LOGGED_IN);
+    std::ofstream file(narrow(besideModule(L".objects")), std::ios::app);
+    for (const auto& [type, value] : object)
+        file << std::hex << type << ' ' << hex(value) << '\n';
+    file << '\n';
     objects.push_back(std::move(object));
-    storeObjects(objects);
     return static_cast<CK_OBJECT_HANDLE>(objects.size());
 }
 
@@ -92,15 +116,14 @@ void initialize(void* arguments) {
     need(!isInitialized, CKR_CRYPTOKI_ALREADY_INITIALIZED);
     need(!arguments, CKR_ARGUMENTS_BAD);
     Gost::startArithmetic();
-    objects = loadObjects();
+    loadObjects();
     isInitialized = true;
 }
 
 void finalize(void*) {
-    if (!openSessions.empty() || isLoggedIn)
+    if (std::exchange(theOpenSession, std::nullopt))
         log("left open");
-    openSessions.clear();
-    isInitialized = isLoggedIn = false;
+    isInitialized = false;
 }
 
 void getSlotList(CK_BBOOL, CK_SLOT_ID* list, CK_ULONG* count) {
@@ -114,68 +137,51 @@ void getSlotInfo(CK_SLOT_ID slot, CK_SLOT_INFO* info) {
     need(slot == theSlot, CKR_SLOT_ID_INVALID);
     *info = {};
     fill(info->slotDescription, setting(section, L"slot"));
-    fill(info->manufacturerID, L"Test readers");
-    info->flags = (hasToken() ? CKF_TOKEN_PRESENT : 0) | CKF_REMOVABLE_DEVICE | CKF_HW_SLOT;
 }
 
 void getTokenInfo(CK_SLOT_ID slot, CK_TOKEN_INFO* info) {
-    checkToken(slot);
+    need(slot == theSlot, CKR_SLOT_ID_INVALID);
     *info = {};
-    fill(info->label, L"test token");
-    fill(info->manufacturerID, setting(section, L"maker", L"Test tokens"));
+    fill(info->manufacturerID, L"Test tokens");
     fill(info->model, setting(section, L"model", L"Test ECP"));
-    fill(info->serialNumber, setting(section, L"serial", L"2f5a01c7"));
-    fill(info->utcTime, L"");
-    info->flags = CKF_LOGIN_REQUIRED | CKF_USER_PIN_INITIALIZED | CKF_TOKEN_INITIALIZED;
-    info->ulTotalPublicMemory = std::stoul(setting(section, L"total", L"65536"));
+    fill(info->serialNumber, L"2f5a01c7");
+    info->ulTotalPublicMemory = 65536;
     info->ulFreePublicMemory = std::stoul(setting(section, L"free", L"60000"));
-    info->ulTotalPrivateMemory = info->ulFreePrivateMemory = CK_UNAVAILABLE_INFORMATION;
 }
 
 void openSession(CK_SLOT_ID slot, CK_FLAGS flags, void*, CK_NOTIFY, CK_SESSION_HANDLE* handle) {
-    checkToken(slot);
+    need(slot == theSlot && !theOpenSession, CKR_SLOT_ID_INVALID);
     need(flags & CKF_SERIAL_SESSION, CKR_SESSION_PARALLEL_NOT_SUPPORTED);
-    *handle = ++lastSession;
-    openSessions[*handle].isWritable = flags & CKF_RW_SESSION;
+    *handle = theSession;
+    theOpenSession.emplace().isWritable = flags & CKF_RW_SESSION;
 }
 
-void closeSession(Session& session) {
-    std::erase_if(openSessions, [&](const auto& each) { return &each.second == &session; });
-    isLoggedIn = isLoggedIn && !openSessions.empty();
+void closeSession(Session&) {
+    theOpenSession.reset();
 }
 
-void login(Session&, CK_USER_TYPE user, unsigned char* pin, CK_ULONG size) {
+void login(Session& session, CK_USER_TYPE user, unsigned char* pin, CK_ULONG size) {
     need(user == CKU_USER, CKR_USER_TYPE_INVALID);
-    need(!isLoggedIn, CKR_USER_ALREADY_LOGGED_IN);
-    const unsigned long tries = std::stoul(setting(section, L"tries", L"10"));
-    need(tries > 0, CKR_PIN_LOCKED);
-    isLoggedIn =
-        std::string_view(reinterpret_cast<char*>(pin), size) == narrow(setting(section, L"pin", L"12345678"));
-    storeSetting(section, L"tries", std::to_wstring(isLoggedIn ? 10 : tries - 1));
-    need(isLoggedIn, CKR_PIN_INCORRECT);
+    need(std::string_view(reinterpret_cast<char*>(pin), size) == "12345678", CKR_PIN_INCORRECT);
+    session.isLoggedIn = true;
 }
 
-void logout(Session&) {
-    need(std::exchange(isLoggedIn, false), CKR_USER_NOT_LOGGED_IN);
+void logout(Session& session) {
+    need(std::exchange(session.isLoggedIn, false), CKR_USER_NOT_LOGGED_IN);
 }
 
 void createObject(Session& session, CK_ATTRIBUTE* attributes, CK_ULONG count, CK_OBJECT_HANDLE* made) {
-    *made = addObject(newObject(session, attributes, count, CKO_CERTIFICATE));
+    *made = addObject(session, objectOf(attributes, count));
 }
 
-void getAttributeValue(Session&, CK_OBJECT_HANDLE handle, CK_ATTRIBUTE* attributes, CK_ULONG count) {
-    need(isThere(handle), CKR_OBJECT_HANDLE_INVALID);
-    const Object& object = objects[handle - 1];
-    for (CK_ATTRIBUTE& attribute : std::span(attributes, count)) {
-        need(attribute.type != CKA_VALUE || !isOf(object, CKO_PRIVATE_KEY), CKR_ATTRIBUTE_SENSITIVE);
-        const auto found = object.find(attribute.type);
-        if (found == object.end())
-            attribute.ulValueLen = CK_UNAVAILABLE_INFORMATION;
-        need(found != object.end(), CKR_ATTRIBUTE_TYPE_INVALID);
-        CK_ULONG size = attribute.ulValueLen;
-        give(found->second, attribute.pValue, &size);
-        attribute.ulValueLen = size;
-    }
+void getAttributeValue(Session& session, CK_OBJECT_HANDLE handle, CK_ATTRIBUTE* attribute, CK_ULONG count) {
+    need(isThere(session, handle), CKR_OBJECT_HANDLE_INVALID);
+    need(count == 1, CKR_ARGUMENTS_BAD);
+    const auto found = objects[handle - 1].find(attribute->type);
+    if (found == objects[handle - 1].end())
+        attribute->ulValueLen = CK_UNAVAILABLE_INFORMATION;
+    need(found != objects[handle - 1].end(), CKR_ATTRIBUTE_TYPE_INVALID);
+    give(found->second, attribute->pValue, &attribute->ulValueLen);
 }
 
 void findObjectsInit(Session& session, CK_ATTRIBUTE* attributes, CK_ULONG count) {
@@ -183,15 +189,18 @@ void findObjectsInit(Session& session, CK_ATTRIBUTE* attributes, CK_ULONG count)
     session.found.emplace();
     const Object wanted = objectOf(attributes, count);
     for (CK_OBJECT_HANDLE each = 1; each <= objects.size(); ++each)
-        if (isThere(each) && std::ranges::includes(objects[each - 1], wanted))
+        if (isThere(session, each) && std::ranges::includes(objects[each - 1], wanted))
             session.found->push_back(each);
 }
 
-void findObjects(Session& session, CK_OBJECT_HANDLE* list, CK_ULONG room, CK_ULONG* count) {
+// One at a time.
+void findObjects(Session& session, CK_OBJECT_HANDLE* list, CK_ULONG, CK_ULONG* count) {
     need(session.found.has_value(), CKR_OPERATION_NOT_INITIALIZED);
-    *count = std::min(room, static_cast<CK_ULONG>(session.found->size()));
-    std::copy_n(session.found->begin(), *count, list);
-    session.found->erase(session.found->begin(), session.found->begin() + static_cast<long>(*count));
+    *count = session.found->empty() ? 0 : 1;
+    if (*count) {
+        *list = session.found->front();
+        session.found->erase(session.found->begin());
+    }
 }
 
 void findObjectsFinal(Session& session) {
@@ -202,39 +211,35 @@ void generateKeyPair(Session& session, CK_MECHANISM* mechanism, CK_ATTRIBUTE* of
                      CK_ATTRIBUTE* ofPrivate, CK_ULONG privateCount, CK_OBJECT_HANDLE* publicKey,
                      CK_OBJECT_HANDLE* privateKey) {
     need(mechanism->mechanism == CKM_GOSTR3410_KEY_PAIR_GEN, CKR_MECHANISM_INVALID);
-    Object first = newObject(session, ofPublic, publicCount, CKO_PUBLIC_KEY);
-    Object second = newObject(session, ofPrivate, privateCount, CKO_PRIVATE_KEY);
+    Object first = objectOf(ofPublic, publicCount);
+    Object second = objectOf(ofPrivate, privateCount);
     second[CKA_VALUE] = Gost::makePrivateKey(keySize);
     first[CKA_VALUE] = Gost::publicKey(curve, second[CKA_VALUE]);
     first[CKA_VALUE].resize(sizeOf(L"key"));
-    *publicKey = addObject(std::move(first));
-    *privateKey = addObject(std::move(second));
+    *publicKey = addObject(session, std::move(first));
+    *privateKey = addObject(session, std::move(second));
 }
 
-void digestInit(Session& session, CK_MECHANISM* mechanism) {
+void digestInit(Session&, CK_MECHANISM* mechanism) {
     need(mechanism->mechanism == CKM_GOSTR3411, CKR_MECHANISM_INVALID);
-    need(!std::exchange(session.isDigesting, true), CKR_OPERATION_ACTIVE);
 }
 
-void digest(Session& session, unsigned char* data, CK_ULONG dataSize, unsigned char* out, CK_ULONG* size) {
-    need(session.isDigesting, CKR_OPERATION_NOT_INITIALIZED);
+void digest(Session&, unsigned char* data, CK_ULONG dataSize, unsigned char* out, CK_ULONG* size) {
     Bytes result(digestSize);
     ::gcry_md_hash_buffer(GCRY_MD_GOSTR3411_CP, result.data(), data, dataSize);
-    session.isDigesting = !give(result, out, size);
+    give(result, out, size);
 }
 
 void signInit(Session& session, CK_MECHANISM* mechanism, CK_OBJECT_HANDLE key) {
     need(mechanism->mechanism == CKM_GOSTR3410, CKR_MECHANISM_INVALID);
-    need(isThere(key), CKR_KEY_HANDLE_INVALID);
-    need(isTrue(objects[key - 1], CKA_SIGN), CKR_KEY_FUNCTION_NOT_PERMITTED);
-    need(!std::exchange(session.signingKey, key), CKR_OPERATION_ACTIVE);
+    need(isThere(session, key) && isTrue(objects[key - 1], CKA_SIGN), CKR_KEY_HANDLE_INVALID);
+    session.signingKey = key;
 }
 
 void sign(Session& session, unsigned char* data, CK_ULONG dataSize, unsigned char* out, CK_ULONG* size) {
     need(session.signingKey, CKR_OPERATION_NOT_INITIALIZED);
     need(dataSize == digestSize, CKR_DATA_LEN_RANGE);
-    const Bytes& secret = objects[session.signingKey - 1].at(CKA_VALUE);
-    Bytes result = out ? Gost::sign(curve, secret, View(data, dataSize)) : Bytes();
+    Bytes result = Gost::sign(curve, objects[session.signingKey - 1].at(CKA_VALUE), View(data, dataSize));
     result.resize(sizeOf(L"signature"));
     if (give(result, out, size))
         session.signingKey = 0;
@@ -269,9 +274,8 @@ CK_RV entry(Arguments... arguments) {
             function(arguments...);
         } else {
             [](CK_SESSION_HANDLE handle, auto... others) {
-                const auto found = openSessions.find(handle);
-                need(found != openSessions.end(), CKR_SESSION_HANDLE_INVALID);
-                function(found->second, others...);
+                need(theOpenSession && handle == theSession, CKR_SESSION_HANDLE_INVALID);
+                function(*theOpenSession, others...);
             }(arguments...);
         }
     });
