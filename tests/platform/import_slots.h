@@ -12,38 +12,16 @@
 
 namespace Corvane::Test {
 
-// Some of them, one for each function.
-struct ImportSlots {
-    std::span<void*> slots;
-    // From what tells a function's name to its slot.
-    std::ptrdiff_t distance;
-};
-
 inline const IMAGE_NT_HEADERS* imageHeaders(const BYTE* base) noexcept {
     return reinterpret_cast<const IMAGE_NT_HEADERS*>(
         base + reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew);
 }
 
-// Those of libraries that are loaded with the module, which hold the functions' addresses. The table of names
-// has the same layout as the slots, and each library's part of it stands as far before its slots as the first
-// one's.
-inline ImportSlots loadedSlots(BYTE* base) noexcept {
-    const auto& directories = imageHeaders(base)->OptionalHeader.DataDirectory;
-    const auto& table = directories[IMAGE_DIRECTORY_ENTRY_IAT];
-    const DWORD imports = directories[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    const auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(base + imports);
-    if (imports == 0 || library->OriginalFirstThunk == 0)
-        return {};
-    // Backwards where another linker has placed the slots before the names.
-    return {{reinterpret_cast<void**>(base + table.VirtualAddress), table.Size / sizeof(void*)},
-            static_cast<std::ptrdiff_t>(library->FirstThunk) -
-                static_cast<std::ptrdiff_t>(library->OriginalFirstThunk)};
-}
-
-// Those of libraries that are loaded at the first call of a function, which hold until then what loads the
-// library. They have a section of their own (cmake/import/delayed.ld), which begins with a table of the names
-// and one of the slots.
-inline ImportSlots delayedSlots(BYTE* base) noexcept {
+// The slots of libraries that are loaded at the first call of a function, which hold until then what loads
+// the library. They have a section of their own (cmake/import/delayed.ld), which begins with a table of the
+// names, by their places in the image, and one of the slots.
+template <class Visit>
+void forEachDelayed(BYTE* base, Visit visit) {
     const IMAGE_NT_HEADERS* headers = imageHeaders(base);
     // Behind the headers, which in managed code may be those of the other bitness.
     const auto* optional = reinterpret_cast<const BYTE*>(&headers->OptionalHeader);
@@ -53,33 +31,36 @@ inline ImportSlots delayedSlots(BYTE* base) noexcept {
     for (const IMAGE_SECTION_HEADER& section : sections) {
         if (std::memcmp(section.Name, ".didat\0", sizeof(section.Name)) != 0)
             continue;
-        const std::span words(reinterpret_cast<void**>(base + section.VirtualAddress),
+        const std::span words(reinterpret_cast<ULONG_PTR*>(base + section.VirtualAddress),
                               section.Misc.VirtualSize / sizeof(void*));
-        // The first name, told by its place in the image, follows the tables. Other linkers' sections of this
-        // name hold something else.
-        const auto first = std::ranges::find_if(words, [](void* word) { return word != nullptr; });
-        const ULONG_PTR name = first != words.end() ? reinterpret_cast<ULONG_PTR>(*first) : 0;
+        // The first name follows the tables. Other linkers' sections of this name hold something else.
+        const auto first = std::ranges::find_if(words, [](ULONG_PTR word) { return word != 0; });
+        const ULONG_PTR name = first != words.end() ? *first : 0;
         if (name < section.VirtualAddress || name - section.VirtualAddress >= section.Misc.VirtualSize)
-            return {};
+            return;
         const std::size_t size = (name - section.VirtualAddress) / 2 / sizeof(void*);
-        return {words.subspan(size, size), static_cast<std::ptrdiff_t>(size * sizeof(void*))};
+        for (ULONG_PTR& word : words.first(size))
+            visit(word, *reinterpret_cast<void**>(&word + size));
     }
-    return {};
 }
 
 // Calls `visit` with the name and the slot of each function that is imported by name.
 template <class Visit>
 void forEachImport(HMODULE module, Visit visit) {
     auto* const base = reinterpret_cast<BYTE*>(module);
-    for (const auto& [slots, distance] : {loadedSlots(base), delayedSlots(base)}) {
-        for (void*& slot : slots) {
-            const auto* name = reinterpret_cast<IMAGE_THUNK_DATA*>(reinterpret_cast<BYTE*>(&slot) - distance);
-            if (name->u1.AddressOfData != 0 && !IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
-                const auto* import = reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(base + name->u1.AddressOfData);
-                visit(std::string_view(reinterpret_cast<const char*>(import->Name)), slot);
-            }
-        }
+    const auto visitNamed = [&](ULONG_PTR name, void*& slot) {
+        if (name != 0 && !IMAGE_SNAP_BY_ORDINAL(name))
+            visit(std::string_view(reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(base + name)->Name), slot);
+    };
+    const DWORD imports =
+        imageHeaders(base)->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    const auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(base + imports);
+    for (; imports != 0 && library->OriginalFirstThunk != 0; ++library) {
+        const auto* name = reinterpret_cast<ULONG_PTR*>(base + library->OriginalFirstThunk);
+        for (auto** slot = reinterpret_cast<void**>(base + library->FirstThunk); *name != 0; ++slot)
+            visitNamed(*name++, *slot);
     }
+    forEachDelayed(base, visitNamed);
 }
 
 inline void putIntoSlot(void*& slot, void* value) noexcept {

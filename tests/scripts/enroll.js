@@ -45,8 +45,16 @@ cases.request = function () {
 
     // The same by a provider of one's own choice, without extras; a key that may not leave.
     provider.CreateCertificationRequest(container + " plain", 1, name, extensions, 1, true).ToFile(folder + "plain.der");
-    fails(function () { service.CreateCertificationRequest(container, 1, name, extensions, false, true); },
-        "[301] Ошибка при получении криптопровайдера");
+    function refuse(suffix, attribute, text) {
+        fails(function () {
+            service.CreateCertificationRequestExV2(container + suffix, 1, name, extensions, attribute, true, true);
+        }, text);
+    }
+    refuse("", null, "[301] Ошибка при получении криптопровайдера");
+    refuse("\u0000x", null, "[301] ");
+    refuse(" other", name, "[609] ");
+    // A container with a key for signatures alone, which no answer is for.
+    service.CreateCertificationRequest(container + " signature", 2, name, extensions, false, true);
     fails(function () { service.EncodeDistinguishedName("CN=a,ИНЛ=1"); },
         "[614] Неверное имя субъекта (символ 6: неизвестный атрибут)");
     fails(function () { service.EncodeExtensions('{"keyUsage": []}'); }, "[615] ");
@@ -59,10 +67,25 @@ cases.install = function () {
     var path = textOf(load("path.txt"));
     var digits = load("answer.cer").ToHexString();
     var base64 = load("answer.cer").ToBase64();
-    fails(function () { service.InstallCertificateResponse("31" + digits.substr(2), "My"); },
-        "[324] Ошибка при получении содержимого объекта криптографии");
-    fails(function () { service.InstallCertificateResponseEx(load("plain.cer").ToBase64(), path, "My"); },
-        "[327] Контейнер не соответствует устанавливаемому сертификату");
+    var others = [
+        ["31" + digits.substr(2), "[324] Ошибка при получении содержимого объекта криптографии"],
+        ["", "[324] "],
+        ["no certificate", "[324] "],
+        ["ABCD", "[324] "],
+        [base64.substr(0, 400), "[324] "],
+        [base64.substr(0, 40) + "ж" + base64.substr(41), "[324] "],
+        [load("list.p7s").ToBase64(), "[324] "],
+        [load("list.p7s").ToHexString(), "[324] "],
+        [load("foreign.cer").ToBase64(), "[323] "]
+    ];
+    var count = service.GetCertificates().count;
+    for (var i = 0; i < others.length; ++i) {
+        fails(function () { service.InstallCertificateResponse(others[i][0], "My"); }, others[i][1], others[i][0].substr(0, 30));
+    }
+    var wrong = "[327] Контейнер не соответствует устанавливаемому сертификату";
+    fails(function () { service.InstallCertificateResponseEx(load("plain.cer").ToBase64(), path, "My"); }, wrong);
+    fails(function () { service.InstallCertificateResponseEx(base64, container + " signature", "My"); }, wrong);
+    equal(service.GetCertificates().count, count);
 
     function signed(certificate) {
         equal(JSON.parse(certificate.GetContainerInfo()).containerName.slice(-container.length), container);
@@ -70,10 +93,10 @@ cases.install = function () {
         equal(service.VerifySignature(document, signature).Item(0).CommonName, "Петров Пётр");
         return signature;
     }
-    var certificate = service.InstallCertificateResponse(digits.toLowerCase(), "My");
+    var certificate = service.InstallCertificateResponse(digits.toLowerCase().replace(/.{64}/g, "$&\r\n"), "My");
     signed(certificate).ToFile(folder + "signed.p7s");
     certificate.Uninstall();
-    var pem = "-----BEGIN CERTIFICATE-----\n" + base64 + "\n-----END CERTIFICATE-----\n";
+    var pem = "-----BEGIN CERTIFICATE-----\n" + base64.replace(/.{64}/g, "$&\n") + "\n-----END CERTIFICATE-----\n";
     service.InstallCertificateResponseEx(pem, path, "My").Uninstall();
     certificate = provider.InstallCertificateResponseEx(base64, path, "My");
     signed(certificate);
@@ -82,20 +105,11 @@ cases.install = function () {
     provider.CopyKeyContainer(certificate, container + " copy");
     var copied = provider.InstallCertificateResponseEx(digits, container + " copy", "My");
     service.VerifySignature(document, service.Sign(document, copied, false));
+    signed(service.InstallCertificateResponse(digits, "My")); // by the first of the containers with its key
     fails(function () { provider.CopyKeyContainer(certificate, container + " copy"); }, "[301] ");
     var kept = service.InstallCertificateResponse(load("plain.cer").ToBase64(), "My");
     fails(function () { provider.CopyKeyContainer(kept, container + " none"); }, "[322] Ошибка при экспортировании ключа");
     fails(function () { provider.InstallCertificateResponseEx(digits, container + " none", "My"); }, "[301] ");
-
-    // The objects that Windows has for it answer with what they were asked (tests/platform/enroll).
-    function steps(isPkcs7) {
-        var lines = service.GenerateCertificateRenewalRequest(isPkcs7, certificate).split("\n").slice(0, -1);
-        return lines.join().replace(/\([^)]*\)/g, "").replace(/=[^,]*/g, "");
-    }
-    var common = "new pkcs10,pkcs10.InitializeFromCertificate,pkcs10.PrivateKey,key.ProviderName,key.KeySpec,";
-    equal(steps(false), common + "pkcs10.Encode,pkcs10.RawData");
-    equal(steps(true), common + "new pkcs7,pkcs7.InitializeFromInnerRequest,new signer,signer.Initialize,pkcs7.SignerCertificate," +
-        "pkcs7.Encode,pkcs7.RawData");
     kept.Uninstall();
     copied.Uninstall();
     certificate.Uninstall();

@@ -7,30 +7,22 @@ import tempfile
 
 import harness
 
-SLOT, PIN = "Aktiv Rutoken ECP 0", "12345678"
+SLOT, PIN, ATR = "Aktiv Rutoken ECP 0", "12345678", "3B8B015275746F6B656E20445320C1"
 # CKA_CLASS, CKA_VALUE, CKA_ID of PKCS#11, and the class of certificates.
 CLASS, VALUE, IDENTIFIER, CERTIFICATE = "0", "11", "102", "01000000"
 
 
-def add_module(folder, source, name, **settings):
-    """A copy of a stand-in with its settings beside it."""
-    shutil.copy(source, folder / f"{name}.dll")
-    text = "".join(f"[{section}]\n" + "".join(f"{key}={value}\n" for key, value in pairs.items())
-                   for section, pairs in settings.items())
-    (folder / f"{name}.ini").write_text(text.replace("_", " "), encoding="ascii")
-
-
 @contextlib.contextmanager
-def drivers(bitness):
-    """A folder with a Rutoken, another maker's token and a card service."""
-    platform = harness.BUILD / bitness / "platform"
+def drivers(bitness, token="", service=""):
+    """A folder with a Rutoken, another maker's token and a card service; the first and the last fail as told."""
+    modules = {name: ("testtoken", f"[token]\nslot={SLOT}\nmodel=Rutoken ECP\n{token}") for name in ("rtPKCS11ECP", "rtPKCS11")}
+    modules["isbc_pkcs11_main"] = "testtoken", "[token]\nslot=ISBC 0\n"
+    modules["winscard"] = "testcard", f"[{SLOT}]\natr={ATR}\n00CA01890E=0000000000019000\n[Empty 0]\nprotocol=1\n[service]\n{service}"
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
-        card = {"Aktiv_Rutoken_ECP_0": {"00CA01890E": "0000000000019000"}}
-        add_module(folder, platform / "testcard.dll", "winscard", **card)
-        for driver in ("rtPKCS11ECP", "rtPKCS11"):
-            add_module(folder, platform / "testtoken.dll", driver, token={"slot": SLOT, "model": "Rutoken ECP"})
-        add_module(folder, platform / "testtoken.dll", "isbc_pkcs11_main", token={"slot": "ISBC 0"})
+        for module, (source, settings) in modules.items():
+            shutil.copy(harness.BUILD / bitness / f"platform/{source}.dll", folder / f"{module}.dll")
+            (folder / f"{module}.ini").write_text(settings, encoding="ascii")
         yield folder
 
 
