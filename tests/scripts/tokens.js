@@ -1,4 +1,4 @@
-// What scripts do with tokens, for tokens-test. arguments: the case, the folder with the drivers, where request.der and path.txt
+// What scripts do with tokens, for enroll-test. arguments: the case, the folder with the drivers, where request.der and path.txt
 // are made, and what else the case needs
 var service = create("CryptoService");
 var provider = service.GetDefaultCryptoProvider();
@@ -75,25 +75,21 @@ function diagnose() {
     return report;
 }
 
-function named(list, name) {
+function byName(list) {
+    var found = {};
     for (var i = 0; i < list.length; ++i) {
-        if (list[i].name === name) {
-            return list[i];
-        }
+        found[list[i].name] = list[i];
     }
-    throw new Error("not told of " + name + ": " + JSON.stringify(list));
+    return found;
 }
 
 cases.diagnose = function () {
     var report = diagnose();
     var key = "HKCR\\CLSID\\{6CF0781B-BFBC-4552-BFA5-7B8CA93B4E40}\\";
     var file = shell.RegRead(key + "InprocServer32\\");
-    var absent = named(report.providers, "Infotecs Cryptographic Service Provider");
-    var foreign = named(report.drivers, "jcPKCS11ds.dll");
-    var works = named(report.drivers, "rtPKCS11.dll");
-    var lonely = named(report.drivers, "isbc_pkcs11_main.dll");
-    var card = named(report.readers, slot);
-    var empty = named(report.readers, "Empty 0");
+    var providers = byName(report.providers), drivers = byName(report.drivers), readers = byName(report.readers);
+    var absent = providers["Infotecs Cryptographic Service Provider"];
+    var foreign = drivers["jcPKCS11ds.dll"], works = drivers["rtPKCS11.dll"], lonely = drivers["isbc_pkcs11_main.dll"];
     equalAll([
         ["version", "2.9.9.41", report.version],
         ["Windows", create("About").WinVersion, report.windows],
@@ -106,35 +102,34 @@ cases.diagnose = function () {
         ["left behind", false, create("FileSystemService").FileExists(report.log.path)],
         ["Location", null, report.settings.Location],
         ["search path", shell.ExpandEnvironmentStrings("%PATH%").replace(/\0$/, ""), report.settings.PATH],
-        ["RSA opens", true, named(report.providers, "Microsoft Enhanced RSA and AES Cryptographic Provider").opens],
+        ["RSA opens", true, providers["Microsoft Enhanced RSA and AES Cryptographic Provider"].opens],
         ["absent", false, absent.opens],
         ["its error", true, /^0x800900(17|19)/.test(absent.error)],
         ["card service", "stopped disabled", report.cardService.state + " " + report.cardService.start],
-        ["missing", false, named(report.drivers, "jcPKCS11-2.dll").found],
+        ["missing", false, drivers["jcPKCS11-2.dll"].found],
         ["of the other bitness", 96 - report.bitness, foreign.bitness],
         ["its error", true, /^\[0xc1\]LoadLibrary /.test(foreign.error)],
         ["works", report.bitness, works.bitness],
         ["its tokens", 1, works.tokens],
-        ["no error", undefined, works.error],
         ["its path", true, /\\rtPKCS11\.dll$/.test(works.path)],
         ["what it lacks", '["absent.dll"]', JSON.stringify(lonely.missing)],
         ["its error", true, /^\[0x7e\]LoadLibrary /.test(lonely.error)],
         ["itself, not the one that is missing", true, lonely.error.indexOf(" (" + lonely.path + ")") > 0],
         ["readers", 2, report.readers.length],
-        ["ATR", WScript.Arguments(2), card.atr],
-        ["a card", "present", card.state[0]],
-        ["no card", '["empty"]', JSON.stringify(empty.state)],
-        ["no ATR", false, "atr" in empty]
+        ["ATR", WScript.Arguments(2), readers[slot].atr],
+        ["a card", "present", readers[slot].state[0]],
+        ["no card", '["empty"]', JSON.stringify(readers["Empty 0"].state)]
     ]);
 };
 
-// With the settings of tokens-test, a driver and a card service that do not answer.
+// With the settings of enroll-test, a driver and a card service that do not answer.
 cases.hang = function () {
     var report = diagnose();
+    var drivers = byName(report.drivers);
     equalAll([
-        ["no driver", true, /^\[0x7f\]GetProcAddress /.test(named(report.drivers, "jcPKCS11ds.dll").error)],
-        ["driver", "the driver does not answer and is given up", named(report.drivers, "rtPKCS11.dll").error],
-        ["another", 1, named(report.drivers, "isbc_pkcs11_main.dll").tokens],
+        ["no driver", true, /^\[0x7f\]GetProcAddress /.test(drivers["jcPKCS11ds.dll"].error)],
+        ["driver", "the driver does not answer and is given up", drivers["rtPKCS11.dll"].error],
+        ["another", 1, drivers["isbc_pkcs11_main.dll"].tokens],
         ["readers", "no answer in time", report.readers.error],
         ["log", "Z:\\no such folder\\corvane.log", report.log.path],
         ["writable", false, report.log.writable],

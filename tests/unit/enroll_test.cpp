@@ -30,56 +30,38 @@ SharedBytes shared(Bytes bytes) {
     return std::make_shared<Bytes>(std::move(bytes));
 }
 
-class Request : public testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(::CryptFindOIDInfo(CRYPT_OID_INFO_OID_KEY, const_cast<char*>("1.2.643.2.2.3"), 0))
-            << "tests/platform/register comes before the tests";
-        parameters.containerName = container.name;
-        parameters.keySpec = AT_KEYEXCHANGE;
-        parameters.distinguishedName = shared(Crypto::encodeDistinguishedName(L"CN=Иванов,C=RU"));
-        parameters.extensions =
-            shared(Crypto::encodeExtensionsJson(LR"({"keyUsage": ["digitalSignature"]})"));
-        parameters.silent = true;
-    }
-
+TEST(Request, EachCallFailsOnce) {
     const ProviderRecord gost = gostRecord();
-    const KeyContainer container{gost, L"request"};
+    const KeyContainer container(gost, L"request");
     RequestParameters parameters;
+    parameters.containerName = container.name;
+    parameters.keySpec = AT_KEYEXCHANGE;
+    parameters.distinguishedName = shared(Crypto::encodeDistinguishedName(L"CN=Иванов,C=RU"));
+    parameters.extensions = shared(Crypto::encodeExtensionsJson(LR"({"keyUsage": ["digitalSignature"]})"));
+    // challengePassword (RFC 2985 5.4.1)
+    parameters.enrollmentParameters =
+        shared(asn1::encodeAttribute({"1.2.840.113549.1.9.7", {hexToBin("0C0161")}}));
+    parameters.silent = true;
     // Wine's own function asks no provider for the key of a registered algorithm; the one with the identifier
     // does.
-    const Replaced<WINBOOL, HCRYPTPROV_OR_NCRYPT_KEY_HANDLE, DWORD, DWORD, PCERT_PUBLIC_KEY_INFO, DWORD*>
-        exporting{&::CryptExportPublicKeyInfo,
-                  [](auto provider, auto spec, auto encoding, auto info, auto size) {
-                      char oids[2][21] = {"1.2.643.2.2.19", szOID_RSA_RSA};
-                      return std::ranges::any_of(oids, [&](char* oid) {
-                          return ::CryptExportPublicKeyInfoEx(provider, spec, encoding, oid, 0, nullptr, info,
-                                                              size);
-                      });
-                  }};
-};
-
-TEST_F(Request, DescribesTheTokenOfItsContainer) {
-    const auto tokenOf = [](const std::wstring& path) { return Json::Value(toUtf8(path)); };
+    const Replaced exporting(
+        &::CryptExportPublicKeyInfo, [](auto provider, auto spec, auto encoding, auto info, auto size) {
+            char oid[] = "1.2.643.2.2.19";
+            return ::CryptExportPublicKeyInfoEx(provider, spec, encoding, oid, 0, nullptr, info, size);
+        });
     constexpr char path[] = R"(\\.\Aktiv Rutoken\a)";
-    const Replaced patch(&::CryptGetProvParam, [&](auto, auto, BYTE* buffer, DWORD* size, auto) {
+    const Replaced naming(&::CryptGetProvParam, [&](auto, auto, BYTE* buffer, DWORD* size, auto) {
         *size = sizeof(path);
         if (buffer)
             std::copy_n(path, sizeof(path), buffer);
         return TRUE;
     });
-    const Json::Value json = parseJson(createCertificationRequestEx(gost, parameters, tokenOf));
-    EXPECT_EQ(json["token"].asString(), path);
-    EXPECT_EQ(json["path"], json["token"]);
-}
-
-TEST_F(Request, EachCallFailsOnce) {
-    // challengePassword (RFC 2985 5.4.1)
-    parameters.enrollmentParameters =
-        shared(asn1::encodeAttribute({"1.2.840.113549.1.9.7", {hexToBin("0C0161")}}));
     int left = 0;
     const auto create = [&] {
-        createCertificationRequestEx(gost, parameters, [](auto&) { return Json::Value(); });
+        const Json::Value json = parseJson(createCertificationRequestEx(
+            gost, parameters, [](const std::wstring& token) { return Json::Value(toUtf8(token)); }));
+        EXPECT_EQ(json["token"], path);
+        EXPECT_EQ(json["path"], path);
     };
     const auto prepare = [&] {
         left += container.exists();
@@ -91,25 +73,20 @@ TEST_F(Request, EachCallFailsOnce) {
 
 // Another program makes a container with a longer name while they are listed.
 TEST(Response, ContainersMayComeWhileTheyAreListed) {
-    std::vector<std::string_view> containers{"a", "b"};
-    std::size_t next = 0;
+    std::vector<std::string_view> told{"a", "longer", "a", "longer", "b", ""};
     const Replaced patch(&::CryptGetProvParam, [&](auto, auto, BYTE* buffer, DWORD* size, DWORD flags) {
-        if (flags & CRYPT_FIRST)
-            next = 0;
         if (!buffer) {
             *size = 2;
             return TRUE;
         }
-        const std::string_view name = next < containers.size() ? containers[next] : "";
-        const bool hasRoom = name.size() < *size;
+        const std::string_view name = told.front();
+        told.erase(told.begin());
+        EXPECT_EQ(flags, name == "a" ? CRYPT_FIRST : 0);
+        const bool isTold = !name.empty() && name.size() < std::exchange(*size, name.size() + 1);
         ::SetLastError(name.empty() ? ERROR_NO_MORE_ITEMS : ERROR_MORE_DATA);
-        *size = static_cast<DWORD>(name.size() + 1);
-        if (name.empty() || !hasRoom)
-            return FALSE;
-        *std::ranges::copy(name, buffer).out = 0;
-        if (++next == 1 && containers.size() == 2)
-            containers.insert(containers.begin() + 1, "longer");
-        return TRUE;
+        if (isTold)
+            *std::ranges::copy(name, buffer).out = 0;
+        return BOOL{isTold};
     });
     EXPECT_EQ(detail::containerNames(0), (std::vector<std::wstring>{L"a", L"longer", L"b"}));
 }
@@ -145,8 +122,7 @@ TEST(Response, EachCallFailsOnce) {
 class Recorded final : public ScriptHost::Unscriptable<Com::PlainObject<IDispatch>> {
 public:
     using Note = std::function<HRESULT(const std::wstring&)>;
-    Recorded(std::wstring name, const IID& iid, const Note& note)
-        : name_(std::move(name)), iid_(iid), note_(note) {}
+    Recorded(std::wstring name, const Note& note) : name_(std::move(name)), note_(note) {}
 
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID*) override {
         member_ = names[0];
@@ -167,7 +143,7 @@ public:
         }
         if (kind == DISPATCH_PROPERTYGET && member_ == L"PrivateKey") {
             V_VT(result) = VT_DISPATCH;
-            V_DISPATCH(result) = Com::makeObject<Recorded>(L"key", IID_IDispatch, note_).detach();
+            V_DISPATCH(result) = Com::makeObject<Recorded>(L"key", note_).detach();
         } else if (result) {
             V_VT(result) = VT_BSTR;
             V_BSTR(result) = ::SysAllocString(L"Base64");
@@ -176,10 +152,6 @@ public:
     }
 
 private:
-    void* findInterface(REFIID iid) noexcept override {
-        return iid == iid_ ? this : PlainObject::findInterface(iid);
-    }
-
     static std::wstring textOf(const VARIANT& value) {
         if (V_VT(&value) == VT_DISPATCH)
             return static_cast<Recorded*>(V_DISPATCH(&value))->name_;
@@ -190,23 +162,14 @@ private:
     }
 
     std::wstring name_, member_;
-    IID iid_;
     const Note& note_;
 };
 
-constexpr GUID enrollmentGuid(unsigned long first) {
-    return {first, 0x217D, 0x11DA, {0xB2, 0xA4, 0x00, 0x0E, 0x7B, 0xBB, 0x2B, 0x09}};
+std::wstring textOf(const GUID& guid) {
+    std::wstring text(38, L'\0');
+    ::StringFromGUID2(guid, text.data(), 39);
+    return text;
 }
-const struct {
-    const wchar_t* name;
-    CLSID clsid;
-    IID iid;
-} classes[] = {{L"pkcs10", enrollmentGuid(0x884E2042), enrollmentGuid(0x728AB342)},
-               {L"pkcs7", enrollmentGuid(0x884E2044), enrollmentGuid(0x728AB344)},
-               {L"signer", enrollmentGuid(0x884E203D), enrollmentGuid(0x728AB33D)},
-               {L"control",
-                {0x43F8F289, 0x7A20, 0x11D0, {0x8F, 0x06, 0x00, 0xC0, 0x4F, 0xC2, 0x95, 0xE1}},
-                {0xF8053FE5, 0x78F4, 0x448F, {0xA0, 0xDB, 0x41, 0xD6, 0x1B, 0x73, 0x44, 0x6B}}}};
 
 TEST(Renewal, MakesTheCallsOfTheTableAndTellsWhichFailed) {
     KeyContainer container(rsaRecord(), L"renewal");
@@ -225,11 +188,14 @@ TEST(Renewal, MakesTheCallsOfTheTableAndTellsWhichFailed) {
         notes.push_back(toUtf8(line));
         return notes.size() == failing ? NTE_SILENT_CONTEXT : S_OK;
     };
+    const auto table = readTable("requests/renewal.txt", 3);
     const Replaced creating(&::CoCreateInstance, [&](REFCLSID clsid, auto, auto, REFIID iid, void** object) {
-        const auto& made = *std::ranges::find(classes, clsid, [](const auto& each) { return each.clsid; });
-        const HRESULT hr = note(std::wstring(L"new ") + made.name);
-        return FAILED(hr) ? hr
-                          : Com::makeObject<Recorded>(made.name, made.iid, note)->QueryInterface(iid, object);
+        const std::string identifiers = toUtf8(textOf(clsid) + L" " + textOf(iid));
+        const auto row = std::ranges::find_if(table, [&](auto& each) { return each[2] == identifiers; });
+        const std::wstring name = row != table.end() ? wide((*row)[1]) : L"other";
+        const HRESULT hr = note(L"new " + name);
+        *object = FAILED(hr) ? nullptr : Com::makeObject<Recorded>(name, note).detach();
+        return hr;
     });
     const auto bare = pkiCertificate("signer");
     EXPECT_EQ(failureOf([&] { createCertificateRequest(5)->getRenewalRequest(false, bare); }),
@@ -243,7 +209,7 @@ TEST(Renewal, MakesTheCallsOfTheTableAndTellsWhichFailed) {
         SCOPED_TRACE(name);
         std::vector<std::string> calls;
         std::vector<std::string> errors;
-        for (auto row : readTable("requests/renewal.txt", 3)) {
+        for (auto row : table) {
             if ((row[0] + ' ').find(name + std::string(" ")) == std::string::npos)
                 continue;
             for (const auto& [mark, text] :

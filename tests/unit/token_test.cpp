@@ -1,5 +1,5 @@
 // Tokens and cards, by the stand-ins for their modules and for the service (tests/platform/token). What
-// scripts see of them is in scripts/tokens-test.
+// scripts see of them is in scripts/tokens.js.
 #include "api_faults.h"
 #include "binary/base64.h"
 #include "core/exception_text.h"
@@ -39,14 +39,13 @@ using Lines = std::vector<std::string>;
 // A folder with the test token's module under the names of drivers, on the search path as long as it lives.
 class TokenFolder {
 public:
-    TokenFolder() : path(make()) {
-        wchar_t old[32767]{};
-        ::GetEnvironmentVariableW(L"PATH", old, 32767);
-        searched_ = old;
+    TokenFolder() {
+        std::filesystem::create_directory(path);
+        ::GetEnvironmentVariableW(L"PATH", searched_, 32767);
         ::SetEnvironmentVariableW(L"PATH", (path.wstring() + L";" + searched_).c_str());
     }
     ~TokenFolder() {
-        ::SetEnvironmentVariableW(L"PATH", searched_.c_str());
+        ::SetEnvironmentVariableW(L"PATH", searched_);
         std::error_code ignored;
         std::filesystem::remove_all(path, ignored);
     }
@@ -77,20 +76,18 @@ public:
         return lines;
     }
 
-    const std::filesystem::path path;
+    const std::filesystem::path path = unusedName();
 
 private:
     // A DLL that stayed loaded stays in its folder, where a later program of the same number finds it.
-    static std::filesystem::path make() {
-        const auto name = L"corvane-token-" + std::to_wstring(::GetCurrentProcessId()) + L"-";
-        for (int number = 1;; ++number) {
-            auto folder = std::filesystem::temp_directory_path() / (name + std::to_wstring(number));
-            if (std::filesystem::create_directory(folder))
-                return folder;
-        }
+    static std::filesystem::path unusedName() {
+        wchar_t file[MAX_PATH];
+        ::GetTempFileNameW(std::filesystem::temp_directory_path().c_str(), L"tok", 0, file);
+        std::filesystem::remove(file);
+        return file;
     }
 
-    std::wstring searched_;
+    wchar_t searched_[32767]{};
 };
 
 // How often a call succeeded.
@@ -130,11 +127,10 @@ const std::string nameHex = "300F310D300B06035504030C0454657374";
 const std::string extensionsHex = "300D300B0603551D0F040403020780";
 const std::string attributeHex = "300A06032A030431030C0178";
 
-std::wstring request(std::string_view name = nameHex, std::string_view extensions = extensionsHex,
-                     std::string_view attribute = attributeHex) {
-    const Bytes more = hexToBin(attribute);
+std::wstring request() {
+    const Bytes more = hexToBin(attributeHex);
     return createCertificationRequestGOST(slot, SecretNarrowText(pin),
-                                          {hexToBin(name), hexToBin(extensions), &more});
+                                          {hexToBin(nameHex), hexToBin(extensionsHex), &more});
 }
 
 void addNumber(HKEY hive, const std::wstring& key, const wchar_t* name, DWORD number) {
@@ -207,24 +203,23 @@ protected:
 };
 
 TEST_F(TokenRequest, AModuleHasOneUserAtATime) {
-    const auto module = cryptoki::Pkcs11Module::load(L"rtPKCS11ECP.dll");
     const std::wstring busy = L"C_Initialize: CKR_CRYPTOKI_ALREADY_INITIALIZED";
-    EXPECT_EQ(textOfFailure([] { cryptoki::Pkcs11Module::load(L"rtPKCS11ECP.dll"); }), busy);
-    // Another thread waits, a probe as long as it may.
-    detail::ProbedDriver probed;
-    const ULONGLONG begun = ::GetTickCount64();
-    std::thread([&] { probed = detail::probeDriver(L"rtPKCS11ECP.dll", 100); }).join();
-    EXPECT_GE(::GetTickCount64() - begun, 80u);  // as far as that clock counts
-    EXPECT_EQ(probed.failure, busy);
-    EXPECT_EQ(module.getSlotList().size(), 1u);
-}
-
-// A host that uses the module itself keeps it as it was.
-TEST_F(TokenRequest, LeavesTheModuleOfTheHostAlone) {
+    {
+        const auto module = cryptoki::Pkcs11Module::load(L"rtPKCS11ECP.dll");
+        EXPECT_EQ(textOfFailure([] { request(); }), busy);
+        // Another thread waits, a probe as long as it may.
+        detail::ProbedDriver probed;
+        const ULONGLONG begun = ::GetTickCount64();
+        std::thread([&] { probed = detail::probeDriver(L"rtPKCS11ECP.dll", 100); }).join();
+        EXPECT_GE(::GetTickCount64() - begun, 80u);  // as far as that clock counts
+        EXPECT_EQ(probed.failure, busy);
+        EXPECT_EQ(module.getSlotList().size(), 1u);
+    }
+    // A host that uses the module itself keeps it as it was.
     cryptoki::Library host;
     ASSERT_FALSE(host.load((folder.path / "rtPKCS11ECP.dll").c_str()).failed());
     ASSERT_FALSE(host.initialize().failed());
-    EXPECT_EQ(textOfFailure([] { request(); }), L"C_Initialize: CKR_CRYPTOKI_ALREADY_INITIALIZED");
+    EXPECT_EQ(textOfFailure([] { request(); }), busy);
     CK_ULONG count = 0;
     EXPECT_EQ(host.functions()->C_GetSlotList(CK_TRUE, nullptr, &count), CKR_OK);
 }
@@ -334,51 +329,22 @@ TEST_F(TokenRequest, MakesTheObjectsOfTheTable) {
         << der;
 }
 
-TEST(TokenDiscovery, AsksTheDriversInTheirOrder) {
+// The drivers in their order, then the removable disks where the provider keeps keys on such.
+TEST(TokenDiscovery, TellsOfTokensAndDisks) {
     const ScratchRegistry registry;
     const TokenFolder folder;
-    EXPECT_EQ(parseJson(Crypto::getTokensInfo()), Json::Value(Json::arrayValue));
-    folder.addDriver("isbc_pkcs11_main", L"ISBC 0");
-    folder.addDriver("jcPKCS11-2", L"ARDS JaCarta 0");
-    folder.addDriver("rtPKCS11", slot);
-    folder.addDriver("jcPKCS11ds");
-    folder.set("rtPKCS11", L"token", L"model", L"Rutoken ECP");
-    folder.set("rtPKCS11", L"token", L"free", L"4294967295");
-    folder.set("jcPKCS11-2", L"token", L"fail", L"C_GetTokenInfo=0xE1");
-    ScratchRegistry::addText(
-        HKEY_LOCAL_MACHINE,
-        L"SOFTWARE\\Crypto Pro\\Cryptography\\CurrentVersion\\KeyCarriers\\RutokenECP\\Default", L"Folders",
-        L"0A00\\0B00\\0C00");
-    const Json::Value list = parseJson(Crypto::getTokensInfo());
-    ASSERT_EQ(list.size(), 2u);
-    EXPECT_EQ(
-        list[0],
-        parseJson(LR"({"slot": "Aktiv Rutoken ECP 0", "manufacturer": "Test tokens", "model": "Rutoken ECP",
-              "serialNumber": "2f5a01c7", "totalMemory": 65536, "freeMemory": null, "type": "RutokenECP",
-              "name": "RutokenECP", "nickname": "Aktiv Rutoken ECP 0", "media": "2f5a01c7", "gost": true,
-              "maxContainerCount": 3})"));
-    EXPECT_EQ(list[1]["slot"], "ISBC 0");
-    EXPECT_FALSE(list[1].isMember("type") || list[1].isMember("certified"));
-    EXPECT_EQ(folder.takeLog("jcPKCS11ds"),
-              (Lines{"C_GetFunctionList 0x0", "C_Initialize 0x0", "C_GetSlotList 0x0", "C_Finalize 0x0"}));
-}
-
-// Drives as the system tells of them.
-struct Drive {
-    UINT type = DRIVE_NO_ROOT_DIR;
-    const wchar_t* label = nullptr;  // none where there is no medium
-    ULONGLONG total = 0;             // none where it cannot be read
-};
-
-TEST(TokenDiscovery, ListsTheRemovableDisksOfTheProvider) {
-    const ScratchRegistry registry;
-    const TokenFolder folder;
+    // As the system tells of them: none has a label where there is no medium, or a size where it cannot be
+    // read.
+    struct Drive {
+        UINT type = DRIVE_NO_ROOT_DIR;
+        const wchar_t* label = nullptr;
+        ULONGLONG total = 0;
+    };
     std::map<wchar_t, Drive> drives{{L'A', {DRIVE_REMOVABLE}},
                                     {L'C', {DRIVE_FIXED, L"System", 1}},
                                     {L'E', {DRIVE_REMOVABLE, L"Ключи", 0x2'0000'0003}},
                                     {L'F', {DRIVE_REMOVABLE, L"", 1'457'664}},
-                                    {L'G', {DRIVE_REMOVABLE, L"not formatted"}},
-                                    {L'N', {DRIVE_REMOTE, L"Share", 1}}};
+                                    {L'G', {DRIVE_REMOVABLE, L"not formatted"}}};
     const Replaced type(&::GetDriveTypeW, [&](LPCWSTR root) { return drives[*root].type; });
     const Replaced volume(&::GetVolumeInformationW,
                           [&](LPCWSTR root, LPWSTR label, DWORD room, DWORD* number, auto, auto, auto, auto) {
@@ -392,20 +358,21 @@ TEST(TokenDiscovery, ListsTheRemovableDisksOfTheProvider) {
         total->QuadPart = drives[*root].total;
         return total->QuadPart != 0;
     });
-    EXPECT_EQ(parseJson(Crypto::getTokensInfo()), Json::Value(Json::arrayValue))
-        << "the provider keeps no keys on disks";
-    RegistryKey key;
-    ::RegCreateKeyW(HKEY_LOCAL_MACHINE,
-                    L"SOFTWARE\\Crypto Pro\\Cryptography\\CurrentVersion\\KeyDevices\\FAT12", key.put());
-    EXPECT_EQ(
-        parseJson(Crypto::getTokensInfo()),
-        parseJson(
-            LR"([{"slot": "FAT12_E", "nickname": "FAT12_E", "name": "Ключи", "type": "FAT12", "gost": false,
-              "manufacturer": "", "model": "", "serialNumber": "0012ABCD", "media": "0012ABCD",
-              "totalMemory": 8589934595, "freeMemory": 512},
-             {"slot": "FAT12_F", "nickname": "FAT12_F", "name": "F:", "type": "FAT12", "gost": false,
-              "manufacturer": "", "model": "", "serialNumber": "0012ABCD", "media": "0012ABCD",
-              "totalMemory": 1457664, "freeMemory": 512}])"));
+    EXPECT_EQ(parseJson(Crypto::getTokensInfo()), Json::Value(Json::arrayValue));
+    folder.addDriver("isbc_pkcs11_main", L"ISBC 0");
+    folder.addDriver("jcPKCS11-2", L"ARDS JaCarta 0");
+    folder.addDriver("rtPKCS11", slot);
+    folder.addDriver("jcPKCS11ds");
+    folder.set("rtPKCS11", L"token", L"model", L"Rutoken ECP");
+    folder.set("rtPKCS11", L"token", L"free", L"4294967295");
+    folder.set("jcPKCS11-2", L"token", L"fail", L"C_GetTokenInfo=0xE1");
+    const std::wstring provider = L"SOFTWARE\\Crypto Pro\\Cryptography\\CurrentVersion\\";
+    ScratchRegistry::addText(HKEY_LOCAL_MACHINE, (provider + L"KeyCarriers\\RutokenECP\\Default").c_str(),
+                             L"Folders", L"0A00\\0B00\\0C00");
+    ScratchRegistry::addText(HKEY_LOCAL_MACHINE, (provider + L"KeyDevices\\FAT12").c_str(), L"", L"");
+    EXPECT_EQ(parseJson(Crypto::getTokensInfo()), parseJson(fromUtf8(readTestText("token/tokens.json"))));
+    EXPECT_EQ(folder.takeLog("jcPKCS11ds"),
+              (Lines{"C_GetFunctionList 0x0", "C_Initialize 0x0", "C_GetSlotList 0x0", "C_Finalize 0x0"}));
 }
 
 // Of four drivers three fail, each in its way; their threads are ended, and what they hold is not used again.
@@ -458,36 +425,27 @@ TEST(TokenDiscovery, ReadsTheVersionOfAnInstalledDriver) {
         EXPECT_EQ(Crypto::getTokenDriverVersion(none), L"");
 }
 
-constexpr wchar_t jaCarta[] = L"ARDS JaCarta 0";
-constexpr wchar_t rutokenCommand[] = L"00CA01890E";
-constexpr wchar_t jaCartaCommand[] = L"00CA000100";
-
 // The first library of its name that is loaded stays the service of the process, so this one comes before all
 // tests.
-const struct CardService {
+const struct CardService : TokenFolder {
     CardService() {
-        std::filesystem::copy_file(testcard_file, folder.path / "winscard.dll");
-        library = ::LoadLibraryW((folder.path / "winscard.dll").c_str());
+        std::filesystem::copy_file(testcard_file, path / "winscard.dll");
+        library.attach(::LoadLibraryW((path / "winscard.dll").c_str()));
     }
-    ~CardService() { ::FreeLibrary(library); }
-    CardService(const CardService&) = delete;
-    CardService& operator=(const CardService&) = delete;
-
-    const TokenFolder folder;
-    HMODULE library = nullptr;
+    UniqueHandle<cryptoki::detail::LibraryTraits> library;
 } service;
 
 class SmartCardTest : public testing::Test {
 protected:
-    static void set(const wchar_t* section, const wchar_t* key, const std::wstring& value) {
-        service.folder.set("winscard", section, key, value);
+    static void set(const std::wstring& section, const std::wstring& key, const std::wstring& value) {
+        service.set("winscard", section.c_str(), key.c_str(), value);
     }
 
     // What scripts are told: nothing where nothing is known, be it that there is no card to ask.
     std::string certified(const std::wstring& reader) {
-        service.folder.takeLog("winscard");
+        service.takeLog("winscard");
         const Json::Value item = Crypto::describeToken({reader, L"", L"", L"", {}, {}});
-        calls = service.folder.takeLog("winscard");
+        calls = service.takeLog("winscard");
         expectGivenBack(calls, {{"SCardEstablishContext", "SCardReleaseContext"},
                                 {"SCardConnect", "SCardDisconnect"},
                                 {"SCardBeginTransaction", "SCardEndTransaction"}});
@@ -497,44 +455,40 @@ protected:
     Lines calls;
 };
 
-TEST_F(SmartCardTest, TellsWhatTheTokenSays) {
-    set(jaCarta, L"00C0000014", L"0000000000000000000000073132333435363190");
+TEST_F(SmartCardTest, AsksInTheWayOfTheMaker) {
     for (const auto& row : readTable("token/answers.txt", 5)) {
-        const std::wstring reader = wide(row[1]);
-        const bool isJaCarta = row[1].find("ARDS") != std::string::npos;
-        set(reader.c_str(), L"protocol", wide(row[2]));
-        set(reader.c_str(), isJaCarta ? jaCartaCommand : rutokenCommand, wide(row[3]));
-        EXPECT_EQ(certified(reader), row[4]) << row[0];
-    }
-    set(jaCarta, L"protocol", L"0");
-    set(jaCarta, jaCartaCommand, L"6114");
-    for (const wchar_t* call :
-         {L"SCardEstablishContext", L"SCardConnect", L"SCardBeginTransaction", L"SCardTransmit"}) {
-        EXPECT_EQ(certified(jaCarta), "yes");
-        set(L"service", L"fail", std::wstring(call) + L"=0x80100068");  // SCARD_W_RESET_CARD
-        EXPECT_EQ(certified(jaCarta), "unknown") << toUtf8(call);
-        EXPECT_EQ(countOf(calls, "SCardReconnect"), call == std::wstring(L"SCardTransmit") ? 1 : 0);
-        set(L"service", L"fail", L"");
+        const bool isJaCarta = row[1].starts_with("ARDS");
+        Lines expected{"SCardEstablishContext 2", "SCardConnect " + row[1] + " 2 3"};
+        if (isJaCarta)
+            expected.emplace_back("SCardBeginTransaction");
+        set(wide(row[1]), L"protocol", wide(row[2]));
+        std::istringstream answers(row[3]);
+        for (std::string word; answers >> word;) {
+            const std::string command = word.substr(0, word.find('='));
+            set(wide(row[1]), wide(command), wide(word.substr(command.size() + 1)));
+            expected.push_back("SCardTransmit T" + row[2] + ' ' + command);
+        }
+        if (isJaCarta)
+            expected.emplace_back("SCardEndTransaction");
+        expected.insert(expected.end(), {"SCardDisconnect 0", "SCardReleaseContext"});
+        for (std::string& call : expected)
+            call += " 0x0";
+        EXPECT_EQ(certified(wide(row[1])), row[4]) << row[0];
+        EXPECT_EQ(calls, expected) << row[0];
     }
 }
 
-TEST_F(SmartCardTest, AsksInTheWayOfTheMaker) {
-    set(slot, L"protocol", L"0");
-    set(slot, rutokenCommand, L"6107");
-    set(slot, L"00C0000007", L"00000000000190");
-    set(jaCarta, L"protocol", L"1");
-    EXPECT_EQ(certified(slot), "yes");
-    EXPECT_EQ(calls, (Lines{"SCardEstablishContext 2 0x0", "SCardConnect Aktiv Rutoken ECP 0 2 3 0x0",
-                            "SCardTransmit T0 00CA01890E 0x0", "SCardTransmit T0 00C0000007 0x0",
-                            "SCardDisconnect 0 0x0", "SCardReleaseContext 0x0"}));
-    set(slot, rutokenCommand, L"6C06");
-    set(slot, L"00CA018906", L"000000000000");
-    EXPECT_EQ(certified(slot), "no");
-    certified(jaCarta);
-    EXPECT_EQ(calls, (Lines{"SCardEstablishContext 2 0x0", "SCardConnect ARDS JaCarta 0 2 3 0x0",
-                            "SCardBeginTransaction 0x0", "SCardTransmit T1 00A4040007A000000151000007 0x0",
-                            "SCardTransmit T1 00CA000100 0x0", "SCardEndTransaction 0x0",
-                            "SCardDisconnect 0 0x0", "SCardReleaseContext 0x0"}));
+TEST_F(SmartCardTest, NothingIsKnownWhereACallFails) {
+    const std::wstring reader = L"ARDS failing";
+    set(reader, L"00CA000100", L"0000000000000000000000073132333435363190");
+    for (const wchar_t* call :
+         {L"SCardEstablishContext", L"SCardConnect", L"SCardBeginTransaction", L"SCardTransmit"}) {
+        EXPECT_EQ(certified(reader), "yes");
+        set(L"service", L"fail", std::wstring(call) + L"=0x80100068");  // SCARD_W_RESET_CARD
+        EXPECT_EQ(certified(reader), "unknown") << toUtf8(call);
+        EXPECT_EQ(countOf(calls, "SCardReconnect"), call == std::wstring(L"SCardTransmit") ? 1 : 0);
+        set(L"service", L"fail", L"");
+    }
 }
 
 }  // namespace
