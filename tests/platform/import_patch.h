@@ -28,22 +28,16 @@ class ImportPatch {
 public:
     template <class Function>
     ImportPatch(Function* function, Function* replacement, HMODULE importer = ::GetModuleHandleW(nullptr))
-        : ImportPatch(find(reinterpret_cast<void*>(function), importer), reinterpret_cast<void*>(replacement),
-                      importer) {}
+        : ImportPatch(importer, reinterpret_cast<void*>(function), {}, reinterpret_cast<void*>(replacement)) {
+    }
     // The same by the name of the function: the headers of some libraries do not declare it as imported, and
     // another stand-in may be in its place already.
     template <class Function>
     ImportPatch(const char* name, Function* replacement, HMODULE importer = ::GetModuleHandleW(nullptr))
-        : ImportPatch(find(name, importer), reinterpret_cast<void*>(replacement), importer) {}
-    ~ImportPatch() { put(original_); }
+        : ImportPatch(importer, nullptr, name, reinterpret_cast<void*>(replacement)) {}
+    ~ImportPatch() { putIntoSlot(*slot_, original_); }
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
-
-    // What calls went to before. (The address of the function would be read from the table again.)
-    template <class Function>
-    Function* original() const noexcept {
-        return reinterpret_cast<Function*>(original_);
-    }
 
     // What a call of a function of this program reaches now: the address of one that is not declared as
     // imported is a jump through its slot.
@@ -57,30 +51,21 @@ public:
     }
 
 private:
-    ImportPatch(void*& slot, void* replacement, HMODULE importer) : slot_(slot) {
-        settleSlot(importer, slot_);
-        original_ = slot_;
-        put(replacement);
+    ImportPatch(HMODULE importer, void* address, std::string_view name, void* replacement)
+        : slot_(address ? slotOf(address) : nullptr) {
+        if (!slot_)
+            forEachImport(importer, [&](std::string_view each, void*& slot) {
+                if (address ? slot == address : each == name)
+                    slot_ = &slot;
+            });
+        if (!slot_)
+            throw std::runtime_error("the function is not imported");
+        settleSlot(importer, *slot_);
+        original_ = *slot_;
+        putIntoSlot(*slot_, replacement);
     }
 
-    static void*& find(void* address, HMODULE importer) {
-        void** slot = slotOf(address);
-        return slot ? *slot : find(importer, [&](std::string_view, void* each) { return each == address; });
-    }
-    static void*& find(std::string_view name, HMODULE importer) {
-        return find(importer, [&](std::string_view each, void*) { return each == name; });
-    }
-    template <class Test>
-    static void*& find(HMODULE importer, Test test) {
-        void** found = nullptr;
-        forEachImport(importer,
-                      [&](std::string_view name, void*& slot) { found = test(name, slot) ? &slot : found; });
-        return found ? *found : throw std::runtime_error("the function is not imported");
-    }
-
-    void put(void* value) noexcept { putIntoSlot(slot_, value); }
-
-    void*& slot_;
+    void** slot_;
     void* original_ =
         nullptr;  // read from the slot: the compiler takes the function's address for a constant
 };

@@ -29,15 +29,7 @@ cases.request = function () {
     request.ToFile(folder + "request.der");
     binaryOf(result.path).ToFile(folder + "path.txt");
 
-    var told = JSON.parse(service.DecodeCertificationRequest(request));
-    equalAll([
-        ["subject", 'CN=Петров Пётр,O=ООО \\"Ромашка\\",SNILS=12345678901,INN=001234567890,C=RU', told.subject],
-        ["signatureValid", true, told.signatureValid],
-        ["publicKeyAlgorithm", "1.2.643.2.2.19", told.publicKeyAlgorithm],
-        ["keyUsages", "digitalSignature,nonRepudiation", told.keyUsages.join()],
-        ["attributes", 2, told.attributes.length],
-        ["the password", "DAFh", told.attributes[1].values[0]]
-    ]);
+    equal(JSON.parse(service.DecodeCertificationRequest(request)).signatureValid, true);
     var changed = request.ToHexString().replace("310B3009060355040613025255", "310B3009060355040613025553"); // the country
     var refused = JSON.parse(service.DecodeCertificationRequest(hex(changed)));
     equal(refused.signatureValid, false);
@@ -67,21 +59,15 @@ cases.install = function () {
     var path = textOf(load("path.txt"));
     var digits = load("answer.cer").ToHexString();
     var base64 = load("answer.cer").ToBase64();
-    var others = [
-        ["31" + digits.substr(2), "[324] Ошибка при получении содержимого объекта криптографии"],
-        ["", "[324] "],
-        ["no certificate", "[324] "],
-        ["ABCD", "[324] "],
-        [base64.substr(0, 400), "[324] "],
-        [base64.substr(0, 40) + "ж" + base64.substr(41), "[324] "],
-        [load("list.p7s").ToBase64(), "[324] "],
-        [load("list.p7s").ToHexString(), "[324] "],
-        [load("foreign.cer").ToBase64(), "[323] "]
-    ];
+    var list = load("list.p7s"); // of certificates, but a message
+    var others = ["", "no certificate", "ABCD", "31" + digits.substr(2), base64.substr(0, 400)];
+    others.push(base64.substr(0, 40) + "ж" + base64.substr(41), list.ToBase64(), list.ToHexString());
     var count = service.GetCertificates().count;
     for (var i = 0; i < others.length; ++i) {
-        fails(function () { service.InstallCertificateResponse(others[i][0], "My"); }, others[i][1], others[i][0].substr(0, 30));
+        fails(function () { service.InstallCertificateResponse(others[i], "My"); },
+            "[324] Ошибка при получении содержимого объекта криптографии", others[i].substr(0, 30));
     }
+    fails(function () { service.InstallCertificateResponse(load("foreign.cer").ToBase64(), "My"); }, "[323] ");
     var wrong = "[327] Контейнер не соответствует устанавливаемому сертификату";
     fails(function () { service.InstallCertificateResponseEx(load("plain.cer").ToBase64(), path, "My"); }, wrong);
     fails(function () { service.InstallCertificateResponseEx(base64, container + " signature", "My"); }, wrong);

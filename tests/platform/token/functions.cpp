@@ -29,7 +29,7 @@ constexpr CK_ULONG digestSize = 32, keySize = 32;
 struct Session {
     bool isWritable = false;
     bool isLoggedIn = false;
-    std::optional<std::vector<CK_OBJECT_HANDLE>> found;
+    std::vector<CK_OBJECT_HANDLE> found;
     CK_OBJECT_HANDLE signingKey = 0;
 };
 
@@ -54,13 +54,12 @@ void fill(unsigned char (&field)[size], const std::wstring& text) {
     std::copy_n(bytes.begin(), std::min(bytes.size(), size), field);
 }
 
-// Gives a result as PKCS#11 does; whether it is given, and not only its size.
-bool give(View result, void* out, CK_ULONG* size) {
+// Gives a result as PKCS#11 does, or only its size.
+void give(View result, void* out, CK_ULONG* size) {
     const CK_ULONG room = std::exchange(*size, static_cast<CK_ULONG>(result.size()));
     need(!out || room >= result.size(), CKR_BUFFER_TOO_SMALL);
     if (out)
         std::ranges::copy(result, static_cast<unsigned char*>(out));
-    return out != nullptr;
 }
 
 // Of public keys or signatures.
@@ -121,8 +120,9 @@ void initialize(void* arguments) {
 }
 
 void finalize(void*) {
-    if (std::exchange(theOpenSession, std::nullopt))
+    if (theOpenSession)
         log("left open");
+    theOpenSession.reset();
     isInitialized = false;
 }
 
@@ -156,7 +156,9 @@ void openSession(CK_SLOT_ID slot, CK_FLAGS flags, void*, CK_NOTIFY, CK_SESSION_H
     theOpenSession.emplace().isWritable = flags & CKF_RW_SESSION;
 }
 
-void closeSession(Session&) {
+void closeSession(Session& session) {
+    if (session.isLoggedIn)
+        log("left open");
     theOpenSession.reset();
 }
 
@@ -185,27 +187,22 @@ void getAttributeValue(Session& session, CK_OBJECT_HANDLE handle, CK_ATTRIBUTE* 
 }
 
 void findObjectsInit(Session& session, CK_ATTRIBUTE* attributes, CK_ULONG count) {
-    need(!session.found, CKR_OPERATION_ACTIVE);
-    session.found.emplace();
     const Object wanted = objectOf(attributes, count);
     for (CK_OBJECT_HANDLE each = 1; each <= objects.size(); ++each)
         if (isThere(session, each) && std::ranges::includes(objects[each - 1], wanted))
-            session.found->push_back(each);
+            session.found.push_back(each);
 }
 
 // One at a time.
 void findObjects(Session& session, CK_OBJECT_HANDLE* list, CK_ULONG, CK_ULONG* count) {
-    need(session.found.has_value(), CKR_OPERATION_NOT_INITIALIZED);
-    *count = session.found->empty() ? 0 : 1;
+    *count = session.found.empty() ? 0 : 1;
     if (*count) {
-        *list = session.found->front();
-        session.found->erase(session.found->begin());
+        *list = session.found.front();
+        session.found.erase(session.found.begin());
     }
 }
 
-void findObjectsFinal(Session& session) {
-    need(std::exchange(session.found, std::nullopt).has_value(), CKR_OPERATION_NOT_INITIALIZED);
-}
+void findObjectsFinal(Session&) {}
 
 void generateKeyPair(Session& session, CK_MECHANISM* mechanism, CK_ATTRIBUTE* ofPublic, CK_ULONG publicCount,
                      CK_ATTRIBUTE* ofPrivate, CK_ULONG privateCount, CK_OBJECT_HANDLE* publicKey,
@@ -237,12 +234,10 @@ void signInit(Session& session, CK_MECHANISM* mechanism, CK_OBJECT_HANDLE key) {
 }
 
 void sign(Session& session, unsigned char* data, CK_ULONG dataSize, unsigned char* out, CK_ULONG* size) {
-    need(session.signingKey, CKR_OPERATION_NOT_INITIALIZED);
-    need(dataSize == digestSize, CKR_DATA_LEN_RANGE);
+    need(session.signingKey && dataSize == digestSize, CKR_DATA_LEN_RANGE);
     Bytes result = Gost::sign(curve, objects[session.signingKey - 1].at(CKA_VALUE), View(data, dataSize));
     result.resize(sizeOf(L"signature"));
-    if (give(result, out, size))
-        session.signingKey = 0;
+    give(result, out, size);
 }
 
 template <class Body>
@@ -269,7 +264,6 @@ struct Name {
 template <Name name, auto function, class... Arguments>
 CK_RV entry(Arguments... arguments) {
     return call(name.text, [&] {
-        need(isInitialized || std::string_view(name.text) == "C_Initialize", CKR_CRYPTOKI_NOT_INITIALIZED);
         if constexpr (std::is_invocable_v<decltype(function), Arguments...>) {
             function(arguments...);
         } else {
@@ -318,8 +312,10 @@ extern "C" CK_RV C_GetFunctionList(CK_FUNCTION_LIST** list) {
 }
 
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
-    if (reason == DLL_PROCESS_ATTACH &&
-        Corvane::Platform::setting(Corvane::Platform::Token::section, L"fail") == L"DllMain=hang")
-        Corvane::Platform::plannedFailure(Corvane::Platform::Token::section, "DllMain");
+    using namespace Corvane::Platform::Token;
+    if (reason == DLL_PROCESS_ATTACH && Corvane::Platform::setting(section, L"fail") == L"DllMain=hang")
+        Corvane::Platform::plannedFailure(section, "DllMain");
+    if (reason == DLL_PROCESS_DETACH && isInitialized)
+        Corvane::Platform::log("left open");
     return TRUE;
 }

@@ -23,10 +23,7 @@ inline std::wstring setting(const wchar_t* section, const wchar_t* name, const w
 
 // ASCII.
 inline std::string narrow(const std::wstring& text) {
-    std::string bytes(text.size(), '?');
-    for (std::size_t i = 0; i < text.size(); ++i)
-        bytes[i] = static_cast<char>(text[i]);
-    return bytes;
+    return {text.begin(), text.end()};
 }
 
 inline std::string hex(View bytes) {
