@@ -43,7 +43,7 @@ cases.request = function () {
         }, text);
     }
     refuse("", null, "[301] Ошибка при получении криптопровайдера");
-    refuse("\u0000x", null, "[301] ");
+    refuse(" none\u0000x", null, "[301] ");
     refuse(" other", name, "[609] ");
     // A container with a key for signatures alone, which no answer is for.
     service.CreateCertificationRequest(container + " signature", 2, name, extensions, false, true);
