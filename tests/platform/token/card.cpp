@@ -55,21 +55,22 @@ LONG WINAPI SCardReleaseContext(SCARDCONTEXT context) {
     return call("SCardReleaseContext", "", context);
 }
 
-LONG WINAPI SCardListReadersW(SCARDCONTEXT context, LPCWSTR, LPWSTR out, LPDWORD size) {
-    return call("SCardListReaders", "", context, [&]() -> LONG {
+LONG WINAPI SCardListReadersW(SCARDCONTEXT hContext, LPCWSTR, LPWSTR mszReaders, LPDWORD pcchReaders) {
+    return call("SCardListReaders", "", hContext, [&]() -> LONG {
         wchar_t sections[4096];
         ::GetPrivateProfileSectionNamesW(sections, 4096, besideModule(L".ini").c_str());
         std::wstring names;
         for (std::wstring name = sections; !name.empty(); name = sections + names.size())
             names += name + L'\0';
         names.erase(names.find(L"service"), sizeof "service");
-        return give(names + L'\0', out, size);
+        return give(names + L'\0', mszReaders, pcchReaders);
     });
 }
 
-LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT context, DWORD, LPSCARD_READERSTATEW states, DWORD count) {
-    return call("SCardGetStatusChange", "", context, [&] {
-        for (SCARD_READERSTATEW* each = states; each != states + count; ++each) {
+LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT hContext, DWORD, LPSCARD_READERSTATEW rgReaderStates,
+                                  DWORD cReaders) {
+    return call("SCardGetStatusChange", "", hContext, [&] {
+        for (SCARD_READERSTATEW* each = rgReaderStates; each != rgReaderStates + cReaders; ++each) {
             const Bytes atr = fromHex(narrow(setting(each->szReader, L"atr")));
             each->cbAtr = sizeof each->rgbAtr;
             each->dwEventState =
@@ -80,21 +81,21 @@ LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT context, DWORD, LPSCARD_READERSTA
     });
 }
 
-LONG WINAPI SCardConnectW(SCARDCONTEXT context, LPCWSTR name, DWORD shareMode, DWORD protocols,
-                          LPSCARDHANDLE card, LPDWORD active) {
-    const std::string what =
-        " " + narrow(name) + " " + std::to_string(shareMode) + " " + std::to_string(protocols);
-    return call("SCardConnect", what, context, [&] {
-        reader = name;
-        *card = theHandle;
-        *active = protocol();
+LONG WINAPI SCardConnectW(SCARDCONTEXT hContext, LPCWSTR szReader, DWORD dwShareMode,
+                          DWORD dwPreferredProtocols, LPSCARDHANDLE phCard, LPDWORD pdwActiveProtocol) {
+    const std::string what = " " + narrow(szReader) + " " + std::to_string(dwShareMode) + " " +
+                             std::to_string(dwPreferredProtocols);
+    return call("SCardConnect", what, hContext, [&] {
+        reader = szReader;
+        *phCard = theHandle;
+        *pdwActiveProtocol = protocol();
         return SCARD_S_SUCCESS;
     });
 }
 
-LONG WINAPI SCardReconnect(SCARDHANDLE card, DWORD, DWORD, DWORD, LPDWORD active) {
-    *active = protocol();
-    return call("SCardReconnect", "", card);
+LONG WINAPI SCardReconnect(SCARDHANDLE hCard, DWORD, DWORD, DWORD, LPDWORD pdwActiveProtocol) {
+    *pdwActiveProtocol = protocol();
+    return call("SCardReconnect", "", hCard);
 }
 
 LONG WINAPI SCardDisconnect(SCARDHANDLE card, DWORD disposition) {
@@ -109,17 +110,19 @@ LONG WINAPI SCardEndTransaction(SCARDHANDLE card, DWORD) {
     return call("SCardEndTransaction", "", card);
 }
 
-LONG WINAPI SCardTransmit(SCARDHANDLE card, LPCSCARD_IO_REQUEST control, LPCBYTE command, DWORD size,
-                          LPSCARD_IO_REQUEST, LPBYTE answer, LPDWORD answerSize) {
+LONG WINAPI SCardTransmit(SCARDHANDLE hCard, LPCSCARD_IO_REQUEST pioSendPci, LPCBYTE pbSendBuffer,
+                          DWORD cbSendLength, LPSCARD_IO_REQUEST, LPBYTE pbRecvBuffer,
+                          LPDWORD pcbRecvLength) {
     static bool isKnown;
-    if (!answer)
+    if (!pbRecvBuffer)
         return (isKnown = !isKnown) ? SCARD_S_SUCCESS : SCARD_E_INVALID_PARAMETER;
-    const std::string digits = hex({command, size});
-    return call(
-        "SCardTransmit", " T" + std::to_string(control->dwProtocol - 1) + " " + digits, card, [&]() -> LONG {
-            if (control->dwProtocol != protocol() || control->cbPciLength != sizeof *control)
-                return SCARD_E_PROTO_MISMATCH;
-            const std::wstring key(digits.begin(), digits.end());
-            return give(fromHex(narrow(setting(reader.c_str(), key.c_str(), L"6D00"))), answer, answerSize);
-        });
+    const std::string digits = hex({pbSendBuffer, cbSendLength});
+    return call("SCardTransmit", " T" + std::to_string(pioSendPci->dwProtocol - 1) + " " + digits, hCard,
+                [&]() -> LONG {
+                    if (pioSendPci->dwProtocol != protocol() || pioSendPci->cbPciLength != sizeof *pioSendPci)
+                        return SCARD_E_PROTO_MISMATCH;
+                    const std::wstring key(digits.begin(), digits.end());
+                    return give(fromHex(narrow(setting(reader.c_str(), key.c_str(), L"6D00"))), pbRecvBuffer,
+                                pcbRecvLength);
+                });
 }
