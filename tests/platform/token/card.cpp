@@ -8,6 +8,7 @@
 #include <winscard.h>
 
 #include <algorithm>
+#include <cwchar>
 #include <utility>
 
 namespace {
@@ -60,9 +61,9 @@ LONG WINAPI SCardListReadersW(SCARDCONTEXT hContext, LPCWSTR, LPWSTR mszReaders,
         wchar_t sections[4096];
         ::GetPrivateProfileSectionNamesW(sections, 4096, besideModule(L".ini").c_str());
         std::wstring names;
-        for (std::wstring name = sections; !name.empty(); name = sections + names.size())
-            names += name + L'\0';
-        names.erase(names.find(L"service"), sizeof "service");
+        for (const wchar_t* name = sections; *name; name += std::wcslen(name) + 1)
+            if (name != std::wstring_view(L"service"))
+                names += std::wstring(name) + L'\0';
         return give(names + L'\0', mszReaders, pcchReaders);
     });
 }
