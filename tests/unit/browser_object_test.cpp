@@ -186,6 +186,9 @@ TEST_F(BrowserObject, UserIsAskedWithTheHostsNameAndTheAnswerIsRemembered) {
         EXPECT_EQ(driver.count(), 1);
         EXPECT_EQ(RegTrustedSites().isTrusted(site), row.answer == IDOK && row.remember);
         EXPECT_EQ(SessionTrustedSites::instance().reject(site), row.answer == IDCANCEL && row.remember);
+        for (const std::wstring& other : {L"http://" + host, L"https://www." + host})
+            EXPECT_FALSE(SessionTrustedSites::instance().isTrusted(other) ||
+                         SessionTrustedSites::instance().reject(other));
     }
     ::DestroyWindow(host_.window);
 }

@@ -35,23 +35,6 @@ std::wstring takeDescription() {
                : L"none";
 }
 
-const std::wstring modulePath = LR"(C:\)" + std::wstring(257, L'p');
-
-// A path that does not fit is cut, to the size of the buffer and with the NUL in it.
-DWORD WINAPI pathOfModule(HMODULE, LPWSTR buffer, DWORD size) {
-    const auto length = std::min<DWORD>(size, static_cast<DWORD>(modulePath.size()));
-    modulePath.copy(buffer, length);
-    if (length == size)
-        buffer[length - 1] = L'\0';
-    return length;
-}
-
-TEST(Module, PathMayBeAsLongAsTheBuffer) {
-    const ImportPatch patch(&::GetModuleFileNameW, &pathOfModule);
-    EXPECT_EQ(modulePath.size(), MAX_PATH);
-    EXPECT_EQ(Module::path(), modulePath);
-}
-
 TEST(Frame, EveryRungOfTheLadder) {
     const struct {
         const char* name;

@@ -217,27 +217,12 @@ TEST_F(TrustedSites, AnEditOfTheRegistryCountsFromTheNextCheck) {
         add();
         EXPECT_TRUE(soon([&] { return isTrusted() && !watch.changed(); }));
         end();
-        EXPECT_TRUE(soon([&] { return !isTrusted(); }));
+        EXPECT_TRUE(&end == &ends[2] ? soon([&] { return !isTrusted(); }) : !isTrusted());
     }
 }
 
-TEST_F(TrustedSites, SessionKeepsTrustedAndRefusedApart) {
+TEST_F(TrustedSites, OnlyWholeSitesAreKept) {
     SessionTrustedSites sites;
-    sites.add(L"https://Good.example:8080/path", false);
-    sites.add(L"https://bad.example/path", true);
-    const struct {
-        const wchar_t* address;
-        bool isTrusted;
-        bool isRefused;
-    } rows[] = {{L"https://good.example/", true, false},
-                {L"https://BAD.example:1/", false, true},
-                {L"http://good.example/", false, false},
-                {L"https://www.good.example/", false, false}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(sites.isTrusted(row.address), row.isTrusted) << testing::PrintToString(row.address);
-        EXPECT_EQ(sites.reject(row.address), row.isRefused) << testing::PrintToString(row.address);
-    }
-    EXPECT_FALSE(RegTrustedSites().isTrusted(L"https://good.example/")) << "not remembered";
     for (const wchar_t* url : {L"", L"file:///c:/x.html", L"http://*.org", L"http://a b", L"http://a:b@c/"}) {
         EXPECT_EQ(errorCode([&] { sites.add(url, false); }), E_INVALID_DOMAIN.code);
         EXPECT_EQ(errorCode([&] { sites.addToRegistry(url); }), E_INVALID_DOMAIN.code);
