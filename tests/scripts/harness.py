@@ -8,7 +8,6 @@ import re
 import shutil
 import subprocess
 import sys
-import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 BUILD = pathlib.Path(os.environ.get("CORVANE_BUILD", ROOT / "build"))
@@ -103,23 +102,6 @@ def registry(*values):
     finally:
         for key, name, *_ in values:
             wine("x64", "reg", "delete", key, "/v", name, "/f")
-
-
-def exported(bitness, key):
-    """(key, line) of every value below a key of the registry as that bitness sees it, and (key, "") of each key itself; nothing
-    where the key is not there."""
-    with tempfile.TemporaryDirectory() as folder:
-        file, found, at = pathlib.Path(folder, "export.reg"), set(), ""
-        exporting = wine(bitness, "reg", "export", key, windows(file), "/y")
-        if "Unable to find the specified registry key" in exporting.all_errors + exporting.output:
-            return found
-        must(exporting.fault())
-        for line in file.read_text("utf-16").replace("\\\n", "").splitlines():
-            if line.startswith("["):
-                at, line = line.strip("[]").upper(), ""
-            if at:
-                found.add((at, line))
-        return found
 
 
 def deploy(bitness, folder, file, *others):
