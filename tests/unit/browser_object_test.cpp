@@ -272,8 +272,8 @@ TEST_F(BrowserObject, WhatWasAnsweredMeanwhileIsNotAskedAgain) {
     EXPECT_EQ(driver.count(), 0);
 }
 
-// What the dialog shows of a site, and whether all of it has room. (Without fonts, as 32-bit programs are under
-// a Wine without 32-bit libraries, text has no size.)
+// What the dialog shows of a site, and whether all of it has room. (Without fonts, as 32-bit programs are
+// under a Wine without 32-bit libraries, text has no size.)
 std::pair<std::wstring, bool> shownOf(const std::wstring& host) {
     std::pair<std::wstring, bool> shown;
     const DialogDriver driver([&](HWND dialog) {

@@ -133,7 +133,9 @@ struct ArenaAllocator {
 };
 
 template <class Value>
-concept Loggable = requires(LogMessage& message, const Value& value) { message << value; };
+concept Loggable = requires(LogMessage& message, const Value& value) {
+    message << value;
+};
 static_assert(Loggable<std::wstring> && !Loggable<SecretText> && !Loggable<SecretNarrowText> &&
               !Loggable<SecretBytes> && !std::is_copy_constructible_v<SecretText>);
 
@@ -204,8 +206,7 @@ TEST_F(TrustedSites, AnEditOfTheRegistryCountsFromTheNextCheck) {
     // At last as if the key had been renamed: what was opened lives on.
     RegistryKey other;
     ASSERT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, L"other", other.put()), ERROR_SUCCESS);
-    const std::function<void()> ends[] = {remove,
-                                          [] { ::RegDeleteKeyW(HKEY_CURRENT_USER, trustedSitesKey); },
+    const std::function<void()> ends[] = {remove, [] { ::RegDeleteKeyW(HKEY_CURRENT_USER, trustedSitesKey); },
                                           [&] { ::RegOverridePredefKey(HKEY_CURRENT_USER, other.get()); }};
     for (const auto& end : ends) {
         add();
