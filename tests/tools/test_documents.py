@@ -9,10 +9,6 @@ DOCUMENTS = sorted([*ROOT.glob("*.md"), *ROOT.glob("docs/**/*.md"), *ROOT.glob("
 LINK = re.compile(r"\]\(([^)\s]+)\)")
 HEADING = re.compile(r"^#+ (.*)$", re.MULTILINE)
 PATH = re.compile(r"(?<![\w./\\-])((?:src|tools|tests|docs|bench|examples|resources|cmake)/[\w./-]*[\w/])")
-# An error as scripts see it, its number in brackets before its text, which "..." may cut short; and one by its number.
-ERROR = re.compile(r"\[(\d+)\] ([А-Я][^`|(\n\"]*)")
-ERROR_NUMBER = re.compile(r"(?:\berror|\bошибк[а-я]+) (\d+)\b")
-DESCRIPTOR = re.compile(r'\{(\d+), "\w+", L"([^"]*)"\}')
 
 
 class Documents(unittest.TestCase):
@@ -36,17 +32,6 @@ class Documents(unittest.TestCase):
 
     def test_paths_exist(self):
         self.assertEqual(list(self.missing(PATH, lambda _, name: (ROOT / name).exists())), [])
-
-    def test_errors_are_those_of_the_table(self):
-        errors = dict(DESCRIPTOR.findall((ROOT / "src/core/errors.h").read_text(encoding="utf-8")))
-
-        def resolve(_, found):
-            shown, dots, _ = found[1].rstrip().partition("...")
-            text = errors.get(found[0], "")
-            return text.startswith(shown.rstrip()) if dots else text == shown
-
-        self.assertEqual(list(self.missing(ERROR, resolve)), [])
-        self.assertEqual(list(self.missing(ERROR_NUMBER, lambda _, number: number in errors)), [])
 
 
 if __name__ == "__main__":

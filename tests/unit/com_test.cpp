@@ -175,8 +175,9 @@ TEST(Async, TheThreadsApartmentIsItsOwn) {
 
 // Dates are tested in zones east and west of Greenwich, whose distance CORVANE_ZONE_MINUTES tells.
 double zone() {
-    const char* minutes = std::getenv("CORVANE_ZONE_MINUTES");
-    return minutes ? std::atof(minutes) / 1440 : 0;
+    char minutes[16] = "";
+    ::GetEnvironmentVariableA("CORVANE_ZONE_MINUTES", minutes, sizeof(minutes));
+    return std::atof(minutes) / 1440;
 }
 
 TEST(Dates, AreLocalToTheSecond) {
