@@ -251,15 +251,6 @@ TEST_F(CoclassesTest, NullOutputs) {
     EXPECT_EQ(text, before.get()) << "a failure touches no output";
 }
 
-// The description of the thread's error information, which is consumed.
-std::wstring takeDescription() {
-    ComPtr<IErrorInfo> info;
-    Bstr text;
-    if (::GetErrorInfo(0, info.put()) != S_OK || info->GetDescription(text.put()) != S_OK)
-        return L"none";
-    return std::wstring(text.view());
-}
-
 // What a late-bound call does to the error information that the thread already had.
 TEST_F(CoclassesTest, OnlyAReportedFailureReplacesTheEarlierOne) {
     const auto object = bytes(L"0102");
@@ -294,7 +285,7 @@ TEST_F(CoclassesTest, OnlyAReportedFailureReplacesTheEarlierOne) {
         const LateCall made(*row.object, row.member, row.arguments);
         EXPECT_EQ(made.failure(), row.failure);
         EXPECT_EQ(made.description(), row.text ? row.text : L"");
-        EXPECT_EQ(takeDescription(), row.text ? L"none" : L"earlier");
+        EXPECT_EQ(Corvane::Test::takeDescription(), row.text ? L"none" : L"earlier");
         EXPECT_TRUE(!row.text || made.hr == DISP_E_EXCEPTION);
     }
     // Who wants no exception may fetch the information instead.
@@ -303,7 +294,7 @@ TEST_F(CoclassesTest, OnlyAReportedFailureReplacesTheEarlierOne) {
     Variant result;
     EXPECT_EQ(object->Invoke(2, IID_NULL, 0, DISPATCH_METHOD, &parameters, result.put(), nullptr, nullptr),
               DISP_E_EXCEPTION);
-    EXPECT_EQ(takeDescription(), L"Байта с указанным индексом не существует");
+    EXPECT_EQ(Corvane::Test::takeDescription(), L"Байта с указанным индексом не существует");
 }
 
 // As Visual Basic passes "stream.Seek location:=2, Position:=-1", and its own variables by reference.

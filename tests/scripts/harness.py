@@ -5,7 +5,6 @@ import contextlib
 import os
 import pathlib
 import re
-import shutil
 import subprocess
 import sys
 
@@ -102,16 +101,6 @@ def registry(*values):
     finally:
         for key, name, *_ in values:
             wine("x64", "reg", "delete", key, "/v", name, "/f")
-
-
-def deploy(bitness, folder, file, *others):
-    """A program of ours in a folder with the component beside it and a manifest that names it, so that it need not be
-    registered. Returns the program's path."""
-    for each in (file, "VetrelCorvane2.dll", *others):
-        shutil.copy(BUILD / bitness / each, folder)
-    copy = pathlib.Path(folder, pathlib.Path(file).name)
-    shutil.copy(ROOT / "examples/registration_free/host.exe.manifest", copy.with_name(copy.name + ".manifest"))
-    return copy
 
 
 def thumbprint(*certificate):

@@ -26,15 +26,6 @@ namespace {
 
 constexpr ErrorDescriptor contextOnly{0, "SetSite.Context", nullptr};
 
-// Description of the thread's error information, which is consumed.
-std::wstring takeDescription() {
-    ComPtr<IErrorInfo> info;
-    Bstr text;
-    return ::GetErrorInfo(0, info.put()) == S_OK && info->GetDescription(text.put()) == S_OK
-               ? std::wstring(text.view())
-               : L"none";
-}
-
 TEST(Frame, EveryRungOfTheLadder) {
     const struct {
         const char* name;
