@@ -262,25 +262,6 @@ TEST_F(Operations, CertificatesAreTheOnesThatAreMeant) {
     EXPECT_EQ(opened_, (std::vector<DWORD>{CERT_SYSTEM_STORE_CURRENT_USER, CERT_SYSTEM_STORE_LOCAL_MACHINE}));
 }
 
-TEST_F(Operations, SecondSigners) {
-    // Once, though both bring it.
-    const std::string content = told(certificate_->getContent());
-    EXPECT_EQ(told(attached_).find(content), told(attached_).rfind(content));
-    const Bytes others = sampleBytes(99);
-    EXPECT_EQ(errorCode([&] { provider_.addSignerToSignature(detached_, &others, *certificate_, false); }),
-              E_CRYPTO_MESSAGE_ADD_SIGNER.code);
-    attached_.back() ^= 1;  // of the second signature
-    EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(attached_, nullptr, {}); }),
-              E_CRYPTO_VERIFY.code);
-    EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(from(attached_), {}, none); }),
-              E_CRYPTO_VERIFY.code);
-    // The system says what is wrong with a signature that cannot be read.
-    EXPECT_EQ(errorCode([&] { provider_.verifyMessageSignature(Bytes(9), from(data_), {}, none); }),
-              E_CRYPTO_MESSAGE_UPDATE.code);
-    EXPECT_EQ(errorCode([&] { provider_.addSignerToSignature(attached_, nullptr, *certificate_, false); }),
-              E_CRYPTO_MESSAGE_ADD_SIGNER.code);
-}
-
 TEST_F(Operations, StreamsThatAreCanceledOrNotAsLongAsTheySaidOrOne) {
     struct GrownStream : SourceStream {
         using SourceStream::SourceStream;

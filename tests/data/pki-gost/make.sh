@@ -8,11 +8,21 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 export OPENSSL_CONF=$PWD/../../platform/pki/openssl.cnf
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 rm -f ./*.pem ./*.key ./*.p7? ./*.env
-../../platform/pki/make "$work"
-cp "$work"/gost*.pem "$work"/gost*.key .
+for options in "gost2001 paramset:A" "gost2012_256 paramset:TCA" "gost2012_512 paramset:A"; do
+    read -r algorithm parameters <<<"$options"
+    kind=${algorithm/2012_/}
+    for name in "$kind-root" "$kind-1" "$kind-2"; do
+        openssl genpkey -out "$name.key" -algorithm "$algorithm" -pkeyopt "$parameters"
+    done
+    openssl req -x509 -new -key "$kind-root.key" -subj "/CN=Root of $kind" -days 3650 -extensions root -out "$kind-root.pem"
+    for name in "$kind-1" "$kind-2"; do
+        openssl req -new -key "$name.key" -subj "/CN=Leaf $name/O=Tests" |
+            openssl x509 -req -CA "$kind-root.pem" -CAkey "$kind-root.key" -CAcreateserial -days 3650 \
+                -extfile "$OPENSSL_CONF" -extensions leaf -out "$name.pem"
+    done
+done
+rm -f ./*.srl
 head -c 5000 /dev/urandom >document.bin
 for pair in gost2001:md_gost94 gost256:md_gost12_256 gost512:md_gost12_512; do
     kind=${pair%:*}

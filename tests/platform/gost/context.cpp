@@ -81,9 +81,6 @@ std::wstring openContainer(const char* name, DWORD flags) {
 
 void acquire(HCRYPTPROV* handle, const char* name, DWORD flags, const ProviderCallbacks& callbacks) {
     startArithmetic();
-    constexpr DWORD known =
-        CRYPT_VERIFYCONTEXT | CRYPT_NEWKEYSET | CRYPT_DELETEKEYSET | CRYPT_MACHINE_KEYSET | CRYPT_SILENT;
-    expectNone(flags & ~known);
     auto context = std::make_unique<Context>();
     context->algorithm = findAlgorithm(callbacks.providerType, &Algorithm::providerType);
     if ((flags & CRYPT_VERIFYCONTEXT) != CRYPT_VERIFYCONTEXT)
@@ -164,11 +161,8 @@ BOOL WINAPI CPAcquireContext(HCRYPTPROV* handle, LPSTR container, DWORD flags, v
     return entry([&] { acquire(handle, container, flags, *static_cast<ProviderCallbacks*>(callbacks)); });
 }
 
-BOOL WINAPI CPReleaseContext(HCRYPTPROV context, DWORD flags) {
-    return entry([&] {
-        expectNone(flags);
-        delete &objectOf<Context>(context);
-    });
+BOOL WINAPI CPReleaseContext(HCRYPTPROV context, DWORD) {
+    return entry([&] { delete &objectOf<Context>(context); });
 }
 
 BOOL WINAPI CPGetProvParam(HCRYPTPROV handle, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {

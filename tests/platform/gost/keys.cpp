@@ -42,7 +42,6 @@ Bytes underAgreed(HCRYPTKEY handle, View der, bool isEncryption) {
 }
 
 std::unique_ptr<Key> generate(const Context& context, ALG_ID id, DWORD flags) {
-    expectNone(flags & 0xFFFF & ~DWORD{CRYPT_EXPORTABLE});
     const Algorithm& own = *context.algorithm;
     const bool isExportable = (flags & CRYPT_EXPORTABLE) != 0;
     if (id == cipherId)
@@ -180,12 +179,9 @@ BOOL WINAPI CPImportKey(HCRYPTPROV context, const BYTE* data, DWORD size, HCRYPT
     return entry([&] { *key = handleOf(import(objectOf<Context>(context), View(data, size), with, flags)); });
 }
 
-BOOL WINAPI CPExportKey(HCRYPTPROV, HCRYPTKEY key, HCRYPTKEY with, DWORD type, DWORD flags, BYTE* buffer,
+BOOL WINAPI CPExportKey(HCRYPTPROV, HCRYPTKEY key, HCRYPTKEY with, DWORD type, DWORD, BYTE* buffer,
                         DWORD* size) {
-    return entry([&] {
-        expectNone(flags);
-        give(buffer, size, exportKey(objectOf<Key>(key), with, type));
-    });
+    return entry([&] { give(buffer, size, exportKey(objectOf<Key>(key), with, type)); });
 }
 
 BOOL WINAPI CPGetKeyParam(HCRYPTPROV, HCRYPTKEY key, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
@@ -197,36 +193,22 @@ BOOL WINAPI CPSetKeyParam(HCRYPTPROV context, HCRYPTKEY key, DWORD which, BYTE* 
 }
 
 // NOLINTBEGIN(readability-non-const-parameter): the system's declarations
-BOOL WINAPI CPEncrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD flags, BYTE* data,
-                      DWORD* size, DWORD) {
-    return entry([&] {
-        expectNone(flags);
-        crypt(objectOf<Key>(key), true, isFinal, data, *size);
-    });
+BOOL WINAPI CPEncrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD, BYTE* data, DWORD* size,
+                      DWORD) {
+    return entry([&] { crypt(objectOf<Key>(key), true, isFinal, data, *size); });
 }
 
-BOOL WINAPI CPDecrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD flags, BYTE* data,
-                      DWORD* size) {
-    return entry([&] {
-        expectNone(flags);
-        crypt(objectOf<Key>(key), false, isFinal, data, *size);
-    });
+BOOL WINAPI CPDecrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD, BYTE* data, DWORD* size) {
+    return entry([&] { crypt(objectOf<Key>(key), false, isFinal, data, *size); });
 }
 // NOLINTEND(readability-non-const-parameter)
 
-BOOL WINAPI CPCreateHash(HCRYPTPROV context, ALG_ID id, HCRYPTKEY key, DWORD flags, HCRYPTHASH* hash) {
-    return entry([&] {
-        expectNone(flags);
-        *hash = key ? (fail(NTE_BAD_KEY), 0) : create(objectOf<Context>(context).algorithm, id);
-    });
+BOOL WINAPI CPCreateHash(HCRYPTPROV context, ALG_ID id, HCRYPTKEY, DWORD, HCRYPTHASH* hash) {
+    return entry([&] { *hash = create(objectOf<Context>(context).algorithm, id); });
 }
 
-BOOL WINAPI CPHashData(HCRYPTPROV, HCRYPTHASH handle, const BYTE* data, DWORD size, DWORD flags) {
-    return entry([&] {
-        Hash& hash = objectOf<Hash>(handle);
-        expectNone(flags);
-        ::gcry_md_write(hash.running.get(), data, size);
-    });
+BOOL WINAPI CPHashData(HCRYPTPROV, HCRYPTHASH handle, const BYTE* data, DWORD size, DWORD) {
+    return entry([&] { ::gcry_md_write(objectOf<Hash>(handle).running.get(), data, size); });
 }
 
 BOOL WINAPI CPDestroyHash(HCRYPTPROV, HCRYPTHASH hash) {
@@ -247,10 +229,9 @@ BOOL WINAPI CPSetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD, BYTE* value, DW
     });
 }
 
-BOOL WINAPI CPSignHash(HCRYPTPROV context, HCRYPTHASH hash, DWORD spec, LPCWSTR description, DWORD flags,
-                       BYTE* buffer, DWORD* size) {
+BOOL WINAPI CPSignHash(HCRYPTPROV context, HCRYPTHASH hash, DWORD spec, LPCWSTR, DWORD, BYTE* buffer,
+                       DWORD* size) {
     return entry([&] {
-        expectNone(flags || description);
         const auto key = loadKey(objectOf<Context>(context), spec);
         if (!buffer)
             return give(buffer, size, key->pair.publicHalf);  // as long as a signature
@@ -259,11 +240,8 @@ BOOL WINAPI CPSignHash(HCRYPTPROV context, HCRYPTHASH hash, DWORD spec, LPCWSTR 
 }
 
 BOOL WINAPI CPVerifySignature(HCRYPTPROV, HCRYPTHASH hash, const BYTE* signature, DWORD size, HCRYPTKEY key,
-                              LPCWSTR description, DWORD flags) {
-    return entry([&] {
-        expectNone(flags || description);
-        verifyHash(objectOf<Hash>(hash), View(signature, size), objectOf<Key>(key));
-    });
+                              LPCWSTR, DWORD) {
+    return entry([&] { verifyHash(objectOf<Hash>(hash), View(signature, size), objectOf<Key>(key)); });
 }
 
 }  // extern "C"

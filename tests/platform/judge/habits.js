@@ -35,6 +35,7 @@ for (var i = 0; i < nothing.length; ++i) {
 var added = service.AddSignerToSignature(attached, null, key);
 added = service.AddSignerToSignature(added, undefined, key, true);
 equal(service.VerifyAttachedSignature(added).count, 3);
+equal(service.GetCertificatesFromSignature(added).count, 2, "each once, though all three bring the first");
 var wrong = [5, "text", {}, create, [5], [null], document];
 for (i = 0; i < wrong.length; ++i) {
     throws(function () { service.Encrypt(document, wrong[i]); }, mismatch, "", "recipients " + i);

@@ -6,10 +6,8 @@ var bytes = create("BinaryObjectService");
 var files = create("FileSystemService");
 var streams = []; // of the operation, closed behind it
 
-var certificates = {};
 function certificate(name) { // of a leaf, with its key
-    var filter = { name: "Leaf " + name, storeName: "My", hasPrivateKeyOnly: true };
-    return certificates[name] = certificates[name] || crypto.FindCertificate(JSON.stringify(filter));
+    return crypto.FindCertificate(JSON.stringify({ name: "Leaf " + name, storeName: "My", hasPrivateKeyOnly: true }));
 }
 
 function load(path) {
@@ -61,10 +59,6 @@ var operations = {
     sign: function (data, signer, attached, chain, message) {
         crypto[attached ? "AttachedSign" : "Sign"](load(data), certificate(signer), chain).ToFile(message);
     },
-    signAsync: function (data, signer, attached, chain, message) {
-        var method = attached ? "AttachedSignAsync" : "SignAsync";
-        finished(function (done) { crypto[method](load(data), certificate(signer), done, chain); }).ToFile(message);
-    },
     signStream: function (data, signer, attached, chain, message) {
         finished(function (done) {
             crypto.SignStreamAsync(open(data), open(message, true), certificate(signer), attached, done, undefined, chain);
@@ -81,15 +75,6 @@ var operations = {
     },
     verify: function (message, data) {
         return namesOf(data ? crypto.VerifySignature(load(data), load(message)) : crypto.VerifyAttachedSignature(load(message)));
-    },
-    verifyAsync: function (message, data) {
-        return namesOf(finished(function (done) {
-            if (data) {
-                crypto.VerifySignatureAsync(load(data), load(message), done);
-            } else {
-                crypto.VerifyAttachedSignatureAsync(load(message), done);
-            }
-        }));
     },
     verifyStream: function (message, data) {
         return namesOf(finished(function (done) {
@@ -146,9 +131,6 @@ var operations = {
             ++refused;
         }
         return refused + taken;
-    },
-    size: function (path) {
-        return files.GetLength(path);
     }
 };
 
