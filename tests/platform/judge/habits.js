@@ -90,6 +90,8 @@ for (i = 0; i < none.length; ++i) {
     fails(function () { service.VerifySignature(old, none[i]); }, "[305] ", "no signature " + i);
 }
 
+equal(later("service.VerifyStreamSignatureAsync(streamOf(old), none[1], done)").substr(0, 6), "[316] ", "the system says what is wrong with it");
+
 // Streams: the call, its input, and what is said where that is the output, too.
 var out = bytes.CreateStream(), from = big(), token, result;
 later("service.EncryptStreamAsync(from, out, bare, done)");
