@@ -7,16 +7,10 @@ namespace {
 
 constexpr std::size_t blockSize = 8, sessionKeySize = 32;
 
-std::unique_ptr<Key> keyWith(KeyPair pair, bool isExportable) {
+template <class Value>
+std::unique_ptr<Key> keyWith(Value Key::*member, Value value, bool isExportable) {
     auto key = std::make_unique<Key>();
-    key->pair = std::move(pair);
-    key->isExportable = isExportable;
-    return key;
-}
-
-std::unique_ptr<Key> keyWith(SessionKey session, bool isExportable) {
-    auto key = std::make_unique<Key>();
-    key->session = std::move(session);
+    (*key).*member = std::move(value);
     key->iv.resize(blockSize);
     key->isExportable = isExportable;
     return key;
@@ -45,9 +39,9 @@ std::unique_ptr<Key> generate(const Context& context, ALG_ID id, DWORD flags) {
     const Algorithm& own = *context.algorithm;
     const bool isExportable = (flags & CRYPT_EXPORTABLE) != 0;
     if (id == cipherId)
-        return keyWith(SessionKey{randomBytes(sessionKeySize), own.substitution}, isExportable);
+        return keyWith(&Key::session, {randomBytes(sessionKeySize), own.substitution}, isExportable);
     // A pair for one agreement is in no container.
-    auto key = keyWith(makeKeyPair(own, own.curve), isExportable || id == own.ephemeralId);
+    auto key = keyWith(&Key::pair, makeKeyPair(own, own.curve), isExportable || id == own.ephemeralId);
     if (id != AT_KEYEXCHANGE && id != AT_SIGNATURE && id != own.ephemeralId)
         fail(NTE_BAD_ALGID);
     if (id != own.ephemeralId)
@@ -57,10 +51,10 @@ std::unique_ptr<Key> generate(const Context& context, ALG_ID id, DWORD flags) {
 
 std::unique_ptr<Key> importPublic(KeyPair pair, HCRYPTKEY with) {
     if (!with)
-        return keyWith(std::move(pair), true);
+        return keyWith(&Key::pair, std::move(pair), true);
     if (objectOf<Key>(with).pair.secret.empty())
         fail(NTE_BAD_KEY);
-    auto agreed = keyWith(agreeOn(objectOf<Key>(with).pair, pair), false);
+    auto agreed = keyWith(&Key::session, agreeOn(objectOf<Key>(with).pair, pair), false);
     agreed->isAgreed = true;
     return agreed;
 }
@@ -70,9 +64,7 @@ std::unique_ptr<Key> import(const Context& context, View bytes, HCRYPTKEY with, 
     const View content = bytes.subspan(sizeof head);
     const bool isExportable = (flags & CRYPT_EXPORTABLE) != 0;
     if (head.bType == SIMPLEBLOB)
-        return keyWith(
-            receive(content, with ? objectOf<Key>(with).pair : loadKey(context, AT_KEYEXCHANGE)->pair),
-            isExportable);
+        return keyWith(&Key::session, receive(content, objectOf<Key>(with).pair), isExportable);
     const bool isPublic = head.bType == PUBLICKEYBLOB;
     KeyPair pair = isPublic ? readPublicKeyInfo(content)
                             : readPrivateKeyInfo(with ? underAgreed(with, content, false) : bytesOf(content));
@@ -80,7 +72,7 @@ std::unique_ptr<Key> import(const Context& context, View bytes, HCRYPTKEY with, 
         fail(NTE_BAD_ALGID);
     if (isPublic)
         return importPublic(std::move(pair), with);
-    auto key = keyWith(std::move(pair), isExportable);
+    auto key = keyWith(&Key::pair, std::move(pair), isExportable);
     storeKey(context, AT_KEYEXCHANGE, *key);
     return key;
 }
