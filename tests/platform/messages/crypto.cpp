@@ -2,9 +2,6 @@
 
 #include "../gost/algorithms.h"
 
-#include <map>
-#include <mutex>
-
 namespace Corvane::Platform::Messages {
 namespace {
 
@@ -20,15 +17,15 @@ ALG_ID hashNumber(const std::string& oid) {
 
 // Without keys; it stays open.
 HCRYPTPROV providerForHash(const std::string& hash) {
-    const auto* const own = Gost::findAlgorithm(hash, &Gost::Algorithm::hashOid);
-    const DWORD type = own ? own->providerType : PROV_RSA_AES;
-    static std::mutex mutex;
-    static std::map<DWORD, HCRYPTPROV> open;
-    const std::lock_guard lock(mutex);
-    HCRYPTPROV& provider = open[type];
-    if (!provider)
+    const auto acquire = [](DWORD type) {
+        HCRYPTPROV provider = 0;
         must(::CryptAcquireContextW(&provider, nullptr, nullptr, type, CRYPT_VERIFYCONTEXT));
-    return provider;
+        return provider;
+    };
+    static const HCRYPTPROV open[] = {acquire(Gost::algorithms[0].providerType),
+                                      acquire(Gost::algorithms[1].providerType),
+                                      acquire(Gost::algorithms[2].providerType), acquire(PROV_RSA_AES)};
+    return open[std::ranges::find(Gost::algorithms, hash, &Gost::Algorithm::hashOid) - Gost::algorithms];
 }
 
 CryptHash hashWith(HCRYPTPROV provider, const std::string& hash, const Bytes& digest) {
