@@ -54,9 +54,9 @@ function withRaw(model, signature) {
 
 // Of messages of one size, one behind the other: how many are not taken for good, and the numbers of those that are.
 function sweep(isGood) {
-    var from = open(message), refused = 0, taken = "";
-    for (var i = 0; i < from.Size / data; ++i) {
-        var one = from.Read(data);
+    var from = open(step.message), refused = 0, taken = "";
+    for (var i = 0; i < from.Size / step.data; ++i) {
+        var one = from.Read(step.data);
         var told = outcome(function () { return isGood(one) ? "good" : ""; });
         check(/^(ok|ok good|\[3.*)$/.test(told), told);
         refused += told === "ok good" ? 0 : 1;
@@ -65,23 +65,22 @@ function sweep(isGood) {
     return refused + taken;
 }
 
-var message, data, output, key, keys, chain, attached; // of the operation
 // What is done with bytes, and with streams; what both can do must come to the same.
 var operations = {
-    sign: ["crypto[attached ? 'AttachedSign' : 'Sign'](load(data), key, chain).ToFile(output)"],
-    signStream: ["", "crypto.SignStreamAsync(open(data), open(output, true), key, attached, done, undefined, chain)"],
-    rawSign: ["withRaw(load(message), crypto.RawSign(load(data), key)).ToFile(output); crypto.VerifySignature(load(data), load(output))"],
-    addSigner: ["crypto.AddSignerToSignature(load(message), load(data), key, chain).ToFile(output)"],
-    verify: ["crypto.VerifySignature(load(data), load(message))", "crypto.VerifyStreamSignatureAsync(open(data), load(message), done)"],
-    verifyAttached: ["crypto.VerifyAttachedSignature(load(message))", "crypto.VerifyStreamAttachedSignatureAsync(open(message), done)"],
-    inspect: ["crypto.InspectSignature(load(message), load(data))",
-        "crypto.InspectStreamSignatureAsync(open(data || message), data ? load(message) : null, done)"],
-    certificates: ["crypto.GetCertificatesFromSignature(load(message))", "crypto.ExtractCertificatesFromSignature(open(message), done)"],
-    content: ["crypto.GetContentFromSignature(load(message)).ToFile(output + '-bytes')",
-        "crypto.ExtractContentFromSignature(open(message), open(output, true), done)"],
-    encrypt: ["crypto.Encrypt(load(data), keys).ToFile(output)"],
-    encryptStream: ["", "crypto.EncryptStreamAsync(open(data), open(output, true), keys, done)"],
-    decrypt: ["crypto.Decrypt(load(message)).ToFile(output + '-bytes')", "crypto.DecryptStreamAsync(open(message), open(output, true), done)"],
+    sign: ["crypto[step.attached ? 'AttachedSign' : 'Sign'](load(step.data), certificate(step.signer), step.chain).ToFile(step.output)"],
+    signStream: ["", "crypto.SignStreamAsync(open(step.data), open(step.output, true), certificate(step.signer), step.attached, done, undefined, step.chain)"],
+    rawSign: ["withRaw(load(step.message), crypto.RawSign(load(step.data), certificate(step.signer))).ToFile(step.output); crypto.VerifySignature(load(step.data), load(step.output))"],
+    addSigner: ["crypto.AddSignerToSignature(load(step.message), load(step.data), certificate(step.signer), step.chain).ToFile(step.output)"],
+    verify: ["crypto.VerifySignature(load(step.data), load(step.message))", "crypto.VerifyStreamSignatureAsync(open(step.data), load(step.message), done)"],
+    verifyAttached: ["crypto.VerifyAttachedSignature(load(step.message))", "crypto.VerifyStreamAttachedSignatureAsync(open(step.message), done)"],
+    inspect: ["crypto.InspectSignature(load(step.message), load(step.data))",
+        "crypto.InspectStreamSignatureAsync(open(step.data || step.message), step.data ? load(step.message) : null, done)"],
+    certificates: ["crypto.GetCertificatesFromSignature(load(step.message))", "crypto.ExtractCertificatesFromSignature(open(step.message), done)"],
+    content: ["crypto.GetContentFromSignature(load(step.message)).ToFile(step.output + '-bytes')",
+        "crypto.ExtractContentFromSignature(open(step.message), open(step.output, true), done)"],
+    encrypt: ["crypto.Encrypt(load(step.data), recipients(step.recipients)).ToFile(step.output)"],
+    encryptStream: ["", "crypto.EncryptStreamAsync(open(step.data), open(step.output, true), recipients(step.recipients), done)"],
+    decrypt: ["crypto.Decrypt(load(step.message)).ToFile(step.output + '-bytes')", "crypto.DecryptStreamAsync(open(step.message), open(step.output, true), done)"],
     verifyEach: ["sweep(function (one) { return crypto.VerifyAttachedSignature(one); })"],
     inspectEach: ["sweep(function (one) { return report(crypto.InspectSignature(one)).substr(0, 5) === 'good '; })"]
 };
@@ -108,15 +107,9 @@ function perform(forms) {
 }
 
 var plan = JSON.parse(textOf(load(WScript.Arguments(0))));
+var step;
 for (var i = 0; i < plan.length; ++i) {
-    var step = plan[i];
-    message = step.message;
-    data = step.data;
-    output = step.output;
-    attached = step.attached;
-    chain = step.chain;
-    key = step.signer && certificate(step.signer);
-    keys = step.recipients && recipients(step.recipients);
+    step = plan[i];
     WScript.Echo(perform(operations[step.operation]).replace(/[\r\n]+/g, " "));
     while (streams.length) {
         streams.pop().Close();

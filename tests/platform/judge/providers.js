@@ -28,8 +28,7 @@ for (var i = 0; i < info.length; ++i) {
         continue;
     }
     var provider = service.GetCryptoProvider(one.name, one.type);
-    equal(provider.Name, one.name);
-    equal(provider.Type, one.type);
+    equal(provider.Name + provider.Type, one.name + one.type);
 }
 fails(function () { service.GetCryptoProvider("No such provider", 75); }, "[301] ");
 fails(function () { service.GetCryptoProvider(records[0][2], 80); }, "[301] ", "another's type");
