@@ -31,7 +31,8 @@ HCRYPTPROV contextFor(const Algorithm& algorithm) {
 Bytes requestInfo(const CERT_REQUEST_INFO& info) {
     std::vector<asn1::Attribute> attributes;
     for (const CRYPT_ATTRIBUTE& one : std::span(info.rgAttribute, info.cAttribute)) {
-        asn1::Attribute& attribute = attributes.emplace_back(one.pszObjId);
+        asn1::Attribute& attribute = attributes.emplace_back();
+        attribute.oid = one.pszObjId;
         for (const CRYPT_ATTR_BLOB& value : std::span(one.rgValue, one.cValue))
             attribute.values.push_back(value.cbData ? bytesOf(viewOf(value))
                                                     : (fail(CRYPT_E_BAD_ENCODE), Bytes()));
