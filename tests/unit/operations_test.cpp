@@ -66,12 +66,6 @@ protected:
         return add(CertificateContext(::CertDuplicateCertificateContext(foreign.context())));
     }
 
-    // With a cipher that the system knows by itself: what is registered it only reads when it is loaded.
-    static ProviderRecord withKnownCipher(ProviderRecord record) {
-        record.cipher = wide(szOID_RSA_DES_EDE3_CBC);
-        return record;
-    }
-
     SharedCertificate add(const CertificateContext& certificate) const {
         CertificateContext added;
         must(::CertAddCertificateContextToStore(store_.get(), certificate.get(), CERT_STORE_ADD_ALWAYS,
@@ -114,7 +108,7 @@ protected:
         }};
     KeyContainer rsa_{rsaRecord(), L"RSA"};
     KeyContainer gost_{gostRecord(), L"GOST"};
-    const Provider provider_{withKnownCipher(rsaRecord())};
+    const Provider provider_{rsaRecord()};
     SharedCertificate certificate_;
     SharedCertificate other_;  // of the same key
     SharedCertificate gostCertificate_;
@@ -277,10 +271,10 @@ TEST_F(Operations, AStreamIsAsLongAsItSaid) {
 }
 
 TEST_F(Operations, AFailedDecryptionIsToldAsOneAndLeavesNothing) {
-    // Of full ciphers' blocks, and more than one block of a stream; the padding, eight times 8 (RFC 5652
-    // 6.3), ends with 0x88 when that bit of the block before changes.
+    // Of full ciphers' blocks, and more than one block of a stream; the padding, sixteen times 16 (RFC 5652
+    // 6.3), ends with 0x90 when that bit of the block before changes.
     Bytes message = provider_.encrypt(sampleBytes(0x100000 + 64), {certificate_});
-    message[message.size() - 9] ^= 0x80;
+    message[message.size() - 17] ^= 0x80;
     const Failure expected{E_CRYPTO_DECRYPT.code, static_cast<DWORD>(NTE_BAD_DATA)};
     EXPECT_EQ(failureOf([&] { provider_.decrypt(message); }), expected);
     EXPECT_EQ(failureOf([&] { written(&Provider::decrypt, message, none); }), expected);

@@ -69,7 +69,7 @@ refusals([
 
 // A store of the tests' own
 var store = create("CertificateStore");
-refusals([["store.name", "[604] "], ["store.Open(3, 'My', 0)", "0x800405e8", "Invalid store location"]]);
+refusals([["store.name", "[604] "], ["store.Open(3, 'My', 0)", "0x800405e8", "Invalid store location"], ["store.Open(0, 'My', 0)", "0x800405e8"]]);
 store.Open(2, "CorvaneScripts", 1);
 values([["store.name", "CorvaneScripts"], ["store.location", 2], ["store.Install(root).Hash.Equals(root.Hash)", true]]);
 var installed = store.Install(fromFile("second.der"));
