@@ -2,8 +2,6 @@
 // that what of crypt32 is made of these reaches them, too.
 #include "message.h"
 
-#include <tuple>
-
 namespace Corvane::Platform::Messages {
 namespace {
 
