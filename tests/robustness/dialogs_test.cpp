@@ -1,101 +1,284 @@
 // The system's dialogs, which are replaced where the DLL calls them: about files, in a page, with what
 // scripts pass and what a page does meanwhile; and about certificates.
-#include "../unit/system_dialogs.h"
 #include "component.h"
 
+#include <commdlg.h>
 #include <prsht.h>
+#include <shlobj.h>
 #include <wincrypt.h>
 
 #include <cryptuiapi.h>
 
+#include <fstream>
+#include <thread>
+#include <utility>
+
 namespace robustness {
 namespace {
 
-constexpr DISPID save = 2;
-constexpr DISPID methods[] = {1, save, 3, 4};
+using Corvane::Test::ImportPatch;
+using namespace std::string_literals;
 
-class DialogsTest : public ComponentTest {
-protected:
-    ComPtr<IGuiService> gui(const wchar_t* page = TrustedPage::address) {
-        return madeIn<IGuiService>(page, __uuidof(GuiService));
+// In the place of the system's dialogs about files: notes what it was asked and answers as a test wants.
+class SystemDialogs {
+public:
+    int calls = 0;
+    std::wstring asked;   // for which dialog, with its caption; filter; folder, a dash for what is not given
+    std::wstring begin;   // what stood in the buffer
+    DWORD room = 0;       // in it
+    std::wstring answer;  // what is put there; none: the user cancelled, or
+    DWORD error = 0;      // what the system calls its failure
+    std::function<void(HWND)> whileOpen = [](HWND) {};
+
+private:
+    static std::wstring textOf(const wchar_t* text) { return text ? text : L"-"; }
+
+    // Strings up to an empty one.
+    static std::wstring filterOf(const wchar_t* filter) {
+        std::wstring strings = filter ? L"" : L"-";
+        for (; filter && *filter; filter += std::wcslen(filter) + 1)
+            strings += filter + L"|"s;
+        return strings;
     }
-    // A call as a script makes it; the options are the last argument.
-    static LateCall call(IGuiService& gui, DISPID method, const VARIANT& options = variantOf(VT_EMPTY)) {
-        std::vector<VARIANT> arguments{options};
-        if (method == save)
-            arguments.insert(arguments.begin(), variantOf(VT_EMPTY));
-        return LateCall(gui, method, arguments);
+    BOOL answerFile(OPENFILENAMEW* dialog, const wchar_t* name) {
+        ++calls;
+        asked = name + std::to_wstring(dialog->Flags) + L": " + textOf(dialog->lpstrTitle) + L"; " +
+                filterOf(dialog->lpstrFilter) + std::to_wstring(dialog->nFilterIndex) + L"; " +
+                textOf(dialog->lpstrInitialDir);
+        begin = dialog->lpstrFile;
+        room = dialog->nMaxFile;
+        EXPECT_EQ(dialog->lStructSize, sizeof(void*) == 4 ? 88U : 152U);
+        whileOpen(dialog->hwndOwner);
+        // Ended as the system ends a list of one string or more.
+        EXPECT_LT(answer.size() + 1, room);
+        dialog->lpstrFile[answer.copy(dialog->lpstrFile, room - 2)] = L'\0';
+        return !answer.empty();
+    }
+    static BOOL WINAPI open(OPENFILENAMEW* dialog) { return current->answerFile(dialog, L"open "); }
+    static BOOL WINAPI save(OPENFILENAMEW* dialog) { return current->answerFile(dialog, L"save "); }
+    static DWORD WINAPI extendedError() { return current->error; }
+    static LPITEMIDLIST WINAPI browse(BROWSEINFOW* dialog) {
+        ++current->calls;
+        current->asked = L"folder " + std::to_wstring(dialog->ulFlags) + L": " + textOf(dialog->lpszTitle);
+        current->whileOpen(dialog->hwndOwner);
+        return current->answer.empty() ? nullptr : static_cast<LPITEMIDLIST>(::CoTaskMemAlloc(1));
+    }
+    static BOOL WINAPI pathOf(LPCITEMIDLIST, LPWSTR path) {
+        current->answer.copy(path, MAX_PATH);
+        return current->answer.size() < MAX_PATH;
     }
 
-    Corvane::Test::SystemDialogs system_{::GetModuleHandleW(componentPath().c_str())};
+    static inline SystemDialogs* current = nullptr;
+    HMODULE importer_ = (current = this, ::GetModuleHandleW(componentPath().c_str()));
+    ImportPatch open_{"GetOpenFileNameW", &open, importer_}, save_{"GetSaveFileNameW", &save, importer_},
+        extendedError_{"CommDlgExtendedError", &extendedError, importer_},
+        browse_{"SHBrowseForFolderW", &browse, importer_},
+        pathOf_{"SHGetPathFromIDListW", &pathOf, importer_};
 };
 
-TEST_F(DialogsTest, WhatScriptsPassForOptions) {
-    const auto service = gui();
-    const Bstr empty(L"");
-    const Bstr comment(L"{/* a */ \"filterIndex\": 1 // b\n}");
-    VARIANT nothing = variantOf(VT_DISPATCH);
-    Variant text;
+constexpr DISPID openFile = 1, saveFile = 2, selectFolder = 3, openFiles = 4;
+constexpr DISPID fileDialogs[] = {openFile, saveFile, openFiles};
+constexpr DISPID allDialogs[] = {openFile, saveFile, openFiles, selectFolder};
+
+// Everything is called from a thread of the multithreaded apartment, in which the folder browser fails
+// without a word, unless a test says otherwise.
+class FileDialogs : public ComponentTest {
+protected:
+    // In a trusted page of a browser with that window.
+    ComPtr<IGuiService> guiOf(HWND window = nullptr) {
+        host_.answers.clear();
+        host_.isTopContainer = true;
+        host_.url = TrustedPage::address;
+        host_.window = window;
+        return serviceOf<IGuiService>(__uuidof(GuiService));
+    }
+    // A call as a script makes it; the options are the last argument.
+    static LateCall call(IGuiService& gui, DISPID dialog, const VARIANT& options = variantOf(VT_EMPTY),
+                         std::wstring_view name = {}) {
+        const Bstr text(name);
+        std::vector<VARIANT> arguments{options};
+        if (dialog == saveFile)
+            arguments.insert(arguments.begin(), variantTo(VT_BSTR, text.get()));
+        return LateCall(gui, dialog, arguments);
+    }
+    static std::wstring resultOf(const LateCall& made) {
+        EXPECT_EQ(made.failure(), S_OK) << made.failure();
+        return V_VT(&made.result.get()) == VT_BSTR ? std::wstring(viewOf(V_BSTR(&made.result.get())))
+                                                   : L"none";
+    }
+    std::wstring resultOf(DISPID dialog, std::wstring_view options = {}, std::wstring_view name = {}) {
+        const Bstr text(options);
+        return resultOf(call(*guiOf(), dialog, variantTo(VT_BSTR, text.get()), name));
+    }
+};
+
+class FakeFileDialogs : public FileDialogs {
+protected:
+    SystemDialogs system_;
+};
+
+TEST_F(FakeFileDialogs, TheSystemIsAskedAsTheOptionsSay) {
+    const std::wstring longText(100'000, L'a');
     const struct {
-        VARIANT options;
-        HRESULT failure = S_OK;
+        DISPID dialog;
+        std::wstring call, title;
+        DWORD room;  // at least
     } rows[] = {
-        {variantOf(VT_EMPTY)},  // undefined, Empty
-        {variantOf(VT_ERROR, DISP_E_PARAMNOTFOUND)},
-        {variantOf(VT_BSTR)},  // vbNullString
-        {variantTo(VT_BSTR, empty.get())},
-        {variantTo(VT_BSTR, comment.get())},
-        {variantOf(VT_NULL), DISP_E_TYPEMISMATCH},                         // null, Null
-        {nothing, ::VariantChangeType(text.put(), &nothing, 0, VT_BSTR)},  // as the system converts it
+        {openFile, L"open 8919044: ", L"Выберите файл", 32'768},          // 0x881804
+        {openFiles, L"open 8919556: ", L"Выберите файлы", 32'767 * 256},  // 0x881A04
+        {saveFile, L"save 4: ", L"Сохранить файл как", 32'768},
+        {selectFolder, L"folder 81: ", L"Выберите папку", 0},  // 0x51
     };
-    const wchar_t* titles[] = {L"Выберите файл", L"Сохранить файл как", L"Выберите папку", L"Выберите файлы"};
     for (const auto& row : rows) {
-        for (const DISPID method : methods) {
-            system_.title.clear();
-            const LateCall made = call(*service, method, row.options);
-            EXPECT_EQ(made.failure(), row.failure) << &row - rows;
-            EXPECT_EQ(system_.title, row.failure == S_OK ? titles[method - 1] : L"");
-            if (row.failure == S_OK) {
-                EXPECT_EQ(V_VT(&made.result.get()), VT_BSTR) << "an empty text where the user cancelled";
-                EXPECT_EQ(viewOf(V_BSTR(&made.result.get())), L"");
-            }
+        const auto expect = [&](const std::wstring& title, const std::wstring& more) {
+            EXPECT_EQ(system_.asked, row.call + title + (row.dialog == selectFolder ? L"" : L"; " + more));
+        };
+        const std::wstring defaults = L"Все файлы|*.*|Текстовые файлы|*.TXT|0; -";
+        // undefined; left out; vbNullString
+        for (const VARIANT& nothing :
+             {variantOf(VT_EMPTY), variantOf(VT_ERROR, DISP_E_PARAMNOTFOUND), variantOf(VT_BSTR)}) {
+            EXPECT_EQ(resultOf(call(*guiOf(), row.dialog, nothing)), L"") << "the user cancelled";
+            expect(row.title, defaults);
         }
+        EXPECT_EQ(resultOf(row.dialog, L"{/* a */ \"more\": [1], \"Title\": 1 // b\n}"), L"");
+        expect(row.title, defaults);
+        resultOf(row.dialog,
+                 LR"({"title": "\u05d0 \ud83d\ude00 Ж", "filter": "Документы|*.doc;*.docx|",
+                                  "initialDir": "C:\\Папка", "filterIndex": 7, "more": {}})",
+                 L"имя.txt");
+        expect({0x05D0, L' ', 0xD83D, 0xDE00, L' ', L'Ж'}, L"Документы|*.doc;*.docx|7; C:\\Папка");
+        EXPECT_TRUE(system_.begin == (row.dialog == saveFile ? L"имя.txt" : L""));
+        EXPECT_GE(system_.room, row.room);
+        resultOf(row.dialog, L"{\"title\": null, \"filter\": \"\"}");
+        expect(L"-", L"-0; -");
+        // No screen shows more of a caption, and no path is that long.
+        resultOf(row.dialog, L"{\"filterIndex\": -1, \"filter\": \"||\", \"title\": \"" + longText +
+                                 L"\", \"initialDir\": \"" + longText + L"\"}");
+        expect(longText.substr(0, 1'000), L"0; -");
     }
 }
 
-// Timers and callbacks of the page run while a dialog is open.
-TEST_F(DialogsTest, APageDoesWhatItLikesWhileADialogIsOpen) {
-    const DialogDriver driver([](HWND dialog) { ::SendDlgItemMessageW(dialog, IDCANCEL, BM_CLICK, 0, 0); });
-    const auto other = gui();
-    const auto strange = gui(strangePage);
-    const Bstr brace(L"{");
-    const VARIANT bad = variantTo(VT_BSTR, brace.get());
-    for (const DISPID method : methods) {
-        auto service = gui();
-        system_.whileOpen = [&](HWND) {
-            for (const DISPID second : methods) {
+TEST_F(FakeFileDialogs, ChoicesComeBackWhole) {
+    system_.answer.assign(32'766, L'd');
+    for (const DISPID dialog : fileDialogs)
+        EXPECT_EQ(resultOf(dialog, {}, std::wstring(259, L'n')), system_.answer);
+    // As many files as there is room for, with the longest names.
+    system_.answer = L"C:\\dir";
+    std::wstring expected = system_.answer;
+    for (int i = 0; i < 32'767; ++i) {
+        const std::wstring name(255, static_cast<wchar_t>(L'a' + i % 26));
+        system_.answer += L'\0' + name;
+        expected += L'|' + name;
+    }
+    EXPECT_EQ(resultOf(openFiles), expected);
+}
+
+TEST_F(FakeFileDialogs, WhileOneIsOpenThereIsNoOtherAndTheOwnerIsDisabled) {
+    const auto before = std::filesystem::current_path();
+    const auto show = [&](DISPID dialog, HWND owner, bool isElsewhere) {
+        const auto other = guiOf();
+        auto service = guiOf(owner);
+        const ComPtr<IGuiService> engine = service;
+        const DWORD caller = ::GetCurrentThreadId();
+        system_.whileOpen = [&](HWND host) {
+            EXPECT_TRUE(Corvane::Test::isApartmentThreaded());
+            EXPECT_EQ(::GetCurrentThreadId() != caller, isElsewhere);
+            EXPECT_EQ(::GetWindow(host, GW_OWNER), owner);
+            EXPECT_FALSE(::IsWindowVisible(host));
+            EXPECT_TRUE(::GetWindowLongPtrW(host, GWL_EXSTYLE) & WS_EX_TOPMOST);
+            // The system told the owner, which answered though its thread waits.
+            EXPECT_FALSE(::IsWindowEnabled(owner));
+            // The message that has the dialog shown, from somebody else: there is one dialog for a call.
+            ::SendMessageW(host, WM_USER + 2, 0, 0);
+            // Timers and callbacks of the page run meanwhile.
+            for (const DISPID second : allDialogs) {
                 for (IGuiService* each : {service.get(), other.get()}) {
                     const LateCall made = call(*each, second);
                     EXPECT_EQ(made.failure(), failureOf(200));
                     EXPECT_TRUE(made.description().starts_with(L"[200] Ошибка при открытии диалога (0xaa:"));
                 }
-                EXPECT_EQ(call(*strange, second, bad).failure(), accessDenied)
-                    << "of which it learns no more";
             }
             // The page is left, and lets go of what it had; the engine holds the object during the call.
             setSite(service, nullptr);
             service = {};
+            ::SetCurrentDirectoryW(L"C:\\");
+            if (isElsewhere)
+                ::PostThreadMessageW(caller, WM_QUIT, 7, 0);
         };
-        const ComPtr<IGuiService> engine = service;
-        EXPECT_EQ(call(*engine, method).failure(), S_OK);
-        system_.whileOpen = [](HWND) {};
-        EXPECT_EQ(call(*engine, method).failure(), failureOf(0));
-    }
-    EXPECT_EQ(driver.count(), 16) << "the question about the strange page";
-    EXPECT_EQ(system_.calls, 4);
+        EXPECT_EQ(resultOf(call(*engine, dialog)), system_.answer);
+        EXPECT_EQ(std::exchange(system_.calls, 0), 1);
+        EXPECT_EQ(!owner || ::IsWindowEnabled(owner), true);
+        EXPECT_EQ(std::filesystem::current_path(), before) << "is kept";
+        MSG message{};
+        EXPECT_EQ(::PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE), isElsewhere);
+        EXPECT_EQ(message.wParam, isElsewhere ? 7U : 0U) << "what ends the caller's own loop";
+    };
+    const auto showAll = [&](bool isElsewhere) {
+        for (const DISPID dialog : allDialogs) {
+            const HWND owner = Corvane::makeOwner();
+            system_.answer = L"C:\\a";
+            show(dialog, owner, isElsewhere);
+            ::DestroyWindow(owner);
+            system_.answer.clear();
+            show(dialog, nullptr, isElsewhere);
+        }
+    };
+    showAll(true);
+    std::jthread([&] {
+        const Corvane::Test::Apartment apartment;
+        showAll(false);
+    }).join();
 }
 
-using Corvane::Test::ImportPatch;
+TEST_F(FakeFileDialogs, FailuresOfTheSystemTravelToTheCaller) {
+    const auto before = std::filesystem::current_path();
+    system_.whileOpen = [](HWND) { ::SetCurrentDirectoryW(L"C:\\"); };
+    system_.error = 0x3003;
+    for (const DISPID dialog : fileDialogs)
+        EXPECT_EQ(call(*guiOf(), dialog).description(), L"[200] Ошибка при открытии диалога (0x3003)");
+    EXPECT_EQ(std::filesystem::current_path(), before);
+    system_.answer.assign(MAX_PATH, L'f');
+    EXPECT_EQ(call(*guiOf(), selectFolder).failure(), failureOf(200)) << "a folder whose path is too long";
+
+    const HWND gone = Corvane::makeOwner();
+    ::DestroyWindow(gone);
+    EXPECT_EQ(call(*guiOf(gone), openFile).failure(), failureOf(202));
+    const auto service = guiOf();
+    system_.calls = 0;
+    const ImportPatch patch("PostMessageW", &Corvane::Test::refusePost,
+                            ::GetModuleHandleW(componentPath().c_str()));
+    EXPECT_EQ(call(*service, openFile).failure(), failureOf(202));
+    EXPECT_EQ(system_.calls, 0);
+}
+
+#ifdef _WIN64  // Wine's 32-bit programs on a 64-bit system without 32-bit libraries show no such dialogs
+
+TEST_F(FileDialogs, RealOnesTellWhatWasChosen) {
+    constexpr int nameEdit = 1148;  // cmb13 of dlgs.h
+    const auto folder = std::filesystem::temp_directory_path() / L"выбор файлов";
+    std::filesystem::create_directories(folder);
+    const std::wstring name = L"файл \x05D0\x65E5 \xD83D\xDE00.txt";
+    for (const std::wstring& each : {name, L"b.txt"s})
+        std::ofstream(folder / each) << "x";
+    const auto chosen = [&](DISPID dialog, const std::wstring& typed) {
+        const DialogDriver driver([&](HWND window) {
+            if (!typed.empty())
+                ::SetDlgItemTextW(window, nameEdit, typed.c_str());
+            ::PostMessageW(window, WM_COMMAND, IDOK, 0);
+        });
+        std::wstring escaped;
+        for (const wchar_t character : folder.wstring())
+            escaped += character == L'\\' ? L"\\\\" : std::wstring(1, character);
+        return resultOf(dialog, L"{\"initialDir\": \"" + escaped + L"\"}");
+    };
+    EXPECT_EQ(chosen(openFile, name), (folder / name).wstring());
+    EXPECT_EQ(chosen(openFiles, L"\"b.txt\" \"" + name + L"\""), folder.wstring() + L"|b.txt|" + name);
+    EXPECT_EQ(chosen(saveFile, L"new.txt"), (folder / L"new.txt").wstring());
+    EXPECT_EQ(chosen(selectFolder, L""), folder.wstring());
+    std::filesystem::remove_all(folder);
+}
+
+#endif
 
 constexpr HRESULT notOpened = failureOf(604);
 
