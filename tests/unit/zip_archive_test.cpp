@@ -58,10 +58,7 @@ TEST(ZipArchive, ListsAndGrowsWhatOtherProgramsPacked) {
     commented.at(20) = 3;
     commented.insert(commented.end(), {'a', 'b', 'c'});
     expectListedAndGrown(commented, "");
-}
-
-// Old programs count in 16 bits: 65,536 entries are 0 and 65,539 are 3.
-TEST(ZipArchive, ListsAndGrowsWhatItsEndCountsTooLow) {
+    // Old programs count in 16 bits: 65,536 entries are 0 and 65,539 are 3.
     for (const std::uint8_t counted : std::initializer_list<std::uint8_t>{0, 1, 4}) {
         Bytes archive = readTestData("zip/python.zip");
         const std::string names = namesIn(ZipArchive(streamOf(archive)));
@@ -84,17 +81,17 @@ TEST(ZipArchive, TwoThatGrowOneStreamTakeInEachOther) {
 }
 
 TEST(ZipDate, IsADayOfTheCalendar) {
-    for (const auto& [day, isOne] : std::vector<std::pair<ZipDate, bool>>{{{2024, 2, 29}, true},
-                                                                          {{2023, 2, 29}, false},
-                                                                          {{2024, 2, 30}, false},
-                                                                          {{2024, 4, 31}, false},
-                                                                          {{2024, 12, 31, 23, 59, 58}, true},
-                                                                          {{2024, 0, 1}, false},
-                                                                          {{2024, 1, 1, 24}, false}}) {
-        EXPECT_EQ(day.isValid(), isOne) << day.pack();
+    for (const auto& [day, text] : std::initializer_list<std::pair<ZipDate, const char*>>{
+             {{2024, 2, 29}, "2024-02-29T00:00:00"},
+             {{2024, 12, 31, 23, 59, 58}, "2024-12-31T23:59:58"},
+             {{2023, 2, 29}, ""},
+             {{2024, 2, 30}, ""},
+             {{2024, 4, 31}, ""},
+             {{2024, 0, 1}, ""},
+             {{2024, 1, 1, 24}, ""}}) {
         ZipEntry entry;
         entry.date = day;
-        EXPECT_EQ(entriesJson({entry})[0]["date"].asString().empty(), !isOne) << day.pack();
+        EXPECT_EQ(entriesJson({entry})[0]["date"].asString(), text);
     }
 }
 
@@ -133,26 +130,6 @@ TEST(ZipArchive, WhatIsNotFoundAfterwardsWasNotAdded) {
     EXPECT_EQ(namesIn(archive), "kept|");
 }
 
-TEST(ZipArchive, GrowsFromNothing) {
-    const auto stream = std::make_shared<Stream::MemoryStream>();
-    ZipArchive archive(stream);
-    EXPECT_TRUE(archive.entries()->empty());
-    archive.add("one.txt", date, bytesOf("one"));
-    archive.update([](ZipWriter& writer) {
-        writer.addFolder("empty", date);
-        writer.addFile("папка\\два.bin", date, sampleBytes(300000));
-    });
-    const ZipArchive again(stream);
-    for (const ZipArchive* each : {&std::as_const(archive), &again})
-        EXPECT_EQ(namesIn(*each), "one.txt|empty/|папка/два.bin|");
-    EXPECT_TRUE(again.entries()->at(1).directory);
-    EXPECT_EQ(again.entries()->at(2).date.pack(), date.pack());
-    EXPECT_EQ(again.extract(2), sampleBytes(300000));
-    stream->seek(0, Stream::Origin::beginning);
-    EXPECT_EQ(errorCode([&] { again.extract(0, *stream, 10, nullptr); }), E_ZIP_GET_ENTRY.code)
-        << "into the archive itself";
-}
-
 TEST(ZipArchive, AFailedChangeLeavesTheArchiveAsItWas) {
     const Bytes before = readTestData("zip/info-zip.zip");
     const auto stream = std::make_shared<NoticingStream>();
@@ -177,12 +154,6 @@ TEST(ZipArchive, AFailedChangeLeavesTheArchiveAsItWas) {
             progress->cancel();
     });
     EXPECT_EQ(errorCode([&] { archive.add("added", date, input, progress); }), E_CANCELED.code);
-    EXPECT_EQ(contentOf(*stream), before);
-    const auto failAfterOne = [&](ZipWriter& writer) {
-        writer.addFile("added", date, content);
-        throw Exception(E_FILE_READ);
-    };
-    EXPECT_EQ(errorCode([&] { archive.update(failAfterOne); }), E_FILE_READ.code);
     EXPECT_EQ(contentOf(*stream), before);
     archive.add("added", date, content);
     EXPECT_EQ(ZipArchive(stream).extract(5), content);
@@ -258,30 +229,24 @@ TEST(ZipName, LeadsBelowTheFolderOrNowhere) {
         EXPECT_EQ(detail::zipNameParts(name), std::nullopt) << name;
 }
 
-std::string repeated(std::string_view text, std::size_t times, std::string_view end = {}) {
-    std::string all;
-    while (times-- > 0)
-        all += text;
-    return all.append(end);
-}
-
 TEST(ZipName, IsNoLongerThanFileSystemsTake) {
-    const struct {
-        std::string_view text;
-        std::size_t most;
-        std::string_view more;
-    } rows[] = {
-        // In the UTF-16 units of which NTFS takes 255 for a part of a path.
-        {"a", 255, "a"}, {"я", 255, "я"}, {"€", 255, "€"}, {"😀", 127, "😀"}, {"a/", 1000, "a"},
+    const auto isTaken = [](std::string_view text, std::size_t times, std::string_view end = {}) {
+        std::string name;
+        while (times-- > 0)
+            name += text;
+        return detail::zipNameParts(name.append(end)).has_value();
     };
-    for (const auto& row : rows) {
-        EXPECT_NE(detail::zipNameParts(repeated(row.text, row.most)), std::nullopt) << row.text;
-        EXPECT_EQ(detail::zipNameParts(repeated(row.text, row.most, row.more)), std::nullopt) << row.text;
+    // In the UTF-16 units of which NTFS takes 255 for a part of a path; and 32,000 in all.
+    const std::pair<std::string_view, std::size_t> rows[] = {{"a", 255}, {"€", 255}, {"😀", 127}, {"a/", 1000}};
+    for (const auto& [text, most] : rows) {
+        EXPECT_TRUE(isTaken(text, most)) << text;
+        EXPECT_FALSE(isTaken(text, most, text.substr(0, text.find('/')))) << text;
     }
-    // And 32,000 in all.
-    const std::string part = repeated("я", 199, "/");
-    EXPECT_NE(detail::zipNameParts(repeated(part, 160)), std::nullopt);
-    EXPECT_EQ(detail::zipNameParts(repeated(part, 160, "a")), std::nullopt);
+    std::string part = "/";
+    for (int i = 0; i < 199; ++i)
+        part.insert(0, "я");
+    EXPECT_TRUE(isTaken(part, 160));
+    EXPECT_FALSE(isTaken(part, 160, "a"));
 }
 
 }  // namespace

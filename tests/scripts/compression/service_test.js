@@ -33,10 +33,3 @@ equal(later("service.PKZipStreamAsync(streamOf(text), file, done)"), undefined);
 file.Close();
 equal(textOf(service.PKUnzip(files.BinaryObjectFromFile(path))), "some text");
 disk.Delete(path);
-
-// A token that is canceled before the work begins, and one stream for both sides.
-token.SetCanceled();
-packed = streamOf(text);
-equal(later("service.GZipStreamAsync(streamOf(text), packed, done, token)"), "[35] Операция отменена");
-equal(later("service.GZipStreamAsync(packed, packed, done)").substr(0, 6), "[105] ");
-equal(packed.Size, 9, "nothing was written");
