@@ -1,4 +1,4 @@
-// Ungzips arbitrary bytes, at once and in small pieces, and gzips them; opens them as an archive, restores
+// Ungzips arbitrary bytes, and gzips them; opens them as an archive, restores
 // what it holds, and adds to it.
 #include "compression/gzip.h"
 #include "compression/zip_archive.h"
@@ -15,27 +15,13 @@ using namespace Corvane::Compression;
 
 namespace {
 
-class SmallPieces : public Stream::MemoryStream {
-public:
-    using MemoryStream::read;
-    std::size_t read(std::span<std::uint8_t> buffer) override {
-        return MemoryStream::read(buffer.first(std::min<std::size_t>(buffer.size(), 7)));
-    }
-};
-
 Bytes contentOf(Stream::MemoryStream& stream) {
     return *stream.seekAndRead(0, stream.state().size);
 }
 
 void fuzzGzip(Input input) {
     Bytes restored;
-    const auto error = errorOf([&] { ungzip(input, restored); });
-    SmallPieces source;
-    source.write(input);
-    source.seek(0, Stream::Origin::beginning);
-    Stream::MemoryStream output;
-    require(errorOf([&] { ungzipFileAsync(source, output, nullptr); }) == error);
-    require(contentOf(output) == (error ? Bytes() : restored));
+    errorOf([&] { ungzip(input, restored); });
     Bytes packed;
     gzip(input, packed);
     ungzip(packed, restored);

@@ -163,8 +163,8 @@ TEST(Compression, AnOperationThatStopsLeavesTheOutput) {
         EXPECT_EQ(contentOf(output), bytesOf("before, behind"));
         EXPECT_THROW(format->packStream(input, closed, nullptr, defaultMode), Stream::ClosedStreamException);
         // One stream for both sides.
-        const auto& [packError, unpackError] = format == &zipFormat ? std::pair(E_ZIP_OPEN, E_ZIP_OPEN)
-                                                                    : std::pair(E_GZIP_OPEN, E_UNGZIP);
+        const auto& [packError, unpackError] =
+            format == &zipFormat ? std::pair(E_ZIP_OPEN, E_ZIP_OPEN) : std::pair(E_GZIP_OPEN, E_UNGZIP);
         EXPECT_EQ(errorCode([&] { format->packStream(whole, whole, nullptr, 0); }), packError.code);
         EXPECT_EQ(errorCode([&] { format->unpackStream(whole, whole, 0, nullptr); }), unpackError.code);
         EXPECT_EQ(contentOf(whole), packed(*format, content));

@@ -237,7 +237,8 @@ TEST(ZipName, IsNoLongerThanFileSystemsTake) {
         return detail::zipNameParts(name.append(end)).has_value();
     };
     // In the UTF-16 units of which NTFS takes 255 for a part of a path; and 32,000 in all.
-    const std::pair<std::string_view, std::size_t> rows[] = {{"a", 255}, {"€", 255}, {"😀", 127}, {"a/", 1000}};
+    const std::pair<std::string_view, std::size_t> rows[] = {
+        {"a", 255}, {"€", 255}, {"😀", 127}, {"a/", 1000}};
     for (const auto& [text, most] : rows) {
         EXPECT_TRUE(isTaken(text, most)) << text;
         EXPECT_FALSE(isTaken(text, most, text.substr(0, text.find('/')))) << text;
