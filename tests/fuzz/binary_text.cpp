@@ -1,11 +1,13 @@
 // Decodes anything as each kind of text, and holds the result, or the refusal, to what the input is; encodes
-// it and gets it back.
+// it and gets it back; and reads it as options of a dialog.
 #include "binary/base64.h"
 #include "binary/hex.h"
 #include "binary/utf.h"
 #include "binary/xml_encoding.h"
 #include "core/errors.h"
+#include "core/utf8.h"
 #include "fuzz.h"
+#include "gui/dialog_options.h"
 
 #include <algorithm>
 #include <cctype>
@@ -56,6 +58,17 @@ void fuzzXml(Input document) {
             error == E_XML_ENCODING.code);
 }
 
+// No filter leads the system, which reads pairs of strings up to an empty one, beyond its end.
+void fuzzDialogOptions(Input input) {
+    const std::wstring text = fromUtf8({reinterpret_cast<const char*>(input.data()), input.size()});
+    Gui::DialogOptions options;
+    const auto error = errorOf([&] { options = Gui::parseJsonOptions(Gui::DialogKind::openFile, text); });
+    require(!error || error == E_COMMON_DLG_FILTER.code || error == E_COMMON_DLG_OPTIONS.code);
+    errorOf([&] { options.filter = Gui::detail::unescapeFilter(text); });
+    require(std::ranges::count(options.filter, L'\0') % 2 == 0);
+    require(options.filter.empty() || options.filter.back() == L'\0');
+}
+
 }  // namespace
 
 void fuzz(Input input) {
@@ -65,4 +78,5 @@ void fuzz(Input input) {
     fuzzBase64(text, bytes);
     fuzzUtf(bytes);
     fuzzXml(input);
+    fuzzDialogOptions(input);
 }

@@ -267,10 +267,7 @@ TEST_F(FileDialogs, RealOnesTellWhatWasChosen) {
                 ::SetDlgItemTextW(window, nameEdit, typed.c_str());
             ::PostMessageW(window, WM_COMMAND, IDOK, 0);
         });
-        std::wstring escaped;
-        for (const wchar_t character : folder.wstring())
-            escaped += character == L'\\' ? L"\\\\" : std::wstring(1, character);
-        return resultOf(dialog, L"{\"initialDir\": \"" + escaped + L"\"}");
+        return resultOf(dialog, L"{\"initialDir\": \"" + folder.generic_wstring() + L"\"}");
     };
     EXPECT_EQ(chosen(openFile, name), (folder / name).wstring());
     EXPECT_EQ(chosen(openFiles, L"\"b.txt\" \"" + name + L"\""), folder.wstring() + L"|b.txt|" + name);
@@ -280,8 +277,6 @@ TEST_F(FileDialogs, RealOnesTellWhatWasChosen) {
 }
 
 #endif
-
-constexpr HRESULT notOpened = failureOf(604);
 
 class CertificatesTest : public ComponentTest {
 protected:
@@ -303,9 +298,8 @@ protected:
 DWORD viewerError = 0;
 
 WINBOOL WINAPI view(PCCRYPTUI_VIEWCERTIFICATE_STRUCTW view, WINBOOL* changed) {
-    EXPECT_EQ(view->dwSize, sizeof(*view));
-    EXPECT_TRUE(view->pCertContext && !view->hwndParent && view->dwFlags == 0);
-    EXPECT_EQ(changed, nullptr);
+    EXPECT_TRUE(view->dwSize == sizeof(*view) && view->pCertContext && !view->hwndParent && !changed);
+    EXPECT_EQ(view->dwFlags, 0u);
     ::SetLastError(viewerError);
     return viewerError == 0;
 }
@@ -335,24 +329,20 @@ TEST_F(CertificatesTest, StoreThatIsClosedWhileInUseStaysOpenForItsUser) {
     const ImportPatch patch("CryptUIDlgSelectCertificateFromStore", &pick, module_);
     const auto store = serviceOf<ICertificateStore>(__uuidof(CertificateStore));
     ComPtr<ICertificate> picked;
-    EXPECT_EQ(store->SelectCertificate(picked.put()), notOpened);
+    EXPECT_EQ(store->SelectCertificate(picked.put()), failureOf(604)) << "it is not open";
     ASSERT_EQ(store->Open(2, Bstr(L"CorvanePicked").get(), 1), S_OK);
     ComPtr<ICertificate> installed;
     ASSERT_EQ(store->Install(signer().get(), installed.put()), S_OK);
     whilePicking = [](HCERTSTORE) { return nullptr; };
     EXPECT_EQ(store->SelectCertificate(picked.put()), S_OK);
-    EXPECT_EQ(picked.get(), nullptr) << "cancelled";
+    ASSERT_EQ(picked.get(), nullptr) << "cancelled";
 
     whilePicking = [&](HCERTSTORE opened) {
         EXPECT_EQ(store->Close(), S_OK);
         return ::CertEnumCertificatesInStore(opened, nullptr);
     };
     EXPECT_EQ(store->SelectCertificate(picked.put()), S_OK);
-    Bstr name;
     ASSERT_NE(picked.get(), nullptr);
-    EXPECT_EQ(picked->get_CommonName(name.put()), S_OK);
-    EXPECT_EQ(name.view(), L"Иванов Иван");
-    EXPECT_EQ(store->get_name(name.put()), notOpened);
     EXPECT_EQ(installed->Uninstall(), S_OK);
     EXPECT_EQ(picked->Uninstall(), S_OK);
     ::RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Microsoft\\SystemCertificates\\CorvanePicked");
