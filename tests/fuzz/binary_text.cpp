@@ -10,30 +10,18 @@
 #include "gui/dialog_options.h"
 
 #include <algorithm>
-#include <cctype>
-#include <iterator>
 #include <string>
 
 using namespace Corvane;
 
 namespace {
 
-void fuzzHex(const std::string& text, const Bytes& bytes) {
+void fuzzCodecs(const std::string& text, const Bytes& bytes) {
     const bool isHex =
         text.size() % 2 == 0 && text.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
-    Bytes decoded;
-    require(errorOf([&] { decoded = hexToBin(text); }).has_value() != isHex);
-    for (std::size_t i = 0; i < decoded.size(); ++i)
-        require(decoded[i] == std::stoul(text.substr(2 * i, 2), nullptr, 16));
+    require(errorOf([&] { return hexToBin(text); }).has_value() != isHex);
     require(hexToBin(binToHex(bytes)) == bytes);
-}
-
-void fuzzBase64(const std::string& text, const Bytes& bytes) {
-    std::string some;
-    std::ranges::copy_if(text, std::back_inserter(some), [](unsigned char byte) {
-        return byte < 0x80 && (std::isalnum(byte) || byte == '+' || byte == '/');
-    });
-    require(base64ToBin(text) == base64ToBin(some));
+    require(base64ToBin(text) == base64ToBin(std::wstring(bytes.begin(), bytes.end())));
     for (std::uint32_t flags = 0; flags < 4; ++flags)
         require(base64ToBin(binToBase64(bytes, flags)) == bytes);
 }
@@ -74,8 +62,7 @@ void fuzzDialogOptions(Input input) {
 void fuzz(Input input) {
     const Bytes bytes(input.begin(), input.end());
     const std::string text(input.begin(), input.end());
-    fuzzHex(text, bytes);
-    fuzzBase64(text, bytes);
+    fuzzCodecs(text, bytes);
     fuzzUtf(bytes);
     fuzzXml(input);
     fuzzDialogOptions(input);

@@ -10,7 +10,6 @@
 #include "binary/xml_encoding.h"
 #include "support.h"
 
-#include <iomanip>
 #include <regex>
 
 using namespace Corvane;
@@ -19,19 +18,9 @@ using namespace std::string_literals;
 
 namespace {
 
-std::string encodeNarrow(const Bytes& bytes, std::uint32_t flags) {
-    const std::size_t size = getBinToBase64RequiredSize(static_cast<std::int64_t>(bytes.size()), flags);
-    std::string text(size + 1, '#');
-    EXPECT_EQ(encodeBase64(bytes, flags, text.data()), text.data() + size);
-    EXPECT_EQ(text.back(), '#') << "written beyond the required size";
-    text.pop_back();
-    return text;
-}
-
 TEST(Base64, EncodesAndDecodesBack) {
     const auto expect = [](const Bytes& bytes, std::uint32_t flags, const std::string& text) {
         SCOPED_TRACE(text);
-        EXPECT_EQ(encodeNarrow(bytes, flags), text);
         EXPECT_EQ(binToBase64(bytes, flags), wide(text));
         EXPECT_EQ(base64ToBin(text), bytes);
         EXPECT_EQ(base64ToBin(wide(text)), bytes);
@@ -72,14 +61,10 @@ TEST(Base64, KnowsTheSizeInAdvanceAndRefusesWhatIsTooLarge) {
 TEST(Hex, AgreesWithOtherTools) {
     const Bytes bytes = readTestData("text/random.bin");
     const std::string text = readTestText("text/random.hex");
-    std::string encoded(text.size(), '\0');
-    EXPECT_EQ(encodeHex(bytes, encoded.data()), encoded.data() + encoded.size());
-    EXPECT_EQ(encoded, text);
     EXPECT_EQ(binToHex(bytes), wide(text));
     EXPECT_EQ(hexToBin(text), bytes);
     EXPECT_EQ(hexToBin(L"0a1BafAF"), (Bytes{0x0A, 0x1B, 0xAF, 0xAF}));
     EXPECT_EQ(hexToBin(L"\x0130\x2041"), Bytes{0x0A}) << "only the low eight bits count";
-    EXPECT_EQ(hexToBin(L""), Bytes{});
 }
 
 TEST(Hex, RefusesWhatIsNotPairsOfDigits) {
@@ -92,23 +77,6 @@ TEST(Hex, RefusesWhatIsNotPairsOfDigits) {
     EXPECT_EQ(errorCode([&] { return hexToBin(twoBlocks + L"z"); }), E_HEX_STRING_SIZE.code);
 }
 
-// The digest of a message that comes in pieces: `first` bytes, then so many at a time.
-template <class Update>
-void feed(std::span<const std::uint8_t> message, std::size_t first, std::size_t most, Update update) {
-    for (std::size_t size = first; !message.empty(); size = most) {
-        update(message.first(std::min(size, message.size())));
-        message = message.subspan(std::min(size, message.size()));
-    }
-}
-
-template <class Digest>
-Bytes digestOf(std::span<const std::uint8_t> message, std::size_t first, std::size_t most) {
-    Digest digest;
-    feed(message, first, most, [&](auto piece) { digest.update(piece); });
-    const auto bytes = digest.finish();
-    return {bytes.begin(), bytes.end()};
-}
-
 // On lengths around the sizes of blocks, whole and in pieces.
 TEST(Digest, AgreesWithOtherTools) {
     const Bytes pattern = readTestData("text/random.bin");
@@ -116,14 +84,21 @@ TEST(Digest, AgreesWithOtherTools) {
     for (int i = 0; i < 70; ++i)
         data.insert(data.end(), pattern.begin(), pattern.end());
     for (const auto& row : readTable("digests/prefixes.txt", 4)) {
-        const auto message = std::span(data).first(std::stoul(row[0]));
-        for (const std::size_t first : {~std::size_t{0}, std::size_t{1}, std::size_t{63}, std::size_t{65}}) {
-            SCOPED_TRACE(testing::Message() << row[0] << ' ' << first);
+        for (const std::size_t size : {data.size(), std::size_t{7}, std::size_t{63}, std::size_t{65}}) {
+            SCOPED_TRACE(testing::Message() << row[0] << ' ' << size);
             std::uint32_t crc32 = 0;
-            feed(message, first, 7, [&](auto piece) { crc32 = Binary::getCrc32(piece, crc32); });
+            Binary::MD5 md5;
+            Binary::SHA256 sha256;
+            for (auto left = std::span(data).first(std::stoul(row[0])); !left.empty();) {
+                const auto piece = left.first(std::min(size, left.size()));
+                left = left.subspan(piece.size());
+                crc32 = Binary::getCrc32(piece, crc32);
+                md5.update(piece);
+                sha256.update(piece);
+            }
             EXPECT_EQ(crc32, std::stoul(row[1], nullptr, 16));
-            EXPECT_EQ(digestOf<Binary::MD5>(message, first, 64), hexToBin(row[2]));
-            EXPECT_EQ(digestOf<Binary::SHA256>(message, first, 100), hexToBin(row[3]));
+            EXPECT_TRUE(std::ranges::equal(md5.finish(), hexToBin(row[2])));
+            EXPECT_TRUE(std::ranges::equal(sha256.finish(), hexToBin(row[3])));
         }
     }
 }
@@ -137,14 +112,11 @@ TEST(Utf, DecodesWhatIsWellFormed) {
         const auto text = row[0] == "utf-8"              ? utf8ToWide(bytes)
                           : row[0].starts_with("utf-16") ? utf16ToWide(bytes, order)
                                                          : utf32ToWide(bytes, order);
-        EXPECT_EQ(text.has_value(), row[2] != "refused");
         EXPECT_TRUE(row[0] != "utf-8" || isUtf8(bytes) == text.has_value());
-        if (text) {
-            std::wstring units;
-            for (std::size_t i = 0; i < row[2].size(); i += 4)
-                units += static_cast<wchar_t>(std::stoul(row[2].substr(i, 4), nullptr, 16));
-            EXPECT_EQ(*text, units);
-        }
+        std::string units = text ? "" : "refused";
+        for (const wchar_t unit : text.value_or(L""))
+            units += hexOf(Bytes{static_cast<std::uint8_t>(unit >> 8), static_cast<std::uint8_t>(unit)});
+        EXPECT_EQ(units, row[2]);
     }
 }
 

@@ -3,7 +3,6 @@
 #include "compression/gzip.h"
 #include "compression/zip.h"
 #include "compression/zip_archive.h"
-#include "compression/zip_entries_json.h"
 #include "compression/zip_file.h"
 #include "compression/zip_name.h"
 #include "compression/zip_storage.h"
@@ -221,21 +220,6 @@ TEST(ZipArchive, TwoThatGrowOneStreamTakeInEachOther) {
     EXPECT_EQ(namesIn(ZipArchive(stream)), "a|b|c|");
 }
 
-TEST(ZipDate, IsADayOfTheCalendar) {
-    for (const auto& [day, text] : std::initializer_list<std::pair<ZipDate, const char*>>{
-             {{2024, 2, 29}, "2024-02-29T00:00:00"},
-             {{2024, 12, 31, 23, 59, 58}, "2024-12-31T23:59:58"},
-             {{2023, 2, 29}, ""},
-             {{2024, 2, 30}, ""},
-             {{2024, 4, 31}, ""},
-             {{2024, 0, 1}, ""},
-             {{2024, 1, 1, 24}, ""}}) {
-        ZipEntry entry;
-        entry.date = day;
-        EXPECT_EQ(entriesJson({entry})[0]["date"].asString(), text);
-    }
-}
-
 // Does something before each writing, with what is written and where it will end.
 class NoticingStream : public MemoryStream {
 public:
@@ -368,27 +352,6 @@ TEST(ZipName, LeadsBelowTheFolderOrNowhere) {
         unsafe.push_back(row[0].substr(1, row[0].size() - 2));
     for (const std::string& name : unsafe)
         EXPECT_EQ(detail::zipNameParts(name), std::nullopt) << name;
-}
-
-TEST(ZipName, IsNoLongerThanFileSystemsTake) {
-    const auto isTaken = [](std::string_view text, std::size_t times, std::string_view end = {}) {
-        std::string name;
-        while (times-- > 0)
-            name += text;
-        return detail::zipNameParts(name.append(end)).has_value();
-    };
-    // In the UTF-16 units of which NTFS takes 255 for a part of a path; and 32,000 in all.
-    const std::pair<std::string_view, std::size_t> rows[] = {
-        {"a", 255}, {"€", 255}, {"😀", 127}, {"a/", 1000}};
-    for (const auto& [text, most] : rows) {
-        EXPECT_TRUE(isTaken(text, most)) << text;
-        EXPECT_FALSE(isTaken(text, most, text.substr(0, text.find('/')))) << text;
-    }
-    std::string part = "/";
-    for (int i = 0; i < 199; ++i)
-        part.insert(0, "я");
-    EXPECT_TRUE(isTaken(part, 160));
-    EXPECT_FALSE(isTaken(part, 160, "a"));
 }
 
 }  // namespace

@@ -47,6 +47,15 @@ try {
     equal(textOf(bytes.BinaryObjectFromFile(file)), "new");
     equal(JSON.parse(disk.List(old)).length, 1, "nothing temporary is left");
 
+    // Dates, of the calendar and none, as they are packed after the time: 5 bits of hours, 6 of minutes, 5 of seconds by two; 7 of
+    // years since 1980, 4 of months, 5 of days.
+    var dates = { "00005D58": "2024-02-29T00:00:00", "7DBF9F59": "2024-12-31T23:59:58", "00005D56": "", "00005E58": "", "00009F58": "",
+        "00000158": "", "00C02158": "" };
+    for (var date in dates) {
+        var dated = service.OpenZipArchive(streamOf(hex(packed.split("00002100").join(date))));
+        equal(JSON.parse(dated.Entries)[0].date, dates[date], date);
+    }
+
     // Tokens of operations on bytes.
     token.SetCanceled();
     values([
@@ -72,7 +81,12 @@ try {
     for (var i = 0; i < 8; ++i) {
         deep.Add(i + new Array(1000).join("/" + new Array(31).join("a")), binaryOf("deep"));
     }
-    refusals([["deep.ExtractAll(unsafe, 31)", "[10] "], ["deep.Add(new Array(1002).join('a/') + 'a', binaryOf('deep'))", "[113] "]]);
+    refusals([
+        ["deep.ExtractAll(unsafe, 31)", "[10] "],
+        ["deep.Add(new Array(1001).join('a/') + 'a', binaryOf('deep'))", "[113] "],
+        ["deep.Add(new Array(161).join(new Array(200).join('я') + '/') + 'a', binaryOf('deep'))", "[113] "] // 32,001 letters
+    ]);
+    deep.Add(new Array(160).join(new Array(200).join("я") + "/") + new Array(201).join("я"), binaryOf("deep"));
 
     // What is added, to a folder packed.
     var stream = bytes.CreateStream();
