@@ -9,25 +9,16 @@ Equal binary.GetByte(2), CByte(255), "GetByte"
 Equal binary.GetByte(Empty), CByte(1), "Empty is 0"
 Equal service.BinaryObjectFromBase64(Empty).Size, CLng(0), "Empty is a text"
 
-Dim bytes, text
+Dim text, other
 For Each one In binary.ToArray(0, 3)
     text = text & one & ";"
 Next
 Equal text, "1;2;255;", "For Each"
 Equal UBound(binary.ToArray(0, 0)), CLng(-1), "an empty array"
 
-' Variables go by reference.
-Dim offset, count, digits, other
-offset = 1
-count = CLng(1)
-digits = "0A"
-Set other = service.BinaryObjectFromHex(digits)
-bytes = binary.ToArray(offset, count)
-Equal LBound(bytes) & UBound(bytes) & bytes(0), "002", "numbers by reference"
-Equal binary.Equals(other) & binary.Equals(binary), "FalseTrue", "an object by reference"
-
-' A method without arguments may be written without parentheses.
-Equal other.ToHexString, "0A", "a method in an expression"
+' A method without arguments may be written without parentheses; an object goes by reference.
+Set other = service.BinaryObjectFromHex("0A")
+Equal other.ToHexString & binary.Equals(other), "0AFalse", "a method in an expression"
 other.Reset
 Equal other.Size(), CLng(0), "a statement, and a property as a call"
 

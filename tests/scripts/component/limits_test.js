@@ -11,12 +11,6 @@ var big = contentOf(stream);
 refusals([["big.ToArray(0, stream.Size)", noMemory]]);
 equal(new VBArray(big.ToArray(stream.Size - 2, 4294967295)).toArray().length, 2);
 
-// As texts, and back.
-stream.Resize(64 * mebibyte);
-big = contentOf(stream);
-equal(service.BinaryObjectFromHex(big.ToHexString()).Equals(big), true, "hexadecimal");
-equal(service.BinaryObjectFromBase64(big.ToBase64()).Equals(big), true, "Base64");
-
 // A stream for which 32 bits run out of addresses on the way is then as it was.
 var size = 3 * 1024 * mebibyte;
 stream = streamOf(hex("0102"));
