@@ -52,7 +52,6 @@ TEST(Base64, SkipsWhatIsNotOfTheAlphabet) {
 }
 
 TEST(Base64, KnowsTheSizeInAdvanceAndRefusesWhatIsTooLarge) {
-    EXPECT_EQ(errorCode([] { return getBinToBase64RequiredSize(-1, 0); }), E_STRING_MAX_SIZE.code);
     EXPECT_EQ(errorCode([] { return getBinToBase64RequiredSize(0x40000000, 0); }), E_BINARY_MAX_SIZE.code);
     // 357,913,941 groups of which 18,837,575 fill lines.
     EXPECT_EQ(getBinToBase64RequiredSize(0x3FFFFFFF, 0), 357913941U * 4 + 18837575U * 2);
@@ -137,23 +136,19 @@ TEST(XmlEncoding, IsFoundInTheBytesOrTheFaultIsNamed) {
         Bytes document = hexToBin(row[1]);
         for (const Bytes& part : {bytesOf(spread(row[3], row[2])), hexToBin(row[4])})
             document.insert(document.end(), part.begin(), part.end());
-        XmlEncoding encoding;
+        XmlEncoding encoding{};
         const std::string error = errorName([&] {
             encoding = findXmlEncoding(document);
-            if (row[0].starts_with("E_") || row[2] != "1") {
-                EXPECT_EQ(Binary::toXmlString(document), wide(row[3]));
-            }
+            const std::wstring text = Binary::toXmlString(document);
+            EXPECT_TRUE(!row[4].empty() || text == utf8ToWide(bytesOf(row[3])));
         });
         EXPECT_EQ(error.empty() ? std::to_string(encoding.codePage) : error, row[0]);
         EXPECT_TRUE(!error.empty() || encoding.markSize == row[1].size() / 2);
     }
 }
 
-TEST(XmlEncoding, DecodesToTextWithoutTheMark) {
+TEST(XmlEncoding, DecodesRussianThatIsDeclaredOrNot) {
     const std::wstring expected = utf8ToWide(readTestData("text/notice.xml")).value();
-    EXPECT_EQ(Binary::toXmlString(bytesOf("\xEF\xBB\xBF<a/>")), L"<a/>");
-    const std::string_view ascii = "<?xml version='1.0' encoding='ascii'?><a/>";
-    EXPECT_EQ(Binary::toXmlString(bytesOf(ascii)), wide(ascii));
     for (const std::string encoding : {"WINDOWS-1251", "KOI8-R", "IBM866"}) {
         const std::string text = readTestText("text/notice." + encoding + ".xml");
         EXPECT_EQ(Binary::toXmlString(bytesOf(text)), expected) << encoding << " that declares nothing";
