@@ -57,21 +57,18 @@ TEST(Base64, KnowsTheSizeInAdvanceAndRefusesWhatIsTooLarge) {
     EXPECT_EQ(getBinToBase64RequiredSize(0x3FFFFFFF, 0), 357913941U * 4 + 18837575U * 2);
 }
 
-TEST(Hex, AgreesWithOtherTools) {
+TEST(Hex, AgreesWithOtherToolsAndRefusesWhatIsNotPairsOfDigits) {
     const Bytes bytes = readTestData("text/random.bin");
     const std::string text = readTestText("text/random.hex");
     EXPECT_EQ(binToHex(bytes), wide(text));
     EXPECT_EQ(hexToBin(text), bytes);
-    EXPECT_EQ(hexToBin(L"0a1BafAF"), (Bytes{0x0A, 0x1B, 0xAF, 0xAF}));
-    EXPECT_EQ(hexToBin(L"\x0130\x2041"), Bytes{0x0A}) << "only the low eight bits count";
-}
-
-TEST(Hex, RefusesWhatIsNotPairsOfDigits) {
-    const std::wstring twoBlocks(16384, L'0');
+    EXPECT_EQ(hexToBin(L"0a1BafAF\x0130\x2041"), (Bytes{0x0A, 0x1B, 0xAF, 0xAF, 0x0A}))
+        << "the low bytes count";
     // The neighbours of the digits; an earlier pair comes first; in a block that is not the first.
-    for (const std::wstring& text :
+    const std::wstring twoBlocks(16384, L'0');
+    for (const std::wstring& each :
          {L"0a 1b"s, L"/0"s, L":0"s, L"@0"s, L"G0"s, L"`0"s, L"0g"s, twoBlocks + L"z0"})
-        EXPECT_EQ(errorCode([&] { return hexToBin(text); }), E_HEX_STRING.code) << text;
+        EXPECT_EQ(errorCode([&] { return hexToBin(each); }), E_HEX_STRING.code) << each;
     // The missing partner is noticed before the wrong digit.
     EXPECT_EQ(errorCode([&] { return hexToBin(twoBlocks + L"z"); }), E_HEX_STRING_SIZE.code);
 }

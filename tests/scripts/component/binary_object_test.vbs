@@ -1,4 +1,4 @@
-' What of bytes and streams is different in VBScript: its types of numbers, arrays, references, Err.
+' What of bytes and streams is different in VBScript: its types of numbers, arrays, calls.
 Dim service, binary, one
 Set service = CreateObject("VetrelCorvane2.BinaryObjectService")
 Set binary = service.BinaryObjectFromHex("0102FF")
@@ -36,16 +36,3 @@ For Each row In Array(Array(2, "2 2"), Array(CByte(3), "3 3"), Array("4", "4 4")
     Array(-1, "80040217"), Array(&HFFFFFFFF, "80040217"), Array(5E9, "80040217"))
     Equal Tried(row(0)), row(1), "Read and Seek with " & row(0)
 Next
-
-' Checks stand after the errors: one that fails must not be passed over.
-Dim wrong, failures
-On Error Resume Next
-one = binary.GetByte(3)
-failures = Hex(Err.Number) & " " & Err.Description & " " & Err.Source
-For Each wrong In Array(Nothing, Null)
-    Err.Clear
-    one = binary.Equals(wrong)
-    failures = failures & " " & (Err.Number <> 0)
-Next
-On Error GoTo 0
-Equal failures, "80040212 Байта с указанным индексом не существует VetrelCorvane2.BinaryObject.2.9.9 True True", "errors"

@@ -47,22 +47,20 @@ try {
     equal(textOf(bytes.BinaryObjectFromFile(file)), "new");
     equal(JSON.parse(disk.List(old)).length, 1, "nothing temporary is left");
 
-    // Dates, of the calendar and none, as they are packed after the time: 5 bits of hours, 6 of minutes, 5 of seconds by two; 7 of
-    // years since 1980, 4 of months, 5 of days.
-    var dates = { "00005D58": "2024-02-29T00:00:00", "7DBF9F59": "2024-12-31T23:59:58", "00005D56": "", "00005E58": "", "00009F58": "",
-        "00000158": "", "00C02158": "" };
+    // Dates, of the calendar and none, as they are packed (APPNOTE.TXT 4.4.6) in the place of 1980-01-01.
+    var dates = { "00005D58": "2024-02-29T00:00:00", "7DBF9F59": "2024-12-31T23:59:58", // and 2023-02-29, 2024-02-30,
+        "00005D56": "", "00005E58": "", "00009F58": "", "00000158": "", "00C02158": "" }; // 2024-04-31, 2024-00-01, 24:00
     for (var date in dates) {
-        var dated = service.OpenZipArchive(streamOf(hex(packed.split("00002100").join(date))));
-        equal(JSON.parse(dated.Entries)[0].date, dates[date], date);
+        archive = service.OpenZipArchive(streamOf(hex(packed.split("00002100").join(date))));
+        equal(JSON.parse(archive.Entries)[0].date, dates[date], date);
     }
 
-    // Tokens of operations on bytes.
+    // Tokens of operations on bytes, in the last of these archives.
     token.SetCanceled();
     values([
-        ["later('archive.ExtractAsync(2, done, 0, token)').substr(0, 5)", "[35] "],
+        ["later('archive.ExtractAsync(0, done, 0, token)').substr(0, 5)", "[35] "],
         ["later('archive.AddAsync(\"x\", binaryOf(\"x\"), done, token)').substr(0, 5)", "[35] "],
-        ["later('archiveOf(\"unsafe-0\").ExtractAllAsync(work, done, 0, false, token)').substr(0, 5)", "[35] "],
-        ["archive.Count", 5]
+        ["archive.Count", 1]
     ]);
 
     // Archives that would write elsewhere, or one file over another.
@@ -72,7 +70,7 @@ try {
         ["archiveOf('long-part').ExtractAll(unsafe)", wrong + "недопустимое имя элемента архива: " + new Array(257).join("x") + ")"],
         ["archiveOf('two-cases').ExtractAll(unsafe)", wrong + "элемент с таким именем уже есть в архиве: папка/ФАЙЛ)"],
         ["archiveOf('file-and-folder').ExtractAll(unsafe)", wrong + "элемент с таким именем уже есть в архиве: GOOD.txt/file)"],
-        ["archiveOf('info-zip-encrypted').ExtractAll(unsafe)", "[102] Ошибка при распаковке ZIP (элемент архива зашифрован: first.txt)"]
+        ["archiveOf('info-zip-encrypted').ExtractAll(unsafe)", "[102] "]
     ]);
     equal(disk.FolderExists(unsafe), false, "nothing is written");
 
