@@ -53,7 +53,7 @@ struct Inquiries {
 
 Inquiries Inquiries::start() {
     const Json::Value registration = knownRegistration();
-    const detail::LogState log = detail::logState();
+    const Corvane::detail::LogState log = Corvane::detail::logState();
     std::vector<Inquiry> providers;
     for (const ProviderRecord& record : providerRecords())
         providers.emplace_back(knownProvider(record), [record] { return reportProvider(record); });

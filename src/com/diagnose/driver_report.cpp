@@ -102,7 +102,7 @@ Json::Value describeFile(const std::wstring& name) {
 }
 
 Json::Value describeAnswer(Json::Value driver, const std::wstring& name, DWORD milliseconds) {
-    const detail::ProbedDriver probed = detail::probeDriver(name, milliseconds);
+    const Corvane::detail::ProbedDriver probed = Corvane::detail::probeDriver(name, milliseconds);
     if (probed.failure.empty())
         driver["tokens"] = static_cast<Json::UInt>(probed.tokens.size());
     else
@@ -135,7 +135,7 @@ Json::Value reportDriver(const std::wstring& name, ULONGLONG until) {
 
 Json::Value reportDrivers(ULONGLONG until) {
     Json::Value list(Json::arrayValue);
-    for (const std::wstring& name : detail::driverNames())
+    for (const std::wstring& name : Corvane::detail::driverNames())
         list.append(reportDriver(name, until));
     return list;
 }

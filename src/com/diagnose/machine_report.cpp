@@ -119,16 +119,16 @@ Json::Value reportRegistration(Json::Value known, const std::wstring& registered
     return known;
 }
 
-Json::Value knownLog(const detail::LogState& state) {
+Json::Value knownLog(const Corvane::detail::LogState& state) {
     Json::Value log(Json::objectValue);
     log["level"] = Json::UInt{state.level};
     log["path"] = toUtf8(state.path);
     return log;
 }
 
-Json::Value reportLog(const detail::LogState& state) {
+Json::Value reportLog(const Corvane::detail::LogState& state) {
     Json::Value log = knownLog(state);
-    const DWORD error = detail::tryLogFile(state);
+    const DWORD error = Corvane::detail::tryLogFile(state);
     log["writable"] = error == ERROR_SUCCESS;
     if (error != ERROR_SUCCESS)
         log["error"] = toUtf8(numberForLog(error));

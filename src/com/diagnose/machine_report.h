@@ -23,9 +23,9 @@ Json::Value reportInvalidSites();
 Json::Value knownRegistration();
 Json::Value reportRegistration(Json::Value known, const std::wstring& registered);
 
-Json::Value knownLog(const detail::LogState& state);
+Json::Value knownLog(const Corvane::detail::LogState& state);
 // Whether it can be written.
-Json::Value reportLog(const detail::LogState& state);
+Json::Value reportLog(const Corvane::detail::LogState& state);
 
 Json::Value knownProvider(const ProviderRecord& record);
 // Whether it opens.
