@@ -1,88 +1,42 @@
-// Decodes anything as each kind of text, and holds the result, or the refusal, to what the input is; encodes
-// it and gets it back.
+// Reads anything as each kind of text, and as options of a dialog; what text comes of it the tests say.
 #include "binary/base64.h"
 #include "binary/hex.h"
 #include "binary/utf.h"
 #include "binary/xml_encoding.h"
 #include "core/errors.h"
+#include "core/utf8.h"
 #include "fuzz.h"
+#include "gui/dialog_options.h"
 
-#include <cctype>
-#include <string>
+#include <algorithm>
 
 using namespace Corvane;
 
-namespace {
-
-void fuzzHex(const std::string& text, const Bytes& bytes) {
-    const bool isHex =
-        text.size() % 2 == 0 && text.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos;
-    Bytes decoded;
-    require(errorOf([&] { decoded = hexToBin(text); }).has_value() != isHex);
-    for (std::size_t i = 0; i < decoded.size(); ++i)
-        require(decoded[i] == std::stoul(text.substr(2 * i, 2), nullptr, 16));
-    require(hexToBin(binToHex(bytes)) == bytes);
-}
-
-// What is not of the alphabet is passed over, also where its low byte alone would be.
-void fuzzBase64(const std::string& text, const Bytes& bytes) {
-    std::wstring some;
-    std::wstring all;
-    for (const char character : text) {
-        const auto byte = static_cast<std::uint8_t>(character);
-        const bool isDigit = byte < 0x80 && (std::isalnum(byte) || byte == '+' || byte == '/');
-        all += static_cast<wchar_t>(isDigit ? byte : byte | 0x100);
-        if (isDigit)
-            some += static_cast<wchar_t>(byte);
-    }
-    require(base64ToBin(all) == base64ToBin(some) && base64ToBin(text) == base64ToBin(some));
-    for (std::uint32_t flags = 0; flags < 4; ++flags) {
-        const std::wstring encoded = binToBase64(bytes, flags);
-        require(base64ToBin(encoded) == bytes);
-        require((flags & base64NoLineBreaks) == 0 || encoded.find(L'\r') == std::wstring::npos);
-    }
-}
-
-void fuzzUtf(const Bytes& bytes) {
-    const auto fromUtf8 = utf8ToWide(bytes);
-    require(isUtf8(bytes) == fromUtf8.has_value());
-    // Nothing but the shortest form is taken.
-    std::size_t shortest = 0;
-    for (const wchar_t unit : fromUtf8.value_or(L"")) {
-        const bool isHalf = unit >= 0xD800 && unit < 0xE000;
-        shortest += unit < 0x80 ? 1 : unit < 0x800 || isHalf ? 2 : 3;
-    }
-    require(!fromUtf8 || shortest == bytes.size());
-    const auto fromUtf16 = utf16ToWide(bytes, std::endian::little);
-    require(fromUtf16 == utf16ToWide(Binary::detail::swapBytes(bytes), std::endian::big));
-    Bytes units;
-    for (const wchar_t unit : fromUtf16.value_or(L"")) {
-        units.push_back(static_cast<std::uint8_t>(unit));
-        units.push_back(static_cast<std::uint8_t>(unit >> 8));
-    }
-    require(!fromUtf16 || units == bytes);
-    const auto fromUtf32 = utf32ToWide(bytes, std::endian::big);
-    require(!fromUtf32 || fromUtf32->size() * 4 >= bytes.size());
-}
-
-void fuzzXml(Input document) {
-    const auto error = errorOf([&] {
-        const XmlEncoding encoding = findXmlEncoding(document);
-        require(encoding.markSize <= 4 && encoding.markSize < document.size());
-        const std::wstring text = Binary::toXmlString(document);
-        require(text.size() >= 2 && text.find_first_not_of(L" \t\r\n") == text.find(L'<'));
-    });
-    require(!error || error == E_XML_DECODE.code || error == E_XML_INVALID.code ||
-            error == E_XML_ENCODING.code);
-}
-
-}  // namespace
-
+// Each is read from memory that ends where the text does.
 void fuzz(Input input) {
     const Bytes bytes(input.begin(), input.end());
-    const std::string text(input.begin(), input.end());
-    fuzzHex(text, bytes);
-    fuzzBase64(text, bytes);
-    fuzzUtf(bytes);
-    fuzzXml(input);
+    const std::vector<char> narrow(input.begin(), input.end());
+    const std::vector<wchar_t> broad(input.begin(), input.end());
+    const std::string_view text(narrow.data(), narrow.size());
+    const std::wstring_view wide(broad.data(), broad.size());
+    require(errorOf([&] { return hexToBin(text); }) == errorOf([&] { return hexToBin(wide); }));
+    require(base64ToBin(text) == base64ToBin(wide));
+    require(hexToBin(binToHex(bytes)) == bytes && base64ToBin(binToBase64(bytes, 0)) == bytes);
+    require(isUtf8(bytes) == utf8ToWide(bytes).has_value());
+    for (const std::endian order : {std::endian::little, std::endian::big}) {
+        static_cast<void>(utf16ToWide(bytes, order));
+        static_cast<void>(utf32ToWide(bytes, order));
+    }
+    const auto xmlError = errorOf([&] { return Binary::toXmlString(bytes); });
+    require(!xmlError || xmlError == E_XML_DECODE.code || xmlError == E_XML_INVALID.code ||
+            xmlError == E_XML_ENCODING.code);
+
+    // No filter leads the system, which reads pairs of strings up to an empty one, beyond its end.
+    Gui::DialogOptions options;
+    const auto error =
+        errorOf([&] { options = Gui::parseJsonOptions(Gui::DialogKind::openFile, fromUtf8(text)); });
+    require(!error || error == E_COMMON_DLG_FILTER.code || error == E_COMMON_DLG_OPTIONS.code);
+    errorOf([&] { options.filter = Gui::detail::unescapeFilter(fromUtf8(text)); });
+    require(std::ranges::count(options.filter, L'\0') % 2 == 0);
+    require(options.filter.empty() || options.filter.back() == L'\0');
 }

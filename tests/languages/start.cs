@@ -39,16 +39,13 @@ static class Start
             Console.Write(crypto.VerifySignature(data, signature, certificates).count);
         Console.WriteLine(" " + signer.ValidTo.Kind);
 
-        IBinaryStream stream = bytes.CreateStream();
-        stream.Write(data, 0, data.Size);
-        stream.Seek(0);
         Callback digest = new Callback();
-        bytes.GetSHA256StreamAsync(stream, digest);
+        bytes.GetSHA256Async(data, digest);
         Console.WriteLine(((IBinaryObject)digest.Wait()).ToHexString());
         OperationToken token = new OperationToken();
         token.SetCanceled();
         Callback canceled = new Callback();
-        bytes.GetSHA256StreamAsync(stream, canceled, token);
+        bytes.GetSHA256StreamAsync(bytes.CreateStream(), canceled, token);
         try { canceled.Wait(); }
         catch (InvalidOperationException error) { Console.WriteLine(error.Message); }
         return (int)status;

@@ -7,6 +7,9 @@
 
 #include <wincrypt.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace Corvane::Platform {
 
 // A code of GetLastError.
@@ -26,8 +29,8 @@ Result must(Result result) {
     return result;
 }
 
-// A function's body; the codes are for bytes that end too early, that are malformed, and for all else.
-template <LONG truncated, LONG malformed, LONG other, class Body>
+// A function's body; the codes are for bytes that are malformed or end too early, and for all else.
+template <LONG malformed, LONG other, class Body>
 bool succeedsWith(Body&& body) noexcept {
     LONG code = other;
     try {
@@ -35,9 +38,7 @@ bool succeedsWith(Body&& body) noexcept {
         return true;
     } catch (const Failure& failure) {
         code = static_cast<LONG>(failure.code);
-    } catch (const Truncated&) {
-        code = truncated;
-    } catch (const BerError&) {
+    } catch (const Asn1Exception&) {
         code = malformed;
     } catch (...) {
         code = other;
@@ -74,6 +75,15 @@ DWORD numberOf(Call&& call) {
     DWORD size = sizeof number;
     must(call(reinterpret_cast<BYTE*>(&number), &size));
     return number;
+}
+
+// Gives a result as CryptoAPI does: the size where no buffer is given, ERROR_MORE_DATA where it is too small.
+inline void give(void* buffer, DWORD* size, View result) {
+    const DWORD room = std::exchange(*size, lengthOf(result));
+    if (buffer && room < result.size())
+        fail(ERROR_MORE_DATA);
+    if (buffer)
+        std::ranges::copy(result, static_cast<BYTE*>(buffer));
 }
 
 // A key's blob: its header, and what the provider has behind it.

@@ -198,32 +198,4 @@ public:
     EXCEPINFO exception{};
 };
 
-// An object that says it is of the component and is not: answers every interface it is asked for with itself.
-// All that stands behind it are the methods of IDispatch: a component that called any further one would
-// crash.
-class ForeignObject final : public ScriptHost::Unscriptable<IDispatch> {
-public:
-    // What QueryInterface(GUID_NULL) answers: `hr`, and when that is a success, `answer`.
-    explicit ForeignObject(HRESULT hr, IUnknown* answer = nullptr) : hr_(hr), answer_(answer) {}
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        const bool isImplementation = iid == GUID_NULL;
-        IUnknown* const answer = !isImplementation ? this : SUCCEEDED(hr_) ? answer_ : nullptr;
-        if (answer)
-            answer->AddRef();
-        *object = answer;
-        return isImplementation ? hr_ : S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references_; }
-
-    // References held by others.
-    ULONG references() const { return references_; }
-
-private:
-    HRESULT hr_;
-    IUnknown* answer_;
-    std::atomic<ULONG> references_{0};
-};
-
 }  // namespace robustness

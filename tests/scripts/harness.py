@@ -5,10 +5,8 @@ import contextlib
 import os
 import pathlib
 import re
-import shutil
 import subprocess
 import sys
-import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 BUILD = pathlib.Path(os.environ.get("CORVANE_BUILD", ROOT / "build"))
@@ -103,33 +101,6 @@ def registry(*values):
     finally:
         for key, name, *_ in values:
             wine("x64", "reg", "delete", key, "/v", name, "/f")
-
-
-def exported(bitness, key):
-    """(key, line) of every value below a key of the registry as that bitness sees it, and (key, "") of each key itself; nothing
-    where the key is not there."""
-    with tempfile.TemporaryDirectory() as folder:
-        file, found, at = pathlib.Path(folder, "export.reg"), set(), ""
-        exporting = wine(bitness, "reg", "export", key, windows(file), "/y")
-        if "Unable to find the specified registry key" in exporting.all_errors + exporting.output:
-            return found
-        must(exporting.fault())
-        for line in file.read_text("utf-16").replace("\\\n", "").splitlines():
-            if line.startswith("["):
-                at, line = line.strip("[]").upper(), ""
-            if at:
-                found.add((at, line))
-        return found
-
-
-def deploy(bitness, folder, file, *others):
-    """A program of ours in a folder with the component beside it and a manifest that names it, so that it need not be
-    registered. Returns the program's path."""
-    for each in (file, "VetrelCorvane2.dll", *others):
-        shutil.copy(BUILD / bitness / each, folder)
-    copy = pathlib.Path(folder, pathlib.Path(file).name)
-    shutil.copy(ROOT / "examples/registration_free/host.exe.manifest", copy.with_name(copy.name + ".manifest"))
-    return copy
 
 
 def thumbprint(*certificate):

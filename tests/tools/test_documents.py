@@ -9,12 +9,6 @@ DOCUMENTS = sorted([*ROOT.glob("*.md"), *ROOT.glob("docs/**/*.md"), *ROOT.glob("
 LINK = re.compile(r"\]\(([^)\s]+)\)")
 HEADING = re.compile(r"^#+ (.*)$", re.MULTILINE)
 PATH = re.compile(r"(?<![\w./\\-])((?:src|tools|tests|docs|bench|examples|resources|cmake)/[\w./-]*[\w/])")
-# An error as scripts see it, its number in brackets before its text, which "..." may cut short; and one by its number.
-ERROR = re.compile(r"\[(\d+)\] ([А-Я][^`|(\n\"]*)")
-ERROR_NUMBER = re.compile(r"(?:\berror|\bошибк[а-я]+) (\d+)\b")
-DESCRIPTOR = re.compile(r'\{(\d+), "\w+", L"([^"]*)"\}')
-VERSION = re.compile(r"VetrelCorvane2\W+version\W+([\d.]+)|component, for example (\d+\.\d+\.\d+\.\d+)")
-COMMAND = re.compile(r"(?:`|^    )make ([a-z]+)", re.MULTILINE)
 
 
 class Documents(unittest.TestCase):
@@ -38,26 +32,6 @@ class Documents(unittest.TestCase):
 
     def test_paths_exist(self):
         self.assertEqual(list(self.missing(PATH, lambda _, name: (ROOT / name).exists())), [])
-
-    def test_make_knows_the_commands(self):
-        targets = set(re.findall(r"^([a-z]+):", (ROOT / "Makefile").read_text(encoding="utf-8"), re.MULTILINE))
-        self.assertEqual(list(self.missing(COMMAND, lambda _, name: name in targets)), [])
-
-    def test_the_version_is_that_of_the_build(self):
-        version = re.search(r"^project\(\w+ VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"), re.MULTILINE).group(1)
-        self.assertIn(f"\n## {version}", (ROOT / "CHANGELOG.md").read_text(encoding="utf-8"))
-        self.assertEqual(list(self.missing(VERSION, lambda _, found: version in found)), [])
-
-    def test_errors_are_those_of_the_table(self):
-        errors = dict(DESCRIPTOR.findall((ROOT / "src/core/errors.h").read_text(encoding="utf-8")))
-
-        def resolve(_, found):
-            shown, dots, _ = found[1].rstrip().partition("...")
-            text = errors.get(found[0], "")
-            return text.startswith(shown.rstrip()) if dots else text == shown
-
-        self.assertEqual(list(self.missing(ERROR, resolve)), [])
-        self.assertEqual(list(self.missing(ERROR_NUMBER, lambda _, number: number in errors)), [])
 
 
 if __name__ == "__main__":

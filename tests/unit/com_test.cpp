@@ -13,7 +13,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <functional>
@@ -26,32 +25,6 @@ using namespace Corvane::Test;
 namespace {
 
 constexpr ErrorDescriptor contextOnly{0, "SetSite.Context", nullptr};
-
-// Description of the thread's error information, which is consumed.
-std::wstring takeDescription() {
-    ComPtr<IErrorInfo> info;
-    Bstr text;
-    return ::GetErrorInfo(0, info.put()) == S_OK && info->GetDescription(text.put()) == S_OK
-               ? std::wstring(text.view())
-               : L"none";
-}
-
-const std::wstring modulePath = LR"(C:\)" + std::wstring(257, L'p');
-
-// A path that does not fit is cut, to the size of the buffer and with the NUL in it.
-DWORD WINAPI pathOfModule(HMODULE, LPWSTR buffer, DWORD size) {
-    const auto length = std::min<DWORD>(size, static_cast<DWORD>(modulePath.size()));
-    modulePath.copy(buffer, length);
-    if (length == size)
-        buffer[length - 1] = L'\0';
-    return length;
-}
-
-TEST(Module, PathMayBeAsLongAsTheBuffer) {
-    const ImportPatch patch(&::GetModuleFileNameW, &pathOfModule);
-    EXPECT_EQ(modulePath.size(), MAX_PATH);
-    EXPECT_EQ(Module::path(), modulePath);
-}
 
 TEST(Frame, EveryRungOfTheLadder) {
     const struct {
@@ -88,7 +61,7 @@ public:
     HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
                                      VARIANT*, EXCEPINFO*, UINT*) override {
         ++calls;
-        thread = ::GetCurrentThreadId();
+        EXPECT_EQ(thread, ::GetCurrentThreadId());
         EXPECT_EQ(member, DISPID_VALUE);
         EXPECT_EQ(flags, DISPATCH_METHOD);
         const VARIANT& text = parameters->rgvarg[1];
@@ -105,7 +78,7 @@ public:
     }
 
     int calls = 0;
-    DWORD thread = 0;
+    const DWORD thread = ::GetCurrentThreadId();
     std::wstring error;
 };
 
@@ -120,17 +93,14 @@ TEST(Async, WhateverIsThrownReachesTheCallbackOnItsThreadOnce) {
         std::function<std::uint32_t()> work;
         const wchar_t* error;
     } rows[] = {
-        {[]() -> std::uint32_t { throw Exception(E_CANCELED); }, L"[35] Операция отменена"},
         {[]() -> std::uint32_t { throw std::runtime_error("broken"); }, L"broken"},
         {[]() -> std::uint32_t { throw 1; }, L"Неизвестная ошибка ActiveX"},
     };
     for (const auto& row : rows) {
         const auto callback = makeObject<Callback>();
         start(callback.get(), Operation{L"work", row.work});
-        EXPECT_EQ(callback->calls, 0);
         EXPECT_TRUE(callback->isHeld()) << "the operation keeps the callback";
         EXPECT_TRUE(callback->isCalled(1));
-        EXPECT_EQ(callback->thread, ::GetCurrentThreadId());
         EXPECT_EQ(callback->error, row.error);
     }
     EXPECT_EQ(frame(CLSID_NULL, L"CTest::Method",
@@ -155,7 +125,6 @@ TEST(Async, NoOutcomeIsLostWhereTheQueueHasNoRoom) {
     for (int i = 0; i < 100; ++i)
         start(callback.get(), Operation{L"work", [] { return 1u; }});
     EXPECT_TRUE(callback->isCalled(100));
-    EXPECT_TRUE(isIdleWithoutTheWindow());
 }
 
 TEST(Async, NothingIsLeftOfAThreadThatEndedBeforeTheOutcome) {
@@ -197,10 +166,9 @@ TEST(Async, TheThreadsApartmentIsItsOwn) {
 
 // Dates are tested in zones east and west of Greenwich, whose distance CORVANE_ZONE_MINUTES tells.
 double zone() {
-    std::array<char, 16> minutes{};
-    return ::GetEnvironmentVariableA("CORVANE_ZONE_MINUTES", minutes.data(), minutes.size()) != 0
-               ? std::atof(minutes.data()) / 1440
-               : 0;
+    char minutes[16] = "";
+    ::GetEnvironmentVariableA("CORVANE_ZONE_MINUTES", minutes, sizeof(minutes));
+    return std::atof(minutes) / 1440;
 }
 
 TEST(Dates, AreLocalToTheSecond) {

@@ -1,7 +1,11 @@
-// gzip, and zip around one piece of data: what is written, and what is read of files that other programs made
-// (tests/data/zip/make.sh).
+// gzip, zip around one piece of data, and archives of many entries: what is written, and what is read of
+// files that other programs made (tests/data/zip/make.sh).
 #include "compression/gzip.h"
 #include "compression/zip.h"
+#include "compression/zip_archive.h"
+#include "compression/zip_file.h"
+#include "compression/zip_name.h"
+#include "compression/zip_storage.h"
 #include "support.h"
 
 using namespace Corvane;
@@ -31,29 +35,31 @@ const Format gzipFormat{
 const Format zipFormat{"zip", zip, unzip, zipFileAsync, unzipFileAsync};
 const Format* const formats[] = {&gzipFormat, &zipFormat};
 
-Bytes packed(const Format& format, const Bytes& input, int mode = defaultMode) {
+const Format& formatOf(const std::string& file) {
+    return file.ends_with(".gz") ? gzipFormat : zipFormat;
+}
+
+Bytes packed(const Format& format, const Bytes& input) {
     Bytes output;
-    format.pack(input, output, mode);
+    format.pack(input, output, defaultMode);
     return output;
 }
 
-Bytes unpacked(const Format& format, const Bytes& input, unsigned number = 0) {
-    Bytes output;
-    format.unpack(input, output, number);
-    return output;
-}
-
-TEST(Compression, ModesAreLevelsOfZlib) {
-    const auto marks = [](const Format& format, std::size_t place) {
-        std::vector<int> found;
-        for (const int mode : {0, 1, 2, -1, 3})
-            found.push_back(packed(format, sampleBytes(1000), mode).at(place));
-        return found;
-    };
-    // RFC 1952, 2.3.1: XFL is 4 for the fastest and 2 for the best compression.
-    EXPECT_EQ(marks(gzipFormat, 8), (std::vector<int>{4, 0, 2, 0, 0}));
-    // APPNOTE.TXT 4.4.4: bits 1 and 2 of the flags.
-    EXPECT_EQ(marks(zipFormat, 6), (std::vector<int>{6, 0, 2, 0, 0}));
+// The content, or the error, which leaves the output as it was; the same for bytes in memory and for a stream
+// that gives one at a time.
+Bytes unpacked(const Format& format, const Bytes& input, const std::string& number = "0") {
+    const auto index = static_cast<unsigned>(std::stoul(number));
+    const Bytes before = bytesOf("before");
+    Bytes output = before;
+    const std::string error = errorName([&] { format.unpack(input, output, index); });
+    SourceStream slow(input, 1);
+    MemoryStream stream;
+    stream.write(before);
+    EXPECT_EQ(errorName([&] { format.unpackStream(slow, stream, index, nullptr); }), error);
+    EXPECT_EQ(*stream.seekAndRead(0, before.size()), before);
+    const Bytes content = *stream.seekAndRead(6, static_cast<std::size_t>(stream.state().size));
+    EXPECT_EQ(output, error.empty() ? content : before);
+    return error.empty() ? content : bytesOf(error + hexOf(content));
 }
 
 TEST(Compression, RestoresAnySizeInMemoryAndFromStreams) {
@@ -70,50 +76,17 @@ TEST(Compression, RestoresAnySizeInMemoryAndFromStreams) {
             format->packStream(input, output, progress, defaultMode);
             EXPECT_EQ(contentOf(output), whole);
             EXPECT_TRUE(size == 0 || progress->fraction() == 1.0);
-
-            MemoryStream restored;
-            output.seek(0, Stream::Origin::beginning);
-            format->unpackStream(output, restored, 1, progress);
-            EXPECT_EQ(contentOf(restored), content);
-            EXPECT_TRUE(size == 0 || progress->fraction() == 1.0);
         }
     }
 }
 
 TEST(Compression, ReadsWhatOtherProgramsPacked) {
     for (const auto& row : readTable("zip/contents.txt", 3)) {
-        const Format& format = row[0].ends_with(".gz") ? gzipFormat : zipFormat;
-        const Bytes input = readTestData("zip/" + row[0]);
-        const auto number = static_cast<unsigned>(std::stoul(row[1]));
         std::string content = row[2];
-        std::replace(content.begin(), content.end(), '$', '\n');
-        EXPECT_EQ(unpacked(format, input, number), bytesOf(content)) << row[0];
-        SourceStream slow(input, 1);
-        MemoryStream output;
-        format.unpackStream(slow, output, number, nullptr);
-        EXPECT_EQ(contentOf(output), bytesOf(content)) << row[0] << ", byte by byte";
+        std::ranges::replace(content, '$', '\n');
+        EXPECT_EQ(unpacked(formatOf(row[0]), readTestData("zip/" + row[0]), row[1]), bytesOf(content))
+            << row[0];
     }
-}
-
-template <class Work>
-std::string errorName(Work&& work) {
-    try {
-        work();
-    } catch (const Exception& exception) {
-        return exception.what();
-    }
-    return "none";
-}
-
-void expectRefused(const Format& format, const Bytes& input, const std::string& error, unsigned number = 0) {
-    Bytes output = bytesOf("as before");
-    EXPECT_EQ(errorName([&] { format.unpack(input, output, number); }), error);
-    EXPECT_EQ(output, bytesOf("as before"));
-    SourceStream slow(input, 100);
-    MemoryStream stream;
-    stream.write(bytesOf("before"));
-    EXPECT_EQ(errorName([&] { format.unpackStream(slow, stream, number, nullptr); }), error);
-    EXPECT_EQ(contentOf(stream), bytesOf("before"));
 }
 
 TEST(Compression, RefusesBrokenInputAndLeavesTheOutput) {
@@ -122,96 +95,256 @@ TEST(Compression, RefusesBrokenInputAndLeavesTheOutput) {
         return static_cast<std::size_t>(number) + (number < 0 ? size : 0);
     };
     for (const auto& row : readTable("zip/broken.txt", 6)) {
-        SCOPED_TRACE(row[1] + ": " + row[0]);
         Bytes input = readTestData("zip/" + row[1]);
         if (!row[2].empty())
             input.resize(placeOf(row[2], input.size()));
         std::istringstream places(row[3]);
         for (std::string place; std::getline(places, place, ',');)
             input.at(placeOf(place, input.size())) ^= 0x10;
-        expectRefused(row[1].ends_with(".gz") ? gzipFormat : zipFormat, input, row[4],
-                      static_cast<unsigned>(std::stoul(row[5])));
+        EXPECT_EQ(unpacked(formatOf(row[1]), input, row[5]), bytesOf(row[4])) << row[1] << ": " << row[0];
     }
     Bytes large = packed(zipFormat, sampleBytes(1000000));
     large.at(200000) ^= 0x10;
-    expectRefused(zipFormat, large, "E_UNZIP");
+    EXPECT_EQ(unpacked(zipFormat, large), bytesOf("E_UNZIP"));
 }
-
-// A source that stops being one behind a position: canceled by the user, or failing.
-class EndingStream : public SourceStream {
-public:
-    EndingStream(const Bytes& bytes, std::uint64_t most, SharedProgress progress)
-        : SourceStream(bytes, 100000), most_(most), progress_(std::move(progress)) {}
-    using SourceStream::read;
-    std::size_t read(std::span<std::uint8_t> buffer) override {
-        end();
-        return SourceStream::read(buffer);
-    }
-    // So archives are read.
-    SharedBytes seekAndRead(std::int64_t position, std::size_t count) override {
-        if (position < 1)
-            end();
-        return SourceStream::seekAndRead(position, count);
-    }
-
-private:
-    void end() {
-        if (state().position < most_)
-            return;
-        if (!progress_)
-            throw Exception(E_FILE_READ);
-        progress_->cancel();
-    }
-
-    std::uint64_t most_;
-    SharedProgress progress_;
-};
 
 TEST(Compression, AnOperationThatStopsLeavesTheOutput) {
     const Bytes content = sampleBytes(1000000);
-    for (const Format* format : formats) {
-        for (const bool cancels : {true, false}) {
-            const auto stop = [&](bool packs, std::uint64_t behind) {
-                const auto progress = cancels ? std::make_shared<Progress>() : nullptr;
-                EndingStream input(packs ? content : packed(*format, content), behind, progress);
-                MemoryStream output;
-                output.write(bytesOf("before, behind"));
-                output.seek(6, Stream::Origin::beginning);
-                EXPECT_EQ(errorCode([&] {
-                              packs ? format->packStream(input, output, progress, defaultMode)
-                                    : format->unpackStream(input, output, 0, progress);
-                          }),
-                          cancels ? E_CANCELED.code : E_FILE_READ.code);
-                return contentOf(output);
-            };
-            SCOPED_TRACE(testing::Message() << format->name << cancels);
-            EXPECT_EQ(stop(true, 900000), bytesOf("before"));
-            // Nothing was written before the first block was there.
-            EXPECT_EQ(stop(true, 0), bytesOf("before, behind"));
-            EXPECT_EQ(stop(false, 0), bytesOf("before, behind"));
-        }
-    }
-}
-
-TEST(Compression, PassesOnWhatAStreamThrowsAndRefusesOneStreamForBoth) {
     MemoryStream closed;
     closed.close();
     for (const Format* format : formats) {
-        SourceStream input(sampleBytes(1000));
-        EXPECT_THROW(format->packStream(input, closed, nullptr, defaultMode), Stream::ClosedStreamException);
-        MemoryStream output;
-        output.write(bytesOf("before"));
-        output.seek(2, Stream::Origin::beginning);
-        EXPECT_THROW(format->unpackStream(closed, output, 0, nullptr), Stream::ClosedStreamException);
-        EXPECT_THROW(format->packStream(closed, output, nullptr, defaultMode), Stream::ClosedStreamException);
-        EXPECT_EQ(contentOf(output), bytesOf("before"));
-        const bool isZip = format == &zipFormat;
-        EXPECT_EQ(errorCode([&] { format->packStream(input, input, nullptr, defaultMode); }),
-                  isZip ? E_ZIP_OPEN.code : E_GZIP_OPEN.code);
-        EXPECT_EQ(errorCode([&] { format->unpackStream(input, input, 0, nullptr); }),
-                  isZip ? E_ZIP_OPEN.code : E_UNGZIP.code);
-        EXPECT_EQ(input.state().size, 1000u);
+        SCOPED_TRACE(format->name);
+        const Bytes whole = packed(*format, content);
+        const auto expectStopped = [&](bool packs, bool cancels, std::uint64_t behind,
+                                       const std::string& left) {
+            MemoryStream output;
+            output.write(bytesOf("before, behind"));
+            output.seek(6, Stream::Origin::beginning);
+            const auto progress = std::make_shared<Progress>();
+            SourceStream input(packs ? content : whole, 100000, [&](std::uint64_t position) {
+                if (position >= behind && !cancels)
+                    throw Exception(E_FILE_READ);
+                if (position >= behind)
+                    progress->cancel();
+            });
+            if (behind == 0)
+                cancels ? progress->cancel() : input.close();
+            const std::uint32_t error = errorCode([&] {
+                packs ? format->packStream(input, output, progress, defaultMode)
+                      : format->unpackStream(input, output, 0, progress);
+            });
+            EXPECT_TRUE(cancels ? error == E_CANCELED.code : error != 0) << error;
+            EXPECT_EQ(contentOf(output), bytesOf(left));
+        };
+        for (const bool cancels : {false, true}) {
+            expectStopped(true, cancels, 900000, "before");
+            // Nothing was written before the first block was there.
+            expectStopped(true, cancels, 0, "before, behind");
+            expectStopped(false, cancels, 0, "before, behind");
+        }
+        SourceStream both(whole);
+        EXPECT_THROW(format->packStream(both, closed, nullptr, defaultMode), Stream::ClosedStreamException);
+        const auto& [packError, unpackError] =
+            format == &zipFormat ? std::pair(E_ZIP_OPEN, E_ZIP_OPEN) : std::pair(E_GZIP_OPEN, E_UNGZIP);
+        EXPECT_EQ(errorCode([&] { format->packStream(both, both, nullptr, 0); }), packError.code);
+        EXPECT_EQ(errorCode([&] { format->unpackStream(both, both, 0, nullptr); }), unpackError.code);
+        EXPECT_EQ(contentOf(both), whole);
     }
+}
+
+using Names = std::vector<std::string>;
+
+constexpr ZipDate date{2024, 2, 3, 4, 5, 6};
+
+std::shared_ptr<MemoryStream> streamOf(const Bytes& bytes) {
+    return std::make_shared<SourceStream>(bytes);
+}
+
+// What the entries are called, each with a bar behind it; each must also come out as long as the directory
+// says.
+std::string namesIn(const ZipArchive& archive) {
+    std::string names;
+    std::size_t index = 0;
+    for (const ZipEntry& entry : *archive.entries()) {
+        EXPECT_EQ(archive.extract(index++).size(), entry.size) << entry.name;
+        names += entry.name + '|';
+    }
+    return names;
+}
+
+void expectListedAndGrown(const Bytes& bytes, const std::string& names) {
+    const auto stream = streamOf(bytes);
+    ZipArchive archive(stream);
+    EXPECT_EQ(namesIn(archive), names);
+    archive.add("added.txt", date, bytesOf("added"));
+    const ZipArchive again(stream);
+    EXPECT_EQ(namesIn(again), names + "added.txt|");
+    EXPECT_EQ(again.extract(again.entries()->size() - 1), bytesOf("added"));
+}
+
+TEST(ZipArchive, ListsAndGrowsWhatOtherProgramsPacked) {
+    const Bytes nothing = readTestData("zip/empty.zip");
+    for (const auto& row : readTable("zip/names.txt", 2)) {
+        SCOPED_TRACE(row[0]);
+        Bytes archive = readTestData("zip/" + row[0]);
+        expectListedAndGrown(archive, row[1]);
+        archive.insert(archive.begin(), nothing.begin(), nothing.end());
+        expectListedAndGrown(archive, row[1]);
+    }
+    // Old programs count in 16 bits: 65,536 entries are 0 and 65,539 are 3.
+    for (const std::uint8_t counted : std::initializer_list<std::uint8_t>{0, 1, 4}) {
+        Bytes archive = readTestData("zip/python.zip");
+        const std::string names = namesIn(ZipArchive(streamOf(archive)));
+        archive.at(archive.size() - 22 + 8) = counted;
+        archive.at(archive.size() - 22 + 10) = counted;
+        expectListedAndGrown(archive, names);
+    }
+}
+
+TEST(ZipArchive, TwoThatGrowOneStreamTakeInEachOther) {
+    const auto stream = std::make_shared<MemoryStream>();
+    ZipArchive one(stream);
+    ZipArchive other(stream);
+    one.add("a", date, bytesOf("a"));
+    other.add("b", date, bytesOf("b"));
+    one.add("c", date, bytesOf("c"));
+    EXPECT_EQ(errorCode([&] { other.add("C", date, {}); }), E_ZIP_OPEN_NEW_FILE.code);
+    EXPECT_EQ(namesIn(one), "a|b|c|");
+    EXPECT_EQ(namesIn(ZipArchive(stream)), "a|b|c|");
+}
+
+// Does something before each writing, with what is written and where it will end.
+class NoticingStream : public MemoryStream {
+public:
+    using MemoryStream::write;
+    void write(std::span<const std::uint8_t> bytes) override { MemoryStream::write(noticed(0, bytes)); }
+    void seekAndWrite(std::int64_t position, std::span<const std::uint8_t> bytes) override {
+        MemoryStream::seekAndWrite(position, noticed(static_cast<std::uint64_t>(position), bytes));
+    }
+    std::function<void(Bytes&, std::uint64_t)> notice = [](Bytes&, std::uint64_t) {};
+
+private:
+    Bytes noticed(std::uint64_t position, std::span<const std::uint8_t> bytes) const {
+        Bytes copy(bytes.begin(), bytes.end());
+        notice(copy, position + copy.size());
+        return copy;
+    }
+};
+
+TEST(ZipArchive, WhatIsNotFoundAfterwardsWasNotAdded) {
+    const auto stream = std::make_shared<NoticingStream>();
+    ZipArchive archive(stream);
+    archive.add("kept", date, bytesOf("content"));
+    const Bytes before = contentOf(*stream);
+    // Another name comes to lie in the archive than the one that is given.
+    stream->notice = [](Bytes& bytes, std::uint64_t) {
+        const Bytes name = bytesOf("added");
+        const auto found = std::search(bytes.begin(), bytes.end(), name.begin(), name.end());
+        if (found != bytes.end())
+            *found = 'o';
+    };
+    EXPECT_EQ(errorCode([&] { archive.add("added", date, {}); }), E_ZIP.code);
+    EXPECT_EQ(contentOf(*stream), before);
+    EXPECT_EQ(namesIn(archive), "kept|");
+}
+
+TEST(ZipArchive, AFailedChangeLeavesTheArchiveAsItWas) {
+    const Bytes before = readTestData("zip/info-zip.zip");
+    const auto stream = std::make_shared<NoticingStream>();
+    stream->write(before);
+    ZipArchive archive(stream);
+    std::uint64_t most = 0;
+    stream->notice = [&](const Bytes&, std::uint64_t end) {
+        if (end > most)
+            throw Exception(E_FILE_WRITE);
+    };
+    const Bytes content = sampleBytes(1000000);
+    // Room for the head of the entry, for part of its content, for all but the new directory.
+    for (const std::size_t room : {before.size(), before.size() + 100000, before.size() + 330000}) {
+        most = room;
+        EXPECT_EQ(errorCode([&] { archive.add("added", date, content); }), E_FILE_WRITE.code) << room;
+        EXPECT_EQ(contentOf(*stream), before) << room;
+    }
+    most = ~std::uint64_t{0};
+    const auto progress = std::make_shared<Progress>();
+    SourceStream input(content, content.size(), [&](std::uint64_t position) {
+        if (position == content.size())
+            progress->cancel();
+    });
+    EXPECT_EQ(errorCode([&] { archive.add("added", date, input, progress); }), E_CANCELED.code);
+    EXPECT_EQ(contentOf(*stream), before);
+    archive.add("added", date, content);
+    EXPECT_EQ(ZipArchive(stream).extract(5), content);
+}
+
+TEST(ZipArchive, AnExtractionOutlivesClosing) {
+    const auto packed = std::make_shared<MemoryStream>();
+    ZipArchive(packed).add("a", date, sampleBytes(1000000));
+    ZipArchive archive(streamOf(contentOf(*packed)));
+    NoticingStream output;
+    output.notice = [&](Bytes&, std::uint64_t) { archive.close(); };
+    archive.extract(0, output, unlimitedSize, nullptr);
+    EXPECT_EQ(contentOf(output), sampleBytes(1000000));
+    EXPECT_EQ(errorCode([&] { archive.extract(0); }), E_ZIP_ARCHIVE_STREAM_DISPOSE.code);
+}
+
+// An archive of empty entries of these names, as any program might write it.
+Bytes archiveOf(const Names& names) {
+    Bytes bytes;
+    auto archive = detail::ZipFile::open(detail::bytesStorage(bytes));
+    for (const std::string& name : names) {
+        archive.openEntry({name, date}, E_ZIP);
+        archive.closeEntry();
+    }
+    bytes.resize(static_cast<std::size_t>(archive.close().size));
+    return bytes;
+}
+
+TEST(ZipArchive, AddsOnlyWhatCanBeExtractedBesideTheRest) {
+    for (const auto& row : readTable("zip/added_names.txt", 3)) {
+        Names present;
+        std::istringstream names(row[0]);
+        for (std::string name; std::getline(names, name, '|');)
+            present.push_back(name);
+        const auto stream = streamOf(archiveOf(present));
+        ZipArchive archive(stream);
+        ASSERT_EQ(namesIn(archive), row[0]);
+        // With content, so that none of them is for a folder alone.
+        EXPECT_EQ(errorCode([&] { archive.add(row[1], date, bytesOf("added")); }),
+                  row[2].empty() ? E_ZIP_OPEN_NEW_FILE.code : 0)
+            << row[0] << " and " << row[1];
+        EXPECT_EQ(namesIn(ZipArchive(stream)), row[2].empty() ? row[0] : row[0] + row[2] + '|');
+    }
+}
+
+TEST(ZipArchive, RefusesWhatIsNoArchive) {
+    EXPECT_EQ(errorCode([] { ZipArchive(streamOf(bytesOf("no archive, but some text"))); }), E_ZIP_OPEN.code);
+    std::string bytes = readTestText("zip/info-zip.zip");
+    bytes[bytes.find("PK\1\2", bytes.find("PK\1\2") + 1)] = 'X';  // the directory's second entry
+    EXPECT_EQ(errorCode([&] { ZipArchive(streamOf(bytesOf(bytes))); }), E_ZIP_NEXT_FILE.code);
+}
+
+TEST(ZipName, IsReadAsItsArchiveSays) {
+    for (const auto& row : readTable("zip/name_forms.txt", 6)) {
+        const Bytes bytes = hexToBin(row[1]);
+        const std::string name(bytes.begin(), bytes.end());
+        const Bytes extra = hexToBin(row[2]);
+        const auto number = [](const std::string& text) {
+            return static_cast<std::uint16_t>(std::stoul(text, nullptr, 16));
+        };
+        EXPECT_EQ(detail::decodeZipName({name, extra, number(row[3]), number(row[4])}), row[5]) << row[0];
+    }
+}
+
+TEST(ZipName, LeadsBelowTheFolderOrNowhere) {
+    EXPECT_EQ(detail::zipNameParts("./a/./b.c/"), (Names{"a", "b.c"}));
+    EXPECT_EQ(detail::zipNameParts(".hidden/..a/com/com10/console.txt/nulls"),
+              (Names{".hidden", "..a", "com", "com10", "console.txt", "nulls"}));
+    Names unsafe{"a\nb", "a\0b"s, "\xFF"};
+    for (const auto& row : readTable("zip/unsafe_names.txt", 1))
+        unsafe.push_back(row[0].substr(1, row[0].size() - 2));
+    for (const std::string& name : unsafe)
+        EXPECT_EQ(detail::zipNameParts(name), std::nullopt) << name;
 }
 
 }  // namespace

@@ -14,34 +14,24 @@
 
 #include <gmock/gmock.h>
 
+#include <regex>
 #include <thread>
 
 using namespace Corvane;
 using namespace Corvane::Test;
-using namespace std::string_literals;
 using namespace Corvane::detail;
 
 namespace {
 
 TEST(Exception, FullMessageIsNumberTextAndDetails) {
     // FormatMessageW's own answer, asked for in another way than the code does, without its line end.
-    const auto systemsOwnText = [](HRESULT number) {
-        wchar_t text[1024] = L"";
-        const DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-                                              nullptr, static_cast<DWORD>(number), 0, text, 1024, nullptr);
-        return std::wstring(text, length - 2);
-    };
-    constexpr ErrorDescriptor namedOnly{12, "only a name", nullptr};
-    EXPECT_EQ(fullMessage(Exception(namedOnly)), L"[12] only a name");
-    EXPECT_EQ(fullMessage(JsonException(E_CERT_JSON_FILTER, "")), L"[608] Неверный фильтр сертификатов");
+    wchar_t text[1024] = L"";
+    const DWORD length = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                          ERROR_ACCESS_DENIED, 0, text, 1024, nullptr);
     EXPECT_EQ(fullMessage(Win32Exception(E_CREATE_FILE, ERROR_ACCESS_DENIED)),
-              L"[28] Ошибка при открытии файла (0x5:" + systemsOwnText(ERROR_ACCESS_DENIED) + L")");
-    EXPECT_EQ(fullMessage(ComException(E_COM_INVOKE, E_INVALIDARG)),
-              L"[901] Ошибка вызова метода класса COM компоненты (0x80070057:" +
-                  systemsOwnText(E_INVALIDARG) + L")");
+              L"[28] Ошибка при открытии файла (0x5:" + std::wstring(text, length - 2) + L")");
     EXPECT_EQ(fullMessage(Win32Exception(E_CREATE_FILE, 0x2FFFFFFF)), L"[28] Ошибка при открытии файла")
         << "a number without a text";
-    EXPECT_NO_THROW(checkHresult(S_FALSE, E_COM_INVOKE, L"Invoke"));
 }
 
 // A family of calls that return a status of their own and know no descriptor, as modules of tokens do.
@@ -79,22 +69,8 @@ TEST(Handle, KeepsTheLastErrorWhenItIsClosed) {
     EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_DISK_FULL));
 }
 
-TEST(Text, CodePages) {
-    EXPECT_EQ(toUtf8(L"\xD83D\xDE00"), "\xF0\x9F\x98\x80");
-    EXPECT_EQ(multiToWide(99999, ""s), L"") << "an empty text does not reach the system";
-    EXPECT_THROW(multiToWide(1251, static_cast<const char*>(nullptr)), std::invalid_argument);
-}
-
 void setNumber(HKEY hive, const wchar_t* name, DWORD value) {
     ASSERT_EQ(::RegSetKeyValueW(hive, settingsKey, name, REG_DWORD, &value, sizeof(value)), ERROR_SUCCESS);
-}
-
-TEST(Log, ALineHasItsPartsInOrderAndNoLineEnds) {
-    const LogStamp morning{2019, 10, 24, 9, 5, 3, 7, 4242};
-    EXPECT_EQ(formatLogLine(morning, 1, L"CBinaryObject::ToBase64", L"[11]\r\nx"),
-              L"2019-10-24T09:05:03.7 | 4242 | ERROR | CBinaryObject::ToBase64 | [11]  x");
-    for (const std::uint32_t level : {0u, 5u, 4000u})
-        EXPECT_EQ(formatLogLine(morning, level, L"c", L"t"), L"2019-10-24T09:05:03.7 | 4242 |  | c | t");
 }
 
 TEST(Log, LevelIsReadAgainAfterAMinute) {
@@ -122,7 +98,7 @@ TEST(Settings, TheUserComesBeforeTheMachine) {
     EXPECT_EQ(readTextSetting(L"LogPath"), path);
 }
 
-TEST(Log, LinesAreAppendedWholeInUtf8) {
+TEST(Log, LinesAreAppendedWhole) {
     const std::wstring path = FileSystem::temporaryFolder() + L"corvane-журнал";
     writeFile(path, Bytes{'x', '\n'});
     {
@@ -131,19 +107,14 @@ TEST(Log, LinesAreAppendedWholeInUtf8) {
         for (std::jthread& writer : writers)
             writer = std::jthread([&] {
                 for (int line = 0; line < 100; ++line)
-                    LogMessage(3, L"контекст", logger) << L"value: " << 1000 << L'.';
+                    LogMessage(3, L"c", logger) << L"value: " << 1000 << L'.';
             });
     }
     const Bytes content = readFile(path);
     FileSystem::deleteFile(path);
-    std::istringstream lines(std::string(content.begin(), content.end()));
-    std::string line;
-    std::getline(lines, line);
-    EXPECT_EQ(line, "x") << "what was there";
-    int count = 0;
-    for (; std::getline(lines, line); ++count)
-        EXPECT_THAT(line, testing::EndsWith(toUtf8(L" | INFO | контекст | value: 1000.\r")));
-    EXPECT_EQ(count, 400);
+    const std::string text(content.begin(), content.end());
+    const std::regex line(R"(\d{4}-[^|]*\| \d+ \| INFO \| c \| value: 1000\.\r\n)");
+    EXPECT_EQ(std::regex_replace(text, line, "."), "x\n" + std::string(400, '.')) << "behind what was there";
     FileLogger nowhere(L"Z:\\no such folder\\Corvane2.log");
     EXPECT_NO_THROW(LogMessage(1, L"c", nowhere) << L"t");
 }
@@ -165,21 +136,16 @@ template <class Value>
 concept Loggable = requires(LogMessage& message, const Value& value) {
     message << value;
 };
-static_assert(Loggable<std::wstring> && Loggable<const char*> && !Loggable<SecretText> &&
-              !Loggable<SecretNarrowText> && !Loggable<SecretBytes>);
-static_assert(!std::is_copy_constructible_v<SecretText> && !std::is_copy_assignable_v<SecretText>);
+static_assert(Loggable<std::wstring> && !Loggable<SecretText> && !Loggable<SecretNarrowText> &&
+              !Loggable<SecretBytes> && !std::is_copy_constructible_v<SecretText>);
 
 TEST(Secret, IsWipedWhenItIsLetGoOf) {
     using Pin = Secret<char, WipingAllocator<char, ArenaAllocator>>;
-    const auto pin = [] {
-        Pin made(std::string_view("12345678"));
-        EXPECT_STREQ(arena.data(), "12345678");
-        return made;
-    };
     const std::array<char, 64> clean{};
-    { const Pin kept = pin(); }
+    { const Pin kept(std::string_view("12345678")); }
     EXPECT_EQ(arena, clean);
-    Pin assigned = pin();
+    Pin assigned(std::string_view("12345678"));
+    EXPECT_STREQ(arena.data(), "12345678");
     assigned.resize(2);  // of which the rest stays in the memory
     Pin taken = std::move(assigned);
     EXPECT_EQ(std::string(taken.data(), taken.size()), "12");
@@ -205,9 +171,8 @@ TEST_F(TrustedSites, LettersAreTheSystems) {
 
 TEST_F(TrustedSites, ValidPatternsOfBothHivesCount) {
     EXPECT_FALSE(RegTrustedSites().isTrusted(L"https://example.org/")) << "without a key";
-    for (const wchar_t* name : {L"*.org", L"file://x", L""})
+    for (const wchar_t* name : {L"*.org", L"file://x", L"", L"*.User.example"})
         addSite(HKEY_CURRENT_USER, name);
-    addSite(HKEY_CURRENT_USER, L"*.User.example");
     addSite(HKEY_LOCAL_MACHINE, L"name://wscript.exe");
     const RegTrustedSites sites;
     EXPECT_TRUE(sites.isTrusted(L"HTTPS://a.USER.example:8080/x"));
@@ -225,9 +190,6 @@ TEST_F(TrustedSites, ValidPatternsOfBothHivesCount) {
 
 TEST_F(TrustedSites, AnEditOfTheRegistryCountsFromTheNextCheck) {
     KeyWatch watch(HKEY_CURRENT_USER, trustedSitesKey);
-    EXPECT_TRUE(watch.changed());
-    EXPECT_FALSE(watch.key());
-
     const auto isTrusted = [] { return RegTrustedSites().isTrusted(L"http://a.example/"); };
     const auto add = [] { addSite(HKEY_CURRENT_USER, L"a.example"); };
     const auto remove = [] {
@@ -241,51 +203,28 @@ TEST_F(TrustedSites, AnEditOfTheRegistryCountsFromTheNextCheck) {
         remove();
         EXPECT_FALSE(isTrusted());
     }
-    const auto isTrustedAfterARest = [&] {
-        add();
-        return soon([&] { return isTrusted() && !watch.changed(); });
-    };
-    for (const bool removesKey : {false, true}) {
-        EXPECT_TRUE(isTrustedAfterARest());
-        if (removesKey)
-            ::RegDeleteKeyW(HKEY_CURRENT_USER, trustedSitesKey);
-        else
-            remove();
-        EXPECT_FALSE(isTrusted());
-        EXPECT_TRUE(watch.changed());
-    }
-    EXPECT_TRUE(isTrustedAfterARest());
-    // As if the key had been renamed: what was opened lives on.
+    // At last as if the key had been renamed: what was opened lives on.
     RegistryKey other;
     ASSERT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, L"other", other.put()), ERROR_SUCCESS);
-    ASSERT_EQ(::RegOverridePredefKey(HKEY_CURRENT_USER, other.get()), ERROR_SUCCESS);
-    EXPECT_TRUE(soon([&] { return !isTrusted(); }));
+    const std::function<void()> ends[] = {remove, [] { ::RegDeleteKeyW(HKEY_CURRENT_USER, trustedSitesKey); },
+                                          [&] { ::RegOverridePredefKey(HKEY_CURRENT_USER, other.get()); }};
+    for (const auto& end : ends) {
+        add();
+        EXPECT_TRUE(soon([&] { return isTrusted() && !watch.changed(); }));
+        end();
+        EXPECT_TRUE(&end == &ends[2] ? soon([&] { return !isTrusted(); }) : !isTrusted());
+    }
 }
 
-TEST_F(TrustedSites, SessionKeepsTrustedAndRefusedApart) {
+TEST_F(TrustedSites, OnlyWholeSitesAreKept) {
     SessionTrustedSites sites;
-    sites.add(L"https://Good.example:8080/path", false);
-    sites.add(L"https://bad.example/path", true);
-    // Refused or trusted is not the other, the scheme counts, and so does each label.
-    const struct {
-        const wchar_t* address;
-        bool isTrusted;
-        bool isRefused;
-    } rows[] = {{L"https://good.example/", true, false},      {L"https://BAD.example:1/", false, true},
-                {L"http://good.example/", false, false},      {L"http://bad.example/", false, false},
-                {L"https://www.good.example/", false, false}, {L"", false, false}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(sites.isTrusted(row.address), row.isTrusted) << testing::PrintToString(row.address);
-        EXPECT_EQ(sites.reject(row.address), row.isRefused) << testing::PrintToString(row.address);
-    }
-    EXPECT_FALSE(RegTrustedSites().isTrusted(L"https://good.example/")) << "not remembered";
     for (const wchar_t* url : {L"", L"file:///c:/x.html", L"http://*.org", L"http://a b", L"http://a:b@c/"}) {
         EXPECT_EQ(errorCode([&] { sites.add(url, false); }), E_INVALID_DOMAIN.code);
         EXPECT_EQ(errorCode([&] { sites.addToRegistry(url); }), E_INVALID_DOMAIN.code);
     }
-    RegistryKey key;
-    EXPECT_EQ(::RegOpenKeyExW(HKEY_CURRENT_USER, trustedSitesKey, 0, KEY_READ, key.put()),
-              ERROR_FILE_NOT_FOUND);
+    // The registry takes no name of a value longer than 16,383 characters.
+    EXPECT_EQ(errorCode([&] { sites.addToRegistry(L"http://" + std::wstring(16400, L'a')); }),
+              E_REG_VALUE_SET.code);
     sites.addToRegistry(L"HTTPS://Good.example:8080/path");
     EXPECT_EQ(::RegGetValueW(HKEY_CURRENT_USER, trustedSitesKey, L"https://good.example", RRF_RT_REG_DWORD,
                              nullptr, nullptr, nullptr),
@@ -293,29 +232,12 @@ TEST_F(TrustedSites, SessionKeepsTrustedAndRefusedApart) {
     EXPECT_TRUE(RegTrustedSites().isTrusted(L"https://good.example/other"));
 }
 
-TEST_F(TrustedSites, RegistryFailuresAreReported) {
-    const SessionTrustedSites sites;
-    // The registry takes no name of a value longer than 16,383 characters.
-    EXPECT_EQ(errorCode([&] { sites.addToRegistry(L"http://" + std::wstring(16400, L'a')); }),
-              E_REG_VALUE_SET.code);
-    // No key can be made below one that was deleted.
-    RegistryKey gone;
-    ASSERT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, L"gone", gone.put()), ERROR_SUCCESS);
-    ASSERT_EQ(::RegDeleteKeyW(HKEY_CURRENT_USER, L"gone"), ERROR_SUCCESS);
-    ASSERT_EQ(::RegOverridePredefKey(HKEY_CURRENT_USER, gone.get()), ERROR_SUCCESS);
-    EXPECT_EQ(failureOf([&] { sites.addToRegistry(L"http://a.example"); }),
-              Failure(E_REG_KEY_CREATE.code, ERROR_KEY_DELETED));
-}
-
 TEST_F(TrustedSites, SessionIsSharedByThreads) {
-    SessionTrustedSites& sites = SessionTrustedSites::instance();
-    const auto work = [&](const std::wstring& name) {
+    const auto work = [](const std::wstring& name) {
         for (int i = 0; i < 500; ++i) {
-            const bool refused = i % 2 != 0;
             const std::wstring url = L"http://" + name + std::to_wstring(i) + L".example/";
-            sites.add(url, refused);
-            EXPECT_EQ(sites.isTrusted(url), !refused);
-            EXPECT_EQ(sites.reject(url), refused);
+            SessionTrustedSites::instance().add(url, i % 2 != 0);
+            EXPECT_NE(SessionTrustedSites::instance().isTrusted(url), i % 2 != 0);
         }
     };
     std::jthread first(work, L"a");

@@ -23,8 +23,7 @@ public:
         : answer_(std::move(answer)), thread_([this](const std::stop_token& stop) {
               HWND last = nullptr;
               for (; !stop.stop_requested(); ::Sleep(2)) {
-                  HWND dialog = nullptr;
-                  ::EnumWindows(findDialog, reinterpret_cast<LPARAM>(&dialog));
+                  const HWND dialog = findDialog();
                   if (dialog && dialog != last) {
                       ++count_;
                       answer_(dialog);
@@ -37,15 +36,16 @@ public:
     int count() const noexcept { return count_; }
 
 private:
-    static BOOL CALLBACK findDialog(HWND window, LPARAM found) {
-        constexpr ULONG_PTR dialogClass = 32770;
+    static HWND findDialog() {
+        const auto dialogClass = MAKEINTRESOURCEW(32770);
+        HWND window = nullptr;
         DWORD process = 0;
-        ::GetWindowThreadProcessId(window, &process);
-        if (process != ::GetCurrentProcessId() || !::IsWindowVisible(window) ||
-            ::GetClassLongPtrW(window, GCW_ATOM) != dialogClass)
-            return TRUE;
-        *reinterpret_cast<HWND*>(found) = window;
-        return FALSE;
+        while ((window = ::FindWindowExW(nullptr, window, dialogClass, nullptr))) {
+            ::GetWindowThreadProcessId(window, &process);
+            if (process == ::GetCurrentProcessId() && ::IsWindowVisible(window))
+                break;
+        }
+        return window;
     }
 
     std::function<void(HWND)> answer_;

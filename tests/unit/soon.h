@@ -1,11 +1,15 @@
-// Apartments, and waiting for what another thread or the clock brings about.
+// Apartments, the thread's error information, and waiting for what another thread or the clock brings about.
 #pragma once
+
+#include "com/runtime/automation.h"
+#include "com/runtime/ptr.h"
 
 #include <windows.h>
 
 #include <objbase.h>
 
 #include <functional>
+#include <string>
 
 namespace Corvane::Test {
 
@@ -24,6 +28,15 @@ inline bool isApartmentThreaded() {
     APTTYPEQUALIFIER qualifier{};
     return ::CoGetApartmentType(&type, &qualifier) == S_OK &&
            (type == APTTYPE_STA || type == APTTYPE_MAINSTA);
+}
+
+// The description of the thread's error information, which is consumed.
+inline std::wstring takeDescription() {
+    Com::ComPtr<IErrorInfo> info;
+    Com::Bstr text;
+    if (::GetErrorInfo(0, info.put()) != S_OK || info->GetDescription(text.put()) != S_OK)
+        return L"none";
+    return std::wstring(text.view());
 }
 
 // PostMessageW where the queue of the thread is full.

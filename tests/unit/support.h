@@ -80,6 +80,17 @@ std::uint32_t errorCode(Work&& work) {
     return 0;
 }
 
+// And its name, or nothing.
+template <class Work>
+std::string errorName(Work&& work) {
+    try {
+        work();
+    } catch (const Exception& exception) {
+        return exception.what();
+    }
+    return {};
+}
+
 #ifdef _WIN32
 // The same with the system's number behind it.
 using Failure = std::pair<std::uint32_t, std::uint32_t>;

@@ -60,7 +60,7 @@ const Algorithm* findAlgorithm(const Value& value, Member member) {
 // An exported function's body: what it throws becomes the last error.
 template <class Body>
 BOOL entry(Body&& body) noexcept {
-    return succeedsWith<NTE_BAD_DATA, NTE_BAD_DATA, NTE_FAIL>(body);
+    return succeedsWith<NTE_BAD_DATA, NTE_FAIL>(body);
 }
 
 }  // namespace Corvane::Platform::Gost

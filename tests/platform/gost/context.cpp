@@ -24,22 +24,6 @@ Bytes readKey(const std::wstring& container, DWORD spec) {
                : Bytes(value, value + size);
 }
 
-std::vector<std::wstring> containerNames() {
-    std::vector<std::wstring> names;
-    RegistryKey key;
-    wchar_t name[MAX_PATH];
-    if (!::RegOpenKeyExW(HKEY_CURRENT_USER, root.c_str(), 0, KEY_READ, key.put()))
-        while (!::RegEnumKeyW(key.get(), static_cast<DWORD>(names.size()), name, MAX_PATH))
-            names.emplace_back(name);
-    return names;
-}
-
-// Null where there is none.
-const Algorithm* algorithmOf(const std::wstring& container) {
-    const Bytes value = readKey(container, AT_KEYEXCHANGE);
-    return value.empty() ? nullptr : readPrivateKeyInfo(View(value).subspan(1)).algorithm;
-}
-
 // The part of VTableProvStruc (cspdk.h) that is read here.
 struct ProviderCallbacks {
     DWORD version;
@@ -81,9 +65,6 @@ std::wstring openContainer(const char* name, DWORD flags) {
 
 void acquire(HCRYPTPROV* handle, const char* name, DWORD flags, const ProviderCallbacks& callbacks) {
     startArithmetic();
-    constexpr DWORD known =
-        CRYPT_VERIFYCONTEXT | CRYPT_NEWKEYSET | CRYPT_DELETEKEYSET | CRYPT_MACHINE_KEYSET | CRYPT_SILENT;
-    expectNone(flags & ~known);
     auto context = std::make_unique<Context>();
     context->algorithm = findAlgorithm(callbacks.providerType, &Algorithm::providerType);
     if ((flags & CRYPT_VERIFYCONTEXT) != CRYPT_VERIFYCONTEXT)
@@ -94,28 +75,32 @@ void acquire(HCRYPTPROV* handle, const char* name, DWORD flags, const ProviderCa
         *handle = handleOf(std::move(context));
 }
 
-std::vector<Bytes> listOf(const Algorithm& own, DWORD which) {
+// The names of containers whose keys are of the provider's kind, and of empty ones.
+std::vector<Bytes> containersOf(const Algorithm& own) {
     std::vector<Bytes> list;
-    if (which == PP_ENUMCONTAINERS) {
-        // Those whose keys are of the provider's kind, and empty ones.
-        for (const std::wstring& name : containerNames()) {
-            const Algorithm* const algorithm = algorithmOf(name);
-            if (!algorithm || algorithm == &own)
-                list.push_back(narrow(name));
-        }
-    } else {
-        // The system looks for a provider for an algorithm here.
-        for (const ALG_ID id : {own.hashId, own.keyId, cipherId}) {
-            const PROV_ENUMALGS entry{id, 0, 1, {}};
-            list.push_back(bytesOf(viewOfStructure(entry)));
-        }
+    RegistryKey key;
+    wchar_t name[MAX_PATH];
+    if (::RegOpenKeyExW(HKEY_CURRENT_USER, root.c_str(), 0, KEY_READ, key.put()))
+        return list;
+    for (DWORD i = 0; !::RegEnumKeyW(key.get(), i, name, MAX_PATH); ++i) {
+        const Bytes value = readKey(name, AT_KEYEXCHANGE);
+        if (value.empty() || readPrivateKeyInfo(View(value).subspan(1)).algorithm == &own)
+            list.push_back(narrow(name));
     }
+    return list;
+}
+
+// The system looks for a provider for an algorithm here.
+std::vector<Bytes> algorithmsOf(const Algorithm& own) {
+    std::vector<Bytes> list;
+    for (const ALG_ID id : {own.hashId, own.keyId, cipherId})
+        list.push_back(bytesOf(viewOfStructure(PROV_ENUMALGS{id, 0, 1, {}})));
     return list;
 }
 
 void enumerate(Context& context, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
     if (flags & CRYPT_FIRST) {
-        context.listed = listOf(*context.algorithm, which);
+        context.listed = (which == PP_ENUMALGS ? algorithmsOf : containersOf)(*context.algorithm);
         context.next = 0;
     }
     if (context.next >= context.listed.size())
@@ -164,11 +149,8 @@ BOOL WINAPI CPAcquireContext(HCRYPTPROV* handle, LPSTR container, DWORD flags, v
     return entry([&] { acquire(handle, container, flags, *static_cast<ProviderCallbacks*>(callbacks)); });
 }
 
-BOOL WINAPI CPReleaseContext(HCRYPTPROV context, DWORD flags) {
-    return entry([&] {
-        expectNone(flags);
-        delete &objectOf<Context>(context);
-    });
+BOOL WINAPI CPReleaseContext(HCRYPTPROV context, DWORD) {
+    return entry([&] { delete &objectOf<Context>(context); });
 }
 
 BOOL WINAPI CPGetProvParam(HCRYPTPROV handle, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {

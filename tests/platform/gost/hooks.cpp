@@ -2,6 +2,7 @@
 // And the registration for the bitness of the DLL: the providers, the identifiers and the functions, also of
 // what Windows knows by itself and Wine does not.
 #include "../own_module.h"
+#include "asn1/pkix/certification_request.h"
 #include "core/handles.h"
 #include "provider.h"
 
@@ -11,11 +12,10 @@
 namespace Corvane::Platform::Gost {
 namespace {
 
-Bytes keyInfoOf(const CERT_PUBLIC_KEY_INFO& info) {
+asn1::SubjectPublicKeyInfo keyInfoOf(const CERT_PUBLIC_KEY_INFO& info) {
     const auto& [algorithm, key] = info;
-    return tlv(
-        Tag::sequence, tlv(Tag::sequence, oid(algorithm.pszObjId), viewOf(algorithm.Parameters)),
-        tlv(Tag::bitString, Bytes{static_cast<std::uint8_t>(key.cUnusedBits)}, View(key.pbData, key.cbData)));
+    return {{algorithm.pszObjId, bytesOf(viewOf(algorithm.Parameters))},
+            {key.pbData, key.pbData + key.cbData}};
 }
 
 // A context for all that is public.
@@ -28,17 +28,17 @@ HCRYPTPROV contextFor(const Algorithm& algorithm) {
     return context;
 }
 
-// RFC 2986, 4.1
 Bytes requestInfo(const CERT_REQUEST_INFO& info) {
-    Bytes attributes;
+    std::vector<asn1::Attribute> attributes;
     for (const CRYPT_ATTRIBUTE& one : std::span(info.rgAttribute, info.cAttribute)) {
-        Bytes values;
+        asn1::Attribute& attribute = attributes.emplace_back();
+        attribute.oid = one.pszObjId;
         for (const CRYPT_ATTR_BLOB& value : std::span(one.rgValue, one.cValue))
-            append(values, value.cbData ? viewOf(value) : (fail(CRYPT_E_BAD_ENCODE), View()));
-        append(attributes, tlv(Tag::sequence, oid(one.pszObjId), tlv(Tag::set, values)));
+            attribute.values.push_back(value.cbData ? bytesOf(viewOf(value))
+                                                    : (fail(CRYPT_E_BAD_ENCODE), Bytes()));
     }
-    return tlv(Tag::sequence, integer(static_cast<std::uint8_t>(info.dwVersion)), viewOf(info.Subject),
-               keyInfoOf(info.SubjectPublicKeyInfo), tlv(Tag::within(0), attributes));
+    return asn1::encodeRequestInfo(
+        {bytesOf(viewOf(info.Subject)), keyInfoOf(info.SubjectPublicKeyInfo), attributes});
 }
 
 void setValue(const std::wstring& key, const wchar_t* name, DWORD type, View data) {
@@ -94,8 +94,6 @@ void registerAll() {
     registerFunction(CRYPT_OID_ENCODE_OBJECT_FUNC, "#4", "gostEncodeRequest");
     constexpr DWORD ciphers = CRYPT_ENCRYPT_ALG_OID_GROUP_ID;
     registerIdentifier(ciphers, cipherOid, L"GOST 28147-89", cipherId);
-    registerIdentifier(ciphers, "2.16.840.1.101.3.4.1.2", L"aes128", CALG_AES_128);
-    registerIdentifier(ciphers, "2.16.840.1.101.3.4.1.22", L"aes192", CALG_AES_192);
     registerIdentifier(ciphers, "2.16.840.1.101.3.4.1.42", L"aes256", CALG_AES_256);
 }
 
@@ -124,7 +122,7 @@ BOOL WINAPI gostExportPublicKeyInfo(HCRYPTPROV context, DWORD spec, DWORD, LPSTR
 BOOL WINAPI gostImportPublicKeyInfo(HCRYPTPROV, DWORD, CERT_PUBLIC_KEY_INFO* info, ALG_ID, DWORD, void*,
                                     HCRYPTKEY* key) {
     return entry([&] {
-        const Bytes der = keyInfoOf(*info);
+        const Bytes der = asn1::encodePublicKeyInfo(keyInfoOf(*info));
         const Algorithm& algorithm = *readPublicKeyInfo(der).algorithm;
         const Bytes blob = keyBlob(PUBLICKEYBLOB, algorithm.keyId, der);
         must(::CryptImportKey(contextFor(algorithm), blob.data(), lengthOf(blob), 0, 0, key));

@@ -31,20 +31,18 @@ inline Bytes algorithmIdentifier(const KeyPair& key) {
     return tlv(Tag::sequence, oid(key.algorithm->keyOid), tlv(Tag::sequence, oid(key.curve), digest));
 }
 
-inline KeyPair readAlgorithm(Reader reader) {
+inline KeyPair readAlgorithm(BerReader reader) {
     KeyPair key;
-    key.algorithm =
-        findAlgorithm(std::string_view(oidText(reader.next(Tag::oid).content)), &Algorithm::keyOid);
+    key.algorithm = findAlgorithm(reader.readOid(), &Algorithm::keyOid);
     if (!key.algorithm)
         fail(NTE_BAD_ALGID);
-    key.curve = oidText(reader.enter(Tag::sequence).next(Tag::oid).content);
+    key.curve = reader.enter(Tag::sequence).readOid();
     return key;
 }
 
-inline KeyPair readPublicParts(Reader reader) {
+inline KeyPair readPublicParts(BerReader reader) {
     KeyPair key = readAlgorithm(reader.enter(Tag::sequence));
-    key.publicHalf =
-        bytesOf(Reader(reader.next(Tag::bitString).content.subspan(1)).next(Tag::octetString).content);
+    key.publicHalf = bytesOf(Reader(reader.read(Tag::bitString).subspan(1)).read(Tag::octetString));
     if (key.publicHalf.size() != 2 * key.algorithm->size)
         fail(NTE_BAD_DATA);
     return key;
@@ -52,7 +50,7 @@ inline KeyPair readPublicParts(Reader reader) {
 
 inline Bytes publicParts(const KeyPair& key) {
     Bytes parts = algorithmIdentifier(key);
-    return append(parts, tlv(Tag::bitString, Bytes{0}, tlv(Tag::octetString, key.publicHalf)));
+    return append(parts, DerWriter().bitString(tlv(Tag::octetString, key.publicHalf)).take());
 }
 
 // The hash of the key agreement: both keys of 2012 use the one of 256 bits.
@@ -81,10 +79,10 @@ inline Bytes privateKeyInfo(const KeyPair& key) {
 }
 
 inline KeyPair readPrivateKeyInfo(View der) {
-    Reader reader = Reader(der).enter(Tag::sequence);
-    reader.next(Tag::integer);
+    BerReader reader = Reader(der).enter(Tag::sequence);
+    reader.skip();  // the version
     KeyPair key = readAlgorithm(reader.enter(Tag::sequence));
-    key.secret = bytesOf(reader.next(Tag::octetString).content);
+    key.secret = bytesOf(reader.read(Tag::octetString));
     if (key.secret.size() != key.algorithm->size)
         fail(NTE_BAD_DATA);
     key.publicHalf = publicKey(key.curve, key.secret);
@@ -101,22 +99,22 @@ inline Bytes transport(const SessionKey& session, const KeyPair& recipient) {
     return tlv(
         Tag::sequence,
         tlv(Tag::sequence, tlv(Tag::octetString, wrapped.encrypted), tlv(Tag::octetString, wrapped.mac)),
-        tlv(Tag::within(0), oid(session.substitution), tlv(Tag::within(0), publicParts(ephemeral)),
+        tlv(Tag::context(0), oid(session.substitution), tlv(Tag::context(0), publicParts(ephemeral)),
             tlv(Tag::octetString, ukm)));
 }
 
 // Fails with NTE_BAD_DATA where it was not made for that key.
 inline SessionKey receive(View transport, const KeyPair& recipient) {
-    Reader reader = Reader(transport).enter(Tag::sequence);
-    Reader encrypted = reader.enter(Tag::sequence);
+    BerReader reader = Reader(transport).enter(Tag::sequence);
+    BerReader encrypted = reader.enter(Tag::sequence);
     WrappedKey wrapped;
-    wrapped.encrypted = bytesOf(encrypted.next(Tag::octetString).content);
-    wrapped.mac = bytesOf(encrypted.next(Tag::octetString).content);
-    Reader parameters = reader.enter(Tag::within(0));
+    wrapped.encrypted = bytesOf(encrypted.read(Tag::octetString));
+    wrapped.mac = bytesOf(encrypted.read(Tag::octetString));
+    BerReader parameters = reader.enter(Tag::context(0));
     SessionKey session;
-    session.substitution = oidText(parameters.next(Tag::oid).content);
-    const KeyPair ephemeral = readPublicParts(parameters.enter(Tag::within(0)));
-    const Bytes ukm = bytesOf(parameters.next(Tag::octetString).content);
+    session.substitution = parameters.readOid();
+    const KeyPair ephemeral = readPublicParts(parameters.enter(Tag::context(0)));
+    const Bytes ukm = bytesOf(parameters.read(Tag::octetString));
     constexpr std::size_t sessionKeySize = 32;
     if (ukm.size() != ukmSize || wrapped.encrypted.size() != sessionKeySize ||
         ephemeral.curve != recipient.curve)

@@ -7,16 +7,10 @@ namespace {
 
 constexpr std::size_t blockSize = 8, sessionKeySize = 32;
 
-std::unique_ptr<Key> keyWith(KeyPair pair, bool isExportable) {
+template <class Value>
+std::unique_ptr<Key> keyWith(Value Key::*member, Value value, bool isExportable) {
     auto key = std::make_unique<Key>();
-    key->pair = std::move(pair);
-    key->isExportable = isExportable;
-    return key;
-}
-
-std::unique_ptr<Key> keyWith(SessionKey session, bool isExportable) {
-    auto key = std::make_unique<Key>();
-    key->session = std::move(session);
+    (*key).*member = std::move(value);
     key->iv.resize(blockSize);
     key->isExportable = isExportable;
     return key;
@@ -42,13 +36,12 @@ Bytes underAgreed(HCRYPTKEY handle, View der, bool isEncryption) {
 }
 
 std::unique_ptr<Key> generate(const Context& context, ALG_ID id, DWORD flags) {
-    expectNone(flags & 0xFFFF & ~DWORD{CRYPT_EXPORTABLE});
     const Algorithm& own = *context.algorithm;
     const bool isExportable = (flags & CRYPT_EXPORTABLE) != 0;
     if (id == cipherId)
-        return keyWith(SessionKey{randomBytes(sessionKeySize), own.substitution}, isExportable);
+        return keyWith(&Key::session, {randomBytes(sessionKeySize), own.substitution}, isExportable);
     // A pair for one agreement is in no container.
-    auto key = keyWith(makeKeyPair(own, own.curve), isExportable || id == own.ephemeralId);
+    auto key = keyWith(&Key::pair, makeKeyPair(own, own.curve), isExportable || id == own.ephemeralId);
     if (id != AT_KEYEXCHANGE && id != AT_SIGNATURE && id != own.ephemeralId)
         fail(NTE_BAD_ALGID);
     if (id != own.ephemeralId)
@@ -58,10 +51,10 @@ std::unique_ptr<Key> generate(const Context& context, ALG_ID id, DWORD flags) {
 
 std::unique_ptr<Key> importPublic(KeyPair pair, HCRYPTKEY with) {
     if (!with)
-        return keyWith(std::move(pair), true);
+        return keyWith(&Key::pair, std::move(pair), true);
     if (objectOf<Key>(with).pair.secret.empty())
         fail(NTE_BAD_KEY);
-    auto agreed = keyWith(agreeOn(objectOf<Key>(with).pair, pair), false);
+    auto agreed = keyWith(&Key::session, agreeOn(objectOf<Key>(with).pair, pair), false);
     agreed->isAgreed = true;
     return agreed;
 }
@@ -71,9 +64,7 @@ std::unique_ptr<Key> import(const Context& context, View bytes, HCRYPTKEY with, 
     const View content = bytes.subspan(sizeof head);
     const bool isExportable = (flags & CRYPT_EXPORTABLE) != 0;
     if (head.bType == SIMPLEBLOB)
-        return keyWith(
-            receive(content, with ? objectOf<Key>(with).pair : loadKey(context, AT_KEYEXCHANGE)->pair),
-            isExportable);
+        return keyWith(&Key::session, receive(content, objectOf<Key>(with).pair), isExportable);
     const bool isPublic = head.bType == PUBLICKEYBLOB;
     KeyPair pair = isPublic ? readPublicKeyInfo(content)
                             : readPrivateKeyInfo(with ? underAgreed(with, content, false) : bytesOf(content));
@@ -81,7 +72,7 @@ std::unique_ptr<Key> import(const Context& context, View bytes, HCRYPTKEY with, 
         fail(NTE_BAD_ALGID);
     if (isPublic)
         return importPublic(std::move(pair), with);
-    auto key = keyWith(std::move(pair), isExportable);
+    auto key = keyWith(&Key::pair, std::move(pair), isExportable);
     storeKey(context, AT_KEYEXCHANGE, *key);
     return key;
 }
@@ -180,12 +171,9 @@ BOOL WINAPI CPImportKey(HCRYPTPROV context, const BYTE* data, DWORD size, HCRYPT
     return entry([&] { *key = handleOf(import(objectOf<Context>(context), View(data, size), with, flags)); });
 }
 
-BOOL WINAPI CPExportKey(HCRYPTPROV, HCRYPTKEY key, HCRYPTKEY with, DWORD type, DWORD flags, BYTE* buffer,
+BOOL WINAPI CPExportKey(HCRYPTPROV, HCRYPTKEY key, HCRYPTKEY with, DWORD type, DWORD, BYTE* buffer,
                         DWORD* size) {
-    return entry([&] {
-        expectNone(flags);
-        give(buffer, size, exportKey(objectOf<Key>(key), with, type));
-    });
+    return entry([&] { give(buffer, size, exportKey(objectOf<Key>(key), with, type)); });
 }
 
 BOOL WINAPI CPGetKeyParam(HCRYPTPROV, HCRYPTKEY key, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
@@ -197,36 +185,22 @@ BOOL WINAPI CPSetKeyParam(HCRYPTPROV context, HCRYPTKEY key, DWORD which, BYTE* 
 }
 
 // NOLINTBEGIN(readability-non-const-parameter): the system's declarations
-BOOL WINAPI CPEncrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD flags, BYTE* data,
-                      DWORD* size, DWORD) {
-    return entry([&] {
-        expectNone(flags);
-        crypt(objectOf<Key>(key), true, isFinal, data, *size);
-    });
+BOOL WINAPI CPEncrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD, BYTE* data, DWORD* size,
+                      DWORD) {
+    return entry([&] { crypt(objectOf<Key>(key), true, isFinal, data, *size); });
 }
 
-BOOL WINAPI CPDecrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD flags, BYTE* data,
-                      DWORD* size) {
-    return entry([&] {
-        expectNone(flags);
-        crypt(objectOf<Key>(key), false, isFinal, data, *size);
-    });
+BOOL WINAPI CPDecrypt(HCRYPTPROV, HCRYPTKEY key, HCRYPTHASH, BOOL isFinal, DWORD, BYTE* data, DWORD* size) {
+    return entry([&] { crypt(objectOf<Key>(key), false, isFinal, data, *size); });
 }
 // NOLINTEND(readability-non-const-parameter)
 
-BOOL WINAPI CPCreateHash(HCRYPTPROV context, ALG_ID id, HCRYPTKEY key, DWORD flags, HCRYPTHASH* hash) {
-    return entry([&] {
-        expectNone(flags);
-        *hash = key ? (fail(NTE_BAD_KEY), 0) : create(objectOf<Context>(context).algorithm, id);
-    });
+BOOL WINAPI CPCreateHash(HCRYPTPROV context, ALG_ID id, HCRYPTKEY, DWORD, HCRYPTHASH* hash) {
+    return entry([&] { *hash = create(objectOf<Context>(context).algorithm, id); });
 }
 
-BOOL WINAPI CPHashData(HCRYPTPROV, HCRYPTHASH handle, const BYTE* data, DWORD size, DWORD flags) {
-    return entry([&] {
-        Hash& hash = objectOf<Hash>(handle);
-        expectNone(flags);
-        ::gcry_md_write(hash.running.get(), data, size);
-    });
+BOOL WINAPI CPHashData(HCRYPTPROV, HCRYPTHASH handle, const BYTE* data, DWORD size, DWORD) {
+    return entry([&] { ::gcry_md_write(objectOf<Hash>(handle).running.get(), data, size); });
 }
 
 BOOL WINAPI CPDestroyHash(HCRYPTPROV, HCRYPTHASH hash) {
@@ -247,10 +221,9 @@ BOOL WINAPI CPSetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD, BYTE* value, DW
     });
 }
 
-BOOL WINAPI CPSignHash(HCRYPTPROV context, HCRYPTHASH hash, DWORD spec, LPCWSTR description, DWORD flags,
-                       BYTE* buffer, DWORD* size) {
+BOOL WINAPI CPSignHash(HCRYPTPROV context, HCRYPTHASH hash, DWORD spec, LPCWSTR, DWORD, BYTE* buffer,
+                       DWORD* size) {
     return entry([&] {
-        expectNone(flags || description);
         const auto key = loadKey(objectOf<Context>(context), spec);
         if (!buffer)
             return give(buffer, size, key->pair.publicHalf);  // as long as a signature
@@ -259,11 +232,8 @@ BOOL WINAPI CPSignHash(HCRYPTPROV context, HCRYPTHASH hash, DWORD spec, LPCWSTR 
 }
 
 BOOL WINAPI CPVerifySignature(HCRYPTPROV, HCRYPTHASH hash, const BYTE* signature, DWORD size, HCRYPTKEY key,
-                              LPCWSTR description, DWORD flags) {
-    return entry([&] {
-        expectNone(flags || description);
-        verifyHash(objectOf<Hash>(hash), View(signature, size), objectOf<Key>(key));
-    });
+                              LPCWSTR, DWORD) {
+    return entry([&] { verifyHash(objectOf<Hash>(hash), View(signature, size), objectOf<Key>(key)); });
 }
 
 }  // extern "C"

@@ -56,17 +56,4 @@ ULONG_PTR handleOf(std::unique_ptr<Object> object) {
 std::unique_ptr<Key> loadKey(const Context& context, DWORD spec);
 void storeKey(const Context& context, DWORD spec, const Key& key);
 
-// Gives a result as CryptoAPI does: the size where no buffer is given, ERROR_MORE_DATA where it is too small.
-inline void give(BYTE* buffer, DWORD* size, View result) {
-    const DWORD room = std::exchange(*size, lengthOf(result));
-    if (buffer && room < result.size())
-        fail(ERROR_MORE_DATA);
-    if (buffer)
-        std::ranges::copy(result, buffer);
-}
-inline void expectNone(DWORD flags) {
-    if (flags)
-        fail(NTE_BAD_FLAGS);
-}
-
 }  // namespace Corvane::Platform::Gost

@@ -30,6 +30,17 @@ function namesOf(certificates) {
 var signer = service.FindCertificate(my + '"Иванов Иван"}');
 var root = fromFile("root.der");
 table("certificates");
+function rowsOf(name) {
+    return textOf(file(name)).match(/^[^#\n].*/gm);
+}
+var facts = rowsOf("facts.txt").concat(rowsOf("json.txt"));
+for (var i = 0; i < facts.length; ++i) {
+    var cells = facts[i].split("\t");
+    var one = fromFile((cells[3] ? cells[0] : cells[1]) + ".der");
+    equal(cells[3] ? [cells[0], one.Hash.ToHexString(), one.SerialNumber.ToHexString(), one.PublicKeyLength].join("\t")
+        : JSON.stringify(JSON.parse(cells[0] === "description" ? one.Description : one.GetExtensions())),
+        cells[3] ? facts[i] : JSON.stringify(JSON.parse(cells[2])), facts[i]);
+}
 
 equal(service.GetCertificates(my + '"Second Signer"}').count, 1);
 check(service.GetCertificates(new Array(100001).join("[")).count > 0, "what is no object filters nothing, however deep it is");
@@ -58,7 +69,7 @@ refusals([
 
 // A store of the tests' own
 var store = create("CertificateStore");
-refusals([["store.name", "[604] "], ["store.Open(3, 'My', 0)", "0x800405e8", "Invalid store location"]]);
+refusals([["store.name", "[604] "], ["store.Open(3, 'My', 0)", "0x800405e8", "Invalid store location"], ["store.Open(0, 'My', 0)", "0x800405e8"]]);
 store.Open(2, "CorvaneScripts", 1);
 values([["store.name", "CorvaneScripts"], ["store.location", 2], ["store.Install(root).Hash.Equals(root.Hash)", true]]);
 var installed = store.Install(fromFile("second.der"));

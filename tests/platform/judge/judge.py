@@ -1,6 +1,6 @@
 """What the tests of messages and requests share: keys and certificates, an authority, and OpenSSL's verdicts.
 
-Where OpenSSL has no GOST engine, messages that the engine once made (tests/data/pki-gost) show that the component and the
+Where OpenSSL has no GOST engine, messages that the engine once made (tests/data/signers) show that the component and the
 system judge rightly, and it is they who judge what is made with GOST keys.
 """
 
@@ -19,7 +19,6 @@ os.environ.setdefault("CORVANE_PREFIX", "platform")
 os.environ["OPENSSL_CONF"] = str(ROOT / "tests/platform/pki/openssl.cnf")
 KINDS = ("rsa", "gost2001", "gost256", "gost512")
 DIGESTS = {"rsa": "sha256", "gost2001": "md_gost94", "gost256": "md_gost12_256", "gost512": "md_gost12_512"}
-GOST = ROOT / "tests/data/pki-gost"
 hasEngine = subprocess.run(["openssl", "engine", "gost"], capture_output=True).returncode == 0
 PKI = pathlib.Path(
     subprocess.run([ROOT / "tests/platform/prepare"], check=True, stdout=subprocess.PIPE, text=True).stdout.strip()

@@ -1,15 +1,13 @@
 // Carries out a list of operations through the component and tells what came of each.
-// argument: a JSON file, a list of lists: the name of an operation below and its arguments. Prints a line for each:
-// "ok" with what the operation says, or the error's text.
+// argument: a JSON file, a list of objects: the name of an operation below and what it is about. Prints a line for each: "ok" with
+// what the operation says, or the error's text.
 var crypto = create("CryptoService");
 var bytes = create("BinaryObjectService");
 var files = create("FileSystemService");
 var streams = []; // of the operation, closed behind it
 
-var certificates = {};
 function certificate(name) { // of a leaf, with its key
-    var filter = { name: "Leaf " + name, storeName: "My", hasPrivateKeyOnly: true };
-    return certificates[name] = certificates[name] || crypto.FindCertificate(JSON.stringify(filter));
+    return crypto.FindCertificate(JSON.stringify({ name: "Leaf " + name, storeName: "My", hasPrivateKeyOnly: true }));
 }
 
 function load(path) {
@@ -38,14 +36,6 @@ function recipients(names) {
     return list;
 }
 
-function finished(start) {
-    var result = wait(start);
-    if (typeof result === "string" && result.substr(0, 1) !== "{") {
-        throw new Error(result);
-    }
-    return result;
-}
-
 function report(text) {
     var told = JSON.parse(text);
     var words = [told.verdict];
@@ -57,112 +47,71 @@ function report(text) {
     return words.join(" ");
 }
 
-var operations = {
-    sign: function (data, signer, attached, chain, message) {
-        crypto[attached ? "AttachedSign" : "Sign"](load(data), certificate(signer), chain).ToFile(message);
-    },
-    signAsync: function (data, signer, attached, chain, message) {
-        var method = attached ? "AttachedSignAsync" : "SignAsync";
-        finished(function (done) { crypto[method](load(data), certificate(signer), done, chain); }).ToFile(message);
-    },
-    signStream: function (data, signer, attached, chain, message) {
-        finished(function (done) {
-            crypto.SignStreamAsync(open(data), open(message, true), certificate(signer), attached, done, undefined, chain);
-        });
-    },
-    // Without attributes a detached message ends with just that, so put into another's place it makes a message.
-    rawSign: function (data, signer, message, result) {
-        var signature = crypto.RawSign(load(data), certificate(signer)).ToHexString();
-        hex(load(message).ToHexString().slice(0, -signature.length) + signature).ToFile(result);
-        return operations.verify(result, data);
-    },
-    addSigner: function (message, data, signer, chain, result) {
-        crypto.AddSignerToSignature(load(message), load(data), certificate(signer), chain).ToFile(result);
-    },
-    verify: function (message, data) {
-        return namesOf(data ? crypto.VerifySignature(load(data), load(message)) : crypto.VerifyAttachedSignature(load(message)));
-    },
-    verifyAsync: function (message, data) {
-        return namesOf(finished(function (done) {
-            if (data) {
-                crypto.VerifySignatureAsync(load(data), load(message), done);
-            } else {
-                crypto.VerifyAttachedSignatureAsync(load(message), done);
-            }
-        }));
-    },
-    verifyStream: function (message, data) {
-        return namesOf(finished(function (done) {
-            if (data) {
-                crypto.VerifyStreamSignatureAsync(open(data), load(message), done);
-            } else {
-                crypto.VerifyStreamAttachedSignatureAsync(open(message), done);
-            }
-        }));
-    },
-    inspect: function (message, data) {
-        return report(crypto.InspectSignature(load(message), load(data)));
-    },
-    inspectStream: function (message, data) {
-        return report(finished(function (done) {
-            crypto.InspectStreamSignatureAsync(open(data || message), data ? load(message) : null, done);
-        }));
-    },
-    certificates: function (message) {
-        var here = namesOf(crypto.GetCertificatesFromSignature(load(message)));
-        equal(here, namesOf(finished(function (done) { crypto.ExtractCertificatesFromSignature(open(message), done); })));
-        return here;
-    },
-    content: function (message, content) {
-        var to = open(content, true);
-        finished(function (done) { crypto.ExtractContentFromSignature(open(message), to, done); });
-        check(crypto.GetContentFromSignature(load(message)).Equals(contentOf(to)), "both forms give the same");
-    },
-    encrypt: function (data, names, message) {
-        crypto.Encrypt(load(data), recipients(names)).ToFile(message);
-    },
-    encryptStream: function (data, names, message) {
-        finished(function (done) { crypto.EncryptStreamAsync(open(data), open(message, true), recipients(names), done); });
-    },
-    decrypt: function (message, content) {
-        crypto.Decrypt(load(message)).ToFile(content);
-    },
-    decryptStream: function (message, content) {
-        finished(function (done) { crypto.DecryptStreamAsync(open(message), open(content, true), done); });
-    },
-    // Of messages of one size, one behind the other: how many are not taken for good, and the numbers of those that are.
-    sweep: function (method, path, size) {
-        var from = open(path), refused = 0, taken = "";
-        for (var i = 0; i < from.Size / size; ++i) {
-            var message = from.Read(size);
-            try {
-                if (method === "verify" ? crypto.VerifyAttachedSignature(message) : report(crypto.InspectSignature(message)).substr(0, 5) === "good ") {
-                    taken += " " + i;
-                    continue;
-                }
-            } catch (error) {
-                check(error.message.substr(0, 2) === "[3", error.message);
-            }
-            ++refused;
-        }
-        return refused + taken;
-    },
-    size: function (path) {
-        return files.GetLength(path);
+// Without attributes a detached message ends with just its signature, so a raw one put into another's place makes a message.
+function withRaw(model, signature) {
+    return hex(model.ToHexString().slice(0, -2 * signature.Size) + signature.ToHexString());
+}
+
+// Of messages of one size, one behind the other: how many are not taken for good, and the numbers of those that are.
+function sweep(isGood) {
+    var from = open(step.message), refused = 0, taken = "";
+    for (var i = 0; i < from.Size / step.data; ++i) {
+        var one = from.Read(step.data);
+        var told = outcome(function () { return isGood(one) ? "good" : ""; });
+        check(/^(ok|ok good|\[3.*)$/.test(told), told);
+        refused += told === "ok good" ? 0 : 1;
+        taken += told === "ok good" ? " " + i : "";
     }
+    return refused + taken;
+}
+
+// What is done with bytes, and with streams; what both can do must come to the same.
+var operations = {
+    sign: ["crypto[step.attached ? 'AttachedSign' : 'Sign'](load(step.data), certificate(step.signer), step.chain).ToFile(step.output)"],
+    signStream: ["", "crypto.SignStreamAsync(open(step.data), open(step.output, true), certificate(step.signer), step.attached, done, undefined, step.chain)"],
+    rawSign: ["withRaw(load(step.message), crypto.RawSign(load(step.data), certificate(step.signer))).ToFile(step.output); crypto.VerifySignature(load(step.data), load(step.output))"],
+    addSigner: ["crypto.AddSignerToSignature(load(step.message), load(step.data), certificate(step.signer), step.chain).ToFile(step.output)"],
+    verify: ["crypto.VerifySignature(load(step.data), load(step.message))", "crypto.VerifyStreamSignatureAsync(open(step.data), load(step.message), done)"],
+    verifyAttached: ["crypto.VerifyAttachedSignature(load(step.message))", "crypto.VerifyStreamAttachedSignatureAsync(open(step.message), done)"],
+    inspect: ["crypto.InspectSignature(load(step.message), load(step.data))",
+        "crypto.InspectStreamSignatureAsync(open(step.data || step.message), step.data ? load(step.message) : null, done)"],
+    certificates: ["crypto.GetCertificatesFromSignature(load(step.message))", "crypto.ExtractCertificatesFromSignature(open(step.message), done)"],
+    content: ["crypto.GetContentFromSignature(load(step.message)).ToFile(step.output + '-bytes')",
+        "crypto.ExtractContentFromSignature(open(step.message), open(step.output, true), done)"],
+    encrypt: ["crypto.Encrypt(load(step.data), recipients(step.recipients)).ToFile(step.output)"],
+    encryptStream: ["", "crypto.EncryptStreamAsync(open(step.data), open(step.output, true), recipients(step.recipients), done)"],
+    decrypt: ["crypto.Decrypt(load(step.message)).ToFile(step.output + '-bytes')", "crypto.DecryptStreamAsync(open(step.message), open(step.output, true), done)"],
+    verifyEach: ["sweep(function (one) { return crypto.VerifyAttachedSignature(one); })"],
+    inspectEach: ["sweep(function (one) { return report(crypto.InspectSignature(one)).substr(0, 5) === 'good '; })"]
 };
 
-var plan = JSON.parse(textOf(load(WScript.Arguments(0))));
-for (var i = 0; i < plan.length; ++i) {
-    var line;
+function outcome(action) {
     try {
-        var told = operations[plan[i][0]].apply(null, plan[i].slice(1));
-        line = told === undefined ? "ok" : "ok " + told;
+        var result = action();
+        var words = result && result.count !== undefined ? namesOf(result) : /^{/.test(result) ? report(result) : result;
+        return words ? "ok " + words : "ok";
     } catch (error) {
-        line = error.message;
+        return error.message;
     }
+}
+
+function perform(forms) {
+    var told = forms[0] && outcome(function () { return eval(forms[0]); });
+    var other = forms[1] && outcome(function () {
+        var result = later(forms[1]);
+        check(typeof result !== "string" || result.charAt(0) === "{", result);
+        return result;
+    });
+    var isSame = !told || !other || told === other || (told.charAt(0) === "[" && other.charAt(0) === "[");
+    return isSame ? told || other : told + ", of streams: " + other;
+}
+
+var plan = JSON.parse(textOf(load(WScript.Arguments(0))));
+var step;
+for (var i = 0; i < plan.length; ++i) {
+    step = plan[i];
+    WScript.Echo(perform(operations[step.operation]).replace(/[\r\n]+/g, " "));
     while (streams.length) {
         streams.pop().Close();
     }
-    WScript.Echo(line.replace(/[\r\n]+/g, " "));
 }

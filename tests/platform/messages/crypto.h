@@ -6,30 +6,25 @@
 #include "core/handles.h"
 
 #include <string>
-#include <utility>
 
 namespace Corvane::Platform::Messages {
 
 constexpr DWORD encodings = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
 
-// An algorithm as messages name it; the parameters are DER.
-struct AlgorithmId {
-    std::string oid;
-    Bytes parameters;
+template <class Body>
+bool succeeds(Body&& body) noexcept {
+    return succeedsWith<CRYPT_E_ASN1_EOD, E_UNEXPECTED>(body);
+}
 
-    static AlgorithmId read(Reader reader);
-    static AlgorithmId of(const CRYPT_ALGORITHM_IDENTIFIER& algorithm);
-    // With NULL where there are no parameters.
-    Bytes der() const;
-};
+// AlgorithmIdentifier, with NULL where there are no parameters.
+inline Bytes algorithm(std::string_view name, const Bytes& parameters = {Tag::null, 0}) {
+    return tlv(Tag::sequence, oid(name), parameters);
+}
 
-// 0 where there is none.
-ALG_ID hashNumber(const std::string& oid);
-
-// A running hash, made in `provider` or in one that knows the algorithm. Fails with CRYPT_E_UNKNOWN_ALGO.
+// A running hash. Fails with CRYPT_E_UNKNOWN_ALGO.
 class Digest {
 public:
-    explicit Digest(ALG_ID algorithm, HCRYPTPROV provider = 0);
+    explicit Digest(const std::string& oid);
     void add(View bytes);
     // Of all that was added; nothing can be added any more.
     const Bytes& value();
@@ -39,31 +34,33 @@ private:
     Bytes value_;
 };
 
-Bytes digestOf(ALG_ID algorithm, View bytes);
-
 // Signatures are big-endian, as messages have them.
-Bytes signDigest(HCRYPTPROV provider, DWORD spec, ALG_ID algorithm, const Bytes& digest);
+Bytes signDigest(HCRYPTPROV provider, DWORD spec, const std::string& hash, const Bytes& digest);
 // Fails with NTE_BAD_SIGNATURE.
-void verifyDigest(const CERT_PUBLIC_KEY_INFO& key, ALG_ID algorithm, View digest, View signature);
-
-// A new key for content; the algorithm's parameters are filled in.
-CryptKey makeContentKey(HCRYPTPROV provider, AlgorithmId& algorithm);
-// Encrypted for a recipient, and received.
-Bytes exportContentKey(HCRYPTPROV provider, HCRYPTKEY key, CERT_PUBLIC_KEY_INFO recipient);
-CryptKey importContentKey(HCRYPTPROV provider, DWORD spec, const AlgorithmId& content,
-                          const std::string& transport, View encrypted);
+void verifyDigest(CERT_PUBLIC_KEY_INFO key, const std::string& hash, const Bytes& digest, View signature);
 
 // CryptEncrypt or CryptDecrypt over content that comes in pieces of any size.
 class ContentCipher {
 public:
-    ContentCipher(CryptKey key, bool isEncryption);
+    // With a new key, and with one that was received.
+    ContentCipher(HCRYPTPROV provider, const std::string& cipher);
+    ContentCipher(HCRYPTPROV provider, DWORD spec, Reader algorithm, View encryptedKey);
+
+    // The algorithm with its parameters.
+    Bytes identifier() const;
+    // The key as it is sent to a recipient.
+    Bytes keyFor(HCRYPTPROV provider, CERT_PUBLIC_KEY_INFO recipient) const;
     // The output for what came; a part of a block waits for more.
     Bytes process(View bytes, bool isFinal);
 
 private:
+    void set(DWORD parameter, const void* value) const;
+    std::size_t blockSize() const;
+
     CryptKey key_;
+    std::string oid_;
+    Bytes vector_;
     bool isEncryption_;
-    std::size_t block_;  // in bytes
     Bytes waiting_;
 };
 

@@ -1,91 +1,23 @@
 // Messages that are read, in pieces or at once: what stands before the content, the content as it comes, and
 // the rest; and what is asked of them.
-#include "signer.h"
+#include "asn1/decoders/signed_data.h"
+#include "message.h"
 
+#include <list>
 #include <map>
+#include <optional>
+#include <span>
 
 namespace Corvane::Platform::Messages {
 namespace {
 
-// A place in a message, and the elements around it. What throws Truncated has consumed nothing by then.
-class Cursor {
-public:
-    View rest;  // what is at hand
+constexpr std::size_t endMarkerSize = 2, largestHeader = 10;
+constexpr std::uint64_t untilMarker = UINT64_MAX;
 
-    std::size_t depth() const { return levels_.size(); }
-    bool isConstructed() const { return levels_.back().isConstructed; }
-
-    // Whether the innermost element ends here, but for its end marker.
-    bool atEnd() const {
-        if (levels_.empty() || !levels_.back().isIndefinite)
-            return position_ == end();
-        if (rest.empty() || (rest[0] == 0 && rest.size() < endMarkerSize))
-            throw Truncated();
-        return rest[0] == 0 && rest[1] == 0;
-    }
-    bool isNext(std::uint8_t tag) const {
-        if (atEnd())
-            return false;
-        return rest.empty() ? throw Truncated() : rest[0] == tag;
-    }
-    View take(std::size_t size) {
-        if (size > end() - position_)
-            throw BerError("longer than what is around it");
-        if (size > rest.size())
-            throw Truncated();
-        const View taken = rest.first(size);
-        rest = rest.subspan(size);
-        position_ += size;
-        return taken;
-    }
-    // What is there of the innermost element, which is primitive.
-    View takeContent() {
-        return take(static_cast<std::size_t>(std::min<std::uint64_t>(end() - position_, rest.size())));
-    }
-    std::uint8_t enter() {
-        const Header head = readHeader(rest);
-        if (depth() >= deepest)
-            throw BerError("nested too deep");
-        take(head.size);
-        if (!head.isIndefinite && head.length > end() - position_)
-            throw BerError("longer than what is around it");
-        levels_.push_back({head.isIndefinite, (head.tag & Tag::constructed) != 0,
-                           head.isIndefinite ? end() : position_ + head.length});
-        return head.tag;
-    }
-    void enter(std::uint8_t tag) {
-        if (!isNext(tag))
-            throw BerError("another tag than expected");
-        enter();
-    }
-    void leave() {
-        if (!atEnd())
-            throw BerError("more than belongs there");
-        take(levels_.back().isIndefinite ? endMarkerSize : 0);
-        levels_.pop_back();
-    }
-    Element next() {
-        const Element element = Reader(rest).next();
-        take(element.whole.size());
-        return element;
-    }
-
-private:
-    struct Level {
-        bool isIndefinite, isConstructed;
-        std::uint64_t end;  // where the length is indefinite, of what is around
-    };
-    std::uint64_t end() const { return levels_.empty() ? UINT64_MAX : levels_.back().end; }
-
-    std::vector<Level> levels_;
-    std::uint64_t position_ = 0;
-};
-
-// The elements of a set, or of what has another tag in its place.
-std::vector<Bytes> elementsOf(View set) {
+std::vector<Bytes> elementsOf(BerReader reader) {
     std::vector<Bytes> all;
-    for (Reader reader(set); !reader.atEnd();)
-        all.push_back(bytesOf(reader.next().whole));
+    while (!reader.atEnd())
+        all.push_back(bytesOf(reader.readWhole()));
     return all;
 }
 
@@ -93,336 +25,372 @@ const Bytes& at(const std::vector<Bytes>& all, DWORD index) {
     return index < all.size() ? all[index] : (fail(CRYPT_E_INVALID_INDEX), all[0]);
 }
 
-// What is particular to a kind of message.
-class Body {
-public:
-    Body(bool isDetached, Sink& sink) : isDetached_(isDetached), sink_(sink) {}
-    Body(const Body&) = delete;
-    Body& operator=(const Body&) = delete;
-    virtual ~Body() = default;
-
-    // What follows the version, up to the header of the content: enters it, or leaves the cursor where it
-    // would stand and returns false.
-    virtual bool readHead(Cursor& cursor) = 0;
-    virtual void readContent(View bytes) = 0;
-    // What follows the content.
-    virtual void readEnd(Cursor& cursor) = 0;
-    virtual void parameter(DWORD type, DWORD index, Answer& answer) = 0;
-    virtual void control(DWORD type, const void* argument) = 0;
-
-protected:
-    bool isDetached_, hasContent_ = false;
-    Sink& sink_;
-};
-
-class SignedBody : public Body {
-public:
-    using Body::Body;
-
-    bool readHead(Cursor& cursor) override {
-        for (const Bytes& digest : elementsOf(cursor.next().content))
-            parts_.addDigest(AlgorithmId::read(Reader(digest).enter(Tag::sequence)));
-        cursor.enter(Tag::sequence);
-        parts_.contentType = oidText(cursor.next().content);
-        hasContent_ = cursor.isNext(Tag::within(0));
-        if (hasContent_) {
-            cursor.enter();
-            if ((cursor.enter() & ~Tag::constructed) != Tag::octetString)
-                throw BerError("content that is no octet string");
-        }
-        // Signers with an algorithm that is not known cannot be verified, which is told then.
-        for (const AlgorithmId& digest : parts_.digests)
-            succeeds([&] { digests_.try_emplace(hashNumber(digest.oid), hashNumber(digest.oid)); });
-        return hasContent_;
-    }
-
-    // In a stream nothing stays in memory but the running digests.
-    void readContent(View bytes) override {
-        for (auto& [number, digest] : digests_)
-            digest.add(bytes);
-        if (!sink_.isStream() || !isDetached_)
-            sink_.put(bytes);
-    }
-
-    void readEnd(Cursor& cursor) override {
-        if (hasContent_)
-            cursor.leave();
-        cursor.leave();
-        bool hasSigners = false;
-        while (!cursor.atEnd()) {
-            const Element element = cursor.next();
-            hasSigners = element.tag == Tag::set;
-            if (element.tag == Tag::within(0))
-                parts_.certificates = elementsOf(element.content);
-            else if (element.tag == Tag::set)
-                parts_.signers = elementsOf(element.content);
-            else
-                throw BerError("an unknown part of signed data");
-        }
-        if (!hasSigners)
-            throw BerError("signed data that end without a set of signers");
-    }
-
-    void parameter(DWORD type, DWORD index, Answer& answer) override {
-        switch (type) {
-            case CMSG_TYPE_PARAM:
-                return answer.give(CMSG_SIGNED);
-            case CMSG_CONTENT_PARAM:
-                return answer.give(sink_.collected());
-            case hasContentParam:
-                return answer.give(hasContent_);
-            case CMSG_INNER_CONTENT_TYPE_PARAM:
-                return answer.build([&](Flat& flat) { flat.text(parts_.contentType); });
-            case CMSG_SIGNER_COUNT_PARAM:
-                return answer.give(parts_.signers.size());
-            case CMSG_CERT_COUNT_PARAM:
-                return answer.give(parts_.certificates.size());
-            case CMSG_CERT_PARAM:
-                return answer.give(at(parts_.certificates, index));
-            case CMSG_ENCODED_MESSAGE:
-                return answer.give(encoded());
-            default:
-                return signerParameter(type, ReadSigner(at(parts_.signers, index)), answer);
-        }
-    }
-
-    void control(DWORD type, const void* argument) override {
-        if (type == CMSG_CTRL_VERIFY_SIGNATURE_EX)
-            verify(*static_cast<const CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA*>(argument));
-        else if (type == CMSG_CTRL_ADD_SIGNER)
-            addSigner(NewSigner(*static_cast<const CMSG_SIGNER_ENCODE_INFO*>(argument)));
-        else
-            parts_.certificates.push_back(bytesOf(viewOf(*static_cast<const CRYPT_DATA_BLOB*>(argument))));
-    }
-
-private:
-    void signerParameter(DWORD type, const ReadSigner& signer, Answer& answer) {
-        switch (type) {
-            case CMSG_COMPUTED_HASH_PARAM:
-                return answer.give(contentDigest(signer.hash));
-            case CMSG_SIGNER_INFO_PARAM:
-                return answer.give(PKCS7_SIGNER_INFO, signer.named());
-            case CMSG_SIGNER_CERT_INFO_PARAM:
-                return answer.build([&](Flat& flat) {
-                    auto& info = flat.make<CERT_INFO>();
-                    info = signer.identity.certificateInfo(flat);
-                });
-            case CMSG_SIGNER_CERT_ID_PARAM:
-                return answer.build([&](Flat& flat) {
-                    auto& id = flat.make<CERT_ID>();
-                    id = signer.identity.certificateId(flat);
-                });
-            case CMSG_ENCODED_SIGNER:
-                return answer.give(signer.whole);
-            default:
-                fail(CRYPT_E_INVALID_MSG_TYPE);
-        }
-    }
-
-    // The one that was computed as the content came, or of content that is in memory.
-    Bytes contentDigest(ALG_ID number) {
-        if (const auto found = digests_.find(number); found != digests_.end())
-            return found->second.value();
-        return sink_.isStream() ? (fail(CRYPT_E_UNKNOWN_ALGO), Bytes()) : digestOf(number, sink_.collected());
-    }
-
-    void verify(const CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA& how) {
-        const ReadSigner signer(at(parts_.signers, how.dwSignerIndex));
-        if (how.dwSignerType != CMSG_VERIFY_SIGNER_CERT)
-            fail(E_INVALIDARG);
-        signer.verify(static_cast<const CERT_CONTEXT*>(how.pvSigner)->pCertInfo->SubjectPublicKeyInfo,
-                      contentDigest(signer.hash), parts_.contentType);
-    }
-
-    void addSigner(const NewSigner& signer) {
-        const Bytes digest = contentDigest(signer.number);
-        parts_.signers.push_back(signer.signerInfo(digest));
-        parts_.addDigest(signer.hash);
-    }
-
-    Bytes encoded() const {
-        if (sink_.isStream())
-            fail(CRYPT_E_INVALID_MSG_TYPE);
-        Layout layout = parts_.layout();
-        layout.hasContent = hasContent_;
-        return layout.whole(sink_.collected(), parts_.after());
-    }
-
-    SignedParts parts_;
-    std::map<ALG_ID, Digest> digests_;
-};
-
-class EnvelopedBody : public Body {
-public:
-    using Body::Body;
-
-    bool readHead(Cursor& cursor) override {
-        recipients_ = elementsOf(cursor.next().content);
-        cursor.enter(Tag::sequence);
-        cursor.next();  // the content's type
-        algorithm_ = AlgorithmId::read(Reader(cursor.next().content));
-        hasContent_ = cursor.isNext(Tag::context(0)) || cursor.isNext(Tag::within(0));
-        if (hasContent_)
-            cursor.enter();
-        return hasContent_;
-    }
-
-    void readContent(View bytes) override {
-        if (cipher_)
-            sink_.put(cipher_->process(bytes, false));
-        else
-            append(queue_, bytes);
-    }
-
-    void readEnd(Cursor& cursor) override {
-        cursor.leave();
-        isWhole_ = true;
-        if (cipher_)
-            decryptQueue();
-    }
-
-    void parameter(DWORD type, DWORD index, Answer& answer) override {
-        switch (type) {
-            case CMSG_TYPE_PARAM:
-                return answer.give(CMSG_ENVELOPED);
-            case CMSG_CONTENT_PARAM:
-                return answer.give(sink_.collected());
-            case CMSG_ENVELOPE_ALGORITHM_PARAM:
-                return answer.build([&](Flat& flat) {
-                    auto& algorithm = flat.make<CRYPT_ALGORITHM_IDENTIFIER>();
-                    algorithm = {flat.text(algorithm_.oid), flat.blob(algorithm_.parameters)};
-                });
-            case CMSG_CMS_RECIPIENT_COUNT_PARAM:
-                return answer.give(recipients_.size());
-            case CMSG_CMS_RECIPIENT_INFO_PARAM:
-                return answer.build([&](Flat& flat) { tellRecipient(at(recipients_, index), flat); });
-            default:
-                fail(CRYPT_E_INVALID_MSG_TYPE);
-        }
-    }
-
-    void control(DWORD, const void* argument) override {
-        const auto& how = *static_cast<const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA*>(argument);
-        Reader reader = Reader(at(recipients_, how.dwRecipientIndex)).enter(Tag::sequence);
-        reader.next(Tag::integer);
-        reader.next();
-        const AlgorithmId transport = AlgorithmId::read(reader.enter(Tag::sequence));
-        cipher_.emplace(importContentKey(how.hCryptProv, how.dwKeySpec, algorithm_, transport.oid,
-                                         reader.next(Tag::octetString).content),
-                        false);
-        decryptQueue();
-    }
-
-private:
-    // Of other kinds than key transport the kind alone.
-    static void tellRecipient(const Bytes& encoded, Flat& flat) {
-        auto& info = flat.make<CMSG_CMS_RECIPIENT_INFO>();
-        if (encoded[0] == Tag::sequence) {
-            Reader reader = Reader(encoded).enter(Tag::sequence);
-            reader.next(Tag::integer);
-            auto& transport = flat.make<CMSG_KEY_TRANS_RECIPIENT_INFO>();
-            transport.RecipientId = Identity::read(reader.next()).certificateId(flat);
-            info.dwRecipientChoice = CMSG_KEY_TRANS_RECIPIENT;
-            info.pKeyTrans = &transport;
-        } else {
-            info.dwRecipientChoice =
-                encoded[0] == Tag::within(1) ? CMSG_KEY_AGREE_RECIPIENT : CMSG_MAIL_LIST_RECIPIENT;
-            info.pKeyAgree = &flat.make<CMSG_KEY_AGREE_RECIPIENT_INFO>();
-        }
-    }
-
-    void decryptQueue() {
-        sink_.put(cipher_->process(queue_, isWhole_));
-        queue_ = {};
-    }
-
-    bool isWhole_ = false;
-    AlgorithmId algorithm_;
-    std::vector<Bytes> recipients_;
-    Bytes queue_;  // what came before the key
-    std::optional<ContentCipher> cipher_;
-};
+template <class Structure>
+Bytes told(const Structure& structure) {
+    return bytesOf(viewOfStructure(structure));
+}
+Bytes number(std::size_t value) {
+    return told(static_cast<DWORD>(value));
+}
 
 class Decoder : public Message {
 public:
     Decoder(bool isDetached, const CMSG_STREAM_INFO* stream) : Message(stream), isDetached_(isDetached) {}
 
     void update(View bytes, bool isFinal) override {
-        if (phase_ != Phase::whole)
-            return read(bytes, isFinal);
-        if (hasContent_ || !isDetached_)
+        if (isWhole_ && (!isDetached_ || hasContent_))
             fail(CRYPT_E_MSG_ERROR);
-        body_->readContent(bytes);
-    }
-    void parameter(DWORD type, DWORD index, Answer answer) override { body().parameter(type, index, answer); }
-    void control(DWORD type, const void* argument) override { body().control(type, argument); }
-
-private:
-    enum class Phase { head, content, end, whole };
-
-    Body& body() const { return body_ ? *body_ : (fail(CRYPT_E_STREAM_MSG_NOT_READY), *body_); }
-
-    void read(View bytes, bool isFinal) {
+        if (isWhole_)
+            return takeContent(bytes);
         append(pending_, bytes);
-        cursor_.rest = pending_;
+        rest_ = pending_;
         try {
-            if (phase_ == Phase::head)
-                readHead();
-            while (phase_ == Phase::content)
-                readPiece();
-            if (isFinal) {
-                body_->readEnd(cursor_);
-                phase_ = Phase::whole;
-            }
-        } catch (const Truncated&) {
+            if (!isOpen_)
+                readHead(isFinal);
+        } catch (const Asn1Exception&) {
+            // With more of it, it may be one.
             if (isFinal)
                 throw;
+            return;
         }
-        // What is not whole is read again with what comes next.
-        pending_.erase(pending_.begin(), pending_.end() - static_cast<std::ptrdiff_t>(cursor_.rest.size()));
+        while (readPiece(isFinal)) {
+        }
+        if (isFinal)
+            readEnd();
+        pending_.erase(pending_.begin(), pending_.end() - static_cast<std::ptrdiff_t>(rest_.size()));
     }
 
-    void readHead() {
-        Cursor cursor = cursor_;
-        cursor.enter(Tag::sequence);
-        const std::string type = oidText(cursor.next().content);
-        std::unique_ptr<Body> body;
-        if (type == Oid::signedData)
-            body = std::make_unique<SignedBody>(isDetached_, sink_);
-        else if (type == Oid::envelopedData)
-            body = std::make_unique<EnvelopedBody>(isDetached_, sink_);
-        else
+    Bytes parameter(DWORD type, DWORD index) override {
+        if (!isOpen_)
+            fail(CRYPT_E_STREAM_MSG_NOT_READY);
+        if (type == CMSG_TYPE_PARAM)
+            return number(isSigned_ ? CMSG_SIGNED : CMSG_ENVELOPED);
+        if (type == CMSG_CONTENT_PARAM)
+            return collected_;
+        return isSigned_ ? signedParameter(type, index) : envelopedParameter(type, index);
+    }
+
+    void control(DWORD type, const void* argument) override {
+        if (type == CMSG_CTRL_VERIFY_SIGNATURE_EX) {
+            const auto& how = *static_cast<const CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA*>(argument);
+            verify(how.dwSignerIndex, *static_cast<const CERT_CONTEXT*>(how.pvSigner)->pCertInfo);
+        } else if (type == CMSG_CTRL_VERIFY_SIGNATURE) {
+            verifyFirst(*static_cast<const CERT_INFO*>(argument));
+        } else if (type == CMSG_CTRL_ADD_SIGNER) {
+            const auto& signer = *static_cast<const CMSG_SIGNER_ENCODE_INFO*>(argument);
+            parts_.signers.push_back(signerInfo(signer, contentDigest(signer.HashAlgorithm.pszObjId)));
+            parts_.addDigest(signer.HashAlgorithm.pszObjId);
+        } else if (type == CMSG_CTRL_ADD_CERT) {
+            parts_.certificates.push_back(bytesOf(viewOf(*static_cast<const CRYPT_DATA_BLOB*>(argument))));
+        } else {
+            decrypt(*static_cast<const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA*>(argument));
+        }
+    }
+
+private:
+    // An element around the content, or around a piece of it.
+    struct Level {
+        std::uint64_t end;
+        bool isConstructed;
+    };
+
+    // Up to the content.
+    void readHead(bool isFinal) {
+        BerReader outer = Reader(rest_).enterBeginning(Tag::sequence);
+        const std::string type = outer.readOid();
+        isSigned_ = type == Oid::signedData;
+        if (!isSigned_ && type != Oid::envelopedData)
             fail(CRYPT_E_INVALID_MSG_TYPE);
-        cursor.enter(Tag::within(0));
-        cursor.enter(Tag::sequence);
-        cursor.next();  // the version, which says no more than what is there
-        hasContent_ = body->readHead(cursor);
-        phase_ = hasContent_ ? Phase::content : Phase::end;
-        outside_ = cursor.depth() - 1;
-        body_ = std::move(body);
-        cursor_ = std::move(cursor);
-    }
-
-    // One header, one end, or what is there of one piece; strings in pieces may be nested.
-    void readPiece() {
-        if (cursor_.atEnd()) {
-            cursor_.leave();
-            phase_ = cursor_.depth() > outside_ ? Phase::content : Phase::end;
-        } else if (cursor_.rest.empty()) {
-            throw Truncated();
-        } else if (!cursor_.isConstructed()) {
-            body_->readContent(cursor_.takeContent());
-        } else if ((cursor_.enter() & ~Tag::constructed) != Tag::octetString) {
-            throw BerError("an octet string of other things");
+        BerReader fields = outer.enterBeginning(Tag::context(0)).enterBeginning(Tag::sequence);
+        fields.skip();  // the version, which says no more than what is there
+        const BerReader set = fields.enter(Tag::set);
+        BerReader inner = fields.enterBeginning(Tag::sequence);
+        View last = inner.readWhole();
+        const std::string contentType = Reader(last).readOid();
+        if (!isSigned_)
+            last = inner.readWhole();
+        const View behind = rest_.subspan(static_cast<std::size_t>(last.data() + last.size() - rest_.data()));
+        if (behind.size() < largestHeader && !isFinal)
+            throw Asn1Exception("not whole");
+        rest_ = behind;
+        isOpen_ = true;
+        hasContent_ = inner.isNext(Tag::context(0)) || inner.isNext(Tag::contextPrimitive(0));
+        if (hasContent_)
+            enter();
+        if (isSigned_) {
+            parts_.contentType = contentType;
+            for (const Bytes& digest : elementsOf(set))
+                startDigest(Reader(digest).enter(Tag::sequence).readOid());
+        } else {
+            algorithm_ = bytesOf(last);
+            recipients_ = elementsOf(set);
         }
     }
 
-    bool isDetached_, hasContent_ = false;
-    Phase phase_ = Phase::head;
-    std::unique_ptr<Body> body_;
-    Cursor cursor_;
-    std::size_t outside_ = 0;  // depth around the content
+    // Signers with an algorithm that is not known cannot be verified, which is told then.
+    void startDigest(const std::string& hash) {
+        parts_.addDigest(hash);
+        succeeds([&] { digests_.try_emplace(hash, hash); });
+    }
+
+    View take(std::uint64_t size) {
+        if (size > rest_.size())
+            throw Asn1Exception("the message ends too early");
+        const View taken = rest_.first(static_cast<std::size_t>(size));
+        rest_ = rest_.subspan(taken.size());
+        position_ += size;
+        return taken;
+    }
+
+    void enter() {
+        const std::uint8_t tag = take(1)[0];
+        std::uint64_t length = take(1)[0];
+        const bool isIndefinite = length == 0x80;
+        if (length > 0x80) {
+            const View digits = take(length & 0x7F);
+            length = 0;
+            for (const std::uint8_t digit : digits)
+                length = length << 8 | digit;
+        }
+        levels_.push_back({isIndefinite ? untilMarker : position_ + length, (tag & Tag::constructed) != 0});
+    }
+
+    // One header, one end, or what is there of one piece; false where more must come, or the content ended.
+    bool readPiece(bool isFinal) {
+        if (levels_.empty())
+            return false;
+        const Level level = levels_.back();
+        const bool isIndefinite = level.end == untilMarker;
+        if (!level.isConstructed && position_ < level.end) {
+            takeContent(take(std::min<std::uint64_t>(level.end - position_, rest_.size())));
+            return !rest_.empty() || position_ == level.end;
+        }
+        if (isIndefinite && rest_.size() < largestHeader && !isFinal)
+            return false;
+        if (isIndefinite ? !rest_.empty() && rest_[0] == 0 : position_ >= level.end) {
+            take(isIndefinite ? endMarkerSize : 0);
+            levels_.pop_back();
+        } else {
+            if (rest_.size() < largestHeader && !isFinal)
+                return false;
+            enter();
+        }
+        return true;
+    }
+
+    // In a stream nothing stays in memory but the running digests, or what came before the key.
+    void takeContent(View bytes) {
+        for (auto& [hash, digest] : digests_)
+            digest.add(bytes);
+        if (cipher_)
+            put(cipher_->process(bytes, false));
+        else if (!isSigned_)
+            append(queue_, bytes);
+        else if (!isStream() || !isWhole_)
+            put(bytes);
+    }
+
+    void readEnd() {
+        if (!levels_.empty())
+            throw Asn1Exception("the content does not end");
+        while (!rest_.empty() && rest_[0] == 0)
+            take(endMarkerSize);
+        if (isSigned_) {
+            Reader reader(rest_);
+            if (reader.isNext(Tag::context(0)))
+                parts_.certificates = elementsOf(reader.enter(Tag::context(0)));
+            parts_.signers = elementsOf(reader.enter(Tag::set));
+        }
+        rest_ = {};
+        isWhole_ = true;
+        if (cipher_)
+            decryptQueue();
+    }
+
+    Bytes signedParameter(DWORD type, DWORD index) {
+        switch (type) {
+            case CMSG_INNER_CONTENT_TYPE_PARAM:
+                return {parts_.contentType.c_str(),
+                        parts_.contentType.c_str() + parts_.contentType.size() + 1};
+            case CMSG_SIGNER_COUNT_PARAM:
+                return number(parts_.signers.size());
+            case CMSG_CERT_COUNT_PARAM:
+                return number(parts_.certificates.size());
+            case CMSG_CRL_COUNT_PARAM:
+                return number(0);
+            case CMSG_CERT_PARAM:
+                return at(parts_.certificates, index);
+            case CMSG_ENCODED_SIGNER:
+                return at(parts_.signers, index);
+            case CMSG_ENCODED_MESSAGE:
+                return parts_.layout(hasContent_).whole(collected_, parts_.after());
+            default:
+                return signerParameter(type, signer(index));
+        }
+    }
+
+    Bytes signerParameter(DWORD type, const CMSG_CMS_SIGNER_INFO& signer) {
+        switch (type) {
+            case CMSG_COMPUTED_HASH_PARAM:
+                return contentDigest(signer.HashAlgorithm.pszObjId);
+            case CMSG_SIGNER_INFO_PARAM: {
+                const CERT_INFO name = nameOf(signer.SignerId);
+                return told(CMSG_SIGNER_INFO{signer.dwVersion, name.Issuer, name.SerialNumber,
+                                             signer.HashAlgorithm, signer.HashEncryptionAlgorithm,
+                                             signer.EncryptedHash, signer.AuthAttrs, signer.UnauthAttrs});
+            }
+            case CMSG_SIGNER_CERT_INFO_PARAM:
+                return told(nameOf(signer.SignerId));
+            case CMSG_SIGNER_CERT_ID_PARAM:
+                return told(signer.SignerId);
+            default:
+                fail(CRYPT_E_INVALID_MSG_TYPE);
+        }
+    }
+
+    Bytes envelopedParameter(DWORD type, DWORD index) {
+        switch (type) {
+            case CMSG_ENVELOPE_ALGORITHM_PARAM:
+                return algorithm_;  // nobody looks into it
+            case CMSG_CMS_RECIPIENT_COUNT_PARAM:
+                return number(recipients_.size());
+            case CMSG_CMS_RECIPIENT_INFO_PARAM:
+                return told(recipient(at(recipients_, index)));
+            default:
+                fail(CRYPT_E_INVALID_MSG_TYPE);
+        }
+    }
+
+    CRYPT_DATA_BLOB kept(Bytes bytes) {
+        Bytes& place = kept_.emplace_back(std::move(bytes));
+        return {lengthOf(place), place.data()};
+    }
+
+    const CMSG_CMS_SIGNER_INFO& signer(DWORD index) {
+        const Bytes& der = at(parts_.signers, index);
+        Bytes& decoded = signers_[index];
+        if (decoded.empty())
+            decoded = filled([&](BYTE* buffer, DWORD* size) {
+                return ::CryptDecodeObject(encodings, CMS_SIGNER_INFO, der.data(), lengthOf(der), 0, buffer,
+                                           size);
+            });
+        return *reinterpret_cast<const CMSG_CMS_SIGNER_INFO*>(decoded.data());
+    }
+
+    // Issuer and serial number alone; for a key identifier the name that stands for it.
+    CERT_INFO nameOf(const CERT_ID& id) {
+        CERT_INFO info{};
+        if (id.dwIdChoice == CERT_ID_KEY_IDENTIFIER) {
+            const Bytes attribute =
+                tlv(Tag::sequence, oid(Oid::keyIdentifierName), tlv(Tag::octetString, viewOf(id.KeyId)));
+            info.Issuer = kept(tlv(Tag::sequence, tlv(Tag::set, attribute)));
+            info.SerialNumber = kept(Bytes(1));
+        } else {
+            info.Issuer = id.IssuerSerialNumber.Issuer;
+            info.SerialNumber = id.IssuerSerialNumber.SerialNumber;
+        }
+        return info;
+    }
+
+    // The one that was computed as the content came, or of content that is in memory.
+    Bytes contentDigest(const std::string& hash) {
+        if (const auto found = digests_.find(hash); found != digests_.end())
+            return found->second.value();
+        return isStream() ? (fail(CRYPT_E_UNKNOWN_ALGO), Bytes()) : digestOf(hash, collected_);
+    }
+
+    static Bytes digestOf(const std::string& hash, View bytes) {
+        Digest digest(hash);
+        digest.add(bytes);
+        return digest.value();
+    }
+
+    // Fails with CRYPT_E_HASH_VALUE or NTE_BAD_SIGNATURE.
+    void verify(DWORD index, const CERT_INFO& certificate) {
+        const CMSG_CMS_SIGNER_INFO& one = signer(index);
+        const std::string hash = one.HashAlgorithm.pszObjId;
+        const View signature = viewOf(one.EncryptedHash);
+        Bytes digest = contentDigest(hash);
+        const Bytes attributes = asn1::signedAttributes(at(parts_.signers, index));
+        if (!attributes.empty()) {
+            if (!std::ranges::equal(attribute(one, Oid::messageDigest).read(Tag::octetString), digest))
+                fail(CRYPT_E_HASH_VALUE);
+            if (attribute(one, Oid::contentType).readOid() != parts_.contentType)
+                fail(CRYPT_E_UNEXPECTED_MSG_TYPE);
+            digest = digestOf(hash, attributes);
+        }
+        verifyDigest(certificate.SubjectPublicKeyInfo, hash, digest, signature);
+    }
+
+    // The one value.
+    static Reader attribute(const CMSG_CMS_SIGNER_INFO& signer, std::string_view type) {
+        for (const CRYPT_ATTRIBUTE& one : std::span(signer.AuthAttrs.rgAttr, signer.AuthAttrs.cAttr)) {
+            if (type == one.pszObjId && one.cValue == 1)
+                return Reader(viewOf(one.rgValue[0]));
+        }
+        fail(CRYPT_E_AUTH_ATTR_MISSING);
+    }
+
+    // The first signer that may mean that certificate.
+    void verifyFirst(const CERT_INFO& certificate) {
+        for (DWORD index = 0; index < parts_.signers.size(); ++index) {
+            const CERT_ID& id = signer(index).SignerId;
+            const CERT_INFO name = nameOf(id);
+            if (id.dwIdChoice == CERT_ID_KEY_IDENTIFIER ||
+                (std::ranges::equal(viewOf(name.Issuer), viewOf(certificate.Issuer)) &&
+                 std::ranges::equal(viewOf(name.SerialNumber), viewOf(certificate.SerialNumber))))
+                return verify(index, certificate);
+        }
+        fail(CRYPT_E_SIGNER_NOT_FOUND);
+    }
+
+    // Of other kinds than key transport the kind alone.
+    CMSG_CMS_RECIPIENT_INFO recipient(const Bytes& encoded) {
+        CMSG_CMS_RECIPIENT_INFO info{CMSG_MAIL_LIST_RECIPIENT, {}};
+        if (encoded[0] != Tag::sequence)
+            return info;
+        BerReader reader = Reader(encoded).enter(Tag::sequence);
+        reader.skip();
+        CMSG_KEY_TRANS_RECIPIENT_INFO transport{};
+        CERT_ID& id = transport.RecipientId;
+        if (reader.isNext(Tag::sequence)) {
+            BerReader name = reader.enter(Tag::sequence);
+            id.dwIdChoice = CERT_ID_ISSUER_SERIAL_NUMBER;
+            id.IssuerSerialNumber.Issuer = kept(bytesOf(name.readWhole()));
+            id.IssuerSerialNumber.SerialNumber = kept(reversed(name.read(Tag::integer)));
+        } else {
+            id.dwIdChoice = CERT_ID_KEY_IDENTIFIER;
+            id.KeyId = kept(bytesOf(reader.read(Tag::contextPrimitive(0))));
+        }
+        info.dwRecipientChoice = CMSG_KEY_TRANS_RECIPIENT;
+        info.pKeyTrans = reinterpret_cast<CMSG_KEY_TRANS_RECIPIENT_INFO*>(kept(told(transport)).pbData);
+        return info;
+    }
+
+    void decrypt(const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA& how) {
+        BerReader reader = Reader(at(recipients_, how.dwRecipientIndex)).enter(Tag::sequence);
+        reader.skip();
+        reader.skip();
+        reader.skip();  // the algorithm, which the key tells
+        cipher_.emplace(how.hCryptProv, how.dwKeySpec, Reader(Reader(algorithm_).read(Tag::sequence)),
+                        reader.read(Tag::octetString));
+        decryptQueue();
+    }
+    void decryptQueue() { put(cipher_->process(std::exchange(queue_, {}), isWhole_)); }
+
+    bool isDetached_, isOpen_ = false, isSigned_ = false, hasContent_ = false, isWhole_ = false;
     Bytes pending_;
+    View rest_;                   // of it
+    std::uint64_t position_ = 0;  // from the beginning of the content on
+    std::vector<Level> levels_;
+    SignedParts parts_;
+    std::map<std::string, Digest> digests_;
+    std::map<DWORD, Bytes> signers_;  // as the system decodes them
+    std::list<Bytes> kept_;           // what structures point to
+    Bytes algorithm_;
+    std::vector<Bytes> recipients_;
+    Bytes queue_;
+    std::optional<ContentCipher> cipher_;
 };
 
 }  // namespace

@@ -1,29 +1,38 @@
 // Messages that are made: signed, and enveloped.
-#include "signer.h"
+#include "message.h"
 
 #include <map>
+#include <optional>
+#include <span>
 
 namespace Corvane::Platform::Messages {
 namespace {
 
 constexpr std::uint8_t indefinite = 0x80;
+constexpr std::size_t endMarkerSize = 2;
+
+// IssuerAndSerialNumber
+Bytes identity(const CERT_INFO& certificate) {
+    return tlv(Tag::sequence, viewOf(certificate.Issuer),
+               tlv(Tag::integer, reversed(viewOf(certificate.SerialNumber))));
+}
 
 class Encoder : public Message {
 public:
     using Message::Message;
 
     // Of a message that is no stream.
-    void parameter(DWORD, DWORD, Answer answer) override { answer.give(sink_.collected()); }
+    Bytes parameter(DWORD, DWORD) override { return collected_; }
 
     void update(View bytes, bool isFinal) override {
         const Bytes output = process(bytes, isFinal);
-        if (!sink_.isStream())
-            return sink_.put(layout_.whole(output, end()));
+        if (!isStream())
+            return put(layout_.whole(output, end()));
         if (!std::exchange(isBegun_, true))
-            sink_.put(layout_.start());
-        sink_.put(layout_.piece(output));
+            put(layout_.start());
+        put(layout_.piece(output));
         if (isFinal)
-            sink_.put(layout_.end(end()));
+            put(layout_.end(end()));
     }
 
 protected:
@@ -40,82 +49,76 @@ private:
 class SignedEncoder : public Encoder {
 public:
     SignedEncoder(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream)
-        : Encoder(stream) {
-        for (DWORD i = 0; i < info.cCertEncoded; ++i)
-            parts_.certificates.push_back(bytesOf(viewOf(info.rgCertEncoded[i])));
-        for (DWORD i = 0; i < info.cSigners; ++i) {
-            const NewSigner& signer = signers_.emplace_back(info.rgSigners[i]);
-            parts_.addDigest(signer.hash);
-            digests_.try_emplace(signer.number, signer.number, signer.provider);
+        : Encoder(stream), signers_(info.rgSigners, info.rgSigners + info.cSigners) {
+        for (const CRYPT_DATA_BLOB& certificate : std::span(info.rgCertEncoded, info.cCertEncoded))
+            parts_.certificates.push_back(bytesOf(viewOf(certificate)));
+        for (const CMSG_SIGNER_ENCODE_INFO& signer : signers_) {
+            parts_.addDigest(signer.HashAlgorithm.pszObjId);
+            digests_.try_emplace(signer.HashAlgorithm.pszObjId, signer.HashAlgorithm.pszObjId);
         }
-        layout_ = parts_.layout();
-        layout_.hasContent = !(flags & CMSG_DETACHED_FLAG);
+        layout_ = parts_.layout(!(flags & CMSG_DETACHED_FLAG));
     }
 
 private:
     Bytes process(View bytes, bool) override {
-        for (auto& [number, digest] : digests_)
+        for (auto& [hash, digest] : digests_)
             digest.add(bytes);
         return bytesOf(bytes);
     }
     Bytes end() override {
-        for (const NewSigner& signer : signers_)
-            parts_.signers.push_back(signer.signerInfo(digests_.at(signer.number).value()));
+        for (const CMSG_SIGNER_ENCODE_INFO& signer : signers_)
+            parts_.signers.push_back(signerInfo(signer, digests_.at(signer.HashAlgorithm.pszObjId).value()));
         return parts_.after();
     }
 
     SignedParts parts_;
-    std::list<NewSigner> signers_;
-    std::map<ALG_ID, Digest> digests_;
+    std::vector<CMSG_SIGNER_ENCODE_INFO> signers_;
+    std::map<std::string, Digest> digests_;
 };
 
 class EnvelopedEncoder : public Encoder {
 public:
     EnvelopedEncoder(const CMSG_ENVELOPED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream)
-        : Encoder(stream) {
-        AlgorithmId algorithm = AlgorithmId::of(info.ContentEncryptionAlgorithm);
-        CryptKey key = makeContentKey(info.hCryptProv, algorithm);
+        : Encoder(stream), cipher_(info.hCryptProv, info.ContentEncryptionAlgorithm.pszObjId) {
         Bytes recipients;
-        for (DWORD i = 0; i < info.cRecipients; ++i) {
-            const CERT_INFO& one = *info.rgpRecipients[i];
-            const CERT_PUBLIC_KEY_INFO& publicKey = one.SubjectPublicKeyInfo;
-            append(recipients,
-                   tlv(Tag::sequence, integer(0), Identity::of(one).der(),
-                       AlgorithmId::of(publicKey.Algorithm).der(),
-                       tlv(Tag::octetString, exportContentKey(info.hCryptProv, key.get(), publicKey))));
+        for (const CERT_INFO* one : std::span(info.rgpRecipients, info.cRecipients)) {
+            const CERT_PUBLIC_KEY_INFO& key = one->SubjectPublicKeyInfo;
+            const CRYPT_DATA_BLOB& parameters = key.Algorithm.Parameters;
+            append(recipients, tlv(Tag::sequence, integer(0), identity(*one),
+                                   algorithm(key.Algorithm.pszObjId, bytesOf(viewOf(parameters))),
+                                   tlv(Tag::octetString, cipher_.keyFor(info.hCryptProv, key))));
         }
         layout_ = {oid(Oid::envelopedData), integer(0), oid(Oid::data), true};
         append(layout_.head, tlv(Tag::set, recipients));
-        append(layout_.innerHead, algorithm.der());
-        cipher_.emplace(std::move(key), true);
+        append(layout_.innerHead, cipher_.identifier());
     }
 
 private:
-    Bytes process(View bytes, bool isFinal) override { return cipher_->process(bytes, isFinal); }
+    Bytes process(View bytes, bool isFinal) override { return cipher_.process(bytes, isFinal); }
     Bytes end() override { return {}; }
 
-    std::optional<ContentCipher> cipher_;
+    ContentCipher cipher_;
 };
 
 }  // namespace
 
 Bytes Layout::whole(View content, View after) const {
     const Bytes string = !hasContent  ? Bytes()
-                         : isImplicit ? tlv(Tag::context(0), content)
-                                      : tlv(Tag::within(0), tlv(Tag::octetString, content));
+                         : isImplicit ? tlv(Tag::contextPrimitive(0), content)
+                                      : tlv(Tag::context(0), tlv(Tag::octetString, content));
     const Bytes body = tlv(Tag::sequence, head, tlv(Tag::sequence, innerHead, string), after);
-    return tlv(Tag::sequence, type, tlv(Tag::within(0), body));
+    return tlv(Tag::sequence, type, tlv(Tag::context(0), body));
 }
 
 Bytes Layout::start() const {
     Bytes start{Tag::sequence, indefinite};
     append(start, type);
-    append(start, Bytes{Tag::within(0), indefinite, Tag::sequence, indefinite});
+    append(start, Bytes{Tag::context(0), indefinite, Tag::sequence, indefinite});
     append(start, head);
     append(start, Bytes{Tag::sequence, indefinite});
     append(start, innerHead);
     if (hasContent)
-        append(start, Bytes{Tag::within(0), indefinite});
+        append(start, Bytes{Tag::context(0), indefinite});
     if (hasContent && !isImplicit)
         append(start, Bytes{Tag::octetString | Tag::constructed, indefinite});
     return start;
@@ -131,6 +134,39 @@ Bytes Layout::end(View after) const {
     append(rest, after);
     rest.resize(rest.size() + 3 * endMarkerSize);
     return rest;
+}
+
+void SignedParts::addDigest(const std::string& hash) {
+    if (std::ranges::find(digests, hash) == digests.end())
+        digests.push_back(hash);
+}
+
+Layout SignedParts::layout(bool hasContent) const {
+    Bytes algorithms;
+    for (const std::string& digest : digests)
+        append(algorithms, algorithm(digest));
+    Bytes head = integer(contentType != Oid::data ? 3 : 1);
+    append(head, tlv(Tag::set, algorithms));
+    return {oid(Oid::signedData), head, oid(contentType), false, hasContent};
+}
+
+Bytes SignedParts::after() const {
+    Bytes all[2];
+    for (const Bytes& certificate : certificates)
+        append(all[0], certificate);
+    for (const Bytes& signer : signers)
+        append(all[1], signer);
+    Bytes rest = all[0].empty() ? Bytes() : tlv(Tag::context(0), all[0]);
+    return append(rest, tlv(Tag::set, all[1]));
+}
+
+Bytes signerInfo(const CMSG_SIGNER_ENCODE_INFO& signer, const Bytes& digest) {
+    const std::string hash = signer.HashAlgorithm.pszObjId;
+    const Bytes signature =
+        signDigest(signer.hCryptProv, signer.dwKeySpec ? signer.dwKeySpec : AT_SIGNATURE, hash, digest);
+    return tlv(Tag::sequence, integer(1), identity(*signer.pCertInfo), algorithm(hash),
+               algorithm(signer.pCertInfo->SubjectPublicKeyInfo.Algorithm.pszObjId),
+               tlv(Tag::octetString, signature));
 }
 
 OwnedMessage encodeSigned(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream) {

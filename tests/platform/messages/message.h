@@ -1,109 +1,36 @@
-// What a handle of CryptMsgOpenToEncode or CryptMsgOpenToDecode stands for, and where its answers go.
+// What a handle of CryptMsgOpenToEncode or CryptMsgOpenToDecode stands for.
 #pragma once
 
 #include "crypto.h"
 
-#include <algorithm>
-#include <list>
 #include <memory>
+#include <vector>
 
 namespace Corvane::Platform::Messages {
 
 namespace Oid {
 constexpr char data[] = "1.2.840.113549.1.7.1", signedData[] = "1.2.840.113549.1.7.2",
                envelopedData[] = "1.2.840.113549.1.7.3", contentType[] = "1.2.840.113549.1.9.3",
-               messageDigest[] = "1.2.840.113549.1.9.4", rsa[] = "1.2.840.113549.1.1.1",
-               keyIdentifierName[] = "1.3.6.1.4.1.311.10.7.1";
+               messageDigest[] = "1.2.840.113549.1.9.4", keyIdentifierName[] = "1.3.6.1.4.1.311.10.7.1";
 }  // namespace Oid
 
-// A parameter of our own: whether a signed message has content in it, as a DWORD.
-constexpr DWORD hasContentParam = 0x7F000001;
-
-template <class Body>
-bool succeeds(Body&& body) noexcept {
-    return succeedsWith<CRYPT_E_ASN1_EOD, CRYPT_E_ASN1_BADTAG, E_UNEXPECTED>(body);
-}
-
-// A structure in the caller's buffer, with all that it points to behind it. Without a buffer only its size is
-// found, and what is written is forgotten.
-class Flat {
+class Message {
 public:
-    explicit Flat(void* buffer) : buffer_(static_cast<BYTE*>(buffer)) {}
+    explicit Message(const CMSG_STREAM_INFO* stream) : stream_(stream ? *stream : CMSG_STREAM_INFO{}) {}
+    Message(const Message&) = delete;
+    Message& operator=(const Message&) = delete;
+    virtual ~Message() = default;
 
-    std::size_t size() const { return used_; }
+    virtual void update(View bytes, bool isFinal) = 0;
+    // A structure points into the message.
+    virtual Bytes parameter(DWORD type, DWORD index) = 0;
+    virtual void control(DWORD, const void*) {}
 
-    BYTE* copy(View bytes) {
-        constexpr std::size_t alignment = sizeof(ULONGLONG);
-        BYTE* const place = buffer_ ? buffer_ + used_
-                                    : forgotten_.emplace_back(std::max<std::size_t>(bytes.size(), 1)).data();
-        used_ += (bytes.size() + alignment - 1) / alignment * alignment;
-        std::ranges::copy(bytes, place);
-        return place;
-    }
-    template <class Structure>
-    Structure& make() {
-        return *reinterpret_cast<Structure*>(copy(Bytes(sizeof(Structure))));
-    }
-    CRYPT_DATA_BLOB blob(View bytes) { return {lengthOf(bytes), copy(bytes)}; }
-    LPSTR text(const std::string& text) {
-        return reinterpret_cast<LPSTR>(copy({reinterpret_cast<const BYTE*>(text.c_str()), text.size() + 1}));
-    }
+    int references = 1;
 
-private:
-    BYTE* buffer_;
-    std::size_t used_ = 0;
-    std::list<Bytes> forgotten_;
-};
-
-// The buffer and size that a caller passed: a size first, then what it asks for.
-class Answer {
-public:
-    Answer(void* buffer, DWORD* size) : buffer_(buffer), size_(size) {}
-
-    void give(View bytes) {
-        if (fits(bytes.size()))
-            std::ranges::copy(bytes, static_cast<BYTE*>(buffer_));
-    }
-    void give(std::size_t number) { give(viewOfStructure(static_cast<DWORD>(number))); }
-
-    // What the system decodes the DER to.
-    void give(LPCSTR structure, View der) {
-        must(::CryptDecodeObject(encodings, structure, der.data(), lengthOf(der), 0, buffer_, size_));
-    }
-
-    // `fill` puts the structure itself first.
-    template <class Fill>
-    void build(Fill&& fill) {
-        Flat measured(nullptr);
-        fill(measured);
-        Flat written(buffer_);
-        if (fits(measured.size()))
-            fill(written);
-    }
-
-private:
-    // Tells the size; false when that is all that is wanted.
-    bool fits(std::size_t needed) {
-        const DWORD room = *size_;
-        *size_ = static_cast<DWORD>(needed);
-        if (buffer_ && room < needed)
-            fail(ERROR_MORE_DATA);
-        return buffer_ != nullptr;
-    }
-
-    void* buffer_;
-    DWORD* size_;
-};
-
-// Where a message's output goes: to the caller's function as it comes, or into memory.
-class Sink {
-public:
-    explicit Sink(const CMSG_STREAM_INFO* stream) : stream_(stream ? *stream : CMSG_STREAM_INFO{}) {}
-
+protected:
     bool isStream() const { return stream_.pfnStreamOutput != nullptr; }
-    const Bytes& collected() const { return collected_; }
-
-    // Fails with the code that the caller's function leaves when it refuses.
+    // To the caller's function, or into memory. Fails with the code that the function leaves when it refuses.
     void put(View bytes) {
         if (!isStream())
             append(collected_, bytes);
@@ -112,24 +39,10 @@ public:
                                          FALSE));
     }
 
+    Bytes collected_;
+
 private:
     CMSG_STREAM_INFO stream_;
-    Bytes collected_;
-};
-
-class Message {
-public:
-    explicit Message(const CMSG_STREAM_INFO* stream) : sink_(stream) {}
-    Message(const Message&) = delete;
-    Message& operator=(const Message&) = delete;
-    virtual ~Message() = default;
-
-    virtual void update(View bytes, bool isFinal) = 0;
-    virtual void parameter(DWORD type, DWORD index, Answer answer) = 0;
-    virtual void control(DWORD, const void*) {}
-
-protected:
-    Sink sink_;
 };
 
 using OwnedMessage = std::unique_ptr<Message>;
@@ -152,5 +65,19 @@ struct Layout {
     Bytes piece(View content) const;
     Bytes end(View after) const;
 };
+
+// SignedData (RFC 5652, 5.1), apart from its content.
+struct SignedParts {
+    std::vector<std::string> digests;
+    std::string contentType = Oid::data;
+    std::vector<Bytes> certificates, signers;
+
+    void addDigest(const std::string& hash);
+    Layout layout(bool hasContent) const;
+    // What follows the content.
+    Bytes after() const;
+};
+// SignerInfo, without attributes, for content of that digest.
+Bytes signerInfo(const CMSG_SIGNER_ENCODE_INFO& signer, const Bytes& digest);
 
 }  // namespace Corvane::Platform::Messages

@@ -2,21 +2,17 @@
 var service = create("BinaryObjectService");
 var abc = binaryOf("abc");
 var crc = 0x352441C2; // of "abc"
-var md5 = service.GetMd5(abc).ToHexString();
-var sha = service.GetSHA256(abc).ToHexString();
 values([
-    ["later('service.GetCrc32Async(abc, 0, done)')", crc],
     ["later('service.GetCrc32Async(hex(\"63\"), service.GetCrc32(hex(\"6162\")), done)')", crc],
     ["later('service.GetCrc32StreamAsync(streamOf(abc), done)')", crc],
-    ["later('service.GetMd5Async(abc, done)').ToHexString()", md5],
-    ["later('service.GetMd5StreamAsync(streamOf(abc), done)').ToHexString()", md5],
-    ["later('service.GetSHA256Async(abc, done)').ToHexString()", sha],
-    ["later('service.GetSHA256StreamAsync(streamOf(abc), done, undefined)').ToHexString()", sha]
+    ["later('service.GetMd5Async(abc, done)').Equals(service.GetMd5(abc))", true],
+    ["later('service.GetMd5StreamAsync(streamOf(abc), done)').Equals(service.GetMd5(abc))", true],
+    ["later('service.GetSHA256Async(abc, done)').Equals(service.GetSHA256(abc))", true],
+    ["later('service.GetSHA256StreamAsync(streamOf(abc), done, undefined)').Equals(service.GetSHA256(abc))", true]
 ]);
 
 // A token follows the operation, and one that is canceled stops it, at the end of the stream too.
 var token = create("OperationToken");
-equal(token.Progress, 0);
 later("service.GetCrc32StreamAsync(streamOf(abc), done, token)");
 equal(token.Progress + " " + token.IsCanceled, "1 false");
 token.SetCanceled();
@@ -39,11 +35,9 @@ values([
     ["stream.Position", 1],
     ["textOf(later('stream.ReadAsync(1, done)'))", "b"],
     ["textOf(later('stream.SeekAndReadAsync(0, 2, done)'))", "ab"],
-    ["stream.Write(abc, 2, 1)", undefined],
-    ["later('stream.WriteAsync(abc, 1, 1, done)')", undefined],
+    ["stream.Write(abc, 2, 1), later('stream.WriteAsync(abc, 1, 1, done)')", undefined],
     ["later('stream.SeekAndWriteAsync(3, abc, 1, 9, done)')", undefined],
     ["textOf(contentOf(stream))", "abcbc"],
-    ["stream.Read(10).Size", 0],
     ["later('stream.SeekAndReadAsync(6, 1, done)')", "[23] Смещение превышает размер данных"],
     ["stream.Resize(2), stream.Position", 2]
 ]);
@@ -51,13 +45,9 @@ values([
 // Seeking from the beginning, the position, the end, and what is none of them, stays inside.
 stream = service.CreateStream();
 stream.Resize(100);
-var bases = [0, 40, 100, 0, 0];
+var bases = [0, 40, 100, 0];
 for (var origin = 0; origin < bases.length; ++origin) {
-    var inside = [0, 7, 40, 100];
-    for (var i = 0; i < inside.length; ++i) {
-        stream.Seek(40);
-        equal(stream.Seek(inside[i] - bases[origin], origin), inside[i], "from " + origin);
-    }
+    values([["stream.Seek(40), stream.Seek(100 - bases[origin], origin)", 100], ["stream.Seek(40), stream.Seek(-bases[origin], origin)", 0]]);
     stream.Seek(40);
     refusals([["stream.Seek(-1 - bases[origin], origin)", "[23]"], ["stream.Seek(101 - bases[origin], origin)", "[23]"]]);
     equal(stream.Position, 40, "a refused move leaves the position");
@@ -66,7 +56,6 @@ stream.Close();
 stream.Close();
 refusals([
     ["stream.Read(1)", "[14] Ошибка при чтении файла (поток закрыт)"],
-    ["stream.Size", "[15] "],
     ["stream.Position", "[15] "],
     ["stream.Seek(0)", "[26] "],
     ["stream.Write(abc, 0, 1)", "[17] "],

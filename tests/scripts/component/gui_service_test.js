@@ -1,15 +1,21 @@
-// What never gets as far as a dialog: what can be asked. A script's habits: an object becomes the text "[object Object]".
+// What never gets as far as a dialog. A script's habits: an object becomes the text "[object Object]".
 var gui = new ActiveXObject("VetrelCorvane2.GuiService");
-var options = [{ title: "Файл" }, 5, true, "{title: 'Файл'}", "[]", "{\"filterIndex\": \"1\"}"];
 var methods = ["ShowOpenDialog(", "ShowMultipleOpenDialog(", "SelectFolderDialog(", "ShowSaveDialog('имя.txt', "];
-for (var i = 0; i < options.length; ++i) {
-    for (var m = 0; m < methods.length; ++m) {
+var options = [{ title: "Файл" }, 5, true, "{title: 'Файл'}", "[]", "\"text\"", "\uFEFF{}", "{\"title\": []}", "{\"filter\": {}}",
+    "{\"filterIndex\": \"1\"}", "{\"filterIndex\": 2147483648}", "{\"initialDir\": \"C:\\dir\"}", new Array(1000001).join("[")];
+var filters = ["Все файлы", "Все файлы|*.*", "|", "a|b|c|", "a|b|c"];
+for (var m = 0; m < methods.length; ++m) {
+    for (var i = 0; i < options.length; ++i) {
         refusals([["gui." + methods[m] + "options[i])", "[202] Ошибка параметров диалога ("]]);
+    }
+    for (i = 0; i < filters.length; ++i) {
+        refusals([["gui." + methods[m] + "JSON.stringify({ filter: filters[i] }))", "[201] Неверный формат фильтра диалога"]]);
     }
 }
 refusals([
     ["gui.ShowOpenDialog('{')", "[202] Ошибка параметров диалога (* Line 1, Column 2\n  Missing '}' or object member name\n)"],
-    ["gui.ShowOpenDialog('{\"filter\": \"Документы|*.doc\"}')", "[201] Неверный формат фильтра диалога"],
+    ["gui.ShowOpenDialog('{\"title\": []}')", "[202] Ошибка параметров диалога (Type is not convertible to string)"],
+    ["gui.ShowOpenDialog('{\"filter\": \"a\\\\u0000b|*.*|\"}')", "[201] "], // three parts
     ["gui.ShowOpenDialog(null)", mismatch],
     ["gui.ShowSaveDialog(new Array(261).join('n'), '')", "0x800405e8", "File name greater then MAX_PATH"]
 ]);

@@ -8,22 +8,16 @@ var text = binaryOf("some text");
 // Bytes: what other programs make comes out, and our own does.
 table("compression");
 
-// Streams.
-var packed = files.CreateStream(), restored = files.CreateStream();
-equal(later("service.GZipStreamAsync(streamOf(text), packed, done)"), undefined);
-equal(packed.Position, packed.Size);
-packed.Seek(0);
-equal(later("service.GUnzipStreamAsync(packed, restored, done)"), undefined);
-equal(textOf(contentOf(restored)), "some text");
-
-packed = files.CreateStream();
-restored = files.CreateStream();
-var token = create("OperationToken");
-equal(later("service.PKZipStreamAsync(streamOf(text), packed, done)"), undefined);
-equal(later("service.PKUnzipNStreamAsync(packed, restored, done, 1, token)"), undefined);
-equal(token.Progress, 1);
-equal(textOf(contentOf(restored)), "some text");
-equal(later("service.PKUnzipNStreamAsync(packed, restored, done, 2)").substr(0, 6), "[104] ");
+// Streams; the output ends where it was written to.
+var packed = files.CreateStream(), restored = files.CreateStream(), token = create("OperationToken");
+values([
+    ["later('service.PKZipStreamAsync(streamOf(text), packed, done)')", undefined],
+    ["packed.Position === packed.Size", true],
+    ["later('service.PKUnzipNStreamAsync(packed, restored, done, 1, token)')", undefined],
+    ["token.Progress", 1],
+    ["textOf(contentOf(restored))", "some text"],
+    ["later('service.PKUnzipNStreamAsync(packed, restored, done, 2)').substr(0, 6)", "[104] "]
+]);
 
 // Output to which can only be written.
 var disk = create("FileSystemService");
@@ -33,10 +27,3 @@ equal(later("service.PKZipStreamAsync(streamOf(text), file, done)"), undefined);
 file.Close();
 equal(textOf(service.PKUnzip(files.BinaryObjectFromFile(path))), "some text");
 disk.Delete(path);
-
-// A token that is canceled before the work begins, and one stream for both sides.
-token.SetCanceled();
-packed = streamOf(text);
-equal(later("service.GZipStreamAsync(streamOf(text), packed, done, token)"), "[35] Операция отменена");
-equal(later("service.GZipStreamAsync(packed, packed, done)").substr(0, 6), "[105] ");
-equal(packed.Size, 9, "nothing was written");
