@@ -59,7 +59,7 @@ int main() {
     const TokenFolder folder;
     printLimit("four missing drivers", microsecondsOf([] { Corvane::detail::getTokens(); }), 50'000);
     folder.addDriver("isbc_pkcs11_main", L"ISBC 0");
-    const auto file = folder.path() / "isbc_pkcs11_main.dll";
+    const auto file = folder.path / "isbc_pkcs11_main.dll";
     bench::printTimes("one driver with one token", microsecondsOf([] { Corvane::detail::getTokens(); }),
                       "the bare calls", microsecondsOf([&] { bareCalls(file); }), 1.2);
     printLimit("a request without its token", microsecondsOf(request), 1'000);
