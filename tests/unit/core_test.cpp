@@ -14,6 +14,7 @@
 
 #include <gmock/gmock.h>
 
+#include <optional>
 #include <regex>
 #include <thread>
 
@@ -154,7 +155,21 @@ TEST(Secret, IsWipedWhenItIsLetGoOf) {
 }
 
 class TrustedSites : public testing::Test {
-    const ScratchRegistry registry_;
+protected:
+    // What an earlier test opened of the real lists would be taken for unchanged for some seconds.
+    TrustedSites() {
+        for (HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+            RegistryKey key;
+            if (::RegOpenKeyExW(hive, trustedSitesKey, 0, KEY_WRITE, key.put()) == ERROR_SUCCESS) {
+                ::RegSetValueExW(key.get(), L"touched", 0, REG_SZ, nullptr, 0);
+                ::RegDeleteValueW(key.get(), L"touched");
+            }
+        }
+        registry_.emplace();
+    }
+
+private:
+    std::optional<ScratchRegistry> registry_;
 };
 
 void addSite(HKEY hive, const std::wstring& name) {
