@@ -69,26 +69,25 @@ inline std::vector<std::vector<std::string>> readTable(const std::string& name, 
     return rows;
 }
 
-// The code of the component's exception that `work` throws; 0 when it throws none.
-template <class Work>
-std::uint32_t errorCode(Work&& work) {
+// What `tell` says of the component's exception that `work` throws; nothing when it throws none.
+template <class Work, class Tell>
+auto ofException(Work&& work, Tell&& tell) {
     try {
         work();
     } catch (const Exception& exception) {
-        return exception.code();
+        return tell(exception);
     }
-    return 0;
+    return decltype(tell(std::declval<const Exception&>()))();
 }
 
-// And its name, or nothing.
+template <class Work>
+std::uint32_t errorCode(Work&& work) {
+    return ofException(work, [](const Exception& exception) { return std::uint32_t{exception.code()}; });
+}
+
 template <class Work>
 std::string errorName(Work&& work) {
-    try {
-        work();
-    } catch (const Exception& exception) {
-        return exception.what();
-    }
-    return {};
+    return ofException(work, [](const Exception& exception) { return std::string(exception.what()); });
 }
 
 #ifdef _WIN32
