@@ -1,7 +1,6 @@
 #include "asn1/decoders/signed_data.h"
 #include "asn1/decoders/x509_extensions.h"
 #include "asn1/encoders/der_writer.h"
-#include "asn1/encoders/object_identifier.h"
 #include "asn1/pkix/certification_request.h"
 #include "asn1/pkix/extensions.h"
 #include "asn1/pkix/name.h"
@@ -59,35 +58,6 @@ TEST(BerReader, FollowsX690) {
             }
         }
     }
-}
-
-// As few octets as can be (X.690 8.3 and 10.1), no bits that are not used (11.2), sets in order (11.6).
-TEST(DerWriter, FollowsX690) {
-    const std::pair<DerWriter, const char*> rows[] = {
-        {DerWriter().integer(127), "02017F"},
-        {DerWriter().integer(128), "02020080"},
-        {DerWriter().integer(-128), "020180"},
-        {DerWriter().integer(-129), "0202FF7F"},
-        {DerWriter().integer(INT64_MIN), "02088000000000000000"},
-        {DerWriter().unsignedInteger({}), "020100"},
-        {DerWriter().unsignedInteger(hexToBin("000080")), "02020080"},
-        {DerWriter().namedBits(1 << 8), "0303070080"},
-        {DerWriter().bitString(hexToBin("FF"), 3), "030203F8"},
-        {DerWriter().setOf({hexToBin("020102"), hexToBin("0500"), hexToBin("020101")}),
-         "31080201010201020500"},
-    };
-    for (const auto& [written, hex] : rows)
-        EXPECT_EQ(hexOf(written.bytes()), hex);
-    for (const auto& [size, header] :
-         {std::pair{127u, "047F"}, {128u, "048180"}, {256u, "04820100"}, {65536u, "0483010000"}})
-        EXPECT_TRUE(hexOf(DerWriter().octetString(Bytes(size)).bytes()).starts_with(header)) << size;
-    std::string arcs = "1.2";
-    for (int i = 0; i < 128; ++i)
-        arcs += ".1";
-    EXPECT_FALSE(isOid(arcs)) << "129 octets";
-    EXPECT_FALSE(isOid("2." + std::string(100000, '9')));
-    EXPECT_THROW(DerWriter().bitString({}, 1), Asn1Exception);
-    EXPECT_THROW(DerWriter().bitString(hexToBin("FF"), 8), Asn1Exception);
 }
 
 // What is accepted is written again without a difference; it is refused when it is cut anywhere, as is what

@@ -16,7 +16,9 @@
 #include <atomic>
 #include <cstdlib>
 #include <functional>
+#include <optional>
 #include <thread>
+#include <utility>
 
 using namespace Corvane;
 using namespace Corvane::Com;
@@ -87,35 +89,34 @@ bool isIdleWithoutTheWindow() {
     return Module::isIdle();
 }
 
+// COM is entered and left for each callback; the thread itself stays in its apartment, and leaves it when it
+// says so.
 TEST(Async, WhateverIsThrownReachesTheCallbackOnItsThreadOnce) {
-    const Apartment apartment;
-    const struct {
-        std::function<std::uint32_t()> work;
-        const wchar_t* error;
-    } rows[] = {
-        {[]() -> std::uint32_t { throw std::runtime_error("broken"); }, L"broken"},
-        {[]() -> std::uint32_t { throw 1; }, L"Неизвестная ошибка ActiveX"},
-    };
-    for (const auto& row : rows) {
-        const auto callback = makeObject<Callback>();
-        start(callback.get(), Operation{L"work", row.work});
-        EXPECT_TRUE(callback->isHeld()) << "the operation keeps the callback";
-        EXPECT_TRUE(callback->isCalled(1));
-        EXPECT_EQ(callback->error, row.error);
-    }
-    EXPECT_EQ(frame(CLSID_NULL, L"CTest::Method",
-                    [] {
-                        start(nullptr, Operation{L"work", [] { return 1u; }});
-                    }),
-              E_POINTER)
-        << "a callback that is none";
-    const HWND window = ::FindWindowExW(HWND_MESSAGE, nullptr, L"Corvane2.9.9.41WindowClass", nullptr);
-    wchar_t name[64] = L"";
-    ::GetWindowTextW(window, name, 64);
-    EXPECT_TRUE(std::wstring_view(name).starts_with(L"Corvane2.9.9.41WindowName"))
-        << "the window's class or name";
-    EXPECT_FALSE(Module::isIdle()) << "the thread's window";
-    EXPECT_TRUE(isIdleWithoutTheWindow());
+    std::thread([] {
+        std::optional<Apartment> apartment(std::in_place);
+        const std::pair<std::function<std::uint32_t()>, const wchar_t*> rows[] = {
+            {[]() -> std::uint32_t { throw std::runtime_error("broken"); }, L"broken"},
+            {[]() -> std::uint32_t { throw 1; }, L"Неизвестная ошибка ActiveX"},
+        };
+        for (const auto& [work, error] : rows) {
+            const auto callback = makeObject<Callback>();
+            start(callback.get(), Operation{L"work", work});
+            EXPECT_TRUE(callback->isHeld()) << "the operation keeps the callback";
+            EXPECT_TRUE(callback->isCalled(1));
+            EXPECT_EQ(callback->error, error);
+        }
+        EXPECT_THROW(start(nullptr, Operation{L"work", [] { return 1u; }}), ComException);
+        EXPECT_TRUE(isApartmentThreaded());
+        const HWND window = ::FindWindowExW(HWND_MESSAGE, nullptr, L"Corvane2.9.9.41WindowClass", nullptr);
+        wchar_t name[64] = L"";
+        ::GetWindowTextW(window, name, 64);
+        EXPECT_TRUE(std::wstring_view(name).starts_with(L"Corvane2.9.9.41WindowName"))
+            << "the window's class or name";
+        EXPECT_FALSE(Module::isIdle()) << "the thread's window";
+        EXPECT_TRUE(isIdleWithoutTheWindow());
+        apartment.reset();
+        EXPECT_FALSE(isApartmentThreaded());
+    }).join();
 }
 
 TEST(Async, NoOutcomeIsLostWhereTheQueueHasNoRoom) {
@@ -146,22 +147,6 @@ TEST(Async, NothingIsLeftOfAThreadThatEndedBeforeTheOutcome) {
     finish = true;
     EXPECT_TRUE(soon(isIdleWithoutTheWindow));
     EXPECT_EQ(callback->calls, 0);
-}
-
-// COM is entered and left for each callback; the thread itself stays in its apartment, and leaves it when it
-// says so.
-TEST(Async, TheThreadsApartmentIsItsOwn) {
-    std::thread([] {
-        const auto callback = makeObject<Callback>();
-        {
-            const Apartment apartment;
-            start(callback.get(), Operation{L"work", [] { return 1u; }});
-            EXPECT_TRUE(callback->isCalled(1));
-            EXPECT_TRUE(isApartmentThreaded());
-            ThreadWindow::releaseIdle();
-        }
-        EXPECT_FALSE(isApartmentThreaded());
-    }).join();
 }
 
 // Dates are tested in zones east and west of Greenwich, whose distance CORVANE_ZONE_MINUTES tells.

@@ -80,28 +80,21 @@ TEST(Compression, RestoresAnySizeInMemoryAndFromStreams) {
     }
 }
 
-TEST(Compression, ReadsWhatOtherProgramsPacked) {
-    for (const auto& row : readTable("zip/contents.txt", 3)) {
-        std::string content = row[2];
-        std::ranges::replace(content, '$', '\n');
-        EXPECT_EQ(unpacked(formatOf(row[0]), readTestData("zip/" + row[0]), row[1]), bytesOf(content))
-            << row[0];
-    }
-}
-
-TEST(Compression, RefusesBrokenInputAndLeavesTheOutput) {
+TEST(Compression, ReadsWhatIsWholeAndElseLeavesTheOutput) {
     const auto placeOf = [](const std::string& place, std::size_t size) {
         const int number = std::stoi(place);
         return static_cast<std::size_t>(number) + (number < 0 ? size : 0);
     };
-    for (const auto& row : readTable("zip/broken.txt", 6)) {
+    for (const auto& row : readTable("zip/outcomes.txt", 6)) {
         Bytes input = readTestData("zip/" + row[1]);
         if (!row[2].empty())
             input.resize(placeOf(row[2], input.size()));
         std::istringstream places(row[3]);
         for (std::string place; std::getline(places, place, ',');)
             input.at(placeOf(place, input.size())) ^= 0x10;
-        EXPECT_EQ(unpacked(formatOf(row[1]), input, row[5]), bytesOf(row[4])) << row[1] << ": " << row[0];
+        std::string outcome = row[4];
+        std::ranges::replace(outcome, '$', '\n');
+        EXPECT_EQ(unpacked(formatOf(row[1]), input, row[5]), bytesOf(outcome)) << row[1] << ": " << row[0];
     }
     Bytes large = packed(zipFormat, sampleBytes(1000000));
     large.at(200000) ^= 0x10;
@@ -317,8 +310,7 @@ TEST(ZipArchive, AddsOnlyWhatCanBeExtractedBesideTheRest) {
     }
 }
 
-TEST(ZipArchive, RefusesWhatIsNoArchive) {
-    EXPECT_EQ(errorCode([] { ZipArchive(streamOf(bytesOf("no archive, but some text"))); }), E_ZIP_OPEN.code);
+TEST(ZipArchive, ABrokenDirectoryIsNotCutShort) {
     std::string bytes = readTestText("zip/info-zip.zip");
     bytes[bytes.find("PK\1\2", bytes.find("PK\1\2") + 1)] = 'X';  // the directory's second entry
     EXPECT_EQ(errorCode([&] { ZipArchive(streamOf(bytesOf(bytes))); }), E_ZIP_NEXT_FILE.code);
