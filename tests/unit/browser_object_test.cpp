@@ -39,7 +39,7 @@ protected:
     }
 
     static void trust(const std::wstring& pattern) {
-        ScratchRegistry::addValue(HKEY_CURRENT_USER, trustedSitesKey, pattern);
+        ScratchRegistry::add(HKEY_CURRENT_USER, trustedSitesKey, pattern);
     }
 
     void visit(const std::wstring& url) {

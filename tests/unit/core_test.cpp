@@ -34,17 +34,13 @@ TEST(TwoPass, GivesWhatTheSecondCallDelivered) {
     }
 }
 
-void setNumber(HKEY hive, const wchar_t* name, DWORD value) {
-    ASSERT_EQ(::RegSetKeyValueW(hive, settingsKey, name, REG_DWORD, &value, sizeof(value)), ERROR_SUCCESS);
-}
-
 TEST(Log, LevelIsReadAgainAfterAMinute) {
     constexpr std::uint64_t second = 10'000'000;
     const ScratchRegistry registry;
     LevelCache cache;
     const std::uint64_t start = 1'000 * second;
     EXPECT_FALSE(cache.isEnabled(LogLevel::error, start)) << "nothing is logged unless a level is set";
-    setNumber(HKEY_CURRENT_USER, L"LogLevel", 2);
+    ScratchRegistry::add(HKEY_CURRENT_USER, settingsKey, L"LogLevel", 2u);
     EXPECT_FALSE(cache.isEnabled(LogLevel::error, start + 61 * second - 1)) << "still what was read first";
     EXPECT_TRUE(cache.isEnabled(LogLevel::warning, start + 61 * second));
     EXPECT_FALSE(cache.isEnabled(LogLevel::info, start + 61 * second));
@@ -53,13 +49,13 @@ TEST(Log, LevelIsReadAgainAfterAMinute) {
 TEST(Settings, TheUserComesBeforeTheMachine) {
     const ScratchRegistry registry;
     EXPECT_EQ(readNumberSetting(L"LogLevel"), std::nullopt);
-    setNumber(HKEY_LOCAL_MACHINE, L"LogLevel", 1);
+    ScratchRegistry::add(HKEY_LOCAL_MACHINE, settingsKey, L"LogLevel", 1u);
     EXPECT_EQ(readNumberSetting(L"LogLevel"), 1u);
-    setNumber(HKEY_CURRENT_USER, L"LogLevel", 4);
+    ScratchRegistry::add(HKEY_CURRENT_USER, settingsKey, L"LogLevel", 4u);
     EXPECT_EQ(readNumberSetting(L"LogLevel"), 4u);
     EXPECT_EQ(readTextSetting(L"LogLevel"), std::nullopt) << "a number is not a text";
     const std::wstring path(3000, L'я');
-    ScratchRegistry::addText(HKEY_LOCAL_MACHINE, settingsKey, L"LogPath", path);
+    ScratchRegistry::add(HKEY_LOCAL_MACHINE, settingsKey, L"LogPath", path);
     EXPECT_EQ(readTextSetting(L"LogPath"), path);
 }
 
@@ -128,7 +124,7 @@ private:
 };
 
 void addSite(HKEY hive, const std::wstring& name) {
-    ScratchRegistry::addValue(hive, trustedSitesKey, name);
+    ScratchRegistry::add(hive, trustedSitesKey, name);
 }
 
 TEST_F(TrustedSites, ValidPatternsOfBothHivesCount) {

@@ -23,19 +23,21 @@ public:
     ScratchRegistry(const ScratchRegistry&) = delete;
     ScratchRegistry& operator=(const ScratchRegistry&) = delete;
 
-    static void addValue(HKEY hive, const wchar_t* path, const std::wstring& name) {
-        RegistryKey key;
-        ASSERT_EQ(::RegCreateKeyW(hive, path, key.put()), ERROR_SUCCESS);
-        ASSERT_EQ(::RegSetValueExW(key.get(), name.c_str(), 0, REG_SZ, nullptr, 0), ERROR_SUCCESS);
+    static void add(HKEY hive, const std::wstring& path, const std::wstring& name,
+                    const std::wstring& text = {}) {
+        set(hive, path, name, REG_SZ, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
     }
-
-    static void addText(HKEY hive, const wchar_t* path, const wchar_t* name, const std::wstring& text) {
-        ASSERT_EQ(::RegSetKeyValueW(hive, path, name, REG_SZ, text.c_str(),
-                                    static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))),
-                  ERROR_SUCCESS);
+    static void add(HKEY hive, const std::wstring& path, const std::wstring& name, DWORD number) {
+        set(hive, path, name, REG_DWORD, &number, sizeof(number));
     }
 
 private:
+    static void set(HKEY hive, const std::wstring& path, const std::wstring& name, DWORD type,
+                    const void* data, std::size_t size) {
+        ASSERT_EQ(
+            ::RegSetKeyValueW(hive, path.c_str(), name.c_str(), type, data, static_cast<DWORD>(size)),
+            ERROR_SUCCESS);
+    }
     static std::wstring root() { return L"Software\\CorvaneTest" + std::to_wstring(::GetCurrentProcessId()); }
 
     static void redirect(HKEY hive, const wchar_t* name) {
