@@ -14,13 +14,6 @@
 
 namespace Corvane::Test {
 
-// A function of a system's DLL that is loaded, by its name.
-template <class Function>
-Function* systemFunction(const wchar_t* library, const char* name) {
-    const auto address = ::GetProcAddress(::GetModuleHandleW(library), name);
-    return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(address));
-}
-
 // As long as it lives, calls of `function` by the module, this program's own where none is given, go to
 // `replacement`. The function is to be imported from a system's DLL: what its address is taken for is what
 // stands in the import table.
@@ -77,6 +70,11 @@ public:
     Replaced(Result(WINAPI* function)(Arguments...),
              std::type_identity_t<std::function<Result(Arguments...)>> work)
         : patch_(function, &call) {
+        answer = std::move(work);
+    }
+    // The same by the name of a function that another module imports.
+    Replaced(const char* name, HMODULE importer, std::function<Result(Arguments...)> work)
+        : patch_(name, &call, importer) {
         answer = std::move(work);
     }
 

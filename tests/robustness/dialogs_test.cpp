@@ -15,6 +15,7 @@ namespace robustness {
 namespace {
 
 using Corvane::Test::ImportPatch;
+using Corvane::Test::Replaced;
 using namespace std::string_literals;
 
 // In the place of the system's dialogs about files: notes what it was asked and answers as a test wants.
@@ -243,8 +244,8 @@ TEST_F(FileDialogs, FailuresOfTheSystemTravelToTheCaller) {
     EXPECT_EQ(call(*guiOf(gone), openFile).failure(), failureOf(202));
     const auto service = guiOf();
     system_.calls = 0;
-    const ImportPatch patch("PostMessageW", &Corvane::Test::refusePost,
-                            ::GetModuleHandleW(componentPath().c_str()));
+    const Replaced<BOOL, HWND, UINT, WPARAM, LPARAM> patch(
+        "PostMessageW", ::GetModuleHandleW(componentPath().c_str()), [](auto...) { return FALSE; });
     EXPECT_EQ(call(*service, openFile).failure(), failureOf(202));
     EXPECT_EQ(system_.calls, 0);
 }
@@ -265,19 +266,15 @@ protected:
     const HMODULE module_ = ::GetModuleHandleW(componentPath().c_str());
 };
 
-// The error with which the viewer ends.
-DWORD viewerError = 0;
-
-WINBOOL WINAPI view(PCCRYPTUI_VIEWCERTIFICATE_STRUCTW view, WINBOOL* changed) {
-    EXPECT_TRUE(view->dwSize == sizeof(*view) && view->pCertContext && !view->hwndParent);
-    EXPECT_EQ(view->dwFlags, 0u);
-    EXPECT_EQ(changed, nullptr);
-    ::SetLastError(viewerError);
-    return viewerError == 0;
-}
-
 TEST_F(CertificatesTest, ViewerMayBeCancelled) {
-    const ImportPatch patch("CryptUIDlgViewCertificateW", &view, module_);
+    DWORD viewerError = 0;
+    const Replaced<BOOL, PCCRYPTUI_VIEWCERTIFICATE_STRUCTW, BOOL*> patch(
+        "CryptUIDlgViewCertificateW", module_, [&](auto view, BOOL* changed) {
+            EXPECT_TRUE(view->dwSize == sizeof(*view) && view->pCertContext && !view->hwndParent);
+            EXPECT_TRUE(view->dwFlags == 0 && !changed);
+            ::SetLastError(viewerError);
+            return viewerError == 0;
+        });
     for (const auto& [error, expected] :
          {std::pair{0, S_OK}, {ERROR_CANCELLED, S_OK}, {ERROR_OUTOFMEMORY, failureOf(300)}}) {
         viewerError = static_cast<DWORD>(error);
@@ -285,26 +282,22 @@ TEST_F(CertificatesTest, ViewerMayBeCancelled) {
     }
 }
 
-// What the user does while the picker is open.
-std::function<PCCERT_CONTEXT(HCERTSTORE)> whilePicking;
-
-PCCERT_CONTEXT WINAPI pick(HCERTSTORE store, HWND parent, LPCWSTR title, LPCWSTR text, DWORD hidden,
-                           DWORD flags, void*) {
-    EXPECT_EQ(hidden, 0x10u) << "CRYPTUI_SELECT_LOCATION_COLUMN is not shown";
-    EXPECT_TRUE(!parent && !title && !text && flags == 0);
-    return whilePicking(store);
-}
-
 // The picker shows the store that another call closes in the meantime.
 TEST_F(CertificatesTest, StoreThatIsClosedWhileInUseStaysOpenForItsUser) {
-    const ImportPatch patch("CryptUIDlgSelectCertificateFromStore", &pick, module_);
+    std::function<PCCERT_CONTEXT(HCERTSTORE)> whilePicking = [](HCERTSTORE) { return nullptr; };
+    const Replaced<PCCERT_CONTEXT, HCERTSTORE, HWND, LPCWSTR, LPCWSTR, DWORD, DWORD, void*> patch(
+        "CryptUIDlgSelectCertificateFromStore", module_,
+        [&](HCERTSTORE store, HWND parent, auto title, auto text, DWORD hidden, DWORD flags, void*) {
+            EXPECT_EQ(hidden, 0x10u) << "CRYPTUI_SELECT_LOCATION_COLUMN is not shown";
+            EXPECT_TRUE(!parent && !title && !text && flags == 0);
+            return whilePicking(store);
+        });
     const auto store = serviceOf<ICertificateStore>(__uuidof(CertificateStore));
     ComPtr<ICertificate> picked;
     EXPECT_EQ(store->SelectCertificate(picked.put()), failureOf(604)) << "it is not open";
     ASSERT_EQ(store->Open(2, Bstr(L"CorvanePicked").get(), 1), S_OK);
     ComPtr<ICertificate> installed;
     ASSERT_EQ(store->Install(certificate_.get(), installed.put()), S_OK);
-    whilePicking = [](HCERTSTORE) { return nullptr; };
     EXPECT_EQ(store->SelectCertificate(picked.put()), S_OK);
     ASSERT_EQ(picked.get(), nullptr) << "cancelled";
 

@@ -10,9 +10,6 @@
 #include "soon.h"
 #include "support.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <functional>
@@ -121,7 +118,7 @@ TEST(Async, WhateverIsThrownReachesTheCallbackOnItsThreadOnce) {
 
 TEST(Async, NoOutcomeIsLostWhereTheQueueHasNoRoom) {
     const Apartment apartment;
-    const ImportPatch patch(&::PostMessageW, &refusePost);
+    const Replaced patch(&::PostMessageW, [](auto...) { return FALSE; });
     const auto callback = makeObject<Callback>();
     for (int i = 0; i < 100; ++i)
         start(callback.get(), Operation{L"work", [] { return 1u; }});

@@ -93,10 +93,11 @@ TEST_F(ZipFolders, CancellingIsSeenWhileFoldersAreMade) {
     archive_.update([](ZipWriter& writer) { writer.addFolder("a/b/c/d", {}); });
     const auto progress = std::make_shared<Progress>();
     int made = 0;
+    const auto create = ImportPatch::behind(&::CreateDirectoryW);
     const Replaced patch(&::CreateDirectoryW, [&](LPCWSTR path, LPSECURITY_ATTRIBUTES) {
         if (++made == 3)  // the target, "a", "b"
             progress->cancel();
-        return systemFunction<decltype(::CreateDirectoryW)>(L"kernel32", "CreateDirectoryW")(path, nullptr);
+        return create(path, nullptr);
     });
     EXPECT_EQ(errorCode([&] { extractToFolder(archive_, folder_, {}, progress); }), E_CANCELED.code);
     EXPECT_EQ(made, 3);
@@ -119,13 +120,10 @@ TEST_F(ZipFolders, AFileThatIsALinkIsNotReplaced) {
     writeFile(folder_ + L"\\link", bytesOf("elsewhere"));
     for (const char* name : {"link", "other"})
         archive_.add(name, {}, bytesOf("new"));
-    // The file is a link, in the words of Windows; Wine tells it of folders alone.
-    const Replaced attributes(&::GetFileAttributesW, [](LPCWSTR path) {
-        const DWORD found =
-            systemFunction<decltype(::GetFileAttributesW)>(L"kernel32", "GetFileAttributesW")(path);
-        const bool isLink = found != INVALID_FILE_ATTRIBUTES && std::wstring_view(path).ends_with(L"\\link");
-        return isLink ? found | FILE_ATTRIBUTE_REPARSE_POINT : found;
-    });
+    // The file is a link, in the words of Windows; Wine tells it of folders alone. All may be one.
+    const auto ask = ImportPatch::behind(&::GetFileAttributesW);
+    const Replaced attributes(&::GetFileAttributesW,
+                              [&](LPCWSTR path) { return ask(path) | FILE_ATTRIBUTE_REPARSE_POINT; });
     const Replaced find(&::FindFirstFileW, [](LPCWSTR path, LPWIN32_FIND_DATAW data) {
         const HANDLE search =
             ::FindFirstFileExW(path, FindExInfoStandard, data, FindExSearchNameMatch, nullptr, 0);

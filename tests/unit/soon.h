@@ -39,12 +39,6 @@ inline std::wstring takeDescription() {
     return std::wstring(text.view());
 }
 
-// PostMessageW where the queue of the thread is full.
-inline BOOL WINAPI refusePost(HWND, UINT, WPARAM, LPARAM) {
-    ::SetLastError(ERROR_NOT_ENOUGH_QUOTA);
-    return FALSE;
-}
-
 // Whether `condition` comes true: at once, or within the minute that a busy machine may need. The thread's
 // messages are delivered meanwhile.
 inline bool soon(const std::function<bool()>& condition) {
