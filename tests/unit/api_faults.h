@@ -137,7 +137,7 @@ struct Counted {
     }
 };
 
-using Patches = std::vector<std::unique_ptr<ImportPatch>>;
+using Patches = std::vector<std::shared_ptr<void>>;
 
 template <Name name, bool canFail = true, class Result, class... Arguments>
 void count(
@@ -146,7 +146,7 @@ void count(
     using Call = Counted<name, canFail, Result, Arguments...>;
     Call::original = ImportPatch::behind(function);
     Call::account = account;
-    patches.push_back(std::make_unique<ImportPatch>(name.text, &Call::call));
+    patches.push_back(std::make_shared<ImportPatch>(name.text, &Call::call));
 }
 
 constexpr auto opens = [](auto result, auto...) { trace.open += result ? 1 : 0; };
@@ -159,15 +159,6 @@ constexpr auto closes = [](auto, auto handle, auto...) { trace.open -= handle ? 
 // One behind another, which is the last argument.
 constexpr auto follows = [](auto found, auto... rest) {
     trace.open += (found ? 1 : 0) - (std::get<sizeof...(rest) - 1>(std::tuple(rest...)) ? 1 : 0);
-};
-
-// Closes, but tells nothing.
-struct FreedChain {
-    static inline decltype(&::CertFreeCertificateChain) original = nullptr;
-    static void WINAPI call(PCCERT_CHAIN_CONTEXT chain) {
-        --trace.open;
-        original(chain);
-    }
 };
 
 // As long as they live, this program's calls are counted.
@@ -190,8 +181,11 @@ inline Patches countCalls() {
     count<"CertGetCertificateContextProperty">(all, &::CertGetCertificateContextProperty);
     count<"CertSetCertificateContextProperty">(all, &::CertSetCertificateContextProperty);
     count<"CertGetCertificateChain">(all, &::CertGetCertificateChain, fills);
-    FreedChain::original = ImportPatch::behind(&::CertFreeCertificateChain);
-    all.push_back(std::make_unique<ImportPatch>("CertFreeCertificateChain", &FreedChain::call));
+    all.push_back(std::make_shared<Replaced<void, PCCERT_CHAIN_CONTEXT>>(
+        &::CertFreeCertificateChain, [original = ImportPatch::behind(&::CertFreeCertificateChain)](auto chain) {
+            --trace.open;
+            original(chain);
+        }));
     count<"CryptAcquireCertificatePrivateKey">(all, &::CryptAcquireCertificatePrivateKey, fills);
     // A call that takes a container away gives no handle.
     count<"CryptAcquireContextW">(all, &::CryptAcquireContextW, [](BOOL done, auto handle, auto...) {

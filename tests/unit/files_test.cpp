@@ -139,8 +139,7 @@ TEST_F(ZipFolders, AFileThatIsALinkIsNotReplaced) {
 }
 
 TEST(File, WithoutRoomTheOldContentStays) {
-    const std::wstring path =
-        FileSystem::temporaryFolder() + L"corvane-file-" + std::to_wstring(::GetCurrentProcessId());
+    const std::wstring path = FileSystem::createTemporaryFile(true)->path();
     const Bytes old = bytesOf("the old content");
     writeFile(path, old);
     {
