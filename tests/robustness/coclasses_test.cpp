@@ -169,8 +169,8 @@ TEST_F(CoclassesTest, NoMemberOfAServiceWorksWithoutTrust) {
         if (!made.isService())
             return;
         forEachCall(made, nullptr, false, [](const LateCall& call) {
-            EXPECT_EQ(call.failure(), accessDenied);
-            EXPECT_EQ(call.description(), deniedText);
+            EXPECT_EQ(call.failure(), failureOf(1001));
+            EXPECT_EQ(call.description(), L"[1001] Доступ для текущего домена запрещен");
         });
     });
 }

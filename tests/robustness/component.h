@@ -37,9 +37,6 @@ using Corvane::Test::soon;
 constexpr HRESULT failureOf(HRESULT number) {
     return static_cast<HRESULT>(0x80040200) + number;
 }
-constexpr HRESULT accessDenied = failureOf(1001);
-constexpr wchar_t deniedText[] = L"[1001] Доступ для текущего домена запрещен";
-constexpr wchar_t strangePage[] = L"https://strange.example/";
 
 inline std::wstring componentPath() {
     return std::filesystem::path(CORVANE_COMPONENT).make_preferred().wstring();
@@ -56,15 +53,13 @@ public:
     Component& operator=(const Component&) = delete;
     ~Component() { ::FreeLibrary(module_); }
 
-    HRESULT classObject(REFCLSID clsid, REFIID iid, void** object) const {
-        return exported<decltype(::DllGetClassObject)>("DllGetClassObject")(clsid, iid, object);
-    }
     HRESULT canUnload() const { return exported<decltype(::DllCanUnloadNow)>("DllCanUnloadNow")(); }
     HRESULT registerServer() const { return exported<HRESULT WINAPI()>("DllRegisterServer")(); }
 
     ComPtr<IClassFactory> factory(REFCLSID clsid) const {
         ComPtr<IClassFactory> factory;
-        classObject(clsid, IID_IClassFactory, factory.putVoid());
+        exported<decltype(::DllGetClassObject)>("DllGetClassObject")(clsid, IID_IClassFactory,
+                                                                     factory.putVoid());
         return factory;
     }
     // A new object; empty when it cannot be made.
@@ -114,17 +109,12 @@ protected:
         host_.href = url ? url : L"";
         EXPECT_EQ(object.template query<IObjectWithSite>()->SetSite(url ? host_.site() : nullptr), S_OK);
     }
-    // A new object in the page at `url`.
-    template <class Interface>
-    ComPtr<Interface> madeIn(const wchar_t* url, REFCLSID clsid) {
-        auto object = component_.create<Interface>(clsid);
-        if (url)
-            setSite(object, url);
-        return object;
-    }
+    // A new object in the trusted page.
     template <class Interface>
     ComPtr<Interface> serviceOf(REFCLSID clsid) {
-        return madeIn<Interface>(TrustedPage::address, clsid);
+        auto object = component_.create<Interface>(clsid);
+        setSite(object, TrustedPage::address);
+        return object;
     }
     ComPtr<IBinaryObjectService> service() {
         return serviceOf<IBinaryObjectService>(__uuidof(BinaryObjectService));
@@ -147,12 +137,6 @@ template <class Interface>
 ULONG referencesOf(Interface& object) {
     object.AddRef();
     return object.Release();
-}
-
-// Any interface pointer as another one, as no careful caller passes it.
-template <class Interface>
-Interface* mistakenFor(IUnknown* object) {
-    return static_cast<Interface*>(static_cast<void*>(object));
 }
 
 inline VARIANT variantOf(VARTYPE type, LONGLONG bits = 0) {
