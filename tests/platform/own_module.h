@@ -9,13 +9,10 @@ extern "C" IMAGE_DOS_HEADER __ImageBase;  // NOLINT(bugprone-reserved-identifier
 
 namespace Corvane::Platform {
 
-inline HMODULE ownModule() {
-    return reinterpret_cast<HMODULE>(&__ImageBase);
-}
 // Without asking the loader, which may be busy for ever.
 inline std::wstring ownPath() {
     wchar_t path[1024];
-    return {path, ::GetModuleFileNameW(ownModule(), path, 1024)};
+    return {path, ::GetModuleFileNameW(reinterpret_cast<HMODULE>(&__ImageBase), path, 1024)};
 }
 
 }  // namespace Corvane::Platform

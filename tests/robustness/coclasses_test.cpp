@@ -228,10 +228,9 @@ TEST_F(CoclassesTest, NullAndForeignObjectsAreTakenForWhatTheyAre) {
 // Of each way to answer one: with a number, a text, an object, an array, and without a frame.
 TEST_F(CoclassesTest, NullOutputs) {
     const auto object = bytes(L"00");
-    for (const HRESULT hr :
-         {object->Equals(object.get(), nullptr), object->ToHexString(nullptr), object->ToArray(0, 1, nullptr),
-          service()->BinaryObjectFromHex(nullptr, nullptr), object->get_Size(nullptr),
-          object->GetTypeInfo(0, 0, nullptr)})
+    for (const HRESULT hr : {object->Equals(object.get(), nullptr), object->ToHexString(nullptr),
+                             object->ToArray(0, 1, nullptr), service()->BinaryObjectFromHex(nullptr, nullptr),
+                             object->get_Size(nullptr), object->GetTypeInfo(0, 0, nullptr)})
         EXPECT_EQ(hr, E_POINTER);
     const Bstr before(L"before");
     BSTR text = before.get();

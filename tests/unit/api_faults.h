@@ -182,7 +182,8 @@ inline Patches countCalls() {
     count<"CertSetCertificateContextProperty">(all, &::CertSetCertificateContextProperty);
     count<"CertGetCertificateChain">(all, &::CertGetCertificateChain, fills);
     all.push_back(std::make_shared<Replaced<void, PCCERT_CHAIN_CONTEXT>>(
-        &::CertFreeCertificateChain, [original = ImportPatch::behind(&::CertFreeCertificateChain)](auto chain) {
+        &::CertFreeCertificateChain,
+        [original = ImportPatch::behind(&::CertFreeCertificateChain)](auto chain) {
             --trace.open;
             original(chain);
         }));

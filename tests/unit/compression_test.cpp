@@ -35,10 +35,6 @@ const Format gzipFormat{
 const Format zipFormat{"zip", zip, unzip, zipFileAsync, unzipFileAsync};
 const Format* const formats[] = {&gzipFormat, &zipFormat};
 
-const Format& formatOf(const std::string& file) {
-    return file.ends_with(".gz") ? gzipFormat : zipFormat;
-}
-
 Bytes packed(const Format& format, const Bytes& input) {
     Bytes output;
     format.pack(input, output, defaultMode);
@@ -94,7 +90,8 @@ TEST(Compression, ReadsWhatIsWholeAndElseLeavesTheOutput) {
             input.at(placeOf(place, input.size())) ^= 0x10;
         std::string outcome = row[4];
         std::ranges::replace(outcome, '$', '\n');
-        EXPECT_EQ(unpacked(formatOf(row[1]), input, row[5]), bytesOf(outcome)) << row[1] << ": " << row[0];
+        const Format& format = row[1].ends_with(".gz") ? gzipFormat : zipFormat;
+        EXPECT_EQ(unpacked(format, input, row[5]), bytesOf(outcome)) << row[1] << ": " << row[0];
     }
     Bytes large = packed(zipFormat, sampleBytes(1000000));
     large.at(200000) ^= 0x10;

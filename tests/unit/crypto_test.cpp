@@ -22,13 +22,6 @@ Bytes pkiFile(const std::string& name) {
 
 using Names = std::vector<std::wstring>;
 
-Names namesOf(const Certificates& certificates) {
-    Names names;
-    for (const SharedCertificate& certificate : certificates)
-        names.push_back(certificate->getName(false));
-    return names;
-}
-
 // Wine 8 refuses to set the archive flag, so the test keeps it.
 TEST(Certificate, ArchiveFlagIsSetRemovedAndAskedForByFilters) {
     BOOL archived = FALSE;
@@ -109,7 +102,11 @@ TEST(ProviderRecords, FirstInstalledOneForTheKeyIsChosen) {
 
 // The names of those who signed.
 Names verify(const Bytes& message, const Bytes* data) {
-    return namesOf(Crypto::getDefaultCryptoProvider()->verifyMessageSignature(message, data, {}));
+    Names names;
+    for (const SharedCertificate& signer :
+         Crypto::getDefaultCryptoProvider()->verifyMessageSignature(message, data, {}))
+        names.push_back(signer->getName(false));
+    return names;
 }
 
 // A signer's certificate, or the error for its signature.

@@ -284,8 +284,10 @@ TEST_F(Operations, AFailedDecryptionIsToldAsOneAndLeavesNothing) {
 TEST_F(Operations, WorkForSignersAndRecipientsHasAnEnd) {
     int asked = 0;
     const auto progress = std::make_shared<Progress>();
-    const Replaced chain(&::CertGetCertificateChain, [&](auto...) { return progress->cancel(), ++asked, FALSE; });
-    EXPECT_EQ(errorCode([&] { Crypto::inspectSignature(from(attached_), {}, 0, progress); }), E_CANCELED.code);
+    const Replaced chain(&::CertGetCertificateChain,
+                         [&](auto...) { return progress->cancel(), ++asked, FALSE; });
+    EXPECT_EQ(errorCode([&] { Crypto::inspectSignature(from(attached_), {}, 0, progress); }),
+              E_CANCELED.code);
     EXPECT_EQ(std::exchange(asked, 0), 1);
     const Bytes message = provider_.encrypt(data_, Certificates(101, certificate_));
     const Replaced patch(&::CryptMsgControl, [&](auto...) { return ++asked, ::SetLastError(denied), FALSE; });

@@ -34,9 +34,8 @@ public:
 private:
     static void set(HKEY hive, const std::wstring& path, const std::wstring& name, DWORD type,
                     const void* data, std::size_t size) {
-        ASSERT_EQ(
-            ::RegSetKeyValueW(hive, path.c_str(), name.c_str(), type, data, static_cast<DWORD>(size)),
-            ERROR_SUCCESS);
+        ASSERT_EQ(::RegSetKeyValueW(hive, path.c_str(), name.c_str(), type, data, static_cast<DWORD>(size)),
+                  ERROR_SUCCESS);
     }
     static std::wstring root() { return L"Software\\CorvaneTest" + std::to_wstring(::GetCurrentProcessId()); }
 

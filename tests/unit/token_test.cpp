@@ -52,14 +52,11 @@ bool isLoaded(const std::string& module) {
 }
 
 // CN=Test; keyUsage digitalSignature; 1.2.3.4 = { UTF8String "x" }: by `openssl asn1parse -genconf`.
-const std::string nameHex = "300F310D300B06035504030C0454657374";
-const std::string extensionsHex = "300D300B0603551D0F040403020780";
-const std::string attributeHex = "300A06032A030431030C0178";
-
 std::wstring request() {
-    const Bytes more = hexToBin(attributeHex);
-    return createCertificationRequestGOST(slot, SecretNarrowText(pin),
-                                          {hexToBin(nameHex), hexToBin(extensionsHex), &more});
+    const Bytes more = hexToBin("300A06032A030431030C0178");
+    return createCertificationRequestGOST(
+        slot, SecretNarrowText(pin),
+        {hexToBin("300F310D300B06035504030C0454657374"), hexToBin("300D300B0603551D0F040403020780"), &more});
 }
 
 TEST(Cryptoki, TextsAreReadAndTold) {
