@@ -123,15 +123,11 @@ private:
     std::optional<ScratchRegistry> registry_;
 };
 
-void addSite(HKEY hive, const std::wstring& name) {
-    ScratchRegistry::add(hive, trustedSitesKey, name);
-}
-
 TEST_F(TrustedSites, ValidPatternsOfBothHivesCount) {
     EXPECT_FALSE(RegTrustedSites().isTrusted(L"https://example.org/")) << "without a key";
     for (const wchar_t* name : {L"*.org", L"file://x", L"", L"*.User.example", L"*.Почта.рф"})
-        addSite(HKEY_CURRENT_USER, name);
-    addSite(HKEY_LOCAL_MACHINE, L"name://wscript.exe");
+        ScratchRegistry::add(HKEY_CURRENT_USER, trustedSitesKey, name);
+    ScratchRegistry::add(HKEY_LOCAL_MACHINE, trustedSitesKey, L"name://wscript.exe");
     const RegTrustedSites sites;
     EXPECT_TRUE(sites.isTrusted(L"HTTPS://a.USER.example:8080/x"));
     EXPECT_TRUE(sites.isTrusted(L"https://a.ПОЧТА.РФ/Ящик"));
@@ -143,7 +139,7 @@ TEST_F(TrustedSites, ValidPatternsOfBothHivesCount) {
     // them.
     for (const std::size_t length : {260u, 261u, 3000u, 5u}) {
         const std::wstring host = std::wstring(length - 4, L'a') + L".org";
-        addSite(HKEY_CURRENT_USER, host);
+        ScratchRegistry::add(HKEY_CURRENT_USER, trustedSitesKey, host);
         EXPECT_TRUE(RegTrustedSites().isTrusted(L"http://" + host)) << length;
     }
 }
@@ -151,7 +147,7 @@ TEST_F(TrustedSites, ValidPatternsOfBothHivesCount) {
 TEST_F(TrustedSites, AnEditOfTheRegistryCountsFromTheNextCheck) {
     KeyWatch watch(HKEY_CURRENT_USER, trustedSitesKey);
     const auto isTrusted = [] { return RegTrustedSites().isTrusted(L"http://a.example/"); };
-    const auto add = [] { addSite(HKEY_CURRENT_USER, L"a.example"); };
+    const auto add = [] { ScratchRegistry::add(HKEY_CURRENT_USER, trustedSitesKey, L"a.example"); };
     const auto remove = [] {
         EXPECT_EQ(::RegDeleteKeyValueW(HKEY_CURRENT_USER, trustedSitesKey, L"a.example"), ERROR_SUCCESS);
     };
