@@ -92,15 +92,6 @@ DerWriter& DerWriter::integer(std::int64_t number) {
     return value(tag::integer, octets);
 }
 
-DerWriter& DerWriter::unsignedInteger(View number) {
-    while (!number.empty() && number.front() == 0)
-        number = number.subspan(1);
-    Bytes octets(number.begin(), number.end());
-    if (octets.empty() || (octets.front() & 0x80) != 0)
-        octets.insert(octets.begin(), 0);
-    return value(tag::integer, octets);
-}
-
 DerWriter& DerWriter::oid(std::string_view dotted) {
     return value(tag::oid, oidContents(dotted));
 }

@@ -30,8 +30,6 @@ public:
 
     DerWriter& boolean(bool value);
     DerWriter& integer(std::int64_t number);
-    // A number that is not negative, most significant octet first; zeros before it are taken off.
-    DerWriter& unsignedInteger(View number);
     DerWriter& null() { return value(tag::null, {}); }
     // From dotted text, see oidContents().
     DerWriter& oid(std::string_view dotted);
