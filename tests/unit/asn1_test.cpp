@@ -62,19 +62,17 @@ TEST(BerReader, FollowsX690) {
 // What is accepted is written again without a difference; it is refused when it is cut anywhere, as is what
 // stands beside it.
 TEST(CertificationRequest, OnlyDerIsReadAndComesBackAsItWas) {
-    using Again = Bytes (*)(View);
-    const Again name = [](View der) { return encodeName(decodeName(der)); };
-    const Again extensions = [](View der) { return encodeExtensions(decodeExtensions(der)); };
-    const Again attribute = [](View der) { return encodeAttribute(decodeAttribute(der)); };
-    const Again key = [](View der) { return encodePublicKeyInfo(decodePublicKeyInfo(der)); };
-    const Again request = [](View der) { return encodeRequest(decodeRequest(der)); };
-    const Again certificate = [](View der) { return readExtensions(der), Bytes(der.begin(), der.end()); };
-    const std::map<std::string, Again> ways{{"name", name},           {"extensions", extensions},
-                                            {"attribute", attribute}, {"key", key},
-                                            {"request", request},     {"certificate", certificate}};
+    const std::map<std::string, Bytes (*)(View)> ways{
+        {"name", [](View der) { return encodeName(decodeName(der)); }},
+        {"extensions", [](View der) { return encodeExtensions(decodeExtensions(der)); }},
+        {"attribute", [](View der) { return encodeAttribute(decodeAttribute(der)); }},
+        {"key", [](View der) { return encodePublicKeyInfo(decodePublicKeyInfo(der)); }},
+        {"request", [](View der) { return encodeRequest(decodeRequest(der)); }},
+        {"certificate", [](View der) { return readExtensions(der), Bytes(der.begin(), der.end()); }},
+    };
     for (const auto& row : readTable("requests/der.txt", 4)) {
         SCOPED_TRACE(row[0] + ' ' + row[1] + ' ' + row[3]);
-        const Again again = ways.at(row[0]);
+        const auto again = ways.at(row[0]);
         const Bytes good = row[1].ends_with(".der") ? readTestData(row[1]) : hexToBin(row[1]);
         EXPECT_EQ(hexOf(again(good)), hexOf(good));
         for (std::size_t size = 0; size < good.size(); ++size)
