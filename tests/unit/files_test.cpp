@@ -7,6 +7,8 @@
 #include "platform/import_patch.h"
 #include "support.h"
 
+#include <filesystem>
+
 using namespace Corvane;
 using namespace Corvane::Compression;
 using namespace Corvane::Test;
@@ -78,10 +80,7 @@ TEST(ZipFiles, WhatIsClosedMeanwhileIsWhatItWas) {
 
 class ZipFolders : public testing::Test {
 protected:
-    ~ZipFolders() override {
-        if (FileSystem::folderExists(folder_))
-            FileSystem::deleteFolder(folder_, true);
-    }
+    ~ZipFolders() override { std::filesystem::remove_all(folder_); }
 
     const std::wstring folder_ =
         FileSystem::temporaryFolder() + L"corvane-zip-" + std::to_wstring(::GetCurrentProcessId());
