@@ -262,7 +262,7 @@ protected:
 TEST_F(CertificatesTest, ViewerMayBeCancelled) {
     DWORD viewerError = 0;
     const Replaced<BOOL, PCCRYPTUI_VIEWCERTIFICATE_STRUCTW, BOOL*> patch(
-        "CryptUIDlgViewCertificateW", module_, [&](auto view, BOOL* changed) {
+        "CryptUIDlgViewCertificateW", module_, [&](auto view, auto changed) {
             EXPECT_TRUE(view->dwSize == sizeof(*view) && view->pCertContext && !view->hwndParent);
             EXPECT_TRUE(view->dwFlags == 0 && !changed);
             ::SetLastError(viewerError);
