@@ -18,6 +18,7 @@
 using namespace Corvane;
 using Com::BrowserSite;
 using Corvane::Test::errorCode;
+using Corvane::Test::failureOf;
 
 namespace {
 
@@ -336,7 +337,7 @@ TEST(DialogWithCheckBox, DialogThatCannotBeShownIsAnError) {
 
 // In Internet Explorer's protected mode the window of the browser owns no window of a page's process.
 TEST(DialogWithCheckBox, IsShownWhereTheOwnerIsOutOfReachAndNotWhereNobodyLooks) {
-    const Test::Replaced refused(&::DialogBoxParamW, [](HINSTANCE, LPCWSTR, HWND owner, DLGPROC, LPARAM) {
+    const Corvane::Test::Replaced refused(&::DialogBoxParamW, [](HINSTANCE, LPCWSTR, HWND owner, DLGPROC, LPARAM) {
         ::SetLastError(ERROR_ACCESS_DENIED);
         return static_cast<INT_PTR>(owner ? -1 : 3);
     });
@@ -346,10 +347,10 @@ TEST(DialogWithCheckBox, IsShownWhereTheOwnerIsOutOfReachAndNotWhereNobodyLooks)
     ::DestroyWindow(browser);
     EXPECT_EQ(errorCode([&] { ask(browser); }), E_COMMON_DLG_OPTIONS.code) << "the browser is gone";
     // The window station of a service has the flag of the visible one not set.
-    const Test::Replaced unseen(&::GetUserObjectInformationW,
+    const Corvane::Test::Replaced unseen(&::GetUserObjectInformationW,
                                 [](HANDLE, int, void*, DWORD, DWORD*) { return TRUE; });
-    EXPECT_EQ(Test::failureOf([&] { ask(nullptr); }),
-              Test::Failure(E_COMMON_DLG_OPTIONS.code, ERROR_REQUIRES_INTERACTIVE_WINDOWSTATION));
+    EXPECT_EQ(failureOf([&] { ask(nullptr); }),
+              Corvane::Test::Failure(E_COMMON_DLG_OPTIONS.code, ERROR_REQUIRES_INTERACTIVE_WINDOWSTATION));
 }
 
 }  // namespace
