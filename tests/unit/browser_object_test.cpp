@@ -337,10 +337,11 @@ TEST(DialogWithCheckBox, DialogThatCannotBeShownIsAnError) {
 
 // In Internet Explorer's protected mode the window of the browser owns no window of a page's process.
 TEST(DialogWithCheckBox, IsShownWhereTheOwnerIsOutOfReachAndNotWhereNobodyLooks) {
-    const Corvane::Test::Replaced refused(&::DialogBoxParamW, [](HINSTANCE, LPCWSTR, HWND owner, DLGPROC, LPARAM) {
-        ::SetLastError(ERROR_ACCESS_DENIED);
-        return static_cast<INT_PTR>(owner ? -1 : 3);
-    });
+    const Corvane::Test::Replaced refused(&::DialogBoxParamW,
+                                          [](HINSTANCE, LPCWSTR, HWND owner, DLGPROC, LPARAM) {
+                                              ::SetLastError(ERROR_ACCESS_DENIED);
+                                              return static_cast<INT_PTR>(owner ? -1 : 3);
+                                          });
     const auto ask = [](HWND owner) { return Gui::DialogWithCheckBox(L"example.org").get(nullptr, owner); };
     const HWND browser = makeOwner();
     EXPECT_EQ(ask(browser), Gui::DialogWithCheckBox::Choice::allowAndRemember);
@@ -348,7 +349,7 @@ TEST(DialogWithCheckBox, IsShownWhereTheOwnerIsOutOfReachAndNotWhereNobodyLooks)
     EXPECT_EQ(errorCode([&] { ask(browser); }), E_COMMON_DLG_OPTIONS.code) << "the browser is gone";
     // The window station of a service has the flag of the visible one not set.
     const Corvane::Test::Replaced unseen(&::GetUserObjectInformationW,
-                                [](HANDLE, int, void*, DWORD, DWORD*) { return TRUE; });
+                                         [](HANDLE, int, void*, DWORD, DWORD*) { return TRUE; });
     EXPECT_EQ(failureOf([&] { ask(nullptr); }),
               Corvane::Test::Failure(E_COMMON_DLG_OPTIONS.code, ERROR_REQUIRES_INTERACTIVE_WINDOWSTATION));
 }
