@@ -287,7 +287,8 @@ TEST_F(Operations, ARecipientByKeyAgreementIsFoundAmongOthers) {
     const auto control = ImportPatch::behind(&::CryptMsgControl);
     std::vector<std::max_align_t> room(1000);
     auto& real = *reinterpret_cast<CMSG_CMS_RECIPIENT_INFO*>(room.data());
-    CMSG_RECIPIENT_ENCRYPTED_KEY_INFO stranger{}, own{};
+    CMSG_RECIPIENT_ENCRYPTED_KEY_INFO stranger{};
+    CMSG_RECIPIENT_ENCRYPTED_KEY_INFO own{};
     CMSG_RECIPIENT_ENCRYPTED_KEY_INFO* keys[] = {&stranger, &own};
     CMSG_KEY_AGREE_RECIPIENT_INFO agreement{};
     BYTE nobody[] = {1};
@@ -300,7 +301,7 @@ TEST_F(Operations, ARecipientByKeyAgreementIsFoundAmongOthers) {
                           [&](auto message, DWORD type, auto index, void* data, DWORD* size) {
                               if (type != CMSG_CMS_RECIPIENT_INFO_PARAM || !data)
                                   return ask(message, type, index, data, size);
-                              DWORD whole = static_cast<DWORD>(room.size() * sizeof room[0]);
+                              auto whole = static_cast<DWORD>(room.size() * sizeof room[0]);
                               must(ask(message, type, index, &real, &whole));
                               own.RecipientId = real.pKeyTrans->RecipientId;
                               auto& told = *static_cast<CMSG_CMS_RECIPIENT_INFO*>(data);
@@ -316,8 +317,12 @@ TEST_F(Operations, ARecipientByKeyAgreementIsFoundAmongOthers) {
             EXPECT_EQ(agreed.pKeyAgree, &agreement);
             EXPECT_EQ(agreed.dwRecipientEncryptedKeyIndex, 1u);
             EXPECT_EQ(agreed.OriginatorPublicKey.pbData, nobody);
-            CMSG_CTRL_KEY_TRANS_DECRYPT_PARA transport{sizeof transport, agreed.hCryptProv, agreed.dwKeySpec,
-                                                       real.pKeyTrans, agreed.dwRecipientIndex};
+            CMSG_CTRL_KEY_TRANS_DECRYPT_PARA transport{};
+            transport.cbSize = sizeof transport;
+            transport.hCryptProv = agreed.hCryptProv;
+            transport.dwKeySpec = agreed.dwKeySpec;
+            transport.pKeyTrans = real.pKeyTrans;
+            transport.dwRecipientIndex = agreed.dwRecipientIndex;
             return control(message, flags, CMSG_CTRL_KEY_TRANS_DECRYPT, &transport);
         });
     for (const DWORD count : {1u, 2u}) {
