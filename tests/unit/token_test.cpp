@@ -1,6 +1,7 @@
 // Tokens and cards, by the stand-ins for their modules and for the service (tests/platform/token). What
 // scripts see of them is in scripts/tokens.js.
 #include "api_faults.h"
+#include "binary/base64.h"
 #include "core/exception_text.h"
 #include "core/json.h"
 #include "core/settings.h"
@@ -24,6 +25,7 @@
 #include "token_folder.h"
 
 #include <map>
+#include <regex>
 #include <set>
 #include <thread>
 
@@ -48,11 +50,14 @@ std::wstring textOfFailure(Work&& work) {
 }
 
 // CN=Test; keyUsage digitalSignature; 1.2.3.4 = { UTF8String "x" }: by `openssl asn1parse -genconf`.
+const std::string nameHex = "300F310D300B06035504030C0454657374";
+const std::string extensionsHex = "300D300B0603551D0F040403020780";
+const std::string attributeHex = "300A06032A030431030C0178";
+
 std::wstring request() {
-    const Bytes more = hexToBin("300A06032A030431030C0178");
-    return createCertificationRequestGOST(
-        slot, SecretNarrowText(pin),
-        {hexToBin("300F310D300B06035504030C0454657374"), hexToBin("300D300B0603551D0F040403020780"), &more});
+    const Bytes more = hexToBin(attributeHex);
+    return createCertificationRequestGOST(slot, SecretNarrowText(pin),
+                                          {hexToBin(nameHex), hexToBin(extensionsHex), &more});
 }
 
 TEST(Cryptoki, TextsAreReadAndTold) {
@@ -177,14 +182,16 @@ TEST_F(TokenRequest, MakesTheCallsAsTheyAreToldAndEachMayFail) {
     }
 }
 
+// And the request by hand, after RFC 2986 4.
 TEST_F(TokenRequest, MakesTheObjectsOfTheTable) {
     // Public keys of other programs: without an identifier, and with such as are no text or part of no path.
     std::ofstream(folder.path / "rtPKCS11ECP.objects")
         << "0 02000000\n1 01\n\n0 02000000\n1 01\n102 01AB\n\n0 02000000\n1 01\n102 615C62\n\n";
-    const std::string path = parseJson(request())["path"].asString();
+    const Json::Value result = parseJson(request());
     for (const wchar_t* identifier : {L"key", L"01AB", L"ABCD"})
         install(identifier);
 
+    const std::string path = result["path"].asString();
     const std::string before = toUtf8(cryptoki::makeContainerPath(slot, L""));
     ASSERT_TRUE(path.starts_with(before)) << path;
     const std::string identifier = path.substr(before.size());
@@ -204,6 +211,14 @@ TEST_F(TokenRequest, MakesTheObjectsOfTheTable) {
     for (const auto& row : readTable("token/objects.txt", 1))
         expected.push_back(row[0]);
     EXPECT_EQ(made, expected);
+
+    const std::string der = hexOf(base64ToBin(std::string_view(result["request"].asString())));
+    EXPECT_TRUE(
+        std::regex_match(der, std::regex("3081F53081A5020100" + nameHex +
+                                         "3063301C06062A8503020213301206072A85030202230106072A850302021E01"
+                                         "0343000440.{128}A02A301C06092A864886F70D01090E310F" +
+                                         extensionsHex + attributeHex + "300806062A8503020203034100.{128}")))
+        << der;
 }
 
 // The drivers in their order, then the removable disks where the provider keeps keys on such.
