@@ -102,8 +102,6 @@ Bytes mac(const std::string& substitution, View key, View iv, View data) {
 
 Bytes transform(const std::string& substitution, int mode, View key, View iv, View data, bool encrypt) {
     const Cipher cipher = openCipher(substitution, mode, false, key, iv);
-    if (!cipher)
-        throw std::runtime_error("an unknown substitution");
     Bytes result(data.size());
     must((encrypt ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(cipher.get(), result.data(), result.size(),
                                                                    data.data(), data.size()));
@@ -226,8 +224,7 @@ Cipher openCipher(const std::string& substitution, int mode, bool meshing, View 
     must(::gcry_cipher_open(&made, meshing ? GCRY_CIPHER_GOST28147_MESH : GCRY_CIPHER_GOST28147, mode, 0));
     Cipher cipher(made);
     std::string oid = substitution;
-    if (::gcry_cipher_ctl(made, GCRYCTL_SET_SBOX, oid.data(), 0))
-        return nullptr;
+    must(::gcry_cipher_ctl(made, GCRYCTL_SET_SBOX, oid.data(), 0));
     must(::gcry_cipher_setkey(made, key.data(), key.size()));
     if (!iv.empty())
         must(::gcry_cipher_setiv(made, iv.data(), iv.size()));

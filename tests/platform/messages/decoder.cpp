@@ -63,11 +63,43 @@ public:
     Bytes parameter(DWORD type, DWORD index) override {
         if (!isOpen_)
             fail(CRYPT_E_STREAM_MSG_NOT_READY);
-        if (type == CMSG_TYPE_PARAM)
-            return number(isSigned_ ? CMSG_SIGNED : CMSG_ENVELOPED);
-        if (type == CMSG_CONTENT_PARAM)
-            return collected_;
-        return isSigned_ ? signedParameter(type, index) : envelopedParameter(type, index);
+        if (isSigned_ && type == CMSG_ENVELOPE_ALGORITHM_PARAM)
+            fail(CRYPT_E_INVALID_MSG_TYPE);
+        switch (type) {
+            case CMSG_TYPE_PARAM:
+                return number(isSigned_ ? CMSG_SIGNED : CMSG_ENVELOPED);
+            case CMSG_CONTENT_PARAM:
+                return collected_;
+            case CMSG_ENVELOPE_ALGORITHM_PARAM:
+                return algorithm_;  // nobody looks into it
+            case CMSG_CMS_RECIPIENT_COUNT_PARAM:
+                return number(recipients_.size());
+            case CMSG_CMS_RECIPIENT_INFO_PARAM:
+                return told(recipient(at(recipients_, index)));
+            case CMSG_INNER_CONTENT_TYPE_PARAM:
+                return {parts_.contentType.c_str(),
+                        parts_.contentType.c_str() + parts_.contentType.size() + 1};
+            case CMSG_SIGNER_COUNT_PARAM:
+                return number(parts_.signers.size());
+            case CMSG_CERT_COUNT_PARAM:
+                return number(parts_.certificates.size());
+            case CMSG_CRL_COUNT_PARAM:
+                return number(0);
+            case CMSG_CERT_PARAM:
+                return at(parts_.certificates, index);
+            case CMSG_ENCODED_SIGNER:
+                return at(parts_.signers, index);
+            case CMSG_ENCODED_MESSAGE:
+                return parts_.layout(hasContent_).whole(collected_, parts_.after());
+            case CMSG_COMPUTED_HASH_PARAM:
+                return contentDigest(signer(index).HashAlgorithm.pszObjId);
+            case CMSG_SIGNER_CERT_INFO_PARAM:
+                return told(nameOf(signer(index).SignerId));
+            case CMSG_SIGNER_CERT_ID_PARAM:
+                return told(signer(index).SignerId);
+            default:  // CMSG_SIGNER_INFO_PARAM
+                return told(signerInfoOf(signer(index)));
+        }
     }
 
     void control(DWORD type, const void* argument) override {
@@ -207,58 +239,16 @@ private:
             decryptQueue();
     }
 
-    Bytes signedParameter(DWORD type, DWORD index) {
-        switch (type) {
-            case CMSG_INNER_CONTENT_TYPE_PARAM:
-                return {parts_.contentType.c_str(),
-                        parts_.contentType.c_str() + parts_.contentType.size() + 1};
-            case CMSG_SIGNER_COUNT_PARAM:
-                return number(parts_.signers.size());
-            case CMSG_CERT_COUNT_PARAM:
-                return number(parts_.certificates.size());
-            case CMSG_CRL_COUNT_PARAM:
-                return number(0);
-            case CMSG_CERT_PARAM:
-                return at(parts_.certificates, index);
-            case CMSG_ENCODED_SIGNER:
-                return at(parts_.signers, index);
-            case CMSG_ENCODED_MESSAGE:
-                return parts_.layout(hasContent_).whole(collected_, parts_.after());
-            default:
-                return signerParameter(type, signer(index));
-        }
-    }
-
-    Bytes signerParameter(DWORD type, const CMSG_CMS_SIGNER_INFO& signer) {
-        switch (type) {
-            case CMSG_COMPUTED_HASH_PARAM:
-                return contentDigest(signer.HashAlgorithm.pszObjId);
-            case CMSG_SIGNER_INFO_PARAM: {
-                const CERT_INFO name = nameOf(signer.SignerId);
-                return told(CMSG_SIGNER_INFO{signer.dwVersion, name.Issuer, name.SerialNumber,
-                                             signer.HashAlgorithm, signer.HashEncryptionAlgorithm,
-                                             signer.EncryptedHash, signer.AuthAttrs, signer.UnauthAttrs});
-            }
-            case CMSG_SIGNER_CERT_INFO_PARAM:
-                return told(nameOf(signer.SignerId));
-            case CMSG_SIGNER_CERT_ID_PARAM:
-                return told(signer.SignerId);
-            default:
-                fail(CRYPT_E_INVALID_MSG_TYPE);
-        }
-    }
-
-    Bytes envelopedParameter(DWORD type, DWORD index) {
-        switch (type) {
-            case CMSG_ENVELOPE_ALGORITHM_PARAM:
-                return algorithm_;  // nobody looks into it
-            case CMSG_CMS_RECIPIENT_COUNT_PARAM:
-                return number(recipients_.size());
-            case CMSG_CMS_RECIPIENT_INFO_PARAM:
-                return told(recipient(at(recipients_, index)));
-            default:
-                fail(CRYPT_E_INVALID_MSG_TYPE);
-        }
+    CMSG_SIGNER_INFO signerInfoOf(const CMSG_CMS_SIGNER_INFO& signer) {
+        const CERT_INFO name = nameOf(signer.SignerId);
+        return {signer.dwVersion,
+                name.Issuer,
+                name.SerialNumber,
+                signer.HashAlgorithm,
+                signer.HashEncryptionAlgorithm,
+                signer.EncryptedHash,
+                signer.AuthAttrs,
+                signer.UnauthAttrs};
     }
 
     CRYPT_DATA_BLOB kept(Bytes bytes) {

@@ -1,8 +1,7 @@
 // Messages that are made: signed, and enveloped.
 #include "message.h"
 
-#include <map>
-#include <optional>
+#include <functional>
 #include <span>
 
 namespace Corvane::Platform::Messages {
@@ -19,85 +18,31 @@ Bytes identity(const CERT_INFO& certificate) {
 
 class Encoder : public Message {
 public:
-    using Message::Message;
+    // What becomes of the content, and what follows it.
+    using Process = std::function<Bytes(View, bool)>;
+    using End = std::function<Bytes()>;
+    Encoder(const CMSG_STREAM_INFO* stream, Layout layout, Process process, End end)
+        : Message(stream), layout_(std::move(layout)), process_(std::move(process)), end_(std::move(end)) {}
 
     // Of a message that is no stream.
     Bytes parameter(DWORD, DWORD) override { return collected_; }
 
     void update(View bytes, bool isFinal) override {
-        const Bytes output = process(bytes, isFinal);
+        const Bytes output = process_(bytes, isFinal);
         if (!isStream())
-            return put(layout_.whole(output, end()));
+            return put(layout_.whole(output, end_()));
         if (!std::exchange(isBegun_, true))
             put(layout_.start());
         put(layout_.piece(output));
         if (isFinal)
-            put(layout_.end(end()));
+            put(layout_.end(end_()));
     }
 
-protected:
-    // What becomes of the content, and what follows it.
-    virtual Bytes process(View bytes, bool isFinal) = 0;
-    virtual Bytes end() = 0;
-
+private:
     Layout layout_;
-
-private:
+    Process process_;
+    End end_;
     bool isBegun_ = false;
-};
-
-class SignedEncoder : public Encoder {
-public:
-    SignedEncoder(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream)
-        : Encoder(stream), signers_(info.rgSigners, info.rgSigners + info.cSigners) {
-        for (const CRYPT_DATA_BLOB& certificate : std::span(info.rgCertEncoded, info.cCertEncoded))
-            parts_.certificates.push_back(bytesOf(viewOf(certificate)));
-        for (const CMSG_SIGNER_ENCODE_INFO& signer : signers_) {
-            parts_.addDigest(signer.HashAlgorithm.pszObjId);
-            digests_.try_emplace(signer.HashAlgorithm.pszObjId, signer.HashAlgorithm.pszObjId);
-        }
-        layout_ = parts_.layout(!(flags & CMSG_DETACHED_FLAG));
-    }
-
-private:
-    Bytes process(View bytes, bool) override {
-        for (auto& [hash, digest] : digests_)
-            digest.add(bytes);
-        return bytesOf(bytes);
-    }
-    Bytes end() override {
-        for (const CMSG_SIGNER_ENCODE_INFO& signer : signers_)
-            parts_.signers.push_back(signerInfo(signer, digests_.at(signer.HashAlgorithm.pszObjId).value()));
-        return parts_.after();
-    }
-
-    SignedParts parts_;
-    std::vector<CMSG_SIGNER_ENCODE_INFO> signers_;
-    std::map<std::string, Digest> digests_;
-};
-
-class EnvelopedEncoder : public Encoder {
-public:
-    EnvelopedEncoder(const CMSG_ENVELOPED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream)
-        : Encoder(stream), cipher_(info.hCryptProv, info.ContentEncryptionAlgorithm.pszObjId) {
-        Bytes recipients;
-        for (const CERT_INFO* one : std::span(info.rgpRecipients, info.cRecipients)) {
-            const CERT_PUBLIC_KEY_INFO& key = one->SubjectPublicKeyInfo;
-            const CRYPT_DATA_BLOB& parameters = key.Algorithm.Parameters;
-            append(recipients, tlv(Tag::sequence, integer(0), identity(*one),
-                                   algorithm(key.Algorithm.pszObjId, bytesOf(viewOf(parameters))),
-                                   tlv(Tag::octetString, cipher_.keyFor(info.hCryptProv, key))));
-        }
-        layout_ = {oid(Oid::envelopedData), integer(0), oid(Oid::data), true};
-        append(layout_.head, tlv(Tag::set, recipients));
-        append(layout_.innerHead, cipher_.identifier());
-    }
-
-private:
-    Bytes process(View bytes, bool isFinal) override { return cipher_.process(bytes, isFinal); }
-    Bytes end() override { return {}; }
-
-    ContentCipher cipher_;
 };
 
 }  // namespace
@@ -170,11 +115,38 @@ Bytes signerInfo(const CMSG_SIGNER_ENCODE_INFO& signer, const Bytes& digest) {
 }
 
 OwnedMessage encodeSigned(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream) {
-    return std::make_unique<SignedEncoder>(flags, info, stream);
+    SignedParts parts;
+    for (const CRYPT_DATA_BLOB& certificate : std::span(info.rgCertEncoded, info.cCertEncoded))
+        parts.certificates.push_back(bytesOf(viewOf(certificate)));
+    const CMSG_SIGNER_ENCODE_INFO signer = *info.rgSigners;
+    parts.addDigest(signer.HashAlgorithm.pszObjId);
+    const auto digest = std::make_shared<Digest>(signer.HashAlgorithm.pszObjId);
+    const auto process = [digest](View bytes, bool) {
+        digest->add(bytes);
+        return bytesOf(bytes);
+    };
+    const auto end = [parts, signer, digest]() mutable {
+        parts.signers.push_back(signerInfo(signer, digest->value()));
+        return parts.after();
+    };
+    return std::make_unique<Encoder>(stream, parts.layout(!(flags & CMSG_DETACHED_FLAG)), process, end);
 }
 
 OwnedMessage encodeEnveloped(const CMSG_ENVELOPED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream) {
-    return std::make_unique<EnvelopedEncoder>(info, stream);
+    const auto cipher =
+        std::make_shared<ContentCipher>(info.hCryptProv, info.ContentEncryptionAlgorithm.pszObjId);
+    Bytes recipients;
+    for (const CERT_INFO* one : std::span(info.rgpRecipients, info.cRecipients)) {
+        const CERT_PUBLIC_KEY_INFO& key = one->SubjectPublicKeyInfo;
+        append(recipients, tlv(Tag::sequence, integer(0), identity(*one),
+                               algorithm(key.Algorithm.pszObjId, bytesOf(viewOf(key.Algorithm.Parameters))),
+                               tlv(Tag::octetString, cipher->keyFor(info.hCryptProv, key))));
+    }
+    Layout layout{oid(Oid::envelopedData), integer(0), oid(Oid::data), true};
+    append(layout.head, tlv(Tag::set, recipients));
+    append(layout.innerHead, cipher->identifier());
+    const auto process = [cipher](View bytes, bool isFinal) { return cipher->process(bytes, isFinal); };
+    return std::make_unique<Encoder>(stream, layout, process, [] { return Bytes(); });
 }
 
 }  // namespace Corvane::Platform::Messages

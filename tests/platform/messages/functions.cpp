@@ -1,5 +1,6 @@
 // The functions that stand in for those of crypt32: a jump to each is put where the system's own begins, so
 // that what of crypt32 is made of these reaches them, too.
+#include "../gost/algorithms.h"
 #include "message.h"
 
 namespace Corvane::Platform::Messages {
@@ -56,21 +57,15 @@ BOOL WINAPI control(HCRYPTMSG handle, DWORD, DWORD type, const void* argument) {
     return succeeds([&] { messageOf(handle).control(type, argument); });
 }
 
-// A name that stands for a key identifier finds by that, as on Windows.
+// A name that stands for a key identifier, which is then its last value, finds by that, as on Windows.
 PCCERT_CONTEXT WINAPI getSubjectCertificate(HCERTSTORE store, DWORD encoding, PCERT_INFO id) {
-    CRYPT_DATA_BLOB keyIdentifier{};
-    succeeds([&] {
-        BerReader name = Reader(viewOf(id->Issuer)).enter(Tag::sequence);
-        BerReader attribute = name.enter(Tag::set).enter(Tag::sequence);
-        if (attribute.readOid() == Oid::keyIdentifierName) {
-            const View value = attribute.read(Tag::octetString);
-            keyIdentifier = {lengthOf(value), const_cast<BYTE*>(value.data())};
-        }
-    });
-    const bool isKey = keyIdentifier.cbData != 0;
-    return ::CertFindCertificateInStore(store, encoding, 0,
-                                        isKey ? CERT_FIND_KEY_IDENTIFIER : CERT_FIND_SUBJECT_CERT,
-                                        isKey ? static_cast<void*>(&keyIdentifier) : id, nullptr);
+    const View name = viewOf(id->Issuer);
+    const auto mark = std::ranges::search(name, oid(Oid::keyIdentifierName));
+    if (mark.empty())
+        return ::CertFindCertificateInStore(store, encoding, 0, CERT_FIND_SUBJECT_CERT, id, nullptr);
+    const View key = Reader({mark.end(), name.end()}).read(Tag::octetString);
+    CRYPT_DATA_BLOB wanted{lengthOf(key), const_cast<BYTE*>(key.data())};
+    return ::CertFindCertificateInStore(store, encoding, 0, CERT_FIND_KEY_IDENTIFIER, &wanted, nullptr);
 }
 
 // Windows finds the function that a provider registered by the key's algorithm.
@@ -79,15 +74,14 @@ BOOL WINAPI exportPublicKeyInfo(HCRYPTPROV_OR_NCRYPT_KEY_HANDLE provider, DWORD 
     return succeeds([&] {
         CryptKey key;
         must(::CryptGetUserKey(provider, spec, key.put()));
-        DWORD algorithm = numberOf([&](BYTE* value, DWORD* room) {
-            return ::CryptGetKeyParam(key.get(), KP_ALGID, value, room, 0);
-        });
-        if (algorithm == CALG_RSA_SIGN)
-            algorithm = CALG_RSA_KEYX;
-        const CRYPT_OID_INFO* const known =
-            must(::CryptFindOIDInfo(CRYPT_OID_INFO_ALGID_KEY, &algorithm, CRYPT_PUBKEY_ALG_OID_GROUP_ID));
-        must(::CryptExportPublicKeyInfoEx(provider, spec, encoding, const_cast<char*>(known->pszOID), 0,
-                                          nullptr, info, size));
+        const auto* known =
+            Gost::findAlgorithm(numberOf([&](BYTE* value, DWORD* room) {
+                                    return ::CryptGetKeyParam(key.get(), KP_ALGID, value, room, 0);
+                                }),
+                                &Gost::Algorithm::keyId);
+        must(::CryptExportPublicKeyInfoEx(provider, spec, encoding,
+                                          known ? const_cast<char*>(known->keyOid) : nullptr, 0, nullptr,
+                                          info, size));
     });
 }
 
@@ -109,14 +103,10 @@ void put(const char* name, Function* function) {
 }  // namespace
 }  // namespace Corvane::Platform::Messages
 
-// The module stays for the process's life.
-BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+// Whoever loads the module keeps it.
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
     using namespace Corvane::Platform::Messages;
     if (reason == DLL_PROCESS_ATTACH) {
-        HMODULE pinned = nullptr;
-        ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                             reinterpret_cast<LPCWSTR>(module), &pinned);
-        ::DisableThreadLibraryCalls(module);
         put("CertGetSubjectCertificateFromStore", getSubjectCertificate);
         put("CryptExportPublicKeyInfo", exportPublicKeyInfo);
         put("CryptMsgClose", close);
