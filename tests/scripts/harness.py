@@ -76,15 +76,6 @@ def script(bitness, path, *arguments, options=(), cwd=None):
     )
 
 
-def answered_script(bitness, path, answers, *arguments, cwd=None):
-    """The outcomes of a script that shows file dialogs and of the program that answers them. `answers` are pairs of a
-    dialog's caption and the path that is typed into it, or nothing where it is cancelled."""
-    program = BUILD / bitness / "dialogdriver.exe"
-    with concurrent.futures.ThreadPoolExecutor(1) as pool:
-        driver = pool.submit(wine, bitness, program, *(text for answer in answers for text in answer), cwd=cwd)
-        return script(bitness, path, *arguments, cwd=cwd), driver.result()
-
-
 def test_script(bitness, path, *arguments, options=(), cwd=None):
     """A script that uses the checks of lib.js or lib.vbs."""
     library = pathlib.Path(__file__).with_name("lib" + path.suffix)
