@@ -41,13 +41,6 @@ function fails(action, text, message) {
     throws(action, "0x" + (0x80040200 + parseInt(text.substr(1), 10)).toString(16), text, message);
 }
 
-// Rows of what the value is, the value expected, the value got.
-function equalAll(rows) {
-    for (var i = 0; i < rows.length; ++i) {
-        equal(rows[i][2], rows[i][1], rows[i][0]);
-    }
-}
-
 // Rows of an expression over global names and its value.
 function values(rows) {
     for (var i = 0; i < rows.length; ++i) {

@@ -65,16 +65,8 @@ cases.install = function () {
     install(answers[2].ToHexString(), path, pin);
 };
 
-// ---- What Diagnose tells
-
-function diagnose() {
-    var start = new Date().getTime();
-    var report = JSON.parse(create("About").Diagnose());
-    var seconds = (new Date().getTime() - start) / 1000;
-    check(seconds < 20, seconds + " s");
-    return report;
-}
-
+// What Diagnose tells, in time
+var report, providers, drivers, readers;
 function byName(list) {
     var found = {};
     for (var i = 0; i < list.length; ++i) {
@@ -82,60 +74,63 @@ function byName(list) {
     }
     return found;
 }
+function diagnose() {
+    var start = new Date().getTime();
+    report = JSON.parse(create("About").Diagnose());
+    check(new Date().getTime() - start < 20000, "it took too long");
+    providers = byName(report.providers);
+    drivers = byName(report.drivers);
+    readers = byName(report.readers);
+}
 
+var key = "HKCR\\CLSID\\{6CF0781B-BFBC-4552-BFA5-7B8CA93B4E40}\\";
 cases.diagnose = function () {
-    var report = diagnose();
-    var key = "HKCR\\CLSID\\{6CF0781B-BFBC-4552-BFA5-7B8CA93B4E40}\\";
-    var file = shell.RegRead(key + "InprocServer32\\");
-    var providers = byName(report.providers), drivers = byName(report.drivers), readers = byName(report.readers);
-    var absent = providers["Infotecs Cryptographic Service Provider"];
-    var foreign = drivers["jcPKCS11ds.dll"], works = drivers["rtPKCS11.dll"], lonely = drivers["isbc_pkcs11_main.dll"];
-    equalAll([
-        ["version", "2.9.9.41", report.version],
-        ["Windows", create("About").WinVersion, report.windows],
-        ["path", file, report.path],
-        ["registered path", file, report.registered.path],
-        ["registered version", shell.RegRead(key + "Version\\"), report.registered.version],
-        ["is this", true, report.registered.isThis],
-        ["level", 0, report.log.level],
-        ["writable", true, report.log.writable],
-        ["left behind", false, create("FileSystemService").FileExists(report.log.path)],
-        ["Location", null, report.settings.Location],
-        ["search path", shell.ExpandEnvironmentStrings("%PATH%").replace(/\0$/, ""), report.settings.PATH],
-        ["RSA opens", true, providers["Microsoft Enhanced RSA and AES Cryptographic Provider"].opens],
-        ["absent", false, absent.opens],
-        ["its error", true, /^0x800900(17|19)/.test(absent.error)],
-        ["card service", "stopped disabled", report.cardService.state + " " + report.cardService.start],
-        ["missing", false, drivers["jcPKCS11-2.dll"].found],
-        ["of the other bitness", 96 - report.bitness, foreign.bitness],
-        ["its error", true, /^\[0xc1\]LoadLibrary /.test(foreign.error)],
-        ["works", report.bitness, works.bitness],
-        ["its tokens", 1, works.tokens],
-        ["its path", true, /\\rtPKCS11\.dll$/.test(works.path)],
-        ["what it lacks", '["absent.dll"]', JSON.stringify(lonely.missing)],
-        ["its error", true, /^\[0x7e\]LoadLibrary /.test(lonely.error)],
-        ["itself, not the one that is missing", true, lonely.error.indexOf(" (" + lonely.path + ")") > 0],
-        ["readers", 2, report.readers.length],
-        ["ATR", WScript.Arguments(2), readers[slot].atr],
-        ["a card", "present", readers[slot].state[0]],
-        ["no card", '["empty"]', JSON.stringify(readers["Empty 0"].state)]
+    diagnose();
+    values([
+        ["report.version", "2.9.9.41"],
+        ["report.windows", create("About").WinVersion],
+        ["report.path", shell.RegRead(key + "InprocServer32\\")],
+        ["report.registered.path", report.path],
+        ["report.registered.version", shell.RegRead(key + "Version\\")],
+        ["report.registered.isThis", true],
+        ["report.log.level", 0],
+        ["report.log.writable", true],
+        ["create('FileSystemService').FileExists(report.log.path)", false], // nothing is left behind
+        ["report.settings.Location", null],
+        ["report.settings.PATH", shell.ExpandEnvironmentStrings("%PATH%").replace(/\0$/, "")],
+        ["providers['Microsoft Enhanced RSA and AES Cryptographic Provider'].opens", true],
+        ["providers['Infotecs Cryptographic Service Provider'].opens", false],
+        ["/^0x800900(17|19)/.test(providers['Infotecs Cryptographic Service Provider'].error)", true],
+        ["report.cardService.state + ' ' + report.cardService.start", "stopped disabled"],
+        ["drivers['jcPKCS11-2.dll'].found", false],
+        ["drivers['jcPKCS11ds.dll'].bitness", 96 - report.bitness],
+        ["/^\\[0xc1\\]LoadLibrary /.test(drivers['jcPKCS11ds.dll'].error)", true],
+        ["drivers['rtPKCS11.dll'].bitness", report.bitness],
+        ["drivers['rtPKCS11.dll'].tokens", 1],
+        ["/\\\\rtPKCS11\\.dll$/.test(drivers['rtPKCS11.dll'].path)", true],
+        ["JSON.stringify(drivers['isbc_pkcs11_main.dll'].missing)", '["absent.dll"]'],
+        ["drivers['isbc_pkcs11_main.dll'].error.indexOf('[0x7e]LoadLibrary ')", 0],
+        ["drivers['isbc_pkcs11_main.dll'].error.indexOf(' (' + drivers['isbc_pkcs11_main.dll'].path + ')') > 0", true],
+        ["report.readers.length", 2],
+        ["readers[slot].atr", WScript.Arguments(2)],
+        ["readers[slot].state[0]", "present"],
+        ["JSON.stringify(readers['Empty 0'].state)", '["empty"]']
     ]);
 };
 
 // With the settings of enroll-test, a driver and a card service that do not answer.
 cases.hang = function () {
-    var report = diagnose();
-    var drivers = byName(report.drivers);
-    equalAll([
-        ["no driver", true, /^\[0x7f\]GetProcAddress /.test(drivers["jcPKCS11ds.dll"].error)],
-        ["driver", "the driver does not answer and is given up", drivers["rtPKCS11.dll"].error],
-        ["another", 1, drivers["isbc_pkcs11_main.dll"].tokens],
-        ["readers", "no answer in time", report.readers.error],
-        ["log", "Z:\\no such folder\\corvane.log", report.log.path],
-        ["writable", false, report.log.writable],
-        ["the file or the path is not found", true, /^0x[23]\b/.test(report.log.error)],
-        ["UseLocalPkcs11Drivers", 1, report.settings.UseLocalPkcs11Drivers],
-        ["invalid sites", '[{"list":"user","pattern":"*.ru"}]', JSON.stringify(report.invalidSites)]
+    diagnose();
+    values([
+        ["/^\\[0x7f\\]GetProcAddress /.test(drivers['jcPKCS11ds.dll'].error)", true],
+        ["drivers['rtPKCS11.dll'].error", "the driver does not answer and is given up"],
+        ["drivers['isbc_pkcs11_main.dll'].tokens", 1],
+        ["report.readers.error", "no answer in time"],
+        ["report.log.path", "Z:\\no such folder\\corvane.log"],
+        ["report.log.writable", false],
+        ["/^0x[23]\\b/.test(report.log.error)", true], // the file or the path is not found
+        ["report.settings.UseLocalPkcs11Drivers", 1],
+        ["JSON.stringify(report.invalidSites)", '[{"list":"user","pattern":"*.ru"}]']
     ]);
 };
 

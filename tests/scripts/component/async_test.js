@@ -23,10 +23,7 @@ half.Seek(2);
 token = create("OperationToken");
 later("service.GetCrc32StreamAsync(half, done, token)");
 equal(token.Progress, 0.5, "of the whole stream");
-refusals([
-    ["service.GetCrc32StreamAsync(streamOf(abc), check, service)", "0x80004002"],
-    ["service.GetCrc32StreamAsync(abc, check)", "0x80004002"]
-]);
+refusals([["service.GetCrc32StreamAsync(streamOf(abc), check, service)", "0x80004002"]]);
 
 // Positions
 var stream = streamOf(abc);
