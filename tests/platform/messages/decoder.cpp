@@ -35,11 +35,9 @@ Bytes number(std::size_t value) {
 
 class Decoder : public Message {
 public:
-    Decoder(bool isDetached, const CMSG_STREAM_INFO* stream) : Message(stream), isDetached_(isDetached) {}
+    using Message::Message;
 
     void update(View bytes, bool isFinal) override {
-        if (isWhole_ && (!isDetached_ || hasContent_))
-            fail(CRYPT_E_MSG_ERROR);
         if (isWhole_)
             return takeContent(bytes);
         append(pending_, bytes);
@@ -53,8 +51,7 @@ public:
                 throw;
             return;
         }
-        while (readPiece(isFinal)) {
-        }
+        readContent(isFinal);
         if (isFinal)
             readEnd();
         pending_.erase(pending_.begin(), pending_.end() - static_cast<std::ptrdiff_t>(rest_.size()));
@@ -187,27 +184,23 @@ private:
         levels_.push_back({isIndefinite ? untilMarker : position_ + length, (tag & Tag::constructed) != 0});
     }
 
-    // One header, one end, or what is there of one piece; false where more must come, or the content ended.
-    bool readPiece(bool isFinal) {
-        if (levels_.empty())
-            return false;
-        const Level level = levels_.back();
-        const bool isIndefinite = level.end == untilMarker;
-        if (!level.isConstructed && position_ < level.end) {
-            takeContent(take(std::min<std::uint64_t>(level.end - position_, rest_.size())));
-            return !rest_.empty() || position_ == level.end;
+    // Headers, ends, and what is there of the pieces, until more must come or the content has ended.
+    void readContent(bool isFinal) {
+        while (!levels_.empty()) {
+            const Level level = levels_.back();
+            if (!level.isConstructed && position_ < level.end && !rest_.empty()) {
+                takeContent(take(std::min<std::uint64_t>(level.end - position_, rest_.size())));
+            } else if (position_ >= level.end) {
+                levels_.pop_back();
+            } else if (!level.isConstructed || (rest_.size() < largestHeader && !isFinal)) {
+                return;
+            } else if (level.end == untilMarker && !rest_.empty() && rest_[0] == 0) {
+                take(endMarkerSize);
+                levels_.pop_back();
+            } else {
+                enter();
+            }
         }
-        if (isIndefinite && rest_.size() < largestHeader && !isFinal)
-            return false;
-        if (isIndefinite ? !rest_.empty() && rest_[0] == 0 : position_ >= level.end) {
-            take(isIndefinite ? endMarkerSize : 0);
-            levels_.pop_back();
-        } else {
-            if (rest_.size() < largestHeader && !isFinal)
-                return false;
-            enter();
-        }
-        return true;
     }
 
     // In a stream nothing stays in memory but the running digests, or what came before the key.
@@ -368,7 +361,7 @@ private:
     }
     void decryptQueue() { put(cipher_->process(std::exchange(queue_, {}), isWhole_)); }
 
-    bool isDetached_, isOpen_ = false, isSigned_ = false, hasContent_ = false, isWhole_ = false;
+    bool isOpen_ = false, isSigned_ = false, hasContent_ = false, isWhole_ = false;
     Bytes pending_;
     View rest_;                   // of it
     std::uint64_t position_ = 0;  // from the beginning of the content on
@@ -385,8 +378,8 @@ private:
 
 }  // namespace
 
-OwnedMessage decode(bool isDetached, const CMSG_STREAM_INFO* stream) {
-    return std::make_unique<Decoder>(isDetached, stream);
+OwnedMessage decode(const CMSG_STREAM_INFO* stream) {
+    return std::make_unique<Decoder>(stream);
 }
 
 }  // namespace Corvane::Platform::Messages

@@ -27,9 +27,8 @@ HCRYPTMSG WINAPI openToEncode(DWORD, DWORD flags, DWORD type, const void* info, 
     });
 }
 
-HCRYPTMSG WINAPI openToDecode(DWORD, DWORD flags, DWORD, HCRYPTPROV_LEGACY, PCERT_INFO,
-                              PCMSG_STREAM_INFO stream) {
-    return opened([&] { return decode((flags & CMSG_DETACHED_FLAG) != 0, stream); });
+HCRYPTMSG WINAPI openToDecode(DWORD, DWORD, DWORD, HCRYPTPROV_LEGACY, PCERT_INFO, PCMSG_STREAM_INFO stream) {
+    return opened([&] { return decode(stream); });
 }
 
 HCRYPTMSG WINAPI duplicate(HCRYPTMSG handle) {

@@ -49,7 +49,7 @@ using OwnedMessage = std::unique_ptr<Message>;
 
 OwnedMessage encodeSigned(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream);
 OwnedMessage encodeEnveloped(const CMSG_ENVELOPED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream);
-OwnedMessage decode(bool isDetached, const CMSG_STREAM_INFO* stream);
+OwnedMessage decode(const CMSG_STREAM_INFO* stream);
 
 // The shape that signed and enveloped messages share: a head, content in one octet string, and an end. In a
 // stream the outer elements are of indefinite length, and the content comes in pieces.
