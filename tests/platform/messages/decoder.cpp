@@ -11,7 +11,7 @@
 namespace Corvane::Platform::Messages {
 namespace {
 
-constexpr std::size_t endMarkerSize = 2, largestHeader = 10;
+constexpr std::size_t largestHeader = 10;
 constexpr std::uint64_t untilMarker = UINT64_MAX;
 
 std::vector<Bytes> elementsOf(BerReader reader) {

@@ -7,15 +7,6 @@
 namespace Corvane::Platform::Messages {
 namespace {
 
-constexpr std::uint8_t indefinite = 0x80;
-constexpr std::size_t endMarkerSize = 2;
-
-// IssuerAndSerialNumber
-Bytes identity(const CERT_INFO& certificate) {
-    return tlv(Tag::sequence, viewOf(certificate.Issuer),
-               tlv(Tag::integer, reversed(viewOf(certificate.SerialNumber))));
-}
-
 class Encoder : public Message {
 public:
     // What becomes of the content, and what follows it.
@@ -46,73 +37,6 @@ private:
 };
 
 }  // namespace
-
-Bytes Layout::whole(View content, View after) const {
-    const Bytes string = !hasContent  ? Bytes()
-                         : isImplicit ? tlv(Tag::contextPrimitive(0), content)
-                                      : tlv(Tag::context(0), tlv(Tag::octetString, content));
-    const Bytes body = tlv(Tag::sequence, head, tlv(Tag::sequence, innerHead, string), after);
-    return tlv(Tag::sequence, type, tlv(Tag::context(0), body));
-}
-
-Bytes Layout::start() const {
-    Bytes start{Tag::sequence, indefinite};
-    append(start, type);
-    append(start, Bytes{Tag::context(0), indefinite, Tag::sequence, indefinite});
-    append(start, head);
-    append(start, Bytes{Tag::sequence, indefinite});
-    append(start, innerHead);
-    if (hasContent)
-        append(start, Bytes{Tag::context(0), indefinite});
-    if (hasContent && !isImplicit)
-        append(start, Bytes{Tag::octetString | Tag::constructed, indefinite});
-    return start;
-}
-
-Bytes Layout::piece(View content) const {
-    return content.empty() || !hasContent ? Bytes() : tlv(Tag::octetString, content);
-}
-
-Bytes Layout::end(View after) const {
-    // The markers of the string, of [0] around it and of the inner element; and of the three outer elements.
-    Bytes rest((hasContent ? isImplicit ? 2 : 3 : 1) * endMarkerSize);
-    append(rest, after);
-    rest.resize(rest.size() + 3 * endMarkerSize);
-    return rest;
-}
-
-void SignedParts::addDigest(const std::string& hash) {
-    if (std::ranges::find(digests, hash) == digests.end())
-        digests.push_back(hash);
-}
-
-Layout SignedParts::layout(bool hasContent) const {
-    Bytes algorithms;
-    for (const std::string& digest : digests)
-        append(algorithms, algorithm(digest));
-    Bytes head = integer(contentType != Oid::data ? 3 : 1);
-    append(head, tlv(Tag::set, algorithms));
-    return {oid(Oid::signedData), head, oid(contentType), false, hasContent};
-}
-
-Bytes SignedParts::after() const {
-    Bytes all[2];
-    for (const Bytes& certificate : certificates)
-        append(all[0], certificate);
-    for (const Bytes& signer : signers)
-        append(all[1], signer);
-    Bytes rest = all[0].empty() ? Bytes() : tlv(Tag::context(0), all[0]);
-    return append(rest, tlv(Tag::set, all[1]));
-}
-
-Bytes signerInfo(const CMSG_SIGNER_ENCODE_INFO& signer, const Bytes& digest) {
-    const std::string hash = signer.HashAlgorithm.pszObjId;
-    const Bytes signature =
-        signDigest(signer.hCryptProv, signer.dwKeySpec ? signer.dwKeySpec : AT_SIGNATURE, hash, digest);
-    return tlv(Tag::sequence, integer(1), identity(*signer.pCertInfo), algorithm(hash),
-               algorithm(signer.pCertInfo->SubjectPublicKeyInfo.Algorithm.pszObjId),
-               tlv(Tag::octetString, signature));
-}
 
 OwnedMessage encodeSigned(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream) {
     SignedParts parts;

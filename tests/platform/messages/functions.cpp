@@ -1,6 +1,5 @@
 // The functions that stand in for those of crypt32: a jump to each is put where the system's own begins, so
 // that what of crypt32 is made of these reaches them, too.
-#include "../gost/algorithms.h"
 #include "message.h"
 
 namespace Corvane::Platform::Messages {
