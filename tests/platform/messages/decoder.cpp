@@ -21,10 +21,6 @@ std::vector<Bytes> elementsOf(BerReader reader) {
     return all;
 }
 
-const Bytes& at(const std::vector<Bytes>& all, DWORD index) {
-    return index < all.size() ? all[index] : (fail(CRYPT_E_INVALID_INDEX), all[0]);
-}
-
 template <class Structure>
 Bytes told(const Structure& structure) {
     return bytesOf(viewOfStructure(structure));
@@ -72,7 +68,7 @@ public:
             case CMSG_CMS_RECIPIENT_COUNT_PARAM:
                 return number(recipients_.size());
             case CMSG_CMS_RECIPIENT_INFO_PARAM:
-                return told(recipient(at(recipients_, index)));
+                return told(recipient(recipients_.at(index)));
             case CMSG_INNER_CONTENT_TYPE_PARAM:
                 return {parts_.contentType.c_str(),
                         parts_.contentType.c_str() + parts_.contentType.size() + 1};
@@ -83,9 +79,9 @@ public:
             case CMSG_CRL_COUNT_PARAM:
                 return number(0);
             case CMSG_CERT_PARAM:
-                return at(parts_.certificates, index);
+                return parts_.certificates.at(index);
             case CMSG_ENCODED_SIGNER:
-                return at(parts_.signers, index);
+                return parts_.signers.at(index);
             case CMSG_ENCODED_MESSAGE:
                 return parts_.layout(hasContent_).whole(collected_, parts_.after());
             case CMSG_COMPUTED_HASH_PARAM:
@@ -232,11 +228,11 @@ private:
             decryptQueue();
     }
 
-    CMSG_SIGNER_INFO signerInfoOf(const CMSG_CMS_SIGNER_INFO& signer) {
-        const CERT_INFO name = nameOf(signer.SignerId);
+    // Without its name, which is asked for by itself.
+    static CMSG_SIGNER_INFO signerInfoOf(const CMSG_CMS_SIGNER_INFO& signer) {
         return {signer.dwVersion,
-                name.Issuer,
-                name.SerialNumber,
+                {},
+                {},
                 signer.HashAlgorithm,
                 signer.HashEncryptionAlgorithm,
                 signer.EncryptedHash,
@@ -250,7 +246,7 @@ private:
     }
 
     const CMSG_CMS_SIGNER_INFO& signer(DWORD index) {
-        const Bytes& der = at(parts_.signers, index);
+        const Bytes& der = parts_.signers.at(index);
         Bytes& decoded = signers_[index];
         if (decoded.empty())
             decoded = filled([&](BYTE* buffer, DWORD* size) {
@@ -294,7 +290,7 @@ private:
         const std::string hash = one.HashAlgorithm.pszObjId;
         const View signature = viewOf(one.EncryptedHash);
         Bytes digest = contentDigest(hash);
-        const Bytes attributes = asn1::signedAttributes(at(parts_.signers, index));
+        const Bytes attributes = asn1::signedAttributes(parts_.signers.at(index));
         if (!attributes.empty()) {
             if (!std::ranges::equal(attribute(one, Oid::messageDigest).read(Tag::octetString), digest))
                 fail(CRYPT_E_HASH_VALUE);
@@ -351,7 +347,7 @@ private:
     }
 
     void decrypt(const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA& how) {
-        BerReader reader = Reader(at(recipients_, how.dwRecipientIndex)).enter(Tag::sequence);
+        BerReader reader = Reader(recipients_.at(how.dwRecipientIndex)).enter(Tag::sequence);
         reader.skip();
         reader.skip();
         reader.skip();  // the algorithm, which the key tells
