@@ -33,16 +33,15 @@ Bytes requestInfo(const CERT_REQUEST_INFO& info) {
                encoded(X509_PUBLIC_KEY_INFO, &info.SubjectPublicKeyInfo), attributes);
 }
 
-void setValue(const std::wstring& key, const wchar_t* name, DWORD type, View data) {
+void setValue(const std::wstring& key, const wchar_t* name, DWORD type, const void* data, std::size_t size) {
     const std::wstring path = L"Software\\Microsoft\\Cryptography\\Defaults\\" + key;
     if (const LSTATUS status =
-            ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, path.c_str(), name, type, data.data(), lengthOf(data)))
+            ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, path.c_str(), name, type, data, static_cast<DWORD>(size)))
         fail(status);
 }
 
 void setText(const std::wstring& key, const wchar_t* name, const std::wstring& text) {
-    setValue(key, name, REG_SZ,
-             {reinterpret_cast<const std::uint8_t*>(text.c_str()), (text.size() + 1) * sizeof(wchar_t)});
+    setValue(key, name, REG_SZ, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
 }
 
 // `extra` is what the group says of ExtraInfo in the documentation of CRYPT_OID_INFO.
@@ -68,8 +67,8 @@ void registerFunction(const char* kind, const char* oid, const char* function) {
 void registerAlgorithm(const Algorithm& algorithm) {
     const std::wstring provider = L"Provider\\" + std::wstring(algorithm.provider);
     setText(provider, L"Image Path", ownPath());
-    setValue(provider, L"Type", REG_DWORD, viewOfStructure(algorithm.providerType));
-    setValue(provider, L"Signature", REG_BINARY, Bytes(1));
+    setValue(provider, L"Type", REG_DWORD, &algorithm.providerType, sizeof(DWORD));
+    setValue(provider, L"Signature", REG_BINARY, "", 1);
     setText(L"Provider Types\\Type 0" + std::to_wstring(algorithm.providerType), L"Name", algorithm.provider);
     registerIdentifier(CRYPT_HASH_ALG_OID_GROUP_ID, algorithm.hashOid, algorithm.hashId);
     registerIdentifier(CRYPT_PUBKEY_ALG_OID_GROUP_ID, algorithm.keyOid, algorithm.keyId);

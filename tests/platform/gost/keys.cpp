@@ -51,11 +51,8 @@ Key import(const Context& context, View bytes, HCRYPTKEY with, DWORD flags) {
         isPublic ? readPublicKeyInfo(content) : readPrivateKeyInfo(underAgreed(with, content, false));
     if (pair.algorithm != context.algorithm)
         fail(NTE_BAD_ALGID);
-    if (isPublic && with) {
-        Key agreed = keyWith(&Key::session, agreeOn(objectOf<Key>(with).pair, pair), false);
-        agreed.isAgreed = true;
-        return agreed;
-    }
+    if (isPublic && with)
+        return keyWith(&Key::session, agreeOn(objectOf<Key>(with).pair, pair), false);
     Key key = keyWith(&Key::pair, std::move(pair), isExportable);
     if (!isPublic)
         storeKey(context, AT_KEYEXCHANGE, key);
@@ -88,8 +85,7 @@ void setParameter(const Context& context, Key& key, DWORD which, const BYTE* val
     else if (which == substitutionParameter)
         key.session.substitution = reinterpret_cast<const char*>(value);
     else
-        key.wrapsKeys =
-            key.isAgreed && *reinterpret_cast<const ALG_ID*>(value) == context.algorithm->keyWrapId;
+        key.wrapsKeys = *reinterpret_cast<const ALG_ID*>(value) == context.algorithm->keyWrapId;
 }
 
 // The cipher feeds back its output, so that nothing is padded; the last piece puts it back to its start.

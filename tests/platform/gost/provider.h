@@ -19,8 +19,7 @@ struct Key {
     KeyPair pair;  // of a key pair or a public key; without an algorithm: a session key
     bool isExportable = false;
     SessionKey session;
-    bool isAgreed = false;   // the session is one that two pairs agree on
-    bool wrapsKeys = false;  // and private keys may be exported under it
+    bool wrapsKeys = false;  // private keys may be exported under it
     Bytes iv = Bytes(8);
     Cipher running;  // null before the first and after the last block
 };
