@@ -9,6 +9,9 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+# What tests import besides; no cache of it is to lie beside the sources.
+sys.dont_write_bytecode = True
+sys.path += [str(ROOT / "tools/lib"), str(ROOT / "tests/platform/judge")]
 BUILD = pathlib.Path(os.environ.get("CORVANE_BUILD", ROOT / "build"))
 PKI = ROOT / "tests/data/pki"
 BITNESSES = ("x64", "x86")
