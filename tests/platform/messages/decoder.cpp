@@ -100,7 +100,7 @@ public:
             const auto& how = *static_cast<const CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA*>(argument);
             verify(how.dwSignerIndex, *static_cast<const CERT_CONTEXT*>(how.pvSigner)->pCertInfo);
         } else if (type == CMSG_CTRL_VERIFY_SIGNATURE) {
-            verifyFirst(*static_cast<const CERT_INFO*>(argument));
+            verifyAny(*static_cast<const CERT_INFO*>(argument));
         } else if (type == CMSG_CTRL_ADD_SIGNER) {
             const auto& signer = *static_cast<const CMSG_SIGNER_ENCODE_INFO*>(argument);
             parts_.signers.push_back(signerInfo(signer, contentDigest(signer.HashAlgorithm.pszObjId)));
@@ -144,18 +144,16 @@ private:
             enter();
         if (isSigned_) {
             parts_.contentType = contentType;
-            for (const Bytes& digest : elementsOf(set))
-                startDigest(Reader(digest).enter(Tag::sequence).readOid());
+            for (const Bytes& digest : elementsOf(set)) {
+                const std::string hash = Reader(digest).enter(Tag::sequence).readOid();
+                parts_.addDigest(hash);
+                // Signers with an algorithm that is not known cannot be verified, which is told then.
+                succeeds([&] { digests_.try_emplace(hash, hash); });
+            }
         } else {
             algorithm_ = bytesOf(last);
             recipients_ = elementsOf(set);
         }
-    }
-
-    // Signers with an algorithm that is not known cannot be verified, which is told then.
-    void startDigest(const std::string& hash) {
-        parts_.addDigest(hash);
-        succeeds([&] { digests_.try_emplace(hash, hash); });
     }
 
     View take(std::uint64_t size) {
@@ -228,16 +226,14 @@ private:
             decryptQueue();
     }
 
-    // Without its name, which is asked for by itself.
+    // What is looked at; its name is asked for by itself.
     static CMSG_SIGNER_INFO signerInfoOf(const CMSG_CMS_SIGNER_INFO& signer) {
-        return {signer.dwVersion,
-                {},
-                {},
-                signer.HashAlgorithm,
-                signer.HashEncryptionAlgorithm,
-                signer.EncryptedHash,
-                signer.AuthAttrs,
-                signer.UnauthAttrs};
+        CMSG_SIGNER_INFO info{};
+        info.HashAlgorithm = signer.HashAlgorithm;
+        info.HashEncryptionAlgorithm = signer.HashEncryptionAlgorithm;
+        info.EncryptedHash = signer.EncryptedHash;
+        info.AuthAttrs = signer.AuthAttrs;
+        return info;
     }
 
     CRYPT_DATA_BLOB kept(Bytes bytes) {
@@ -310,17 +306,10 @@ private:
         fail(CRYPT_E_AUTH_ATTR_MISSING);
     }
 
-    // The first signer that may mean that certificate.
-    void verifyFirst(const CERT_INFO& certificate) {
-        for (DWORD index = 0; index < parts_.signers.size(); ++index) {
-            const CERT_ID& id = signer(index).SignerId;
-            const CERT_INFO name = nameOf(id);
-            if (id.dwIdChoice == CERT_ID_KEY_IDENTIFIER ||
-                (std::ranges::equal(viewOf(name.Issuer), viewOf(certificate.Issuer)) &&
-                 std::ranges::equal(viewOf(name.SerialNumber), viewOf(certificate.SerialNumber))))
-                return verify(index, certificate);
-        }
-        fail(CRYPT_E_SIGNER_NOT_FOUND);
+    // Which signer is meant nobody tells: one whose signature is good for that certificate.
+    void verifyAny(const CERT_INFO& certificate) {
+        for (DWORD index = 0; !succeeds([&] { verify(index, certificate); }); ++index)
+            must(index + 1 < parts_.signers.size());
     }
 
     // Of other kinds than key transport the kind alone.
