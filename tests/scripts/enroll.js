@@ -2,7 +2,6 @@
 // what is made and read
 var service = create("CryptoService");
 var provider = service.GetDefaultCryptoProvider();
-var bytes = create("BinaryObjectService");
 var container = WScript.Arguments(1);
 var folder = WScript.Arguments(2) + "/";
 var cases = {};

@@ -4,6 +4,9 @@ function create(name) {
     return new ActiveXObject("VetrelCorvane2." + name);
 }
 
+// What nearly every test reads and makes bytes with.
+var bytes = create("BinaryObjectService");
+
 function check(condition, message) {
     if (!condition) {
         throw new Error(message || "a condition does not hold");

@@ -2,7 +2,6 @@
 // are made, and what else the case needs
 var service = create("CryptoService");
 var provider = service.GetDefaultCryptoProvider();
-var bytes = create("BinaryObjectService");
 var shell = new ActiveXObject("WScript.Shell");
 var slot = "Aktiv Rutoken ECP 0", pin = "12345678";
 var folder = WScript.Arguments(1) + "/";

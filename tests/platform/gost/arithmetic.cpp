@@ -166,8 +166,10 @@ bool verify(const std::string& curve, View publicKey, View digest, View signatur
     const Number order(::gcry_mpi_ec_get_mpi("n", context.get(), 1));
     const Number s = number(reversed(signature.first(size)));
     const Number r = number(reversed(signature.subspan(size)));
+    const Number e = number(digest);
     const Number inverse(::gcry_mpi_new(0));
-    ::gcry_mpi_invm(inverse.get(), number(digest).get(), order.get());
+    ::gcry_mpi_mod(e.get(), e.get(), order.get());
+    ::gcry_mpi_invm(inverse.get(), e.get(), order.get());
     ::gcry_mpi_mulm(s.get(), s.get(), inverse.get(), order.get());
     ::gcry_mpi_mulm(inverse.get(), r.get(), inverse.get(), order.get());
     ::gcry_mpi_sub(inverse.get(), order.get(), inverse.get());

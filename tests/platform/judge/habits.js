@@ -1,7 +1,6 @@
 // The operations as scripts call them: what is left out, what is nothing, lists of certificates, tokens and streams.
 // arguments: a certificate's file, in PEM; tests/data/pki
 var service = create("CryptoService");
-var bytes = create("BinaryObjectService");
 var key = service.FindCertificate('{"name": "Leaf rsa-1", "storeName": "My", "hasPrivateKeyOnly": true}');
 var bare = service.CreateCertificateFromContent(bytes.BinaryObjectFromFile(WScript.Arguments(0)));
 var document = binaryOf("document");

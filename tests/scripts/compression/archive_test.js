@@ -1,6 +1,5 @@
 // ZipArchive as a script sees it: lists, names, folders on disk.
 var service = create("CompressionService");
-var bytes = create("BinaryObjectService");
 var disk = create("FileSystemService");
 var data = "../data/zip/";
 var greeting = "дерево/папка/привет.txt";
