@@ -71,7 +71,6 @@ void registerAlgorithm(const Algorithm& algorithm) {
     setValue(provider, L"Signature", REG_BINARY, "", 1);
     setText(L"Provider Types\\Type 0" + std::to_wstring(algorithm.providerType), L"Name", algorithm.provider);
     registerIdentifier(CRYPT_HASH_ALG_OID_GROUP_ID, algorithm.hashOid, algorithm.hashId);
-    registerIdentifier(CRYPT_PUBKEY_ALG_OID_GROUP_ID, algorithm.keyOid, algorithm.keyId);
     // The key's algorithm, flags, and the type of the provider that hashes.
     registerIdentifier(CRYPT_SIGN_ALG_OID_GROUP_ID, algorithm.signatureOid, algorithm.hashId,
                        {algorithm.keyId, 0, algorithm.providerType});
