@@ -15,16 +15,6 @@ Bytes encoded(const char* type, const void* structure) {
     });
 }
 
-// A context for all that is public.
-HCRYPTPROV contextFor(const Algorithm& algorithm) {
-    static HCRYPTPROV shared[std::size(algorithms)];
-    HCRYPTPROV& context = shared[&algorithm - algorithms];
-    if (!context)
-        must(::CryptAcquireContextW(&context, nullptr, algorithm.provider, algorithm.providerType,
-                                    CRYPT_VERIFYCONTEXT));
-    return context;
-}
-
 Bytes requestInfo(const CERT_REQUEST_INFO& info) {
     const CRYPT_ATTRIBUTES all{info.cAttribute, info.rgAttribute};
     Bytes attributes = encoded(PKCS_ATTRIBUTES, &all);
@@ -107,13 +97,12 @@ BOOL WINAPI gostExportPublicKeyInfo(HCRYPTPROV context, DWORD spec, DWORD, LPSTR
     });
 }
 
-BOOL WINAPI gostImportPublicKeyInfo(HCRYPTPROV, DWORD, CERT_PUBLIC_KEY_INFO* info, ALG_ID, DWORD, void*,
-                                    HCRYPTKEY* key) {
+BOOL WINAPI gostImportPublicKeyInfo(HCRYPTPROV context, DWORD, CERT_PUBLIC_KEY_INFO* info, ALG_ID, DWORD,
+                                    void*, HCRYPTKEY* key) {
     return entry([&] {
         const Bytes der = encoded(X509_PUBLIC_KEY_INFO, info);
-        const Algorithm& algorithm = *readPublicKeyInfo(der).algorithm;
-        const Bytes blob = keyBlob(PUBLICKEYBLOB, algorithm.keyId, der);
-        must(::CryptImportKey(contextFor(algorithm), blob.data(), lengthOf(blob), 0, 0, key));
+        const Bytes blob = keyBlob(PUBLICKEYBLOB, readPublicKeyInfo(der).algorithm->keyId, der);
+        must(::CryptImportKey(context, blob.data(), lengthOf(blob), 0, 0, key));
     });
 }
 
