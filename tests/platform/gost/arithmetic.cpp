@@ -80,14 +80,6 @@ Bytes mac(const std::string& substitution, View key, View iv, View data) {
     return result;
 }
 
-Bytes transform(const std::string& substitution, int mode, View key, View iv, View data, bool encrypt) {
-    const Cipher cipher = openCipher(substitution, mode, false, key, iv);
-    Bytes result(data.size());
-    must((encrypt ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(cipher.get(), result.data(), result.size(),
-                                                                   data.data(), data.size()));
-    return result;
-}
-
 // RFC 4357, 6.5
 Bytes diversify(const std::string& substitution, View key, View ukm) {
     Bytes current(key.begin(), key.end());
@@ -198,6 +190,14 @@ Bytes agree(const std::string& curve, View privateKey, View publicKey, View ukm,
     Bytes key(::gcry_md_get_algo_dlen(digest));
     ::gcry_md_hash_buffer(digest, key.data(), shared.data(), shared.size());
     return key;
+}
+
+Bytes transform(const std::string& substitution, int mode, View key, View iv, View data, bool encrypt) {
+    const Cipher cipher = openCipher(substitution, mode, false, key, iv);
+    Bytes result(data.size());
+    must((encrypt ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(cipher.get(), result.data(), result.size(),
+                                                                   data.data(), data.size()));
+    return result;
 }
 
 WrappedKey wrap(const std::string& substitution, View keyEncryptionKey, View ukm, View key) {

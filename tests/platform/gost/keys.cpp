@@ -7,23 +7,15 @@ namespace {
 
 constexpr std::size_t blockSize = 8, sessionKeySize = 32;
 
-void crypt(const Cipher& cipher, bool isEncryption, BYTE* data, std::size_t size) {
-    if (size > 0 &&
-        (isEncryption ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(cipher.get(), data, size, nullptr, 0))
-        fail(NTE_FAIL);
-}
-
 // A private key under an agreed one, in the one direction or the other; under none, as it is.
 Bytes underAgreed(HCRYPTKEY handle, View der, bool isEncryption) {
-    Bytes bytes = bytesOf(der);
     if (!handle)
-        return bytes;
+        return bytesOf(der);
     const Key& agreed = objectOf<Key>(handle);
     if (!agreed.wrapsKeys)
         fail(NTE_BAD_KEY);
-    crypt(openCipher(agreed.session.substitution, GCRY_CIPHER_MODE_CFB, false, agreed.session.key, agreed.iv),
-          isEncryption, bytes.data(), bytes.size());
-    return bytes;
+    return transform(agreed.session.substitution, GCRY_CIPHER_MODE_CFB, agreed.session.key, agreed.iv, der,
+                     isEncryption);
 }
 
 Key generate(const Context& context, ALG_ID id, DWORD flags) {
@@ -93,7 +85,9 @@ void crypt(Key& key, bool isEncryption, bool isFinal, BYTE* data, DWORD size) {
     if (!key.running)
         key.running =
             openCipher(key.session.substitution, GCRY_CIPHER_MODE_CFB, true, key.session.key, key.iv);
-    crypt(key.running, isEncryption, data, size);
+    if (size > 0 && (isEncryption ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(key.running.get(), data,
+                                                                                   size, nullptr, 0))
+        fail(NTE_FAIL);
     if (isFinal)
         key.running.reset();
 }
