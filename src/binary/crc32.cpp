@@ -19,21 +19,26 @@ constexpr std::uint32_t timesX(std::uint32_t value) noexcept {
     return (value >> 1) ^ ((value & 1) != 0 ? polynomial : 0);
 }
 
-constexpr std::array<std::uint32_t, 256> makeTable() {
-    std::array<std::uint32_t, 256> table{};
-    for (std::uint32_t byte = 0; byte < table.size(); ++byte) {
+constexpr std::size_t sliceSize = 8;
+
+// tables[count][byte] is what a byte adds that `count` more bytes of its slice follow.
+constexpr auto makeTables() {
+    std::array<std::array<std::uint32_t, 256>, sliceSize> tables{};
+    for (std::uint32_t byte = 0; byte < 256; ++byte) {
         std::uint32_t value = byte;
-        for (int bit = 0; bit < 8; ++bit)
-            value = timesX(value);
-        table[byte] = value;
+        for (auto& table : tables) {
+            for (int bit = 0; bit < 8; ++bit)
+                value = timesX(value);
+            table[byte] = value;
+        }
     }
-    return table;
+    return tables;
 }
 
-constexpr auto table = makeTable();
+constexpr auto tables = makeTables();
 
 constexpr std::uint32_t addByte(std::uint32_t crc, std::uint32_t byte) noexcept {
-    return (crc >> 8) ^ table[(crc ^ byte) & 0xFF];
+    return (crc >> 8) ^ tables[0][(crc ^ byte) & 0xFF];
 }
 
 // Each look-up waits for the one before it, so a single pass leaves most of the processor idle. Lanes of
@@ -48,6 +53,20 @@ std::uint32_t loadWord(const std::uint8_t* in) noexcept {
     std::uint32_t word = 0;
     std::memcpy(&word, in, sizeof(word));
     return word;
+}
+
+// What four bytes add that `following` more bytes of their slice follow.
+template <std::size_t following>
+std::uint32_t addWord(std::uint32_t word) noexcept {
+    return tables[following + 3][word & 0xFF] ^ tables[following + 2][(word >> 8) & 0xFF] ^
+           tables[following + 1][(word >> 16) & 0xFF] ^ tables[following][word >> 24];
+}
+
+// What is too short for lanes: the look-ups of a slice do not wait for each other.
+std::uint32_t addWholeSlices(std::uint32_t crc, std::span<const std::uint8_t>& bytes) noexcept {
+    for (; bytes.size() >= sliceSize; bytes = bytes.subspan(sliceSize))
+        crc = addWord<wordSize>(crc ^ loadWord(bytes.data())) ^ addWord<0>(loadWord(bytes.data() + wordSize));
+    return crc;
 }
 
 // x to the power of the number of bits of a lane: by what a checksum is multiplied when a lane of zeros
@@ -106,6 +125,7 @@ std::uint32_t continueCrc32(std::span<const std::uint8_t> bytes, std::uint32_t c
     crc = ~crc;
     crc = addWholeLanes<4096>(crc, bytes);
     crc = addWholeLanes<128>(crc, bytes);
+    crc = addWholeSlices(crc, bytes);
     for (const std::uint8_t byte : bytes)
         crc = addByte(crc, byte);
     return ~crc;
