@@ -6,7 +6,7 @@
 namespace Corvane::Platform::Gost {
 namespace {
 
-const std::string root = "Software\\Corvane Tests\\GOST containers\\";
+const std::string root = R"(Software\Corvane Tests\GOST containers\)";
 constexpr std::string_view unique = R"(\\.\REGISTRY\)";
 
 std::string keyName(DWORD spec) {

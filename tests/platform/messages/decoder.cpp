@@ -56,7 +56,8 @@ public:
     Bytes parameter(DWORD type, DWORD index) override {
         if (!isOpen_)
             fail(CRYPT_E_STREAM_MSG_NOT_READY);
-        if (isSigned_ && type == CMSG_ENVELOPE_ALGORITHM_PARAM)
+        // What the other kind alone has, and is asked for.
+        if (type == (isSigned_ ? CMSG_ENVELOPE_ALGORITHM_PARAM : CMSG_SIGNER_COUNT_PARAM))
             fail(CRYPT_E_INVALID_MSG_TYPE);
         switch (type) {
             case CMSG_TYPE_PARAM:

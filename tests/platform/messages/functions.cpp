@@ -58,10 +58,12 @@ BOOL WINAPI control(HCRYPTMSG handle, DWORD, DWORD type, const void* argument) {
 // A name that stands for a key identifier, which is then its last value, finds by that, as on Windows.
 PCCERT_CONTEXT WINAPI getSubjectCertificate(HCERTSTORE store, DWORD encoding, PCERT_INFO id) {
     const View name = viewOf(id->Issuer);
-    const auto mark = std::ranges::search(name, oid(Oid::keyIdentifierName));
-    if (mark.empty())
+    const Bytes mark = oid(Oid::keyIdentifierName);
+    const auto found = std::search(name.begin(), name.end(), mark.begin(), mark.end());
+    if (found == name.end())
         return ::CertFindCertificateInStore(store, encoding, 0, CERT_FIND_SUBJECT_CERT, id, nullptr);
-    const View key = Reader({mark.end(), name.end()}).read(Tag::octetString);
+    const auto at = static_cast<std::size_t>(found - name.begin()) + mark.size();
+    const View key = Reader(name.subspan(at)).read(Tag::octetString);
     CRYPT_DATA_BLOB wanted{lengthOf(key), const_cast<BYTE*>(key.data())};
     return ::CertFindCertificateInStore(store, encoding, 0, CERT_FIND_KEY_IDENTIFIER, &wanted, nullptr);
 }
