@@ -4,7 +4,7 @@
 //     cscript //nologo certificate_request.js install ANSWER FILE
 //
 // "request" makes the key container CONTAINER and writes the request to FILE, which goes to the authority, and where the
-// key lies to FILE.path. NAME is the subject: "CN=Иванов Иван,SNILS=12345678901,C=RU". "install" takes the certificate
+// key lies to FILE.path. NAME is the subject: "CN=Ivan Ivanov,SNILS=12345678901,C=RU". "install" takes the certificate
 // that came back, in whichever form, and the same FILE; from then on the certificate signs.
 //
 // The address of the host must be a trusted site, for example name://cscript.exe.

@@ -23,7 +23,7 @@ function main(thumbprint) {
     var certificate = crypto.FindCertificate("{" + filter + (thumbprint ? ', "hash": "' + thumbprint + '"' : "") + "}");
     WScript.Echo("Certificate: " + certificate.CommonName);
 
-    var path = gui.ShowOpenDialog('{"title": "Выберите документ для подписи", "filter": "Все файлы|*.*|"}');
+    var path = gui.ShowOpenDialog();
     if (path === "") {
         cancelled();
     }
@@ -31,7 +31,7 @@ function main(thumbprint) {
     WScript.Echo("Signed: " + path);
 
     var name = path.substr(path.lastIndexOf("\\") + 1) + ".p7s";
-    var target = gui.ShowSaveDialog(name, '{"title": "Сохранить подпись как", "filter": "Подписи|*.p7s|Все файлы|*.*|"}');
+    var target = gui.ShowSaveDialog(name, '{"filter": "PKCS #7|*.p7s|"}');
     if (target === "") {
         cancelled();
     }

@@ -6,7 +6,7 @@
 //
 // "list" prints the readers with their tokens. "request" makes a pair of GOST R 34.10-2001 keys on the token in READER and
 // writes the request to FILE, which goes to the authority, and where the keys lie to FILE.path. NAME is the subject:
-// "CN=Иванов Иван,SNILS=12345678901,C=RU". "install" takes the certificate that came back, in whichever form, and the
+// "CN=Ivan Ivanov,SNILS=12345678901,C=RU". "install" takes the certificate that came back, in whichever form, and the
 // same FILE. A page asks the user for the PIN each time; a wrong one counts against the tries that the token allows.
 //
 // The address of the host must be a trusted site, for example name://cscript.exe.

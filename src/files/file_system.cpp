@@ -127,13 +127,14 @@ DWORD makeFolder(const std::wstring& path) noexcept {
     return isFolder(attributesOf(path)) ? ERROR_SUCCESS : error;
 }
 
-// Without recursion: a path may have very many parts.
+// Without recursion: a path may have very many parts. It begins with \\?\ or \\.\, which are no folders.
 void makeFolders(const std::wstring& path) {
+    constexpr std::size_t prefixSize = 4;
     std::size_t end = path.size();
     DWORD error = makeFolder(path);
     while (error == ERROR_PATH_NOT_FOUND) {
         const std::size_t separator = path.find_last_of(L'\\', end - 1);
-        if (separator == std::wstring::npos || separator == 0)
+        if (separator < prefixSize)
             break;
         end = separator;
         error = makeFolder(path.substr(0, end));

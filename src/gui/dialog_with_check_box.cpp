@@ -1,6 +1,7 @@
 #include "gui/dialog_with_check_box.h"
 
 #include "core/check.h"
+#include "gui/dialog_box.h"
 #include "gui/text_with_site.h"
 
 #include <new>
@@ -33,8 +34,7 @@ void end(HWND dialog, Choice choice) {
 DialogWithCheckBox::DialogWithCheckBox(std::wstring site) : site_(std::move(site)) {}
 
 DialogWithCheckBox::Choice DialogWithCheckBox::get(HINSTANCE instance, HWND owner) const {
-    const INT_PTR result = ::DialogBoxParamW(instance, MAKEINTRESOURCEW(dialogId), owner, procedure,
-                                             reinterpret_cast<LPARAM>(this));
+    const INT_PTR result = showDialog(instance, dialogId, owner, procedure, reinterpret_cast<LPARAM>(this));
     checkWin32(result > 0, E_COMMON_DLG_OPTIONS, L"DialogBoxParamW");
     return static_cast<Choice>(result);
 }

@@ -1,6 +1,7 @@
 #include "gui/modal_dialog.h"
 
 #include "core/check.h"
+#include "gui/dialog_box.h"
 
 #include <utility>
 
@@ -10,7 +11,7 @@ namespace {
 constexpr WORD dialogId = 102;
 constexpr UINT showMessage = WM_USER + 2;
 
-// What the dialog ends with; whatever else DialogBoxParamW may return is below them.
+// What the dialog ends with; whatever else showDialog() may return is below them.
 constexpr INT_PTR chosen = 1;
 constexpr INT_PTR canceled = 2;
 constexpr INT_PTR failed = 3;
@@ -28,8 +29,8 @@ HINSTANCE ownModule() noexcept {
 
 bool ModalDialog::run(HWND owner, const Show& show) {
     ModalDialog dialog(show);
-    const INT_PTR result = ::DialogBoxParamW(ownModule(), MAKEINTRESOURCEW(dialogId), owner, procedure,
-                                             reinterpret_cast<LPARAM>(&dialog));
+    const INT_PTR result =
+        showDialog(ownModule(), dialogId, owner, procedure, reinterpret_cast<LPARAM>(&dialog));
     checkWin32(result >= chosen, E_COMMON_DLG_OPTIONS, L"ModalDialog::showOpenFileDialog");
     if (dialog.error_)
         std::rethrow_exception(dialog.error_);

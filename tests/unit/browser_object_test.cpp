@@ -5,6 +5,7 @@
 #include "dialog_driver.h"
 #include "fake_host.h"
 #include "gui/dialog_with_check_box.h"
+#include "platform/import_patch.h"
 #include "scratch_registry.h"
 #include "sites/trusted_sites.h"
 #include "soon.h"
@@ -17,6 +18,7 @@
 using namespace Corvane;
 using Com::BrowserSite;
 using Corvane::Test::errorCode;
+using Corvane::Test::failureOf;
 
 namespace {
 
@@ -331,6 +333,25 @@ TEST(DialogWithCheckBox, DialogThatCannotBeShownIsAnError) {
     const HINSTANCE without = ::GetModuleHandleW(L"ntdll.dll");
     EXPECT_EQ(errorCode([&] { Gui::DialogWithCheckBox(L"example.org").get(without, nullptr); }),
               E_COMMON_DLG_OPTIONS.code);
+}
+
+// In Internet Explorer's protected mode the window of the browser owns no window of a page's process.
+TEST(DialogWithCheckBox, IsShownWhereTheOwnerIsOutOfReachAndNotWhereNobodyLooks) {
+    const Corvane::Test::Replaced refused(&::DialogBoxParamW,
+                                          [](HINSTANCE, LPCWSTR, HWND owner, DLGPROC, LPARAM) {
+                                              ::SetLastError(ERROR_ACCESS_DENIED);
+                                              return static_cast<INT_PTR>(owner ? -1 : 3);
+                                          });
+    const auto ask = [](HWND owner) { return Gui::DialogWithCheckBox(L"example.org").get(nullptr, owner); };
+    const HWND browser = makeOwner();
+    EXPECT_EQ(ask(browser), Gui::DialogWithCheckBox::Choice::allowAndRemember);
+    ::DestroyWindow(browser);
+    EXPECT_EQ(errorCode([&] { ask(browser); }), E_COMMON_DLG_OPTIONS.code) << "the browser is gone";
+    // The window station of a service has the flag of the visible one not set.
+    const Corvane::Test::Replaced unseen(&::GetUserObjectInformationW,
+                                         [](HANDLE, int, void*, DWORD, DWORD*) { return TRUE; });
+    EXPECT_EQ(failureOf([&] { ask(nullptr); }),
+              Corvane::Test::Failure(E_COMMON_DLG_OPTIONS.code, ERROR_REQUIRES_INTERACTIVE_WINDOWSTATION));
 }
 
 }  // namespace

@@ -286,6 +286,60 @@ TEST_F(Operations, AFailedDecryptionIsToldAsOneAndLeavesNothing) {
     EXPECT_THROW(provider_.decrypt(message), std::runtime_error) << "certificate not found";
 }
 
+// The system is told which of the recipient's keys is meant, and whose key came with the message. What it
+// does with them is done by the transport here, of which the message really is.
+TEST_F(Operations, ARecipientByKeyAgreementIsFoundAmongOthers) {
+    const auto ask = ImportPatch::behind(&::CryptMsgGetParam);
+    const auto control = ImportPatch::behind(&::CryptMsgControl);
+    std::vector<std::max_align_t> room(1000);
+    auto& real = *reinterpret_cast<CMSG_CMS_RECIPIENT_INFO*>(room.data());
+    CMSG_RECIPIENT_ENCRYPTED_KEY_INFO stranger{};
+    CMSG_RECIPIENT_ENCRYPTED_KEY_INFO own{};
+    CMSG_RECIPIENT_ENCRYPTED_KEY_INFO* keys[] = {&stranger, &own};
+    CMSG_KEY_AGREE_RECIPIENT_INFO agreement{};
+    BYTE nobody[] = {1};
+    stranger.RecipientId.dwIdChoice = CERT_ID_KEY_IDENTIFIER;
+    stranger.RecipientId.KeyId = {1, nobody};
+    agreement.dwOriginatorChoice = CMSG_KEY_AGREE_ORIGINATOR_PUBLIC_KEY;
+    agreement.OriginatorPublicKeyInfo.PublicKey = {1, nobody, 0};
+    agreement.rgpRecipientEncryptedKeys = keys;
+    const Replaced asking(&::CryptMsgGetParam,
+                          [&](auto message, DWORD type, auto index, void* data, DWORD* size) {
+                              if (type != CMSG_CMS_RECIPIENT_INFO_PARAM || !data)
+                                  return ask(message, type, index, data, size);
+                              auto whole = static_cast<DWORD>(room.size() * sizeof room[0]);
+                              must(ask(message, type, index, &real, &whole));
+                              own.RecipientId = real.pKeyTrans->RecipientId;
+                              auto& told = *static_cast<CMSG_CMS_RECIPIENT_INFO*>(data);
+                              told.dwRecipientChoice = CMSG_KEY_AGREE_RECIPIENT;
+                              told.pKeyAgree = &agreement;
+                              return TRUE;
+                          });
+    const Replaced controlling(
+        &::CryptMsgControl, [&](auto message, DWORD flags, DWORD type, const void* how) {
+            if (type != CMSG_CTRL_KEY_AGREE_DECRYPT)
+                return control(message, flags, type, how);
+            const auto& agreed = *static_cast<const CMSG_CTRL_KEY_AGREE_DECRYPT_PARA*>(how);
+            EXPECT_EQ(agreed.pKeyAgree, &agreement);
+            EXPECT_EQ(agreed.dwRecipientEncryptedKeyIndex, 1u);
+            EXPECT_EQ(agreed.OriginatorPublicKey.pbData, nobody);
+            CMSG_CTRL_KEY_TRANS_DECRYPT_PARA transport{};
+            transport.cbSize = sizeof transport;
+            transport.hCryptProv = agreed.hCryptProv;
+            transport.dwKeySpec = agreed.dwKeySpec;
+            transport.pKeyTrans = real.pKeyTrans;
+            transport.dwRecipientIndex = agreed.dwRecipientIndex;
+            return control(message, flags, CMSG_CTRL_KEY_TRANS_DECRYPT, &transport);
+        });
+    for (const DWORD count : {1u, 2u}) {
+        agreement.cRecipientEncryptedKeys = count;
+        if (count == 2)
+            EXPECT_EQ(provider_.decrypt(enveloped_), data_);
+        else
+            EXPECT_THROW(provider_.decrypt(enveloped_), std::runtime_error) << "certificate not found";
+    }
+}
+
 // Chains are fetched, and keys of tokens are slow: whoever wrote a message is not to keep its reader busy.
 TEST_F(Operations, WorkForSignersAndRecipientsHasAnEnd) {
     int asked = 0;
