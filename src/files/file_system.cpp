@@ -87,6 +87,19 @@ struct Level {
     std::vector<Entry> left;
 };
 
+// What others hold open, such as programs that look into every file, goes with their last handle only, though
+// it is deleted already. They are given a second.
+BOOL removeEmptied(const std::wstring& path) noexcept {
+    constexpr DWORD pause = 50;
+    for (DWORD left = 1000;; left -= pause) {
+        if (::RemoveDirectoryW(path.c_str()))
+            return TRUE;
+        if (::GetLastError() != ERROR_DIR_NOT_EMPTY || left == 0)
+            return FALSE;
+        ::Sleep(pause);
+    }
+}
+
 void logDeleting(const std::wstring& path) {
     writeLog(LogLevel::debug, L"Corvane::FileSystem::deleteFolder", L"deleting: ", path);
 }
@@ -102,7 +115,7 @@ void deleteTree(const std::wstring& path, DWORD attributes) {
             logDeleting(level.path);
             level.held.reset();
             makeDeletable(level.path, level.attributes);
-            checkWin32(::RemoveDirectoryW(level.path.c_str()), E_DIRECTORY_DELETE, L"RemoveDirectoryW");
+            checkWin32(removeEmptied(level.path), E_DIRECTORY_DELETE, L"RemoveDirectoryW");
             levels.pop_back();
             continue;
         }

@@ -68,12 +68,12 @@ void deleteFile(const std::wstring& path);
 void createFolder(const std::wstring& path);
 
 // Deletes an empty folder, or a folder with its contents. A link below it is deleted, never followed; a
-// folder that is itself a link goes alone. Stops at the first thing that cannot be deleted. Throws
-// Win32Exception E_DIRECTORY_DELETE.
+// folder that is itself a link goes alone. Stops at the first thing that cannot be deleted, but waits a
+// second for what somebody else still holds open. Throws Win32Exception E_DIRECTORY_DELETE.
 void deleteFolder(const std::wstring& path, bool withContents);
 
-// The files and folders in a folder whose names match a mask (* and ?), in the system's order, without "."
-// and "..". Throws Win32Exception E_DIRECTORY_PATH.
+// The files and folders in a folder whose names, the short ones (8.3) of the disk included, match a mask (*
+// and ?), in the system's order, without "." and "..". Throws Win32Exception E_DIRECTORY_PATH.
 std::vector<Entry> list(const std::wstring& folder, const std::wstring& mask);
 
 }  // namespace Corvane::FileSystem

@@ -2,13 +2,18 @@
 
 import concurrent.futures
 import contextlib
+import functools
 import os
 import pathlib
 import re
 import subprocess
 import sys
+import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+# What tests import besides; no cache of it is to lie beside the sources.
+sys.dont_write_bytecode = True
+sys.path += [str(ROOT / "tools/lib"), str(ROOT / "tests/platform/judge")]
 BUILD = pathlib.Path(os.environ.get("CORVANE_BUILD", ROOT / "build"))
 PKI = ROOT / "tests/data/pki"
 BITNESSES = ("x64", "x86")
@@ -53,6 +58,13 @@ def must(fault):
         raise AssertionError(str(fault))
 
 
+@contextlib.contextmanager
+def folder():
+    """A new one, as long as it is needed."""
+    with tempfile.TemporaryDirectory(prefix="corvane-") as name:
+        yield pathlib.Path(name)
+
+
 def windows(path):
     return "Z:" + str(path).replace("/", "\\")
 
@@ -74,15 +86,6 @@ def script(bitness, path, *arguments, options=(), cwd=None):
     return windows_program(
         ROOT / "tools/run-script", bitness, "--timeout", "150", *options, path, *arguments, cwd=cwd
     )
-
-
-def answered_script(bitness, path, answers, *arguments, cwd=None):
-    """The outcomes of a script that shows file dialogs and of the program that answers them. `answers` are pairs of a
-    dialog's caption and the path that is typed into it, or nothing where it is cancelled."""
-    program = BUILD / bitness / "dialogdriver.exe"
-    with concurrent.futures.ThreadPoolExecutor(1) as pool:
-        driver = pool.submit(wine, bitness, program, *(text for answer in answers for text in answer), cwd=cwd)
-        return script(bitness, path, *arguments, cwd=cwd), driver.result()
 
 
 def test_script(bitness, path, *arguments, options=(), cwd=None):
@@ -115,13 +118,15 @@ def import_keys(bitness, *files):
         sys.exit(f"the test keys could not be imported: {fault}")
 
 
-def main(cases_of, once=()):
+def main(rows, once=()):
     """Runs the cases of both bitnesses and those that have none, or those whose name contains a word of the command line, and ends the program.
 
-    `cases_of`(bitness) yields, and `once` holds, pairs of a name and a function, which returns None when its case passes, else
-    what went wrong, which it may also raise as an AssertionError. Prints a line for each that fails and a summary. The status is not 0 either when no case was run.
+    A case is a row of a name, a function and arguments for it, behind the bitness in `rows`. The function returns None when its case
+    passes, else what went wrong, which it may also raise as an AssertionError. Prints a line for each that fails and a summary. The
+    status is not 0 either when no case was run.
     """
-    cases = [*once] + [(f"{name} {bitness}", function) for bitness in BITNESSES for name, function in cases_of(bitness)]
+    cases = [(name, functools.partial(function, *rest)) for name, function, *rest in once]
+    cases += [(f"{name} {bitness}", functools.partial(function, bitness, *rest)) for bitness in BITNESSES for name, function, *rest in rows]
     wanted = [case for case in cases if not sys.argv[1:] or any(word in case[0] for word in sys.argv[1:])]
     failed = 0
     with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:

@@ -4,6 +4,9 @@ function create(name) {
     return new ActiveXObject("VetrelCorvane2." + name);
 }
 
+// What nearly every test reads and makes bytes with.
+var bytes = create("BinaryObjectService");
+
 function check(condition, message) {
     if (!condition) {
         throw new Error(message || "a condition does not hold");
@@ -39,13 +42,6 @@ function throws(action, code, text, message) {
 // An error of the component's own: text "[n] ..." and code 0x80040200 + n.
 function fails(action, text, message) {
     throws(action, "0x" + (0x80040200 + parseInt(text.substr(1), 10)).toString(16), text, message);
-}
-
-// Rows of what the value is, the value expected, the value got.
-function equalAll(rows) {
-    for (var i = 0; i < rows.length; ++i) {
-        equal(rows[i][2], rows[i][1], rows[i][0]);
-    }
 }
 
 // Rows of an expression over global names and its value.

@@ -9,29 +9,3 @@ Sub Equal(actual, expected, message)
     Check VarType(actual) = VarType(expected), message & ": expected a " & TypeName(expected) & ", got a " & TypeName(actual)
     Check actual = expected, message & ": expected " & expected & ", got " & actual
 End Sub
-
-' A callback: an object whose default member is a method.
-Class Answer
-    Public Done
-    Public Value
-    Public Failure
-
-    Public Default Sub Callback(result, error)
-        Check Not Done, "the callback is called once"
-        If IsObject(result) Then
-            Set Value = result
-        Else
-            Value = result
-        End If
-        Failure = error
-        Done = True
-    End Sub
-
-    Public Sub Wait()
-        Dim left
-        For left = 1 To 10000
-            If Not Done Then WScript.Sleep 10
-        Next
-        Check Done, "waited in vain"
-    End Sub
-End Class

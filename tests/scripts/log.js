@@ -66,12 +66,9 @@ crypto.GetCryptoProvidersInfo();
 refusals([
     ["crypto.RawSign(document, key)", "[334] "],
     ["crypto.VerifySignature(other, signature)", "[305] "],
-    ["crypto.VerifyAttachedSignature(document)", "[305] "],
     ["crypto.AddSignerToSignature(document, document, key)", "[331] "],
     ["crypto.GetContentFromSignature(document)", "[307] "],
-    ["crypto.Decrypt(document)", "[316] "],
-    ["crypto.Decrypt(attached)", "[303] "],
-    ["crypto.Encrypt(document, [])", "[302] "]
+    ["crypto.Decrypt(document)", "[316] "]
 ]);
 
 // Others may read the log, rename it and delete it while it is written.

@@ -1,9 +1,7 @@
 """Folders with the tests' token under the names of drivers, and scripts that see them (tests/platform/token)."""
 
 import contextlib
-import pathlib
 import shutil
-import tempfile
 
 import harness
 
@@ -18,8 +16,7 @@ def drivers(bitness, token="", service=""):
     modules = {name: ("testtoken", f"[token]\nslot={SLOT}\nmodel=Rutoken ECP\n{token}") for name in ("rtPKCS11ECP", "rtPKCS11")}
     modules["isbc_pkcs11_main"] = "testtoken", "[token]\nslot=ISBC 0\n"
     modules["winscard"] = "testcard", f"[{SLOT}]\natr={ATR}\n00CA01890E=0000000000019000\n[Empty 0]\nprotocol=1\n[service]\n{service}"
-    with tempfile.TemporaryDirectory() as name:
-        folder = pathlib.Path(name)
+    with harness.folder() as folder:
         for module, (source, settings) in modules.items():
             shutil.copy(harness.BUILD / bitness / f"platform/{source}.dll", folder / f"{module}.dll")
             (folder / f"{module}.ini").write_text(settings, encoding="ascii")

@@ -137,6 +137,24 @@ TEST_F(ZipFolders, AFileThatIsALinkIsNotReplaced) {
     EXPECT_EQ(readFile(folder_ + L"\\link"), bytesOf("elsewhere"));
 }
 
+TEST(FileSystem, AFolderIsDeletedWhenOthersLetGoOfItsFiles) {
+    const std::wstring folder =
+        FileSystem::temporaryFolder() + L"corvane-folder-" + std::to_wstring(::GetCurrentProcessId());
+    for (const bool letsGo : {true, false}) {
+        FileSystem::createFolder(folder);
+        writeFile(folder + L"\\file", bytesOf("content"));
+        auto reader = File::open(folder + L"\\file", {.share = FILE_SHARE_READ | FILE_SHARE_DELETE});
+        const Replaced pause(&::Sleep, [&](DWORD) {
+            if (letsGo)
+                reader->close();
+        });
+        EXPECT_EQ(failureOf([&] { FileSystem::deleteFolder(folder, true); }),
+                  letsGo ? Failure() : Failure(E_DIRECTORY_DELETE.code, ERROR_DIR_NOT_EMPTY));
+        reader->close();
+    }
+    FileSystem::deleteFolder(folder, false);
+}
+
 TEST(File, WithoutRoomTheOldContentStays) {
     const std::wstring path = FileSystem::createTemporaryFile(true)->path();
     const Bytes old = bytesOf("the old content");

@@ -85,6 +85,13 @@ protected:
         (provider_.*operation)(from(input), *output_, arguments...);
         return told(contentOf(*output_)).substr(before.size());
     }
+    // A message with signed attributes and other content than was signed.
+    static Bytes withOtherContent() {
+        Bytes message = readTestData("pki/attached-attributes.p7s");
+        const Bytes document = readTestData("pki/document.bin");
+        *std::search(message.begin(), message.end(), document.begin(), document.end()) ^= 1;
+        return message;
+    }
     SourceStream& from(const Bytes& bytes) { return input_.emplace(bytes, 300); }
 
     static constexpr std::string_view before = "before";
@@ -120,10 +127,8 @@ protected:
 TEST_F(Operations, EveryCallFailsOnce) {
     const Certificates both{certificate_, other_};
     const Certificates own{certificate_};
-    // The content is another one, so that the signature over the attributes is asked for by itself.
-    Bytes inspected = readTestData("pki/attached-attributes.p7s");
-    const Bytes document = readTestData("pki/document.bin");
-    *std::search(inspected.begin(), inspected.end(), document.begin(), document.end()) ^= 1;
+    // So that the signature over the attributes is asked for by itself.
+    const Bytes inspected = withOtherContent();
     const auto& p = provider_;
     const auto size = [](const auto& bytes) { return std::to_string(bytes.size()); };
     const std::vector<Work> works{
@@ -226,6 +231,19 @@ TEST_F(Operations, KeysForSignaturesAlone) {
     const Bytes once = provider_.sign(data_, *signer, true, false);
     // Asked for once and kept, since the message is made in two calls.
     EXPECT_EQ(keyFlags & CRYPT_ACQUIRE_CACHE_FLAG, CRYPT_ACQUIRE_CACHE_FLAG);
+    const auto isKept = [&] {
+        DWORD size = 0;
+        return ::CertGetCertificateContextProperty(signer->context(), CERT_KEY_CONTEXT_PROP_ID, nullptr,
+                                                   &size) != FALSE;
+    };
+    EXPECT_TRUE(isKept());
+    {
+        // As when a token is pulled out between two signatures.
+        const Replaced failing(&::CryptSignMessage, [](auto...) { return ::SetLastError(denied), FALSE; });
+        EXPECT_EQ(failureOf([&] { provider_.sign(data_, *signer, true, false); }),
+                  Failure(E_CRYPTO_SIGN.code, denied));
+    }
+    EXPECT_FALSE(isKept());
     const std::string streamed = written(&Provider::sign, data_, *signer, true, false, none);
     EXPECT_EQ(keyFlags, 0u);
     const Bytes twice = provider_.addSignerToSignature(bytesOf(streamed), nullptr, *signer, false);
@@ -357,6 +375,13 @@ TEST_F(Operations, InspectingTellsTheTimeAndWhatTheSystemRefuses) {
     const Json::Value report = parseJson(Crypto::inspectSignature(hexToBin(digits), nullptr, {}, 0));
     EXPECT_EQ(report["signers"][0]["verdict"].asString(), "unknown");
     EXPECT_EQ(report["signers"][0]["signingTime"].asString(), "2026-11-21T08:48:11Z");
+    // The digest of the content is compared, but not told.
+    const auto ask = ImportPatch::behind(&::CryptMsgGetParam);
+    const Replaced patch(&::CryptMsgGetParam, [&](auto message, DWORD type, auto... rest) {
+        return type != CMSG_COMPUTED_HASH_PARAM && ask(message, type, rest...);
+    });
+    EXPECT_EQ(parseJson(Crypto::inspectSignature(withOtherContent(), nullptr, {}, 0))["verdict"].asString(),
+              "changed");
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 
 namespace Corvane::detail {
 namespace {
@@ -53,6 +54,10 @@ Answer verifyAttributes(const CryptMessage& message, DWORD index, PCCERT_CONTEXT
         return Answer::unknown;
     const Bytes bytes = message.parameter(CMSG_SIGNER_INFO_PARAM, index);
     const auto& signer = *reinterpret_cast<const CMSG_SIGNER_INFO*>(bytes.data());
+    // Providers know the older padding of RSA alone (RFC 8017 8), and would call a good signature a bad one.
+    const char* const scheme = signer.HashEncryptionAlgorithm.pszObjId;
+    if (scheme && std::string_view(scheme) == szOID_RSA_SSA_PSS)
+        return Answer::unknown;
     CERT_PUBLIC_KEY_INFO& publicKey = certificate->pCertInfo->SubjectPublicKeyInfo;
     const std::vector<ProviderRecord> records = providerRecords();
     const ProviderRecord* record = findProviderRecord(records, widened(publicKey.Algorithm.pszObjId));

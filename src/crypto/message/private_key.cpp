@@ -12,7 +12,8 @@ bool PrivateKey::acquire(const Certificate& certificate, DWORD flags) noexcept {
 
 PrivateKey::PrivateKey(const Certificate& certificate, const ErrorDescriptor& descriptor, Kind kind) {
     writeLog(LogLevel::debug, L"Corvane::detail::PrivateKey", L"certificate: ", certificate);
-    if (acquire(certificate, 0))
+    constexpr DWORD keeping = CRYPT_ACQUIRE_CACHE_FLAG | CRYPT_ACQUIRE_ALLOW_NCRYPT_KEY_FLAG;
+    if (acquire(certificate, kind == Kind::kept ? keeping : 0))
         return;
     const DWORD error = ::GetLastError();
     // A card that was pulled out or a wrong password must not lead to a second question.
@@ -20,7 +21,7 @@ PrivateKey::PrivateKey(const Certificate& certificate, const ErrorDescriptor& de
                           error == static_cast<DWORD>(NTE_PROV_TYPE_NOT_DEF) ||
                           error == static_cast<DWORD>(NTE_KEYSET_NOT_DEF) ||
                           error == static_cast<DWORD>(NTE_BAD_KEYSET);
-    if (kind == Kind::cryptoApi || !mayBeCng || !acquire(certificate, CRYPT_ACQUIRE_ONLY_NCRYPT_KEY_FLAG))
+    if (kind != Kind::any || !mayBeCng || !acquire(certificate, CRYPT_ACQUIRE_ONLY_NCRYPT_KEY_FLAG))
         failCrypto(descriptor, L"CryptAcquireCertificatePrivateKey", error);
 }
 

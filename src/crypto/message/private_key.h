@@ -19,6 +19,7 @@ public:
     enum class Kind : std::uint8_t {
         any,
         cryptoApi,  // for functions that know no CNG keys
+        kept,       // stays open with the certificate's context, for work that takes several calls
     };
 
     // The system may ask the user for the token or a password. Throws CryptoException with `descriptor`: the

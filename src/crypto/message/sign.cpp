@@ -1,3 +1,4 @@
+#include "core/handle.h"
 #include "core/log.h"
 #include "core/two_pass.h"
 #include "core/wide_text.h"
@@ -11,17 +12,11 @@
 namespace Corvane {
 namespace {
 
-// The message is made in two calls, and a token may ask for its PIN in each; the key that is opened here
-// stays with the context for both. Where it fails, signing has failed: going on would ask once more for a
-// card that the user does not have.
-void openKeyOnce(const Certificate& certificate) {
-    HCRYPTPROV_OR_NCRYPT_KEY_HANDLE key = 0;
-    DWORD spec = 0;
-    BOOL isOwned = FALSE;
-    checkCrypto(::CryptAcquireCertificatePrivateKey(
-                    certificate.context(), CRYPT_ACQUIRE_CACHE_FLAG | CRYPT_ACQUIRE_ALLOW_NCRYPT_KEY_FLAG,
-                    nullptr, &key, &spec, &isOwned),
-                E_CRYPTO_SIGN, L"CryptAcquireCertificatePrivateKey");
+// A token that was pulled out takes the open key with it. The next signature begins with a new one, rather
+// than with one that fails as long as the certificate is kept.
+void forgetKey(const Certificate& certificate) noexcept {
+    const LastErrorKeeper keeper;
+    ::CertSetCertificateContextProperty(certificate.context(), CERT_KEY_CONTEXT_PROP_ID, 0, nullptr);
 }
 
 }  // namespace
@@ -44,9 +39,15 @@ Bytes CryptoApiProvider::sign(const Bytes& data, const Certificate& certificate,
 
     const BYTE* blocks[] = {data.data()};
     DWORD sizes[] = {detail::messageSize(data)};
-    openKeyOnce(certificate);
+    // The message is made in two calls, and a token may ask for its PIN in each; this key stays with the
+    // context for both. Where it fails, signing has failed: going on would ask once more for a card that the
+    // user does not have.
+    const detail::PrivateKey key(certificate, E_CRYPTO_SIGN, detail::PrivateKey::Kind::kept);
     return twoPass<BYTE>(E_CRYPTO_SIGN, L"CryptSignMessage", [&](BYTE* buffer, DWORD* size) {
-        return ::CryptSignMessage(&parameters, !attached, 1, blocks, sizes, buffer, size);
+        const BOOL done = ::CryptSignMessage(&parameters, !attached, 1, blocks, sizes, buffer, size);
+        if (!done)
+            forgetKey(certificate);
+        return done;
     });
 }
 

@@ -8,9 +8,10 @@
 namespace Corvane::detail {
 
 std::wstring getUserSid() {
-    FileHandle token(nullptr);
-    checkWin32(::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, token.put()), E_CRYPTO,
+    HANDLE opened = nullptr;
+    checkWin32(::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &opened), E_CRYPTO,
                L"OpenProcessToken");
+    const FileHandle token(opened);
     // The structure and, behind it, the longest identifier there is.
     alignas(TOKEN_USER) BYTE buffer[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
     DWORD size = sizeof buffer;

@@ -15,16 +15,13 @@ namespace Corvane::Platform::Gost {
 struct Algorithm {
     const wchar_t* provider;
     DWORD providerType;
-    const wchar_t* keyName;
     const char* keyOid;
     ALG_ID keyId;
     std::size_t size;   // of a private key, of half a public key, and of a hash, in bytes
     const char* curve;  // of keys that are made here
-    const wchar_t* hashName;
     const char* hashOid;
     ALG_ID hashId;
     int digest;  // libgcrypt's number
-    const wchar_t* signatureName;
     const char* signatureOid;
     const char* substitution;  // of GOST 28147-89, for messages
     ALG_ID ephemeralId;        // of pairs for one agreement
@@ -37,17 +34,15 @@ constexpr ALG_ID cipherId = 0x661E;
 constexpr DWORD substitutionParameter = 104;
 
 inline constexpr Algorithm algorithms[] = {
-    {L"Crypto-Pro GOST R 34.10-2001 Cryptographic Service Provider", 75, L"GOST R 34.10-2001",
-     "1.2.643.2.2.19", 0x2E23, 32, "1.2.643.2.2.35.1", L"GOST R 34.11-94", "1.2.643.2.2.9", 0x801E,
-     GCRY_MD_GOSTR3411_CP, L"GOST R 34.11/34.10-2001", "1.2.643.2.2.3", "1.2.643.2.2.31.1", 0xAA25, 0x661F},
-    {L"Crypto-Pro GOST R 34.10-2012 Cryptographic Service Provider", 80, L"GOST R 34.10-2012 256 bit",
-     "1.2.643.7.1.1.1.1", 0x2E49, 32, "1.2.643.7.1.2.1.1.1", L"GOST R 34.11-2012 256 bit",
-     "1.2.643.7.1.1.2.2", 0x8021, GCRY_MD_STRIBOG256, L"GOST R 34.11-2012/34.10-2012 256 bit",
-     "1.2.643.7.1.1.3.2", "1.2.643.7.1.2.5.1.1", 0xAA47, 0x6621},
-    {L"Crypto-Pro GOST R 34.10-2012 Strong Cryptographic Service Provider", 81, L"GOST R 34.10-2012 512 bit",
-     "1.2.643.7.1.1.1.2", 0x2E3D, 64, "1.2.643.7.1.2.1.2.1", L"GOST R 34.11-2012 512 bit",
-     "1.2.643.7.1.1.2.3", 0x8022, GCRY_MD_STRIBOG512, L"GOST R 34.11-2012/34.10-2012 512 bit",
-     "1.2.643.7.1.1.3.3", "1.2.643.7.1.2.5.1.1", 0xAA43, 0x6621},
+    {L"Crypto-Pro GOST R 34.10-2001 Cryptographic Service Provider", 75, "1.2.643.2.2.19", 0x2E23, 32,
+     "1.2.643.2.2.35.1", "1.2.643.2.2.9", 0x801E, GCRY_MD_GOSTR3411_CP, "1.2.643.2.2.3", "1.2.643.2.2.31.1",
+     0xAA25, 0x661F},
+    {L"Crypto-Pro GOST R 34.10-2012 Cryptographic Service Provider", 80, "1.2.643.7.1.1.1.1", 0x2E49, 32,
+     "1.2.643.7.1.2.1.1.1", "1.2.643.7.1.1.2.2", 0x8021, GCRY_MD_STRIBOG256, "1.2.643.7.1.1.3.2",
+     "1.2.643.7.1.2.5.1.1", 0xAA47, 0x6621},
+    {L"Crypto-Pro GOST R 34.10-2012 Strong Cryptographic Service Provider", 81, "1.2.643.7.1.1.1.2", 0x2E3D,
+     64, "1.2.643.7.1.2.1.2.1", "1.2.643.7.1.1.2.3", 0x8022, GCRY_MD_STRIBOG512, "1.2.643.7.1.1.3.3",
+     "1.2.643.7.1.2.5.1.1", 0xAA43, 0x6621},
 };
 
 // By what the number or the text is; null where there is none.

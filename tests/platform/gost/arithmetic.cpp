@@ -16,7 +16,6 @@ void must(gcry_error_t error) {
 }
 
 using Number = std::unique_ptr<gcry_mpi, Release<::gcry_mpi_release>>;
-using Expression = std::unique_ptr<gcry_sexp, Release<::gcry_sexp_release>>;
 using Curve = std::unique_ptr<gcry_context, Release<::gcry_ctx_release>>;
 using Point = std::unique_ptr<gcry_mpi_point, Release<::gcry_mpi_point_release>>;
 
@@ -50,13 +49,6 @@ Curve openCurve(const std::string& name) {
     return Curve(made);
 }
 
-// 04, X, Y (SEC 1, 2.3.3)
-Bytes uncompressed(View publicKey) {
-    Bytes point{0x04};
-    append(point, reversed(publicKey.first(publicKey.size() / 2)));
-    return append(point, reversed(publicKey.subspan(publicKey.size() / 2)));
-}
-
 Point point(View publicKey) {
     const Number x = number(publicKey.first(publicKey.size() / 2));
     const Number y = number(publicKey.subspan(publicKey.size() / 2));
@@ -73,18 +65,6 @@ Bytes coordinates(gcry_mpi_point_t value, gcry_ctx_t curve, std::size_t size) {
     return append(both, reversed(bigEndian(y.get(), size)));
 }
 
-template <class... Values>
-Expression expression(const char* format, const Values&... values) {
-    gcry_sexp_t made = nullptr;
-    must(::gcry_sexp_build(&made, nullptr, format, values...));
-    return Expression(made);
-}
-
-// Bytes of an expression are told as a length and an address.
-int length(View bytes) {
-    return static_cast<int>(bytes.size());
-}
-
 Bytes mac(const std::string& substitution, View key, View iv, View data) {
     gcry_mac_hd_t made = nullptr;
     must(::gcry_mac_open(&made, GCRY_MAC_GOST28147_IMIT, 0, nullptr));
@@ -97,16 +77,6 @@ Bytes mac(const std::string& substitution, View key, View iv, View data) {
     Bytes result(macSize);
     std::size_t size = result.size();
     must(::gcry_mac_read(made, result.data(), &size));
-    return result;
-}
-
-Bytes transform(const std::string& substitution, int mode, View key, View iv, View data, bool encrypt) {
-    const Cipher cipher = openCipher(substitution, mode, false, key, iv);
-    if (!cipher)
-        throw std::runtime_error("an unknown substitution");
-    Bytes result(data.size());
-    must((encrypt ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(cipher.get(), result.data(), result.size(),
-                                                                   data.data(), data.size()));
     return result;
 }
 
@@ -179,18 +149,31 @@ Bytes sign(const std::string& curve, View privateKey, View digest) {
     return append(result, bigEndian(r.get(), size));
 }
 
+// By hand as well: GOST R 34.10-2012, 6.2.
 bool verify(const std::string& curve, View publicKey, View digest, View signature) {
-    const std::size_t half = publicKey.size() / 2;
+    const std::size_t size = publicKey.size() / 2;
     if (signature.size() != publicKey.size())
         return false;
-    const Bytes q = uncompressed(publicKey);
-    const Bytes value = reversed(digest);
-    const Expression key =
-        expression("(public-key (ecc (curve %s) (q %b)))", libraryName(curve), length(q), q.data());
-    const Expression data = expression("(data (flags gost) (value %b))", length(value), value.data());
-    const Expression claim = expression("(sig-val (gost (r %b) (s %b)))", static_cast<int>(half),
-                                        signature.data() + half, static_cast<int>(half), signature.data());
-    return ::gcry_pk_verify(claim.get(), data.get(), key.get()) == 0;
+    const Curve context = openCurve(curve);
+    const Number order(::gcry_mpi_ec_get_mpi("n", context.get(), 1));
+    const Number s = number(reversed(signature.first(size)));
+    const Number r = number(reversed(signature.subspan(size)));
+    const Number e = number(digest);
+    const Number inverse(::gcry_mpi_new(0));
+    ::gcry_mpi_mod(e.get(), e.get(), order.get());
+    ::gcry_mpi_invm(inverse.get(), e.get(), order.get());
+    ::gcry_mpi_mulm(s.get(), s.get(), inverse.get(), order.get());
+    ::gcry_mpi_mulm(inverse.get(), r.get(), inverse.get(), order.get());
+    ::gcry_mpi_sub(inverse.get(), order.get(), inverse.get());
+    const Point first(::gcry_mpi_point_new(0));
+    const Point second(::gcry_mpi_point_new(0));
+    ::gcry_mpi_ec_mul(first.get(), s.get(), Point(::gcry_mpi_ec_get_point("g", context.get(), 1)).get(),
+                      context.get());
+    ::gcry_mpi_ec_mul(second.get(), inverse.get(), point(publicKey).get(), context.get());
+    ::gcry_mpi_ec_add(first.get(), first.get(), second.get(), context.get());
+    const Number x = number(View(coordinates(first.get(), context.get(), size)).first(size));
+    ::gcry_mpi_mod(x.get(), x.get(), order.get());
+    return ::gcry_mpi_cmp(x.get(), r.get()) == 0;
 }
 
 Bytes agree(const std::string& curve, View privateKey, View publicKey, View ukm, int digest) {
@@ -207,6 +190,14 @@ Bytes agree(const std::string& curve, View privateKey, View publicKey, View ukm,
     Bytes key(::gcry_md_get_algo_dlen(digest));
     ::gcry_md_hash_buffer(digest, key.data(), shared.data(), shared.size());
     return key;
+}
+
+Bytes transform(const std::string& substitution, int mode, View key, View iv, View data, bool encrypt) {
+    const Cipher cipher = openCipher(substitution, mode, false, key, iv);
+    Bytes result(data.size());
+    must((encrypt ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(cipher.get(), result.data(), result.size(),
+                                                                   data.data(), data.size()));
+    return result;
 }
 
 WrappedKey wrap(const std::string& substitution, View keyEncryptionKey, View ukm, View key) {
@@ -226,8 +217,7 @@ Cipher openCipher(const std::string& substitution, int mode, bool meshing, View 
     must(::gcry_cipher_open(&made, meshing ? GCRY_CIPHER_GOST28147_MESH : GCRY_CIPHER_GOST28147, mode, 0));
     Cipher cipher(made);
     std::string oid = substitution;
-    if (::gcry_cipher_ctl(made, GCRYCTL_SET_SBOX, oid.data(), 0))
-        return nullptr;
+    must(::gcry_cipher_ctl(made, GCRYCTL_SET_SBOX, oid.data(), 0));
     must(::gcry_cipher_setkey(made, key.data(), key.size()));
     if (!iv.empty())
         must(::gcry_cipher_setiv(made, iv.data(), iv.size()));

@@ -38,8 +38,10 @@ struct Release {
     void operator()(auto* object) const { Free(object); }
 };
 using Cipher = std::unique_ptr<gcry_cipher_handle, Release<::gcry_cipher_close>>;
-// GOST 28147-89: `mode` of libgcrypt; content is encrypted with key meshing (RFC 4357, 2.3.2). Null where the
-// substitution is not known.
+// GOST 28147-89: `mode` of libgcrypt; content is encrypted with key meshing (RFC 4357, 2.3.2).
 Cipher openCipher(const std::string& substitution, int mode, bool meshing, View key, View iv);
+
+// The whole of what is encrypted, without meshing.
+Bytes transform(const std::string& substitution, int mode, View key, View iv, View data, bool encrypt);
 
 }  // namespace Corvane::Platform::Gost

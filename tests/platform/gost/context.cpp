@@ -3,89 +3,73 @@
 #include "core/handles.h"
 #include "provider.h"
 
-#include <algorithm>
-
 namespace Corvane::Platform::Gost {
 namespace {
 
-const std::wstring root = L"Software\\Corvane Tests\\GOST containers\\";
+const std::string root = R"(Software\Corvane Tests\GOST containers\)";
+constexpr std::string_view unique = R"(\\.\REGISTRY\)";
 
-std::wstring keyName(DWORD spec) {
-    return L"key " + std::to_wstring(spec);
+std::string keyName(DWORD spec) {
+    return "key " + std::to_string(spec);
 }
 
-// Empty where there is none; else whether the key is exportable, and its PrivateKeyInfo.
-Bytes readKey(const std::wstring& container, DWORD spec) {
+// A value is whether the key is exportable, and its PrivateKeyInfo.
+std::optional<Key> readKey(const std::string& container, DWORD spec) {
     BYTE value[1024];
     DWORD size = sizeof value;
-    return ::RegGetValueW(HKEY_CURRENT_USER, (root + container).c_str(), keyName(spec).c_str(),
-                          RRF_RT_REG_BINARY, nullptr, value, &size)
-               ? Bytes()
-               : Bytes(value, value + size);
+    if (::RegGetValueA(HKEY_CURRENT_USER, (root + container).c_str(), keyName(spec).c_str(),
+                       RRF_RT_REG_BINARY, nullptr, value, &size))
+        return std::nullopt;
+    return keyWith(&Key::pair, readPrivateKeyInfo({value + 1, size - 1}), value[0] != 0);
+}
+
+std::string openContainer(std::string name, DWORD flags) {
+    if (name.starts_with(unique))
+        name.erase(0, unique.size());
+    RegistryKey key;
+    const std::string path = root + name;
+    const bool isThere = ::RegOpenKeyA(HKEY_CURRENT_USER, path.c_str(), key.put()) == ERROR_SUCCESS;
+    if (isThere == ((flags & CRYPT_NEWKEYSET) != 0))
+        fail(isThere ? NTE_EXISTS : NTE_BAD_KEYSET);
+    if (!isThere)
+        ::RegCreateKeyA(HKEY_CURRENT_USER, path.c_str(), key.put());
+    return name;
 }
 
 // The part of VTableProvStruc (cspdk.h) that is read here.
 struct ProviderCallbacks {
     DWORD version;
-    void* verifyImage;
-    void* returnWindow;
+    void* functions[2];
     DWORD providerType;
 };
 
-std::wstring wide(const char* text) {
-    wchar_t result[MAX_PATH] = {};
-    ::MultiByteToWideChar(CP_ACP, 0, text, -1, result, MAX_PATH);
-    return result;
-}
-
-// With the NUL, as parameters of the provider are told.
-Bytes narrow(const std::wstring& text) {
-    char result[MAX_PATH] = {};
-    const int size = ::WideCharToMultiByte(CP_ACP, 0, text.c_str(), -1, result, MAX_PATH, nullptr, nullptr);
-    return {result, result + size};
-}
-
-std::wstring openContainer(const char* name, DWORD flags) {
-    std::wstring container = wide(name ? name : "");
-    constexpr std::wstring_view unique = L"\\\\.\\REGISTRY\\";
-    if (container.starts_with(unique))
-        container.erase(0, unique.size());
-    RegistryKey key;
-    DWORD outcome = 0;
-    const bool isNew = (flags & CRYPT_NEWKEYSET) != 0;
-    const std::wstring path = root + container;
-    if (isNew ? ::RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_READ, nullptr,
-                                  key.put(), &outcome)
-              : ::RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, key.put()))
-        fail(NTE_BAD_KEYSET);
-    if (outcome == REG_OPENED_EXISTING_KEY)
-        fail(NTE_EXISTS);
-    return container;
-}
-
-void acquire(HCRYPTPROV* handle, const char* name, DWORD flags, const ProviderCallbacks& callbacks) {
+void acquire(HCRYPTPROV* handle, const char* name, DWORD flags, DWORD type) {
     startArithmetic();
-    auto context = std::make_unique<Context>();
-    context->algorithm = findAlgorithm(callbacks.providerType, &Algorithm::providerType);
+    Context context;
+    context.algorithm = findAlgorithm(type, &Algorithm::providerType);
     if ((flags & CRYPT_VERIFYCONTEXT) != CRYPT_VERIFYCONTEXT)
-        context->container = openContainer(name, flags);
+        context.container = openContainer(name ? name : "", flags);
     if (flags & CRYPT_DELETEKEYSET)
-        ::RegDeleteKeyW(HKEY_CURRENT_USER, (root + *context->container).c_str());
+        ::RegDeleteKeyA(HKEY_CURRENT_USER, (root + *context.container).c_str());
     else
         *handle = handleOf(std::move(context));
+}
+
+// With the NUL, as the provider's parameters are told.
+Bytes told(const std::string& text) {
+    return {text.c_str(), text.c_str() + text.size() + 1};
 }
 
 // The names of containers whose keys are of the provider's kind, and of empty ones.
 std::vector<Bytes> containersOf(const Algorithm& own) {
     std::vector<Bytes> list;
     RegistryKey key;
-    wchar_t name[MAX_PATH];
-    if (::RegOpenKeyExW(HKEY_CURRENT_USER, root.c_str(), 0, KEY_READ, key.put()))
-        return list;
-    for (DWORD i = 0; !::RegEnumKeyW(key.get(), i, name, MAX_PATH); ++i) {
-        const Bytes value = readKey(name, AT_KEYEXCHANGE);
-        if (value.empty() || readPrivateKeyInfo(View(value).subspan(1)).algorithm == &own)
-            list.push_back(narrow(name));
+    char name[MAX_PATH];
+    ::RegOpenKeyA(HKEY_CURRENT_USER, root.c_str(), key.put());
+    for (DWORD i = 0; !::RegEnumKeyA(key.get(), i, name, MAX_PATH); ++i) {
+        const auto found = readKey(name, AT_KEYEXCHANGE);
+        if (!found || found->pair.algorithm == &own)
+            list.push_back(told(name));
     }
     return list;
 }
@@ -98,42 +82,36 @@ std::vector<Bytes> algorithmsOf(const Algorithm& own) {
     return list;
 }
 
-void enumerate(Context& context, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
-    if (flags & CRYPT_FIRST) {
-        context.listed = (which == PP_ENUMALGS ? algorithmsOf : containersOf)(*context.algorithm);
-        context.next = 0;
-    }
-    if (context.next >= context.listed.size())
-        fail(ERROR_NO_MORE_ITEMS);
-    if (!buffer)
-        return give(buffer, size, Bytes(MAX_PATH));  // as long as any
-    give(buffer, size, context.listed[context.next]);
-    ++context.next;
-}
-
-Bytes parameter(const Context& context, DWORD which) {
+void getParameter(Context& context, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
+    const std::wstring_view name = context.algorithm->provider;
     if (which == PP_NAME)
-        return narrow(context.algorithm->provider);
-    return which == PP_UNIQUE_CONTAINER ? narrow(L"\\\\.\\REGISTRY\\" + context.container.value())
-                                        : (fail(NTE_BAD_TYPE), Bytes());
+        return give(buffer, size, told({name.begin(), name.end()}));
+    if (which == PP_UNIQUE_CONTAINER)
+        return give(buffer, size, told(std::string(unique) + context.container.value()));
+    if (which != PP_ENUMCONTAINERS && which != PP_ENUMALGS)
+        fail(NTE_BAD_TYPE);
+    if (flags & CRYPT_FIRST)
+        context.listed = (which == PP_ENUMALGS ? algorithmsOf : containersOf)(*context.algorithm);
+    if (context.listed.empty())
+        fail(ERROR_NO_MORE_ITEMS);
+    give(buffer, size, buffer ? context.listed.front() : Bytes(MAX_PATH));  // as long as any
+    if (buffer)
+        context.listed.erase(context.listed.begin());
 }
 
 }  // namespace
 
-std::unique_ptr<Key> loadKey(const Context& context, DWORD spec) {
-    const Bytes value = context.container ? readKey(*context.container, spec) : Bytes();
-    if (value.empty())
+Key loadKey(const Context& context, DWORD spec) {
+    auto key = context.container ? readKey(*context.container, spec) : std::nullopt;
+    if (!key || key->pair.algorithm != context.algorithm)
         fail(NTE_NO_KEY);
-    auto key = std::make_unique<Key>();
-    key->pair = readPrivateKeyInfo(View(value).subspan(1));
-    key->isExportable = value[0] != 0;
-    return key->pair.algorithm == context.algorithm ? std::move(key) : (fail(NTE_NO_KEY), nullptr);
+    return std::move(*key);
 }
 
 void storeKey(const Context& context, DWORD spec, const Key& key) {
     Bytes value{key.isExportable};
     append(value, privateKeyInfo(key.pair));
-    if (::RegSetKeyValueW(HKEY_CURRENT_USER, (root + *context.container).c_str(), keyName(spec).c_str(),
+    if (::RegSetKeyValueA(HKEY_CURRENT_USER, (root + *context.container).c_str(), keyName(spec).c_str(),
                           REG_BINARY, value.data(), lengthOf(value)))
         fail(NTE_FAIL);
 }
@@ -145,22 +123,16 @@ using namespace Corvane::Platform::Gost;
 
 extern "C" {
 
-BOOL WINAPI CPAcquireContext(HCRYPTPROV* handle, LPSTR container, DWORD flags, void* callbacks) {
-    return entry([&] { acquire(handle, container, flags, *static_cast<ProviderCallbacks*>(callbacks)); });
+BOOL WINAPI CPAcquireContext(HCRYPTPROV* handle, LPSTR container, DWORD flags, ProviderCallbacks* callbacks) {
+    return entry([&] { acquire(handle, container, flags, callbacks->providerType); });
 }
 
 BOOL WINAPI CPReleaseContext(HCRYPTPROV context, DWORD) {
     return entry([&] { delete &objectOf<Context>(context); });
 }
 
-BOOL WINAPI CPGetProvParam(HCRYPTPROV handle, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
-    return entry([&] {
-        auto& context = objectOf<Context>(handle);
-        if (which == PP_ENUMCONTAINERS || which == PP_ENUMALGS)
-            enumerate(context, which, buffer, size, flags);
-        else
-            give(buffer, size, parameter(context, which));
-    });
+BOOL WINAPI CPGetProvParam(HCRYPTPROV context, DWORD which, BYTE* buffer, DWORD* size, DWORD flags) {
+    return entry([&] { getParameter(objectOf<Context>(context), which, buffer, size, flags); });
 }
 
 BOOL WINAPI CPGenRandom(HCRYPTPROV, DWORD size, BYTE* buffer) {

@@ -2,65 +2,45 @@
 // And the registration for the bitness of the DLL: the providers, the identifiers and the functions, also of
 // what Windows knows by itself and Wine does not.
 #include "../own_module.h"
-#include "asn1/pkix/certification_request.h"
 #include "core/handles.h"
 #include "provider.h"
-
-#include <algorithm>
-#include <span>
 
 namespace Corvane::Platform::Gost {
 namespace {
 
-asn1::SubjectPublicKeyInfo keyInfoOf(const CERT_PUBLIC_KEY_INFO& info) {
-    const auto& [algorithm, key] = info;
-    return {{algorithm.pszObjId, bytesOf(viewOf(algorithm.Parameters))},
-            {key.pbData, key.pbData + key.cbData}};
-}
-
-// A context for all that is public.
-HCRYPTPROV contextFor(const Algorithm& algorithm) {
-    static HCRYPTPROV shared[std::size(algorithms)];
-    HCRYPTPROV& context = shared[&algorithm - algorithms];
-    if (!context)
-        must(::CryptAcquireContextW(&context, nullptr, algorithm.provider, algorithm.providerType,
-                                    CRYPT_VERIFYCONTEXT));
-    return context;
+// A structure as the system writes it.
+Bytes encoded(const char* type, const void* structure) {
+    return filled([&](BYTE* buffer, DWORD* size) {
+        return ::CryptEncodeObject(X509_ASN_ENCODING | PKCS_7_ASN_ENCODING, type, structure, buffer, size);
+    });
 }
 
 Bytes requestInfo(const CERT_REQUEST_INFO& info) {
-    std::vector<asn1::Attribute> attributes;
-    for (const CRYPT_ATTRIBUTE& one : std::span(info.rgAttribute, info.cAttribute)) {
-        asn1::Attribute& attribute = attributes.emplace_back();
-        attribute.oid = one.pszObjId;
-        for (const CRYPT_ATTR_BLOB& value : std::span(one.rgValue, one.cValue))
-            attribute.values.push_back(value.cbData ? bytesOf(viewOf(value))
-                                                    : (fail(CRYPT_E_BAD_ENCODE), Bytes()));
-    }
-    return asn1::encodeRequestInfo(
-        {bytesOf(viewOf(info.Subject)), keyInfoOf(info.SubjectPublicKeyInfo), attributes});
+    const CRYPT_ATTRIBUTES all{info.cAttribute, info.rgAttribute};
+    Bytes attributes = encoded(PKCS_ATTRIBUTES, &all);
+    attributes.front() = Tag::context(0);
+    return tlv(Tag::sequence, integer(0), viewOf(info.Subject),
+               encoded(X509_PUBLIC_KEY_INFO, &info.SubjectPublicKeyInfo), attributes);
 }
 
-void setValue(const std::wstring& key, const wchar_t* name, DWORD type, View data) {
+void setValue(const std::wstring& key, const wchar_t* name, DWORD type, const void* data, std::size_t size) {
     const std::wstring path = L"Software\\Microsoft\\Cryptography\\Defaults\\" + key;
     if (const LSTATUS status =
-            ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, path.c_str(), name, type, data.data(), lengthOf(data)))
+            ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, path.c_str(), name, type, data, static_cast<DWORD>(size)))
         fail(status);
 }
 
 void setText(const std::wstring& key, const wchar_t* name, const std::wstring& text) {
-    setValue(key, name, REG_SZ,
-             {reinterpret_cast<const std::uint8_t*>(text.c_str()), (text.size() + 1) * sizeof(wchar_t)});
+    setValue(key, name, REG_SZ, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
 }
 
 // `extra` is what the group says of ExtraInfo in the documentation of CRYPT_OID_INFO.
-void registerIdentifier(DWORD group, const char* oid, const wchar_t* name, ALG_ID id,
-                        std::vector<DWORD> extra = {}) {
+void registerIdentifier(DWORD group, const char* oid, ALG_ID id, std::vector<DWORD> extra = {}) {
     wchar_t none[] = L"";
     CRYPT_OID_INFO info{};
     info.cbSize = sizeof info;
     info.pszOID = oid;
-    info.pwszName = name;
+    info.pwszName = L"of the tests";
     info.dwGroupId = group;
     info.Algid = id;
     info.ExtraInfo = {static_cast<DWORD>(extra.size() * sizeof(DWORD)),
@@ -77,14 +57,13 @@ void registerFunction(const char* kind, const char* oid, const char* function) {
 void registerAlgorithm(const Algorithm& algorithm) {
     const std::wstring provider = L"Provider\\" + std::wstring(algorithm.provider);
     setText(provider, L"Image Path", ownPath());
-    setValue(provider, L"Type", REG_DWORD, viewOfStructure(algorithm.providerType));
-    setValue(provider, L"Signature", REG_BINARY, Bytes(1));
+    setValue(provider, L"Type", REG_DWORD, &algorithm.providerType, sizeof(DWORD));
+    setValue(provider, L"Signature", REG_BINARY, "", 1);
     setText(L"Provider Types\\Type 0" + std::to_wstring(algorithm.providerType), L"Name", algorithm.provider);
-    registerIdentifier(CRYPT_HASH_ALG_OID_GROUP_ID, algorithm.hashOid, algorithm.hashName, algorithm.hashId);
-    registerIdentifier(CRYPT_PUBKEY_ALG_OID_GROUP_ID, algorithm.keyOid, algorithm.keyName, algorithm.keyId);
+    registerIdentifier(CRYPT_HASH_ALG_OID_GROUP_ID, algorithm.hashOid, algorithm.hashId);
     // The key's algorithm, flags, and the type of the provider that hashes.
-    registerIdentifier(CRYPT_SIGN_ALG_OID_GROUP_ID, algorithm.signatureOid, algorithm.signatureName,
-                       algorithm.hashId, {algorithm.keyId, 0, algorithm.providerType});
+    registerIdentifier(CRYPT_SIGN_ALG_OID_GROUP_ID, algorithm.signatureOid, algorithm.hashId,
+                       {algorithm.keyId, 0, algorithm.providerType});
     registerFunction(CRYPT_OID_EXPORT_PUBLIC_KEY_INFO_FUNC, algorithm.keyOid, "gostExportPublicKeyInfo");
     registerFunction(CRYPT_OID_IMPORT_PUBLIC_KEY_INFO_FUNC, algorithm.keyOid, "gostImportPublicKeyInfo");
 }
@@ -92,9 +71,8 @@ void registerAlgorithm(const Algorithm& algorithm) {
 void registerAll() {
     std::ranges::for_each(algorithms, registerAlgorithm);
     registerFunction(CRYPT_OID_ENCODE_OBJECT_FUNC, "#4", "gostEncodeRequest");
-    constexpr DWORD ciphers = CRYPT_ENCRYPT_ALG_OID_GROUP_ID;
-    registerIdentifier(ciphers, cipherOid, L"GOST 28147-89", cipherId);
-    registerIdentifier(ciphers, "2.16.840.1.101.3.4.1.42", L"aes256", CALG_AES_256);
+    registerIdentifier(CRYPT_ENCRYPT_ALG_OID_GROUP_ID, cipherOid, cipherId);
+    registerIdentifier(CRYPT_ENCRYPT_ALG_OID_GROUP_ID, "2.16.840.1.101.3.4.1.42", CALG_AES_256);
 }
 
 }  // namespace
@@ -119,13 +97,12 @@ BOOL WINAPI gostExportPublicKeyInfo(HCRYPTPROV context, DWORD spec, DWORD, LPSTR
     });
 }
 
-BOOL WINAPI gostImportPublicKeyInfo(HCRYPTPROV, DWORD, CERT_PUBLIC_KEY_INFO* info, ALG_ID, DWORD, void*,
-                                    HCRYPTKEY* key) {
+BOOL WINAPI gostImportPublicKeyInfo(HCRYPTPROV context, DWORD, CERT_PUBLIC_KEY_INFO* info, ALG_ID, DWORD,
+                                    void*, HCRYPTKEY* key) {
     return entry([&] {
-        const Bytes der = asn1::encodePublicKeyInfo(keyInfoOf(*info));
-        const Algorithm& algorithm = *readPublicKeyInfo(der).algorithm;
-        const Bytes blob = keyBlob(PUBLICKEYBLOB, algorithm.keyId, der);
-        must(::CryptImportKey(contextFor(algorithm), blob.data(), lengthOf(blob), 0, 0, key));
+        const Bytes der = encoded(X509_PUBLIC_KEY_INFO, info);
+        const Bytes blob = keyBlob(PUBLICKEYBLOB, readPublicKeyInfo(der).algorithm->keyId, der);
+        must(::CryptImportKey(context, blob.data(), lengthOf(blob), 0, 0, key));
     });
 }
 

@@ -53,9 +53,10 @@ inline Bytes publicParts(const KeyPair& key) {
     return append(parts, DerWriter().bitString(tlv(Tag::octetString, key.publicHalf)).take());
 }
 
-// The hash of the key agreement: both keys of 2012 use the one of 256 bits.
-inline int agreementDigest(const Algorithm& algorithm) {
-    return algorithms[algorithm.providerType == 75 ? 0 : 1].digest;
+// Both algorithms of 2012 use the hash of 256 bits here.
+inline Bytes agree(const KeyPair& own, const KeyPair& other, View ukm) {
+    return agree(own.curve, own.secret, other.publicHalf, ukm,
+                 algorithms[own.algorithm->providerType == 75 ? 0 : 1].digest);
 }
 
 inline KeyPair makeKeyPair(const Algorithm& algorithm, const std::string& curve) {
@@ -93,9 +94,7 @@ inline KeyPair readPrivateKeyInfo(View der) {
 inline Bytes transport(const SessionKey& session, const KeyPair& recipient) {
     const KeyPair ephemeral = makeKeyPair(*recipient.algorithm, recipient.curve);
     const Bytes ukm = randomBytes(ukmSize);
-    const Bytes key = agree(recipient.curve, ephemeral.secret, recipient.publicHalf, ukm,
-                            agreementDigest(*recipient.algorithm));
-    const WrappedKey wrapped = wrap(session.substitution, key, ukm, session.key);
+    const WrappedKey wrapped = wrap(session.substitution, agree(ephemeral, recipient, ukm), ukm, session.key);
     return tlv(
         Tag::sequence,
         tlv(Tag::sequence, tlv(Tag::octetString, wrapped.encrypted), tlv(Tag::octetString, wrapped.mac)),
@@ -119,9 +118,7 @@ inline SessionKey receive(View transport, const KeyPair& recipient) {
     if (ukm.size() != ukmSize || wrapped.encrypted.size() != sessionKeySize ||
         ephemeral.curve != recipient.curve)
         fail(NTE_BAD_DATA);
-    const Bytes key = agree(recipient.curve, recipient.secret, ephemeral.publicHalf, ukm,
-                            agreementDigest(*recipient.algorithm));
-    session.key = unwrap(session.substitution, key, ukm, wrapped);
+    session.key = unwrap(session.substitution, agree(recipient, ephemeral, ukm), ukm, wrapped);
     if (session.key.empty())
         fail(NTE_BAD_DATA);
     return session;
@@ -131,8 +128,7 @@ inline SessionKey receive(View transport, const KeyPair& recipient) {
 inline SessionKey agreeOn(const KeyPair& own, const KeyPair& other) {
     Bytes ukm(ukmSize);
     ukm.front() = 1;
-    return {agree(own.curve, own.secret, other.publicHalf, ukm, agreementDigest(*own.algorithm)),
-            own.algorithm->substitution};
+    return {agree(own, other, ukm), own.algorithm->substitution};
 }
 
 }  // namespace Corvane::Platform::Gost

@@ -7,73 +7,47 @@ namespace {
 
 constexpr std::size_t blockSize = 8, sessionKeySize = 32;
 
-template <class Value>
-std::unique_ptr<Key> keyWith(Value Key::*member, Value value, bool isExportable) {
-    auto key = std::make_unique<Key>();
-    (*key).*member = std::move(value);
-    key->iv.resize(blockSize);
-    key->isExportable = isExportable;
-    return key;
-}
-
-void crypt(const Cipher& cipher, bool isEncryption, BYTE* data, std::size_t size) {
-    if (!cipher)
-        fail(NTE_BAD_ALGID);
-    if (size > 0 &&
-        (isEncryption ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(cipher.get(), data, size, nullptr, 0))
-        fail(NTE_FAIL);
-}
-
-// A private key under an agreed one, in the one direction or the other.
+// A private key under an agreed one, in the one direction or the other; under none, as it is.
 Bytes underAgreed(HCRYPTKEY handle, View der, bool isEncryption) {
+    if (!handle)
+        return bytesOf(der);
     const Key& agreed = objectOf<Key>(handle);
     if (!agreed.wrapsKeys)
         fail(NTE_BAD_KEY);
-    Bytes bytes = bytesOf(der);
-    crypt(openCipher(agreed.session.substitution, GCRY_CIPHER_MODE_CFB, false, agreed.session.key, agreed.iv),
-          isEncryption, bytes.data(), bytes.size());
-    return bytes;
+    return transform(agreed.session.substitution, GCRY_CIPHER_MODE_CFB, agreed.session.key, agreed.iv, der,
+                     isEncryption);
 }
 
-std::unique_ptr<Key> generate(const Context& context, ALG_ID id, DWORD flags) {
+Key generate(const Context& context, ALG_ID id, DWORD flags) {
     const Algorithm& own = *context.algorithm;
     const bool isExportable = (flags & CRYPT_EXPORTABLE) != 0;
     if (id == cipherId)
         return keyWith(&Key::session, {randomBytes(sessionKeySize), own.substitution}, isExportable);
     // A pair for one agreement is in no container.
-    auto key = keyWith(&Key::pair, makeKeyPair(own, own.curve), isExportable || id == own.ephemeralId);
-    if (id != AT_KEYEXCHANGE && id != AT_SIGNATURE && id != own.ephemeralId)
+    Key key = keyWith(&Key::pair, makeKeyPair(own, own.curve), isExportable);
+    if (id == AT_KEYEXCHANGE || id == AT_SIGNATURE)
+        storeKey(context, id, key);
+    else if (id != own.ephemeralId)
         fail(NTE_BAD_ALGID);
-    if (id != own.ephemeralId)
-        storeKey(context, id, *key);
     return key;
 }
 
-std::unique_ptr<Key> importPublic(KeyPair pair, HCRYPTKEY with) {
-    if (!with)
-        return keyWith(&Key::pair, std::move(pair), true);
-    if (objectOf<Key>(with).pair.secret.empty())
-        fail(NTE_BAD_KEY);
-    auto agreed = keyWith(&Key::session, agreeOn(objectOf<Key>(with).pair, pair), false);
-    agreed->isAgreed = true;
-    return agreed;
-}
-
-std::unique_ptr<Key> import(const Context& context, View bytes, HCRYPTKEY with, DWORD flags) {
+Key import(const Context& context, View bytes, HCRYPTKEY with, DWORD flags) {
     const auto& head = *reinterpret_cast<const BLOBHEADER*>(bytes.data());
     const View content = bytes.subspan(sizeof head);
     const bool isExportable = (flags & CRYPT_EXPORTABLE) != 0;
     if (head.bType == SIMPLEBLOB)
         return keyWith(&Key::session, receive(content, objectOf<Key>(with).pair), isExportable);
     const bool isPublic = head.bType == PUBLICKEYBLOB;
-    KeyPair pair = isPublic ? readPublicKeyInfo(content)
-                            : readPrivateKeyInfo(with ? underAgreed(with, content, false) : bytesOf(content));
+    KeyPair pair =
+        isPublic ? readPublicKeyInfo(content) : readPrivateKeyInfo(underAgreed(with, content, false));
     if (pair.algorithm != context.algorithm)
         fail(NTE_BAD_ALGID);
-    if (isPublic)
-        return importPublic(std::move(pair), with);
-    auto key = keyWith(&Key::pair, std::move(pair), isExportable);
-    storeKey(context, AT_KEYEXCHANGE, *key);
+    if (isPublic && with)
+        return keyWith(&Key::session, agreeOn(objectOf<Key>(with).pair, pair), false);
+    Key key = keyWith(&Key::pair, std::move(pair), isExportable);
+    if (!isPublic)
+        storeKey(context, AT_KEYEXCHANGE, key);
     return key;
 }
 
@@ -85,36 +59,25 @@ Bytes exportKey(const Key& key, HCRYPTKEY with, DWORD type) {
     const ALG_ID id = key.pair.algorithm->keyId;
     if (type == PUBLICKEYBLOB)
         return keyBlob(PUBLICKEYBLOB, id, publicKeyInfo(key.pair));
-    if (key.pair.secret.empty() || !key.isExportable)
+    if (!key.isExportable)
         fail(NTE_BAD_KEY_STATE);
-    const Bytes der = privateKeyInfo(key.pair);
-    return keyBlob(PRIVATEKEYBLOB, id, with ? underAgreed(with, der, true) : der);
+    return keyBlob(PRIVATEKEYBLOB, id, underAgreed(with, privateKeyInfo(key.pair), true));
 }
 
 Bytes parameter(const Key& key, DWORD which) {
     const std::string& name = key.session.substitution;
-    DWORD number = 0;
-    if (which == KP_ALGID)
-        number = key.isSession() ? cipherId : key.pair.algorithm->keyId;
-    else if (which == substitutionParameter)
+    if (which == substitutionParameter)
         return {name.c_str(), name.c_str() + name.size() + 1};
-    else if (which == KP_BLOCKLEN)
-        number = 8 * blockSize;
-    else
-        fail(NTE_BAD_TYPE);
-    return bytesOf(viewOfStructure(number));
+    return bytesOf(viewOfStructure(which == KP_ALGID ? key.pair.algorithm->keyId : ALG_ID{8 * blockSize}));
 }
 
 void setParameter(const Context& context, Key& key, DWORD which, const BYTE* value) {
-    if (which == KP_IV) {
+    if (which == KP_IV)
         key.iv.assign(value, value + blockSize);
-        key.running.reset();
-    } else if (which == substitutionParameter) {
+    else if (which == substitutionParameter)
         key.session.substitution = reinterpret_cast<const char*>(value);
-    } else {
-        key.wrapsKeys = which == KP_ALGID && key.isAgreed &&
-                        *reinterpret_cast<const ALG_ID*>(value) == context.algorithm->keyWrapId;
-    }
+    else
+        key.wrapsKeys = *reinterpret_cast<const ALG_ID*>(value) == context.algorithm->keyWrapId;
 }
 
 // The cipher feeds back its output, so that nothing is padded; the last piece puts it back to its start.
@@ -122,28 +85,21 @@ void crypt(Key& key, bool isEncryption, bool isFinal, BYTE* data, DWORD size) {
     if (!key.running)
         key.running =
             openCipher(key.session.substitution, GCRY_CIPHER_MODE_CFB, true, key.session.key, key.iv);
-    crypt(key.running, isEncryption, data, size);
+    if (size > 0 && (isEncryption ? ::gcry_cipher_encrypt : ::gcry_cipher_decrypt)(key.running.get(), data,
+                                                                                   size, nullptr, 0))
+        fail(NTE_FAIL);
     if (isFinal)
         key.running.reset();
 }
 
 HCRYPTHASH create(const Algorithm* algorithm, ALG_ID id) {
-    if (id != algorithm->hashId)
-        fail(NTE_BAD_ALGID);
-    auto hash = std::make_unique<Hash>();
-    hash->algorithm = algorithm;
+    Hash hash;
+    hash.algorithm = algorithm;
     gcry_md_hd_t running = nullptr;
-    if (::gcry_md_open(&running, algorithm->digest, 0))
-        fail(NTE_FAIL);
-    hash->running.reset(running);
+    if (id != algorithm->hashId || ::gcry_md_open(&running, algorithm->digest, 0))
+        fail(NTE_BAD_ALGID);
+    hash.running.reset(running);
     return handleOf(std::move(hash));
-}
-
-void verifyHash(Hash& hash, View signature, const Key& key) {
-    if (key.pair.algorithm != hash.algorithm)
-        fail(NTE_BAD_KEY);
-    if (!verify(key.pair.curve, key.pair.publicHalf, hash.finish(), reversed(signature)))
-        fail(NTE_BAD_SIGNATURE);
 }
 
 }  // namespace
@@ -207,11 +163,8 @@ BOOL WINAPI CPDestroyHash(HCRYPTPROV, HCRYPTHASH hash) {
     return entry([&] { delete &objectOf<Hash>(hash); });
 }
 
-BOOL WINAPI CPGetHashParam(HCRYPTPROV, HCRYPTHASH hash, DWORD which, BYTE* buffer, DWORD* size, DWORD) {
-    return entry([&] {
-        give(buffer, size,
-             which == HP_HASHVAL ? objectOf<Hash>(hash).finish() : (fail(NTE_BAD_TYPE), Bytes()));
-    });
+BOOL WINAPI CPGetHashParam(HCRYPTPROV, HCRYPTHASH hash, DWORD, BYTE* buffer, DWORD* size, DWORD) {
+    return entry([&] { give(buffer, size, objectOf<Hash>(hash).finish()); });
 }
 
 BOOL WINAPI CPSetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD, BYTE* value, DWORD) {
@@ -224,16 +177,23 @@ BOOL WINAPI CPSetHashParam(HCRYPTPROV, HCRYPTHASH handle, DWORD, BYTE* value, DW
 BOOL WINAPI CPSignHash(HCRYPTPROV context, HCRYPTHASH hash, DWORD spec, LPCWSTR, DWORD, BYTE* buffer,
                        DWORD* size) {
     return entry([&] {
-        const auto key = loadKey(objectOf<Context>(context), spec);
+        const KeyPair key = loadKey(objectOf<Context>(context), spec).pair;
         if (!buffer)
-            return give(buffer, size, key->pair.publicHalf);  // as long as a signature
-        give(buffer, size, reversed(sign(key->pair.curve, key->pair.secret, objectOf<Hash>(hash).finish())));
+            return give(buffer, size, key.publicHalf);  // as long as a signature
+        give(buffer, size, reversed(sign(key.curve, key.secret, objectOf<Hash>(hash).finish())));
     });
 }
 
 BOOL WINAPI CPVerifySignature(HCRYPTPROV, HCRYPTHASH hash, const BYTE* signature, DWORD size, HCRYPTKEY key,
                               LPCWSTR, DWORD) {
-    return entry([&] { verifyHash(objectOf<Hash>(hash), View(signature, size), objectOf<Key>(key)); });
+    return entry([&] {
+        const KeyPair& pair = objectOf<Key>(key).pair;
+        const Bytes& digest = objectOf<Hash>(hash).finish();
+        if (pair.algorithm != objectOf<Hash>(hash).algorithm)
+            fail(NTE_BAD_KEY);
+        if (!verify(pair.curve, pair.publicHalf, digest, reversed(View(signature, size))))
+            fail(NTE_BAD_SIGNATURE);
+    });
 }
 
 }  // extern "C"

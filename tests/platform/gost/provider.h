@@ -11,22 +11,26 @@ namespace Corvane::Platform::Gost {
 
 struct Context {
     const Algorithm* algorithm = nullptr;
-    std::optional<std::wstring> container;  // none with CRYPT_VERIFYCONTEXT
-    std::vector<Bytes> listed;              // by the enumeration that runs
-    std::size_t next = 0;
+    std::optional<std::string> container;  // none with CRYPT_VERIFYCONTEXT
+    std::vector<Bytes> listed;             // what the enumeration that runs has left
 };
 
 struct Key {
     KeyPair pair;  // of a key pair or a public key; without an algorithm: a session key
     bool isExportable = false;
     SessionKey session;
-    bool isAgreed = false;   // the session is one that two pairs agree on
-    bool wrapsKeys = false;  // and private keys may be exported under it
-    Bytes iv;
+    bool wrapsKeys = false;  // private keys may be exported under it
+    Bytes iv = Bytes(8);
     Cipher running;  // null before the first and after the last block
-
-    bool isSession() const { return pair.algorithm == nullptr; }
 };
+
+template <class Value>
+Key keyWith(Value Key::*member, Value value, bool isExportable) {
+    Key key;
+    key.*member = std::move(value);
+    key.isExportable = isExportable;
+    return key;
+}
 
 struct Hash {
     const Bytes& finish() {
@@ -48,12 +52,12 @@ Object& objectOf(ULONG_PTR handle) {
     return *reinterpret_cast<Object*>(handle);
 }
 template <class Object>
-ULONG_PTR handleOf(std::unique_ptr<Object> object) {
-    return reinterpret_cast<ULONG_PTR>(object.release());
+ULONG_PTR handleOf(Object object) {
+    return reinterpret_cast<ULONG_PTR>(std::make_unique<Object>(std::move(object)).release());
 }
 
 // The container's key. Fails with NTE_NO_KEY where there is none.
-std::unique_ptr<Key> loadKey(const Context& context, DWORD spec);
+Key loadKey(const Context& context, DWORD spec);
 void storeKey(const Context& context, DWORD spec, const Key& key);
 
 }  // namespace Corvane::Platform::Gost

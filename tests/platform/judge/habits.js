@@ -1,7 +1,6 @@
 // The operations as scripts call them: what is left out, what is nothing, lists of certificates, tokens and streams.
 // arguments: a certificate's file, in PEM; tests/data/pki
 var service = create("CryptoService");
-var bytes = create("BinaryObjectService");
 var key = service.FindCertificate('{"name": "Leaf rsa-1", "storeName": "My", "hasPrivateKeyOnly": true}');
 var bare = service.CreateCertificateFromContent(bytes.BinaryObjectFromFile(WScript.Arguments(0)));
 var document = binaryOf("document");
@@ -21,9 +20,6 @@ function big() { // more than a block
 // Left out, undefined, null
 var signature = service.Sign(document, key);
 var attached = service.AttachedSign(document, key, undefined);
-equal(service.GetCertificatesFromSignature(signature).count, 1);
-equal(service.GetCertificatesFromSignature(service.Sign(document, key, true)).count, 2);
-throws(function () { service.Sign(document, key, null); }, mismatch, "", "null is no Boolean");
 var nothing = [undefined, null, list, bare, [bare], []];
 for (var i = 0; i < nothing.length; ++i) {
     equal(service.VerifySignature(document, signature, nothing[i]).count, 1, "certificates " + i);
@@ -50,12 +46,7 @@ var lists = [bare, [bare], list, [bare, key]];
 for (i = 0; i < lists.length; ++i) {
     equal(textOf(service.Decrypt(service.Encrypt(document, lists[i]))), "document", "recipients " + i);
 }
-throws(function () { service.Sign(undefined, key); }, mismatch);
-throws(function () { service.Sign(document, null); }, mismatch);
-throws(function () { service.AttachedSign(document, document); }, "0x80004002");
 throws(function () { service.Decrypt(null); }, mismatch);
-throws(function () { service.Decrypt(key); }, "0x80004002");
-throws(function () { service.SignStreamAsync(big(), document, key, true, function () {}); }, "0x80004002");
 
 // Messages of old, and one without its signer's certificate, which is handed over in many ways
 var old = file("document.bin");
@@ -79,18 +70,9 @@ wrong = wrong.concat([function () {}, function (one) {}, [old], {length: 1}, {le
 for (i = 0; i < wrong.length; ++i) {
     throws(function () { verifyWith(wrong[i]); }, mismatch, "", "wrong kind " + i);
 }
-equal(service.VerifySignature(old, file("detached-chain.p7s")).Item(0).CommonName, "Иванов Иван");
-equal(service.VerifySignature(old, file("detached-attributes.p7s")).Item(0).CommonName, "Иванов Иван");
-equal(service.VerifyAttachedSignature(file("attached-ber.p7s")).Item(0).CommonName, "Иванов Иван");
 fails(function () { service.VerifyAttachedSignature(file("detached-plain.p7s")); }, "[305] ", "no content");
-equal(service.VerifyAttachedSignature(file("no-signers.p7s")).count, 0);
-equal(service.VerifySignature(old, file("no-signers.p7s")).count, 0);
-var none = [hex(""), hex(new Array(101).join("30")), file("signer.der")];
-for (i = 0; i < none.length; ++i) {
-    fails(function () { service.VerifySignature(old, none[i]); }, "[305] ", "no signature " + i);
-}
-
-equal(later("service.VerifyStreamSignatureAsync(streamOf(old), none[1], done)").substr(0, 6), "[316] ", "the system says what is wrong with it");
+fails(function () { service.VerifySignature(old, file("signer.der")); }, "[305] ", "no message");
+equal(later("service.VerifyStreamSignatureAsync(streamOf(old), old, done)").substr(0, 6), "[316] ", "the system says what is wrong with it");
 
 // Streams: the call, its input, and what is said where that is the output, too.
 var out = bytes.CreateStream(), from = big(), token, result;
@@ -139,12 +121,8 @@ for (i = 0; i < works.length; ++i) {
 }
 
 // A stream of files that is closed while the operation runs ends it, or is done with by then.
-var files = create("FileSystemService");
-var disk = files.CreateTempFile();
+var disk = create("FileSystemService").CreateTempFile();
 disk.Resize(20000000);
 disk.Seek(0);
 result = wait(function (done) { service.SignStreamAsync(disk, bytes.CreateStream(), key, false, done); disk.Close(); });
-check(result === undefined || typeof result === "string", "closed: " + result);
-disk = files.CreateTempFile();
-result = wait(function (done) { service.EncryptStreamAsync(big(), disk, bare, done); disk.Close(); });
 check(result === undefined || typeof result === "string", "closed: " + result);

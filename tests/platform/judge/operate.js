@@ -2,7 +2,6 @@
 // argument: a JSON file, a list of objects: the name of an operation below and what it is about. Prints a line for each: "ok" with
 // what the operation says, or the error's text.
 var crypto = create("CryptoService");
-var bytes = create("BinaryObjectService");
 var files = create("FileSystemService");
 var streams = []; // of the operation, closed behind it
 

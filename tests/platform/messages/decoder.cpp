@@ -11,7 +11,7 @@
 namespace Corvane::Platform::Messages {
 namespace {
 
-constexpr std::size_t endMarkerSize = 2, largestHeader = 10;
+constexpr std::size_t largestHeader = 10;
 constexpr std::uint64_t untilMarker = UINT64_MAX;
 
 std::vector<Bytes> elementsOf(BerReader reader) {
@@ -19,10 +19,6 @@ std::vector<Bytes> elementsOf(BerReader reader) {
     while (!reader.atEnd())
         all.push_back(bytesOf(reader.readWhole()));
     return all;
-}
-
-const Bytes& at(const std::vector<Bytes>& all, DWORD index) {
-    return index < all.size() ? all[index] : (fail(CRYPT_E_INVALID_INDEX), all[0]);
 }
 
 template <class Structure>
@@ -35,11 +31,9 @@ Bytes number(std::size_t value) {
 
 class Decoder : public Message {
 public:
-    Decoder(bool isDetached, const CMSG_STREAM_INFO* stream) : Message(stream), isDetached_(isDetached) {}
+    using Message::Message;
 
     void update(View bytes, bool isFinal) override {
-        if (isWhole_ && (!isDetached_ || hasContent_))
-            fail(CRYPT_E_MSG_ERROR);
         if (isWhole_)
             return takeContent(bytes);
         append(pending_, bytes);
@@ -53,8 +47,7 @@ public:
                 throw;
             return;
         }
-        while (readPiece(isFinal)) {
-        }
+        readContent(isFinal);
         if (isFinal)
             readEnd();
         pending_.erase(pending_.begin(), pending_.end() - static_cast<std::ptrdiff_t>(rest_.size()));
@@ -63,11 +56,44 @@ public:
     Bytes parameter(DWORD type, DWORD index) override {
         if (!isOpen_)
             fail(CRYPT_E_STREAM_MSG_NOT_READY);
-        if (type == CMSG_TYPE_PARAM)
-            return number(isSigned_ ? CMSG_SIGNED : CMSG_ENVELOPED);
-        if (type == CMSG_CONTENT_PARAM)
-            return collected_;
-        return isSigned_ ? signedParameter(type, index) : envelopedParameter(type, index);
+        // What the other kind alone has, and is asked for.
+        if (type == (isSigned_ ? CMSG_ENVELOPE_ALGORITHM_PARAM : CMSG_SIGNER_COUNT_PARAM))
+            fail(CRYPT_E_INVALID_MSG_TYPE);
+        switch (type) {
+            case CMSG_TYPE_PARAM:
+                return number(isSigned_ ? CMSG_SIGNED : CMSG_ENVELOPED);
+            case CMSG_CONTENT_PARAM:
+                return collected_;
+            case CMSG_ENVELOPE_ALGORITHM_PARAM:
+                return algorithm_;  // nobody looks into it
+            case CMSG_CMS_RECIPIENT_COUNT_PARAM:
+                return number(recipients_.size());
+            case CMSG_CMS_RECIPIENT_INFO_PARAM:
+                return told(recipient(recipients_.at(index)));
+            case CMSG_INNER_CONTENT_TYPE_PARAM:
+                return {parts_.contentType.c_str(),
+                        parts_.contentType.c_str() + parts_.contentType.size() + 1};
+            case CMSG_SIGNER_COUNT_PARAM:
+                return number(parts_.signers.size());
+            case CMSG_CERT_COUNT_PARAM:
+                return number(parts_.certificates.size());
+            case CMSG_CRL_COUNT_PARAM:
+                return number(0);
+            case CMSG_CERT_PARAM:
+                return parts_.certificates.at(index);
+            case CMSG_ENCODED_SIGNER:
+                return parts_.signers.at(index);
+            case CMSG_ENCODED_MESSAGE:
+                return parts_.layout(hasContent_).whole(collected_, parts_.after());
+            case CMSG_COMPUTED_HASH_PARAM:
+                return contentDigest(signer(index).HashAlgorithm.pszObjId);
+            case CMSG_SIGNER_CERT_INFO_PARAM:
+                return told(nameOf(signer(index).SignerId));
+            case CMSG_SIGNER_CERT_ID_PARAM:
+                return told(signer(index).SignerId);
+            default:  // CMSG_SIGNER_INFO_PARAM
+                return told(signerInfoOf(signer(index)));
+        }
     }
 
     void control(DWORD type, const void* argument) override {
@@ -75,7 +101,7 @@ public:
             const auto& how = *static_cast<const CMSG_CTRL_VERIFY_SIGNATURE_EX_PARA*>(argument);
             verify(how.dwSignerIndex, *static_cast<const CERT_CONTEXT*>(how.pvSigner)->pCertInfo);
         } else if (type == CMSG_CTRL_VERIFY_SIGNATURE) {
-            verifyFirst(*static_cast<const CERT_INFO*>(argument));
+            verifyAny(*static_cast<const CERT_INFO*>(argument));
         } else if (type == CMSG_CTRL_ADD_SIGNER) {
             const auto& signer = *static_cast<const CMSG_SIGNER_ENCODE_INFO*>(argument);
             parts_.signers.push_back(signerInfo(signer, contentDigest(signer.HashAlgorithm.pszObjId)));
@@ -119,18 +145,16 @@ private:
             enter();
         if (isSigned_) {
             parts_.contentType = contentType;
-            for (const Bytes& digest : elementsOf(set))
-                startDigest(Reader(digest).enter(Tag::sequence).readOid());
+            for (const Bytes& digest : elementsOf(set)) {
+                const std::string hash = Reader(digest).enter(Tag::sequence).readOid();
+                parts_.addDigest(hash);
+                // Signers with an algorithm that is not known cannot be verified, which is told then.
+                succeeds([&] { digests_.try_emplace(hash, hash); });
+            }
         } else {
             algorithm_ = bytesOf(last);
             recipients_ = elementsOf(set);
         }
-    }
-
-    // Signers with an algorithm that is not known cannot be verified, which is told then.
-    void startDigest(const std::string& hash) {
-        parts_.addDigest(hash);
-        succeeds([&] { digests_.try_emplace(hash, hash); });
     }
 
     View take(std::uint64_t size) {
@@ -155,27 +179,23 @@ private:
         levels_.push_back({isIndefinite ? untilMarker : position_ + length, (tag & Tag::constructed) != 0});
     }
 
-    // One header, one end, or what is there of one piece; false where more must come, or the content ended.
-    bool readPiece(bool isFinal) {
-        if (levels_.empty())
-            return false;
-        const Level level = levels_.back();
-        const bool isIndefinite = level.end == untilMarker;
-        if (!level.isConstructed && position_ < level.end) {
-            takeContent(take(std::min<std::uint64_t>(level.end - position_, rest_.size())));
-            return !rest_.empty() || position_ == level.end;
+    // Headers, ends, and what is there of the pieces, until more must come or the content has ended.
+    void readContent(bool isFinal) {
+        while (!levels_.empty()) {
+            const Level level = levels_.back();
+            if (!level.isConstructed && position_ < level.end && !rest_.empty()) {
+                takeContent(take(std::min<std::uint64_t>(level.end - position_, rest_.size())));
+            } else if (position_ >= level.end) {
+                levels_.pop_back();
+            } else if (!level.isConstructed || (rest_.size() < largestHeader && !isFinal)) {
+                return;
+            } else if (level.end == untilMarker && !rest_.empty() && rest_[0] == 0) {
+                take(endMarkerSize);
+                levels_.pop_back();
+            } else {
+                enter();
+            }
         }
-        if (isIndefinite && rest_.size() < largestHeader && !isFinal)
-            return false;
-        if (isIndefinite ? !rest_.empty() && rest_[0] == 0 : position_ >= level.end) {
-            take(isIndefinite ? endMarkerSize : 0);
-            levels_.pop_back();
-        } else {
-            if (rest_.size() < largestHeader && !isFinal)
-                return false;
-            enter();
-        }
-        return true;
     }
 
     // In a stream nothing stays in memory but the running digests, or what came before the key.
@@ -207,58 +227,14 @@ private:
             decryptQueue();
     }
 
-    Bytes signedParameter(DWORD type, DWORD index) {
-        switch (type) {
-            case CMSG_INNER_CONTENT_TYPE_PARAM:
-                return {parts_.contentType.c_str(),
-                        parts_.contentType.c_str() + parts_.contentType.size() + 1};
-            case CMSG_SIGNER_COUNT_PARAM:
-                return number(parts_.signers.size());
-            case CMSG_CERT_COUNT_PARAM:
-                return number(parts_.certificates.size());
-            case CMSG_CRL_COUNT_PARAM:
-                return number(0);
-            case CMSG_CERT_PARAM:
-                return at(parts_.certificates, index);
-            case CMSG_ENCODED_SIGNER:
-                return at(parts_.signers, index);
-            case CMSG_ENCODED_MESSAGE:
-                return parts_.layout(hasContent_).whole(collected_, parts_.after());
-            default:
-                return signerParameter(type, signer(index));
-        }
-    }
-
-    Bytes signerParameter(DWORD type, const CMSG_CMS_SIGNER_INFO& signer) {
-        switch (type) {
-            case CMSG_COMPUTED_HASH_PARAM:
-                return contentDigest(signer.HashAlgorithm.pszObjId);
-            case CMSG_SIGNER_INFO_PARAM: {
-                const CERT_INFO name = nameOf(signer.SignerId);
-                return told(CMSG_SIGNER_INFO{signer.dwVersion, name.Issuer, name.SerialNumber,
-                                             signer.HashAlgorithm, signer.HashEncryptionAlgorithm,
-                                             signer.EncryptedHash, signer.AuthAttrs, signer.UnauthAttrs});
-            }
-            case CMSG_SIGNER_CERT_INFO_PARAM:
-                return told(nameOf(signer.SignerId));
-            case CMSG_SIGNER_CERT_ID_PARAM:
-                return told(signer.SignerId);
-            default:
-                fail(CRYPT_E_INVALID_MSG_TYPE);
-        }
-    }
-
-    Bytes envelopedParameter(DWORD type, DWORD index) {
-        switch (type) {
-            case CMSG_ENVELOPE_ALGORITHM_PARAM:
-                return algorithm_;  // nobody looks into it
-            case CMSG_CMS_RECIPIENT_COUNT_PARAM:
-                return number(recipients_.size());
-            case CMSG_CMS_RECIPIENT_INFO_PARAM:
-                return told(recipient(at(recipients_, index)));
-            default:
-                fail(CRYPT_E_INVALID_MSG_TYPE);
-        }
+    // What is looked at; its name is asked for by itself.
+    static CMSG_SIGNER_INFO signerInfoOf(const CMSG_CMS_SIGNER_INFO& signer) {
+        CMSG_SIGNER_INFO info{};
+        info.HashAlgorithm = signer.HashAlgorithm;
+        info.HashEncryptionAlgorithm = signer.HashEncryptionAlgorithm;
+        info.EncryptedHash = signer.EncryptedHash;
+        info.AuthAttrs = signer.AuthAttrs;
+        return info;
     }
 
     CRYPT_DATA_BLOB kept(Bytes bytes) {
@@ -267,7 +243,7 @@ private:
     }
 
     const CMSG_CMS_SIGNER_INFO& signer(DWORD index) {
-        const Bytes& der = at(parts_.signers, index);
+        const Bytes& der = parts_.signers.at(index);
         Bytes& decoded = signers_[index];
         if (decoded.empty())
             decoded = filled([&](BYTE* buffer, DWORD* size) {
@@ -311,7 +287,7 @@ private:
         const std::string hash = one.HashAlgorithm.pszObjId;
         const View signature = viewOf(one.EncryptedHash);
         Bytes digest = contentDigest(hash);
-        const Bytes attributes = asn1::signedAttributes(at(parts_.signers, index));
+        const Bytes attributes = asn1::signedAttributes(parts_.signers.at(index));
         if (!attributes.empty()) {
             if (!std::ranges::equal(attribute(one, Oid::messageDigest).read(Tag::octetString), digest))
                 fail(CRYPT_E_HASH_VALUE);
@@ -331,17 +307,10 @@ private:
         fail(CRYPT_E_AUTH_ATTR_MISSING);
     }
 
-    // The first signer that may mean that certificate.
-    void verifyFirst(const CERT_INFO& certificate) {
-        for (DWORD index = 0; index < parts_.signers.size(); ++index) {
-            const CERT_ID& id = signer(index).SignerId;
-            const CERT_INFO name = nameOf(id);
-            if (id.dwIdChoice == CERT_ID_KEY_IDENTIFIER ||
-                (std::ranges::equal(viewOf(name.Issuer), viewOf(certificate.Issuer)) &&
-                 std::ranges::equal(viewOf(name.SerialNumber), viewOf(certificate.SerialNumber))))
-                return verify(index, certificate);
-        }
-        fail(CRYPT_E_SIGNER_NOT_FOUND);
+    // Which signer is meant nobody tells: one whose signature is good for that certificate.
+    void verifyAny(const CERT_INFO& certificate) {
+        for (DWORD index = 0; !succeeds([&] { verify(index, certificate); }); ++index)
+            must(index + 1 < parts_.signers.size());
     }
 
     // Of other kinds than key transport the kind alone.
@@ -368,7 +337,7 @@ private:
     }
 
     void decrypt(const CMSG_CTRL_KEY_TRANS_DECRYPT_PARA& how) {
-        BerReader reader = Reader(at(recipients_, how.dwRecipientIndex)).enter(Tag::sequence);
+        BerReader reader = Reader(recipients_.at(how.dwRecipientIndex)).enter(Tag::sequence);
         reader.skip();
         reader.skip();
         reader.skip();  // the algorithm, which the key tells
@@ -378,7 +347,7 @@ private:
     }
     void decryptQueue() { put(cipher_->process(std::exchange(queue_, {}), isWhole_)); }
 
-    bool isDetached_, isOpen_ = false, isSigned_ = false, hasContent_ = false, isWhole_ = false;
+    bool isOpen_ = false, isSigned_ = false, hasContent_ = false, isWhole_ = false;
     Bytes pending_;
     View rest_;                   // of it
     std::uint64_t position_ = 0;  // from the beginning of the content on
@@ -395,8 +364,8 @@ private:
 
 }  // namespace
 
-OwnedMessage decode(bool isDetached, const CMSG_STREAM_INFO* stream) {
-    return std::make_unique<Decoder>(isDetached, stream);
+OwnedMessage decode(const CMSG_STREAM_INFO* stream) {
+    return std::make_unique<Decoder>(stream);
 }
 
 }  // namespace Corvane::Platform::Messages

@@ -26,9 +26,8 @@ HCRYPTMSG WINAPI openToEncode(DWORD, DWORD flags, DWORD type, const void* info, 
     });
 }
 
-HCRYPTMSG WINAPI openToDecode(DWORD, DWORD flags, DWORD, HCRYPTPROV_LEGACY, PCERT_INFO,
-                              PCMSG_STREAM_INFO stream) {
-    return opened([&] { return decode((flags & CMSG_DETACHED_FLAG) != 0, stream); });
+HCRYPTMSG WINAPI openToDecode(DWORD, DWORD, DWORD, HCRYPTPROV_LEGACY, PCERT_INFO, PCMSG_STREAM_INFO stream) {
+    return opened([&] { return decode(stream); });
 }
 
 HCRYPTMSG WINAPI duplicate(HCRYPTMSG handle) {
@@ -56,21 +55,17 @@ BOOL WINAPI control(HCRYPTMSG handle, DWORD, DWORD type, const void* argument) {
     return succeeds([&] { messageOf(handle).control(type, argument); });
 }
 
-// A name that stands for a key identifier finds by that, as on Windows.
+// A name that stands for a key identifier, which is then its last value, finds by that, as on Windows.
 PCCERT_CONTEXT WINAPI getSubjectCertificate(HCERTSTORE store, DWORD encoding, PCERT_INFO id) {
-    CRYPT_DATA_BLOB keyIdentifier{};
-    succeeds([&] {
-        BerReader name = Reader(viewOf(id->Issuer)).enter(Tag::sequence);
-        BerReader attribute = name.enter(Tag::set).enter(Tag::sequence);
-        if (attribute.readOid() == Oid::keyIdentifierName) {
-            const View value = attribute.read(Tag::octetString);
-            keyIdentifier = {lengthOf(value), const_cast<BYTE*>(value.data())};
-        }
-    });
-    const bool isKey = keyIdentifier.cbData != 0;
-    return ::CertFindCertificateInStore(store, encoding, 0,
-                                        isKey ? CERT_FIND_KEY_IDENTIFIER : CERT_FIND_SUBJECT_CERT,
-                                        isKey ? static_cast<void*>(&keyIdentifier) : id, nullptr);
+    const View name = viewOf(id->Issuer);
+    const Bytes mark = oid(Oid::keyIdentifierName);
+    const auto found = std::search(name.begin(), name.end(), mark.begin(), mark.end());
+    if (found == name.end())
+        return ::CertFindCertificateInStore(store, encoding, 0, CERT_FIND_SUBJECT_CERT, id, nullptr);
+    const auto at = static_cast<std::size_t>(found - name.begin()) + mark.size();
+    const View key = Reader(name.subspan(at)).read(Tag::octetString);
+    CRYPT_DATA_BLOB wanted{lengthOf(key), const_cast<BYTE*>(key.data())};
+    return ::CertFindCertificateInStore(store, encoding, 0, CERT_FIND_KEY_IDENTIFIER, &wanted, nullptr);
 }
 
 // Windows finds the function that a provider registered by the key's algorithm.
@@ -79,15 +74,14 @@ BOOL WINAPI exportPublicKeyInfo(HCRYPTPROV_OR_NCRYPT_KEY_HANDLE provider, DWORD 
     return succeeds([&] {
         CryptKey key;
         must(::CryptGetUserKey(provider, spec, key.put()));
-        DWORD algorithm = numberOf([&](BYTE* value, DWORD* room) {
-            return ::CryptGetKeyParam(key.get(), KP_ALGID, value, room, 0);
-        });
-        if (algorithm == CALG_RSA_SIGN)
-            algorithm = CALG_RSA_KEYX;
-        const CRYPT_OID_INFO* const known =
-            must(::CryptFindOIDInfo(CRYPT_OID_INFO_ALGID_KEY, &algorithm, CRYPT_PUBKEY_ALG_OID_GROUP_ID));
-        must(::CryptExportPublicKeyInfoEx(provider, spec, encoding, const_cast<char*>(known->pszOID), 0,
-                                          nullptr, info, size));
+        const auto* known =
+            Gost::findAlgorithm(numberOf([&](BYTE* value, DWORD* room) {
+                                    return ::CryptGetKeyParam(key.get(), KP_ALGID, value, room, 0);
+                                }),
+                                &Gost::Algorithm::keyId);
+        must(::CryptExportPublicKeyInfoEx(provider, spec, encoding,
+                                          known ? const_cast<char*>(known->keyOid) : nullptr, 0, nullptr,
+                                          info, size));
     });
 }
 
@@ -109,14 +103,10 @@ void put(const char* name, Function* function) {
 }  // namespace
 }  // namespace Corvane::Platform::Messages
 
-// The module stays for the process's life.
-BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+// Whoever loads the module keeps it.
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
     using namespace Corvane::Platform::Messages;
     if (reason == DLL_PROCESS_ATTACH) {
-        HMODULE pinned = nullptr;
-        ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                             reinterpret_cast<LPCWSTR>(module), &pinned);
-        ::DisableThreadLibraryCalls(module);
         put("CertGetSubjectCertificateFromStore", getSubjectCertificate);
         put("CryptExportPublicKeyInfo", exportPublicKeyInfo);
         put("CryptMsgClose", close);

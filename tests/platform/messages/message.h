@@ -49,7 +49,10 @@ using OwnedMessage = std::unique_ptr<Message>;
 
 OwnedMessage encodeSigned(DWORD flags, const CMSG_SIGNED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream);
 OwnedMessage encodeEnveloped(const CMSG_ENVELOPED_ENCODE_INFO& info, const CMSG_STREAM_INFO* stream);
-OwnedMessage decode(bool isDetached, const CMSG_STREAM_INFO* stream);
+OwnedMessage decode(const CMSG_STREAM_INFO* stream);
+
+constexpr std::uint8_t indefinite = 0x80;
+constexpr std::size_t endMarkerSize = 2;
 
 // The shape that signed and enveloped messages share: a head, content in one octet string, and an end. In a
 // stream the outer elements are of indefinite length, and the content comes in pieces.
@@ -60,10 +63,39 @@ struct Layout {
     bool isImplicit = false;  // the content has the tag [0] itself
     bool hasContent = true;   // else there is not even an empty one
 
-    Bytes whole(View content, View after) const;
-    Bytes start() const;
-    Bytes piece(View content) const;
-    Bytes end(View after) const;
+    Bytes whole(View content, View after) const {
+        const Bytes string = !hasContent  ? Bytes()
+                             : isImplicit ? tlv(Tag::contextPrimitive(0), content)
+                                          : tlv(Tag::context(0), tlv(Tag::octetString, content));
+        const Bytes body = tlv(Tag::sequence, head, tlv(Tag::sequence, innerHead, string), after);
+        return tlv(Tag::sequence, type, tlv(Tag::context(0), body));
+    }
+
+    Bytes start() const {
+        Bytes start{Tag::sequence, indefinite};
+        append(start, type);
+        append(start, Bytes{Tag::context(0), indefinite, Tag::sequence, indefinite});
+        append(start, head);
+        append(start, Bytes{Tag::sequence, indefinite});
+        append(start, innerHead);
+        if (hasContent)
+            append(start, Bytes{Tag::context(0), indefinite});
+        if (hasContent && !isImplicit)
+            append(start, Bytes{Tag::octetString | Tag::constructed, indefinite});
+        return start;
+    }
+
+    Bytes piece(View content) const {
+        return content.empty() || !hasContent ? Bytes() : tlv(Tag::octetString, content);
+    }
+
+    Bytes end(View after) const {
+        // The markers of the string, of [0] around it and of the inner element; and of the three outer ones.
+        Bytes rest((hasContent ? isImplicit ? 2 : 3 : 1) * endMarkerSize);
+        append(rest, after);
+        rest.resize(rest.size() + 3 * endMarkerSize);
+        return rest;
+    }
 };
 
 // SignedData (RFC 5652, 5.1), apart from its content.
@@ -72,12 +104,46 @@ struct SignedParts {
     std::string contentType = Oid::data;
     std::vector<Bytes> certificates, signers;
 
-    void addDigest(const std::string& hash);
-    Layout layout(bool hasContent) const;
+    void addDigest(const std::string& hash) {
+        if (std::ranges::find(digests, hash) == digests.end())
+            digests.push_back(hash);
+    }
+
+    Layout layout(bool hasContent) const {
+        Bytes algorithms;
+        for (const std::string& digest : digests)
+            append(algorithms, algorithm(digest));
+        Bytes head = integer(contentType != Oid::data ? 3 : 1);
+        append(head, tlv(Tag::set, algorithms));
+        return {oid(Oid::signedData), head, oid(contentType), false, hasContent};
+    }
+
     // What follows the content.
-    Bytes after() const;
+    Bytes after() const {
+        Bytes all[2];
+        for (const Bytes& certificate : certificates)
+            append(all[0], certificate);
+        for (const Bytes& signer : signers)
+            append(all[1], signer);
+        Bytes rest = all[0].empty() ? Bytes() : tlv(Tag::context(0), all[0]);
+        return append(rest, tlv(Tag::set, all[1]));
+    }
 };
+
+// IssuerAndSerialNumber
+inline Bytes identity(const CERT_INFO& certificate) {
+    return tlv(Tag::sequence, viewOf(certificate.Issuer),
+               tlv(Tag::integer, reversed(viewOf(certificate.SerialNumber))));
+}
+
 // SignerInfo, without attributes, for content of that digest.
-Bytes signerInfo(const CMSG_SIGNER_ENCODE_INFO& signer, const Bytes& digest);
+inline Bytes signerInfo(const CMSG_SIGNER_ENCODE_INFO& signer, const Bytes& digest) {
+    const std::string hash = signer.HashAlgorithm.pszObjId;
+    const Bytes signature =
+        signDigest(signer.hCryptProv, signer.dwKeySpec ? signer.dwKeySpec : AT_SIGNATURE, hash, digest);
+    return tlv(Tag::sequence, integer(1), identity(*signer.pCertInfo), algorithm(hash),
+               algorithm(signer.pCertInfo->SubjectPublicKeyInfo.Algorithm.pszObjId),
+               tlv(Tag::octetString, signature));
+}
 
 }  // namespace Corvane::Platform::Messages

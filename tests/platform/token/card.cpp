@@ -9,24 +9,19 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <functional>
 #include <utility>
 
 namespace {
 
 using namespace Corvane::Platform;
 
-// Of the context and of the card: each function but the first needs it.
+// Of the context and of the card.
 constexpr ULONG_PTR theHandle = 0x11;
 std::wstring reader;
 
-template <class Body>
-LONG call(const char* name, const std::string& what, ULONG_PTR handle, Body body) {
-    return logged<LONG>(L"service", name, what,
-                        [&]() -> LONG { return handle == theHandle ? body() : SCARD_E_INVALID_HANDLE; });
-}
-
-LONG call(const char* name, const std::string& what, ULONG_PTR handle) {
-    return call(name, what, handle, [] { return SCARD_S_SUCCESS; });
+LONG call(const char* name, const std::string& what, const std::function<LONG()>& body = {}) {
+    return logged<LONG>(L"service", name, what, [&] { return body ? body() : SCARD_S_SUCCESS; });
 }
 
 template <class Items, class Unit>
@@ -46,18 +41,18 @@ DWORD protocol() {
 }  // namespace
 
 LONG WINAPI SCardEstablishContext(DWORD scope, LPCVOID, LPCVOID, LPSCARDCONTEXT context) {
-    return call("SCardEstablishContext", " " + std::to_string(scope), theHandle, [&] {
+    return call("SCardEstablishContext", " " + std::to_string(scope), [&] {
         *context = theHandle;
         return SCARD_S_SUCCESS;
     });
 }
 
-LONG WINAPI SCardReleaseContext(SCARDCONTEXT context) {
-    return call("SCardReleaseContext", "", context);
+LONG WINAPI SCardReleaseContext(SCARDCONTEXT) {
+    return call("SCardReleaseContext", "");
 }
 
-LONG WINAPI SCardListReadersW(SCARDCONTEXT hContext, LPCWSTR, LPWSTR mszReaders, LPDWORD pcchReaders) {
-    return call("SCardListReaders", "", hContext, [&]() -> LONG {
+LONG WINAPI SCardListReadersW(SCARDCONTEXT, LPCWSTR, LPWSTR mszReaders, LPDWORD pcchReaders) {
+    return call("SCardListReaders", "", [&] {
         wchar_t sections[4096];
         ::GetPrivateProfileSectionNamesW(sections, 4096, besideModule(L".ini").c_str());
         std::wstring names;
@@ -68,9 +63,8 @@ LONG WINAPI SCardListReadersW(SCARDCONTEXT hContext, LPCWSTR, LPWSTR mszReaders,
     });
 }
 
-LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT hContext, DWORD, LPSCARD_READERSTATEW rgReaderStates,
-                                  DWORD cReaders) {
-    return call("SCardGetStatusChange", "", hContext, [&] {
+LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT, DWORD, LPSCARD_READERSTATEW rgReaderStates, DWORD cReaders) {
+    return call("SCardGetStatusChange", "", [&] {
         for (SCARD_READERSTATEW* each = rgReaderStates; each != rgReaderStates + cReaders; ++each) {
             const Bytes atr = fromHex(narrow(setting(each->szReader, L"atr")));
             each->cbAtr = sizeof each->rgbAtr;
@@ -82,11 +76,11 @@ LONG WINAPI SCardGetStatusChangeW(SCARDCONTEXT hContext, DWORD, LPSCARD_READERST
     });
 }
 
-LONG WINAPI SCardConnectW(SCARDCONTEXT hContext, LPCWSTR szReader, DWORD dwShareMode,
-                          DWORD dwPreferredProtocols, LPSCARDHANDLE phCard, LPDWORD pdwActiveProtocol) {
+LONG WINAPI SCardConnectW(SCARDCONTEXT, LPCWSTR szReader, DWORD dwShareMode, DWORD dwPreferredProtocols,
+                          LPSCARDHANDLE phCard, LPDWORD pdwActiveProtocol) {
     const std::string what = " " + narrow(szReader) + " " + std::to_string(dwShareMode) + " " +
                              std::to_string(dwPreferredProtocols);
-    return call("SCardConnect", what, hContext, [&] {
+    return call("SCardConnect", what, [&] {
         reader = szReader;
         *phCard = theHandle;
         *pdwActiveProtocol = protocol();
@@ -94,36 +88,33 @@ LONG WINAPI SCardConnectW(SCARDCONTEXT hContext, LPCWSTR szReader, DWORD dwShare
     });
 }
 
-LONG WINAPI SCardReconnect(SCARDHANDLE hCard, DWORD, DWORD, DWORD, LPDWORD pdwActiveProtocol) {
+LONG WINAPI SCardReconnect(SCARDHANDLE, DWORD, DWORD, DWORD, LPDWORD pdwActiveProtocol) {
     *pdwActiveProtocol = protocol();
-    return call("SCardReconnect", "", hCard);
+    return call("SCardReconnect", "");
 }
 
-LONG WINAPI SCardDisconnect(SCARDHANDLE card, DWORD disposition) {
-    return call("SCardDisconnect", " " + std::to_string(disposition), card);
+LONG WINAPI SCardDisconnect(SCARDHANDLE, DWORD disposition) {
+    return call("SCardDisconnect", " " + std::to_string(disposition));
 }
 
-LONG WINAPI SCardBeginTransaction(SCARDHANDLE card) {
-    return call("SCardBeginTransaction", "", card);
+LONG WINAPI SCardBeginTransaction(SCARDHANDLE) {
+    return call("SCardBeginTransaction", "");
 }
 
-LONG WINAPI SCardEndTransaction(SCARDHANDLE card, DWORD) {
-    return call("SCardEndTransaction", "", card);
+LONG WINAPI SCardEndTransaction(SCARDHANDLE, DWORD) {
+    return call("SCardEndTransaction", "");
 }
 
-LONG WINAPI SCardTransmit(SCARDHANDLE hCard, LPCSCARD_IO_REQUEST pioSendPci, LPCBYTE pbSendBuffer,
+LONG WINAPI SCardTransmit(SCARDHANDLE, LPCSCARD_IO_REQUEST pioSendPci, LPCBYTE pbSendBuffer,
                           DWORD cbSendLength, LPSCARD_IO_REQUEST, LPBYTE pbRecvBuffer,
                           LPDWORD pcbRecvLength) {
     static bool isKnown;
     if (!pbRecvBuffer)
         return (isKnown = !isKnown) ? SCARD_S_SUCCESS : SCARD_E_INVALID_PARAMETER;
     const std::string digits = hex({pbSendBuffer, cbSendLength});
-    return call("SCardTransmit", " T" + std::to_string(pioSendPci->dwProtocol - 1) + " " + digits, hCard,
-                [&]() -> LONG {
-                    if (pioSendPci->dwProtocol != protocol() || pioSendPci->cbPciLength != sizeof *pioSendPci)
-                        return SCARD_E_PROTO_MISMATCH;
-                    const std::wstring key(digits.begin(), digits.end());
-                    return give(fromHex(narrow(setting(reader.c_str(), key.c_str(), L"6D00"))), pbRecvBuffer,
-                                pcbRecvLength);
-                });
+    return call("SCardTransmit", " T" + std::to_string(pioSendPci->dwProtocol - 1) + " " + digits, [&] {
+        const std::wstring key(digits.begin(), digits.end());
+        return give(fromHex(narrow(setting(reader.c_str(), key.c_str(), L"6D00"))), pbRecvBuffer,
+                    pcbRecvLength);
+    });
 }

@@ -10,9 +10,6 @@
 #include <algorithm>
 #include <fstream>
 #include <map>
-#include <optional>
-#include <sstream>
-#include <type_traits>
 #include <utility>
 
 namespace Corvane::Platform::Token {
@@ -24,14 +21,7 @@ constexpr wchar_t section[] = L"token";
 constexpr CK_SLOT_ID theSlot = 7;
 constexpr CK_SESSION_HANDLE theSession = 70;
 constexpr char curve[] = "1.2.643.2.2.35.1";
-constexpr CK_ULONG digestSize = 32, keySize = 32;
-
-struct Session {
-    bool isWritable = false;
-    bool isLoggedIn = false;
-    std::vector<CK_OBJECT_HANDLE> found;
-    CK_OBJECT_HANDLE signingKey = 0;
-};
+constexpr CK_ULONG keySize = 32;  // and of a digest
 
 // What a function returns but CKR_OK is thrown.
 void need(bool isSo, CK_RV otherwise) {
@@ -40,12 +30,12 @@ void need(bool isSo, CK_RV otherwise) {
 }
 
 bool isInitialized;
-std::optional<Session> theOpenSession;
+struct Session {
+    bool isOpen = false, isWritable = false, isLoggedIn = false;
+    std::vector<CK_OBJECT_HANDLE> found;
+    CK_OBJECT_HANDLE signingKey = 0;
+} session;
 std::vector<Object> objects;  // by handle, from 1 on
-
-bool hasToken() {
-    return !setting(section, L"slot").empty();
-}
 
 template <std::size_t size>
 void fill(unsigned char (&field)[size], const std::wstring& text) {
@@ -65,17 +55,6 @@ void give(View result, void* out, CK_ULONG* size) {
 // Of public keys or signatures.
 std::size_t sizeOf(const wchar_t* what) {
     return std::stoul(setting(section, what, L"64"));
-}
-
-bool isTrue(const Object& object, CK_ATTRIBUTE_TYPE type) {
-    const auto found = object.find(type);
-    return found != object.end() && found->second == Bytes{CK_TRUE};
-}
-
-// Private objects are there for users who are logged in.
-bool isThere(const Session& session, CK_OBJECT_HANDLE handle) {
-    return handle >= 1 && handle <= objects.size() &&
-           (session.isLoggedIn || !isTrue(objects[handle - 1], CKA_PRIVATE));
 }
 
 Object objectOf(const CK_ATTRIBUTE* attributes, CK_ULONG count) {
@@ -100,9 +79,8 @@ void loadObjects() {
     }
 }
 
-CK_OBJECT_HANDLE addObject(const Session& session, Object object) {
-    need(session.isWritable, CKR_SESSION_READ_ONLY);
-    need(session.isLoggedIn || !isTrue(object, CKA_PRIVATE), CKR_USER_NOT_LOGGED_IN);
+CK_OBJECT_HANDLE addObject(Object object) {
+    need(session.isWritable && session.isLoggedIn, CKR_SESSION_READ_ONLY);
     std::ofstream file(narrow(besideModule(L".objects")), std::ios::app);
     for (const auto& [type, value] : object)
         file << std::hex << type << ' ' << hex(value) << '\n';
@@ -120,27 +98,25 @@ void initialize(void* arguments) {
 }
 
 void finalize(void*) {
-    if (theOpenSession)
+    if (session.isOpen)
         log("left open");
-    theOpenSession.reset();
+    session = {};
     isInitialized = false;
 }
 
 void getSlotList(CK_BBOOL, CK_SLOT_ID* list, CK_ULONG* count) {
-    const CK_ULONG room = std::exchange(*count, hasToken() ? 1 : 0);
+    const CK_ULONG room = std::exchange(*count, setting(section, L"slot").empty() ? 0 : 1);
     need(!list || room >= *count, CKR_BUFFER_TOO_SMALL);
     if (list && *count)
         *list = theSlot;
 }
 
-void getSlotInfo(CK_SLOT_ID slot, CK_SLOT_INFO* info) {
-    need(slot == theSlot, CKR_SLOT_ID_INVALID);
+void getSlotInfo(CK_SLOT_ID, CK_SLOT_INFO* info) {
     *info = {};
     fill(info->slotDescription, setting(section, L"slot"));
 }
 
-void getTokenInfo(CK_SLOT_ID slot, CK_TOKEN_INFO* info) {
-    need(slot == theSlot, CKR_SLOT_ID_INVALID);
+void getTokenInfo(CK_SLOT_ID, CK_TOKEN_INFO* info) {
     *info = {};
     fill(info->manufacturerID, L"Test tokens");
     fill(info->model, setting(section, L"model", L"Test ECP"));
@@ -150,51 +126,51 @@ void getTokenInfo(CK_SLOT_ID slot, CK_TOKEN_INFO* info) {
 }
 
 void openSession(CK_SLOT_ID slot, CK_FLAGS flags, void*, CK_NOTIFY, CK_SESSION_HANDLE* handle) {
-    need(slot == theSlot && !theOpenSession, CKR_SLOT_ID_INVALID);
+    need(slot == theSlot && !session.isOpen, CKR_SLOT_ID_INVALID);
     need(flags & CKF_SERIAL_SESSION, CKR_SESSION_PARALLEL_NOT_SUPPORTED);
     *handle = theSession;
-    theOpenSession.emplace().isWritable = flags & CKF_RW_SESSION;
+    session.isOpen = true;
+    session.isWritable = (flags & CKF_RW_SESSION) != 0;
 }
 
-void closeSession(Session& session) {
+void closeSession(CK_SESSION_HANDLE) {
     if (session.isLoggedIn)
         log("left open");
-    theOpenSession.reset();
+    session = {};
 }
 
-void login(Session& session, CK_USER_TYPE user, unsigned char* pin, CK_ULONG size) {
+void login(CK_SESSION_HANDLE, CK_USER_TYPE user, unsigned char* pin, CK_ULONG size) {
     need(user == CKU_USER, CKR_USER_TYPE_INVALID);
     need(std::string_view(reinterpret_cast<char*>(pin), size) == "12345678", CKR_PIN_INCORRECT);
     session.isLoggedIn = true;
 }
 
-void logout(Session& session) {
-    need(std::exchange(session.isLoggedIn, false), CKR_USER_NOT_LOGGED_IN);
+void logout(CK_SESSION_HANDLE) {
+    session.isLoggedIn = false;
 }
 
-void createObject(Session& session, CK_ATTRIBUTE* attributes, CK_ULONG count, CK_OBJECT_HANDLE* made) {
-    *made = addObject(session, objectOf(attributes, count));
+void createObject(CK_SESSION_HANDLE, CK_ATTRIBUTE* attributes, CK_ULONG count, CK_OBJECT_HANDLE* made) {
+    *made = addObject(objectOf(attributes, count));
 }
 
-void getAttributeValue(Session& session, CK_OBJECT_HANDLE handle, CK_ATTRIBUTE* attribute, CK_ULONG count) {
-    need(isThere(session, handle), CKR_OBJECT_HANDLE_INVALID);
-    need(count == 1, CKR_ARGUMENTS_BAD);
-    const auto found = objects[handle - 1].find(attribute->type);
+// Of one attribute.
+void getAttributeValue(CK_SESSION_HANDLE, CK_OBJECT_HANDLE handle, CK_ATTRIBUTE* attribute, CK_ULONG) {
+    const auto found = objects.at(handle - 1).find(attribute->type);
     if (found == objects[handle - 1].end())
         attribute->ulValueLen = CK_UNAVAILABLE_INFORMATION;
     need(found != objects[handle - 1].end(), CKR_ATTRIBUTE_TYPE_INVALID);
     give(found->second, attribute->pValue, &attribute->ulValueLen);
 }
 
-void findObjectsInit(Session& session, CK_ATTRIBUTE* attributes, CK_ULONG count) {
+void findObjectsInit(CK_SESSION_HANDLE, CK_ATTRIBUTE* attributes, CK_ULONG count) {
     const Object wanted = objectOf(attributes, count);
     for (CK_OBJECT_HANDLE each = 1; each <= objects.size(); ++each)
-        if (isThere(session, each) && std::ranges::includes(objects[each - 1], wanted))
+        if (std::ranges::includes(objects[each - 1], wanted))
             session.found.push_back(each);
 }
 
 // One at a time.
-void findObjects(Session& session, CK_OBJECT_HANDLE* list, CK_ULONG, CK_ULONG* count) {
+void findObjects(CK_SESSION_HANDLE, CK_OBJECT_HANDLE* list, CK_ULONG, CK_ULONG* count) {
     *count = session.found.empty() ? 0 : 1;
     if (*count) {
         *list = session.found.front();
@@ -202,9 +178,9 @@ void findObjects(Session& session, CK_OBJECT_HANDLE* list, CK_ULONG, CK_ULONG* c
     }
 }
 
-void findObjectsFinal(Session&) {}
+void findObjectsFinal(CK_SESSION_HANDLE) {}
 
-void generateKeyPair(Session& session, CK_MECHANISM* mechanism, CK_ATTRIBUTE* ofPublic, CK_ULONG publicCount,
+void generateKeyPair(CK_SESSION_HANDLE, CK_MECHANISM* mechanism, CK_ATTRIBUTE* ofPublic, CK_ULONG publicCount,
                      CK_ATTRIBUTE* ofPrivate, CK_ULONG privateCount, CK_OBJECT_HANDLE* publicKey,
                      CK_OBJECT_HANDLE* privateKey) {
     need(mechanism->mechanism == CKM_GOSTR3410_KEY_PAIR_GEN, CKR_MECHANISM_INVALID);
@@ -213,28 +189,27 @@ void generateKeyPair(Session& session, CK_MECHANISM* mechanism, CK_ATTRIBUTE* of
     second[CKA_VALUE] = Gost::makePrivateKey(keySize);
     first[CKA_VALUE] = Gost::publicKey(curve, second[CKA_VALUE]);
     first[CKA_VALUE].resize(sizeOf(L"key"));
-    *publicKey = addObject(session, std::move(first));
-    *privateKey = addObject(session, std::move(second));
+    *publicKey = addObject(std::move(first));
+    *privateKey = addObject(std::move(second));
 }
 
-void digestInit(Session&, CK_MECHANISM* mechanism) {
+void digestInit(CK_SESSION_HANDLE, CK_MECHANISM* mechanism) {
     need(mechanism->mechanism == CKM_GOSTR3411, CKR_MECHANISM_INVALID);
 }
 
-void digest(Session&, unsigned char* data, CK_ULONG dataSize, unsigned char* out, CK_ULONG* size) {
-    Bytes result(digestSize);
+void digest(CK_SESSION_HANDLE, unsigned char* data, CK_ULONG dataSize, unsigned char* out, CK_ULONG* size) {
+    Bytes result(keySize);
     ::gcry_md_hash_buffer(GCRY_MD_GOSTR3411_CP, result.data(), data, dataSize);
     give(result, out, size);
 }
 
-void signInit(Session& session, CK_MECHANISM* mechanism, CK_OBJECT_HANDLE key) {
+void signInit(CK_SESSION_HANDLE, CK_MECHANISM* mechanism, CK_OBJECT_HANDLE key) {
     need(mechanism->mechanism == CKM_GOSTR3410, CKR_MECHANISM_INVALID);
-    need(isThere(session, key) && isTrue(objects[key - 1], CKA_SIGN), CKR_KEY_HANDLE_INVALID);
     session.signingKey = key;
 }
 
-void sign(Session& session, unsigned char* data, CK_ULONG dataSize, unsigned char* out, CK_ULONG* size) {
-    need(session.signingKey && dataSize == digestSize, CKR_DATA_LEN_RANGE);
+void sign(CK_SESSION_HANDLE, unsigned char* data, CK_ULONG dataSize, unsigned char* out, CK_ULONG* size) {
+    need(session.signingKey && dataSize == keySize, CKR_DATA_LEN_RANGE);
     Bytes result = Gost::sign(curve, objects[session.signingKey - 1].at(CKA_VALUE), View(data, dataSize));
     result.resize(sizeOf(L"signature"));
     give(result, out, size);
@@ -260,19 +235,10 @@ struct Name {
     char text[size] = {};
 };
 
-// An entry of the function list. Functions that have a Session get it in the place of its handle.
+// An entry of the function list.
 template <Name name, auto function, class... Arguments>
 CK_RV entry(Arguments... arguments) {
-    return call(name.text, [&] {
-        if constexpr (std::is_invocable_v<decltype(function), Arguments...>) {
-            function(arguments...);
-        } else {
-            [](CK_SESSION_HANDLE handle, auto... others) {
-                need(theOpenSession && handle == theSession, CKR_SESSION_HANDLE_INVALID);
-                function(*theOpenSession, others...);
-            }(arguments...);
-        }
-    });
+    return call(name.text, [&] { function(arguments...); });
 }
 
 CK_FUNCTION_LIST makeFunctions() {

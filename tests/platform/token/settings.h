@@ -6,6 +6,7 @@
 #include "../own_module.h"
 
 #include <cstdio>
+#include <fstream>
 
 namespace Corvane::Platform {
 
@@ -43,10 +44,7 @@ inline Bytes fromHex(const std::string& text) {
 }
 
 inline void log(const std::string& line) {
-    if (FILE* file = ::_wfopen(besideModule(L".log").c_str(), L"ab")) {
-        std::fprintf(file, "%s\n", line.c_str());
-        std::fclose(file);
-    }
+    std::ofstream(narrow(besideModule(L".log")), std::ios::app | std::ios::binary) << line << '\n';
 }
 
 // What the setting "fail" of the section wants a call to return. It is "NAME=0x30", or "3=0x30" for the third

@@ -1,6 +1,5 @@
 // Files and folders as a script sees them: what is done, and what is refused, with the system's number.
 var disk = create("FileSystemService");
-var bytes = create("BinaryObjectService");
 var folder = disk.GetTempFolder() + "проба " + new Date().getTime() + Math.random();
 
 function path(name) {
