@@ -139,6 +139,17 @@ TEST_F(TokenRequest, AModuleHasOneUserAtATime) {
     EXPECT_EQ(host.functions()->C_GetSlotList(CK_TRUE, nullptr, &count), CKR_OK);
 }
 
+// A public key or a signature of another size would make a request of which nobody can make anything.
+TEST_F(TokenRequest, RefusesOtherSizes) {
+    for (const auto& [what, call] : {std::pair(L"key", L"C_GetAttributeValue"), {L"signature", L"C_Sign"}}) {
+        for (const wchar_t* size : {L"63", L"65"}) {
+            folder.set(driver, L"token", what, size);
+            EXPECT_EQ(textOfFailure([] { request(); }), std::wstring(call) + L": CKR_DATA_LEN_RANGE");
+        }
+        folder.set(driver, L"token", what, L"64");
+    }
+}
+
 void install(const std::wstring& identifier) {
     installCertificateResponseGOST(L"response", cryptoki::makeContainerPath(slot, identifier),
                                    SecretNarrowText(pin),
