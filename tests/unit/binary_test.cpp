@@ -8,6 +8,7 @@
 #include "binary/text.h"
 #include "binary/utf.h"
 #include "binary/xml_encoding.h"
+#include "core/utf8.h"
 #include "support.h"
 
 #include <regex>
@@ -101,6 +102,7 @@ TEST(Digest, AgreesWithOtherTools) {
 
 TEST(Utf, DecodesWhatIsWellFormed) {
     EXPECT_EQ(Binary::detail::swapBytes(bytesOf("abc")), bytesOf("bac")) << "no further than the input";
+    EXPECT_EQ(toUtf8(L"\xD800z\xDC00"), "\uFFFDz\uFFFD") << "halves of pairs, in the log and in JSON";
     for (const auto& row : readTable("text/utf.txt", 3)) {
         SCOPED_TRACE(row[0] + ' ' + row[1]);
         const Bytes bytes = hexToBin(row[1]);
