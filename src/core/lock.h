@@ -21,6 +21,7 @@ public:
     SharedMutex& operator=(const SharedMutex&) = delete;
 
     void lock() noexcept { ::AcquireSRWLockExclusive(&lock_); }
+    bool try_lock() noexcept { return ::TryAcquireSRWLockExclusive(&lock_) != FALSE; }
     void unlock() noexcept { ::ReleaseSRWLockExclusive(&lock_); }
     void lock_shared() noexcept { ::AcquireSRWLockShared(&lock_); }
     void unlock_shared() noexcept { ::ReleaseSRWLockShared(&lock_); }

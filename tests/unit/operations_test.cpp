@@ -238,10 +238,17 @@ TEST_F(Operations, KeysForSignaturesAlone) {
     };
     EXPECT_TRUE(isKept());
     {
-        // As when a token is pulled out between two signatures.
-        const Replaced failing(&::CryptSignMessage, [](auto...) { return ::SetLastError(denied), FALSE; });
-        EXPECT_EQ(failureOf([&] { provider_.sign(data_, *signer, true, false); }),
-                  Failure(E_CRYPTO_SIGN.code, denied));
+        // As when a token is pulled out between two signatures, of which the second begins within the first.
+        const auto sign = [&] { provider_.sign(data_, *signer, true, false); };
+        int under = 0;
+        const Replaced failing(&::CryptSignMessage, [&](auto...) {
+            if (++under == 1) {
+                EXPECT_EQ(failureOf(sign), Failure(E_CRYPTO_SIGN.code, denied));
+                EXPECT_TRUE(isKept()) << "freed while somebody signs with it";
+            }
+            return ::SetLastError(denied), FALSE;
+        });
+        EXPECT_EQ(failureOf(sign), Failure(E_CRYPTO_SIGN.code, denied));
     }
     EXPECT_FALSE(isKept());
     const std::string streamed = written(&Provider::sign, data_, *signer, true, false, none);

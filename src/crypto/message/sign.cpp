@@ -1,4 +1,4 @@
-#include "core/handle.h"
+#include "core/lock.h"
 #include "core/log.h"
 #include "core/two_pass.h"
 #include "core/wide_text.h"
@@ -9,14 +9,22 @@
 #include "crypto/message/signer_info.h"
 #include "stream/output_range.h"
 
+#include <mutex>
+#include <shared_mutex>
+
 namespace Corvane {
 namespace {
 
+// Shared by the signings under way: several of them may use one certificate's key at once.
+SharedMutex signing;
+
 // A token that was pulled out takes the open key with it. The next signature begins with a new one, rather
-// than with one that fails as long as the certificate is kept.
+// than with one that fails as long as the certificate is kept. While others sign, their key is not freed
+// beneath them; whoever fails as the last does it.
 void forgetKey(const Certificate& certificate) noexcept {
-    const LastErrorKeeper keeper;
-    ::CertSetCertificateContextProperty(certificate.context(), CERT_KEY_CONTEXT_PROP_ID, 0, nullptr);
+    const std::unique_lock alone(signing, std::try_to_lock);
+    if (alone)
+        ::CertSetCertificateContextProperty(certificate.context(), CERT_KEY_CONTEXT_PROP_ID, 0, nullptr);
 }
 
 }  // namespace
@@ -39,16 +47,19 @@ Bytes CryptoApiProvider::sign(const Bytes& data, const Certificate& certificate,
 
     const BYTE* blocks[] = {data.data()};
     DWORD sizes[] = {detail::messageSize(data)};
-    // The message is made in two calls, and a token may ask for its PIN in each; this key stays with the
-    // context for both. Where it fails, signing has failed: going on would ask once more for a card that the
-    // user does not have.
-    const detail::PrivateKey key(certificate, E_CRYPTO_SIGN, detail::PrivateKey::Kind::kept);
-    return twoPass<BYTE>(E_CRYPTO_SIGN, L"CryptSignMessage", [&](BYTE* buffer, DWORD* size) {
-        const BOOL done = ::CryptSignMessage(&parameters, !attached, 1, blocks, sizes, buffer, size);
-        if (!done)
-            forgetKey(certificate);
-        return done;
-    });
+    try {
+        const std::shared_lock underWay(signing);
+        // The message is made in two calls, and a token may ask for its PIN in each; this key stays with the
+        // context for both. Where it fails, signing has failed: going on would ask once more for a card that
+        // the user does not have.
+        const detail::PrivateKey key(certificate, E_CRYPTO_SIGN, detail::PrivateKey::Kind::kept);
+        return twoPass<BYTE>(E_CRYPTO_SIGN, L"CryptSignMessage", [&](BYTE* buffer, DWORD* size) {
+            return ::CryptSignMessage(&parameters, !attached, 1, blocks, sizes, buffer, size);
+        });
+    } catch (const CryptoException&) {
+        forgetKey(certificate);
+        throw;
+    }
 }
 
 void CryptoApiProvider::sign(Stream::IBinaryStream& input, Stream::IBinaryStream& output,
